@@ -1,0 +1,81 @@
+# One place for what every target is compiled with.
+add_library(zel_options INTERFACE)
+target_compile_features(zel_options INTERFACE cxx_std_20)
+target_include_directories(zel_options INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
+target_compile_options(zel_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+if(ZEL_WARNINGS_AS_ERRORS)
+    target_compile_options(zel_options INTERFACE -Werror)
+endif()
+# Both products compute the same floating-point results: SSE arithmetic, no fused multiply-add.
+target_compile_options(zel_options INTERFACE -msse2 -mfpmath=sse -ffp-contract=off)
+if(WIN32)
+    # Applications built with Microsoft's compiler call in with a stack aligned to 4 bytes.
+    target_compile_options(zel_options INTERFACE -mstackrealign)
+    target_compile_definitions(zel_options INTERFACE WINVER=0x0601 _WIN32_WINNT=0x0601 WIN32_LEAN_AND_MEAN NOMINMAX
+                                                     __USE_MINGW_ANSI_STDIO=1)
+    target_link_options(zel_options INTERFACE -static -Wl,--enable-stdcall-fixup)
+endif()
+if(ZEL_SANITIZE)
+    # Pooled image records are zeroed memory with no virtual-table pointer, which the vptr check does not expect.
+    target_compile_options(zel_options INTERFACE -fsanitize=${ZEL_SANITIZE} -fno-sanitize=vptr
+                                                 -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    target_link_options(zel_options INTERFACE -fsanitize=${ZEL_SANITIZE})
+endif()
+
+find_package(Threads REQUIRED)
+target_link_libraries(zel_options INTERFACE Threads::Threads)
+
+# zel_object_library(NAME SOURCES... [LINK targets...]): the objects of one folder, hidden symbols, position independent.
+function(zel_object_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+    add_library(${name} OBJECT ${ARG_SOURCES})
+    target_link_libraries(${name} PUBLIC zel_options ${ARG_LINK})
+    set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden
+                                             VISIBILITY_INLINES_HIDDEN ON)
+endfunction()
+
+# zel_shared_library(NAME SOURCES... [LINK targets...]): a library that is loaded by name at run time. Its file is
+# NAME.dll on Windows and libNAME.so on Linux, where it finds its neighbours through $ORIGIN.
+function(zel_shared_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+    add_library(${name} SHARED ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE zel_options ${ARG_LINK})
+    set_target_properties(${name} PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
+                                             BUILD_RPATH "$ORIGIN" INSTALL_RPATH "$ORIGIN" BUILD_RPATH_USE_ORIGIN ON)
+    if(WIN32)
+        set_target_properties(${name} PROPERTIES PREFIX "")
+    endif()
+endfunction()
+
+# Compiles GoogleTest's headers once and lets test programs use the result.
+function(zel_share_test_headers name)
+    if(NOT TARGET zel_test_headers)
+        file(WRITE ${CMAKE_BINARY_DIR}/test_headers.cpp "// Nothing but the precompiled headers.\n")
+        add_library(zel_test_headers OBJECT ${CMAKE_BINARY_DIR}/test_headers.cpp)
+        target_link_libraries(zel_test_headers PRIVATE zel_options GTest::gmock_main)
+        target_compile_options(zel_test_headers PRIVATE -O1)
+        target_precompile_headers(zel_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
+    endif()
+    target_precompile_headers(${name} REUSE_FROM zel_test_headers)
+endfunction()
+
+# zel_test(NAME SOURCES... [LINK targets...] [DEPENDS targets...]): one GoogleTest program, one entry for ctest. It runs
+# in the folder of the run-time files.
+function(zel_test name)
+    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINK;DEPENDS" ${ARGN})
+    if(NOT ARG_TIMEOUT)
+        set(ARG_TIMEOUT 300)
+    endif()
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE zel_options GTest::gmock_main ${ARG_LINK})
+    # The tests' own code need not be fast; compiling it should be. GoogleTest's headers are parsed once for all.
+    # GCC 12 warns of bounds inside its own std::string when texts are concatenated.
+    target_compile_options(${name} PRIVATE -O1 -Wno-restrict -Wno-array-bounds -Wno-stringop-overflow)
+    zel_share_test_headers(${name})
+    set_target_properties(${name} PROPERTIES BUILD_RPATH "$ORIGIN" BUILD_RPATH_USE_ORIGIN ON)
+    if(ARG_DEPENDS)
+        add_dependencies(${name} ${ARG_DEPENDS})
+    endif()
+    add_test(NAME ${name} COMMAND ${name} WORKING_DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT})
+endfunction()

@@ -1,0 +1,30 @@
+// Loading shared libraries by their canonical name and binding their exports.
+#ifndef PLATFORM_DYNAMICLIBRARY_H
+#define PLATFORM_DYNAMICLIBRARY_H
+
+namespace zel::platform {
+
+// A loaded library. Loads are counted by the system: each LoadSharedLibrary needs its UnloadSharedLibrary.
+using LibraryHandle = void*;
+
+// Loads a library by its canonical file name ("zel_usb.dll"), searched for where the system searches. On Linux the file
+// is "libzel_usb.so", found through the run path of the library this code is part of. Null when it can't be loaded.
+LibraryHandle LoadSharedLibrary(const char* canonical_name);
+
+// The address of an export, or null. `library` may be null.
+void* FindExport(LibraryHandle library, const char* name);
+
+// Releases one load. Null is allowed.
+void UnloadSharedLibrary(LibraryHandle library);
+
+// Fetches the system's text for the last failed load and throws it away, so that no error state is left behind.
+void DiscardLoadError();
+
+template <class Function>
+Function FindFunction(LibraryHandle library, const char* name) {
+    return reinterpret_cast<Function>(FindExport(library, name));
+}
+
+}  // namespace zel::platform
+
+#endif

@@ -1,0 +1,50 @@
+// The two locks of the library: a mutex that is waited for with a limit, and a recursive lock.
+#ifndef PLATFORM_LOCKS_H
+#define PLATFORM_LOCKS_H
+
+#include <cstdint>
+#include <memory>
+
+namespace zel::platform {
+
+// A mutex whose holder is known to the system: releasing one that the calling thread does not hold fails. Recursive for
+// its holder.
+class TimedMutex {
+  public:
+    TimedMutex();
+    ~TimedMutex();
+    TimedMutex(const TimedMutex&) = delete;
+    TimedMutex& operator=(const TimedMutex&) = delete;
+
+    // Whether the system could make the mutex. The operations of an invalid one answer false.
+    bool Valid() const;
+    // True when the calling thread holds the mutex afterwards; false when timeout_ms passed.
+    bool Lock(std::uint32_t timeout_ms);
+    // False when the calling thread does not hold it.
+    bool Unlock();
+
+  private:
+    struct State;
+    std::unique_ptr<State> m_State;
+};
+
+// A recursive lock without a time limit; usable with std::lock_guard.
+class RecursiveLock {
+  public:
+    RecursiveLock();
+    ~RecursiveLock();
+    RecursiveLock(const RecursiveLock&) = delete;
+    RecursiveLock& operator=(const RecursiveLock&) = delete;
+
+    void lock();
+    void unlock();
+    bool try_lock();
+
+  private:
+    // The system's lock itself: in place, so that taking it follows no pointer and making it can't fail.
+    alignas(8) unsigned char m_Storage[48];
+};
+
+}  // namespace zel::platform
+
+#endif

@@ -1,0 +1,62 @@
+#include "platform/DynamicLibrary.h"
+
+#include <dlfcn.h>
+#include <link.h>
+
+#include <exception>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace zel::platform {
+
+namespace {
+
+constexpr int kMode = RTLD_NOW | RTLD_LOCAL;
+
+// "zel_usb.dll" becomes "libzel_usb.so"; folders stay, other names are the system's own and stay too.
+std::string SystemName(std::string_view name) {
+    constexpr std::string_view kEnding = ".dll";
+    if (!name.ends_with(kEnding)) return std::string(name);
+    name.remove_suffix(kEnding.size());
+    const std::size_t file = name.rfind('/') + 1;  // 0 when there is no folder
+    return std::string(name.substr(0, file)) + "lib" + std::string(name.substr(file)) + ".so";
+}
+
+// The folder of the library, or program, that this code is part of.
+std::filesystem::path OwnFolder() {
+    Dl_info info{};
+    void* extra = nullptr;
+    if (!dladdr1(reinterpret_cast<void*>(&LoadSharedLibrary), &info, &extra, RTLD_DL_LINKMAP) || !extra) return {};
+    const char* file = static_cast<const link_map*>(extra)->l_name;
+    if (file && *file) return std::filesystem::path(file).parent_path();
+    std::error_code error;  // the program itself has no name in the loader's list
+    return std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+}
+
+}  // namespace
+
+LibraryHandle LoadSharedLibrary(const char* canonical_name) {
+    if (!canonical_name || !*canonical_name) return nullptr;
+    try {
+        const std::string name = SystemName(canonical_name);
+        if (void* library = dlopen(name.c_str(), kMode)) return library;
+        if (name.find('/') != std::string::npos) return nullptr;
+        // The loader looks a bare name up along the run path of dlopen's caller. Sanitizers put a function of theirs
+        // in between, so that the run path of this library goes unseen: what it says is done by hand.
+        const std::filesystem::path folder = OwnFolder();
+        return folder.empty() ? nullptr : dlopen((folder / name).c_str(), kMode);
+    } catch (const std::exception&) {
+        return nullptr;
+    }
+}
+
+void* FindExport(LibraryHandle library, const char* name) { return library && name ? dlsym(library, name) : nullptr; }
+
+void UnloadSharedLibrary(LibraryHandle library) {
+    if (library) dlclose(library);
+}
+
+void DiscardLoadError() { dlerror(); }
+
+}  // namespace zel::platform

@@ -1,0 +1,59 @@
+#include "platform/Memory.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "platform/ReservationCount.h"
+
+namespace zel::platform {
+
+namespace {
+
+// munmap wants the size back: it stands in the first word of a page of its own, before what the caller gets.
+std::size_t PageSize() {
+    static const auto size = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    return size;
+}
+
+}  // namespace
+
+void* ReservePages(std::size_t bytes) {
+    if (bytes == 0 || bytes > static_cast<std::size_t>(-1) / 2 || !CountReservation()) return nullptr;
+    const std::size_t total = PageSize() + bytes;
+    void* region = mmap(nullptr, total, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (region == MAP_FAILED) {
+        CountRelease();
+        return nullptr;
+    }
+    std::memcpy(region, &total, sizeof total);
+    return static_cast<char*>(region) + PageSize();
+}
+
+void ReleasePages(void* pages) {
+    if (!pages) return;
+    void* region = static_cast<char*>(pages) - PageSize();
+    std::size_t total;
+    std::memcpy(&total, region, sizeof total);
+    munmap(region, total);
+    CountRelease();
+}
+
+// MemAvailable counts caches that the system would give up, unlike the free memory that sysinfo reports.
+std::uint64_t AvailablePhysicalMemory() {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen("/proc/meminfo", "r"), std::fclose);
+    char line[128];
+    while (file && std::fgets(line, sizeof line, file.get())) {
+        constexpr const char* kKey = "MemAvailable:";
+        if (std::strncmp(line, kKey, std::strlen(kKey)) == 0) {
+            return std::strtoull(line + std::strlen(kKey), nullptr, 10) * 1024;
+        }
+    }
+    return 0;
+}
+
+}  // namespace zel::platform

@@ -1,0 +1,48 @@
+#include "platform/Thread.h"
+
+#include <pthread.h>
+
+#include <atomic>
+#include <new>
+#include <thread>
+
+namespace zel::platform {
+
+struct Thread::State {
+    pthread_t thread{};
+    bool started = false;
+    Routine routine = nullptr;
+    void* argument = nullptr;
+    // Noted by the thread itself, which may run before its creator learns its name.
+    std::atomic<std::thread::id> id{std::thread::id()};
+
+    static void* Run(void* state) {
+        auto* self = static_cast<State*>(state);
+        self->id = std::this_thread::get_id();
+        self->routine(self->argument);
+        return nullptr;
+    }
+};
+
+Thread::Thread() : m_State(new (std::nothrow) State) {}
+Thread::~Thread() { Join(); }
+
+bool Thread::Start(Routine routine, void* argument) {
+    if (!m_State || m_State->started || !routine) return false;
+    m_State->routine = routine;
+    m_State->argument = argument;
+    m_State->started = pthread_create(&m_State->thread, nullptr, State::Run, m_State.get()) == 0;
+    return m_State->started;
+}
+
+void Thread::Join() {
+    if (!Started()) return;
+    pthread_join(m_State->thread, nullptr);
+    m_State->id = std::thread::id();
+    m_State->started = false;
+}
+
+bool Thread::Started() const { return m_State && m_State->started; }
+bool Thread::IsCurrent() const { return m_State && m_State->id.load() == std::this_thread::get_id(); }
+
+}  // namespace zel::platform

@@ -1,0 +1,52 @@
+// Types of the functions that the library calls back. All of them are called on a thread of the camera's transport,
+// never on the application's, and while the library holds no lock.
+#ifndef ZEL_CALLBACKS_H
+#define ZEL_CALLBACKS_H
+
+#include "ZelPlatform.h"
+
+class ZelImage;
+class ZelColorImage;
+
+// Hot-plug events: `event_id` of the camera-connect callback.
+#define ZEL_CAMERA_CONNECT 1
+#define ZEL_CAMERA_DISCONNECT 2
+
+// Event codes of the camera control callbacks; 0 to 5 are passed on from the camera unchanged.
+#define ZEL_CAMERA_CONTROL_DISCONNECT 6
+#define ZEL_CAMERA_CONTROL_RECONNECT 7
+
+// `kind` of the image notification callback.
+#define ZEL_IMAGE_NOTIFICATION_PENDING 0
+#define ZEL_IMAGE_NOTIFICATION_EVENT 1
+
+// A camera was plugged in or unplugged. The texts stay valid until the camera list is built again. `camera_index` is
+// the number that ZelSDK::GetCamera() takes.
+typedef void(ZEL_CALL* ZelCameraConnectCallback)(int event_id, int camera_index, const char* name,
+                                                 const char* serial_number, const char* interface_type, void* context);
+
+// A camera event: 0 to 5 from the camera, ZEL_CAMERA_CONTROL_DISCONNECT or ZEL_CAMERA_CONTROL_RECONNECT.
+typedef void(ZEL_CALL* ZelCameraControlCallback)(int event_code, void* context);
+
+// What the extended camera control callback is handed beside the event code: nine 32-bit values, valid for the call.
+struct ZelCameraControlRecord {
+    int value;
+    int values[8];
+};
+typedef void(ZEL_CALL* ZelCameraControlCallbackEx)(int event_code, const ZelCameraControlRecord* record, void* context);
+
+// A frame is pending (kind 0) or an image event came (kind 1). The frame is fetched with GetPendingImage().
+typedef void(ZEL_CALL* ZelImageNotificationCallback)(int kind, void* context);
+
+// A finished, post-processed frame. The record is in the pool's pending list while the callback runs: FreeImage()
+// answers false until the application has taken the record with GetPendingImage() or GetLastPendingImage().
+typedef void(ZEL_CALL* ZelImageCallback)(ZelImage* image, void* context);
+
+// The camera's reply to ZelCamera::SetTextCommand(), zero-terminated, valid for the call.
+typedef void(ZEL_CALL* ZelTextCommandCallback)(const char* reply, void* context);
+
+// Called for each color frame after demosaicing, before the color transform. Result: non-zero asks for the frame to be
+// demosaiced again.
+typedef int(ZEL_CALL* ZelScratchpadCallback)(ZelColorImage* image, void* context);
+
+#endif

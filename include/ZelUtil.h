@@ -1,0 +1,28 @@
+// Saving images to disk. Obtained from ZelSDK::GetUtil(); one object for the whole process, never deleted by the
+// application.
+#ifndef ZEL_UTIL_H
+#define ZEL_UTIL_H
+
+#include "ZelPlatform.h"
+
+class ZelImage;
+
+class ZelUtil {
+  public:
+    // Saves `image` as an uncompressed 16-bit grey TIFF file, replacing an existing file. The file holds the raw
+    // counts: nothing is scaled.
+    //   file_name  path of the file, in the system's 8-bit encoding
+    //   image      any image handed out by a camera; null is refused
+    // Result: true when the file was written; false for a null image or a file that can't be opened. A write that fails
+    // later (a full disk) is not noticed. May run on any thread; takes no lock.
+    virtual bool SaveTIFF(const char* file_name, ZelImage* image) = 0;
+
+    // Saves `image` as a 16-bit greyscale PNG file, replacing an existing file; raw counts, nothing scaled.
+    // Arguments, threads and locks as in SaveTIFF. Result: false for a null image, when memory runs out, or when the
+    // file can't be opened.
+    virtual bool SavePNG(const char* file_name, ZelImage* image) = 0;
+
+    ZEL_INTERFACE_DESTRUCTOR(ZelUtil)
+};
+
+#endif

@@ -1,0 +1,48 @@
+#include "link/SyncTable.h"
+
+#include <cstring>
+#include <mutex>
+#include <new>
+
+#include "link/SyncTableState.h"
+
+namespace zel {
+
+SyncTable::SyncTable(ICameraInterface* camera, const char* instance_name, platform::RecursiveLock& exchange_lock)
+    : m_Camera(camera),
+      m_ExchangeLock(exchange_lock),
+      m_State(new (std::nothrow) State),
+      m_Logger("SyncTable", instance_name) {}
+
+SyncTable::~SyncTable() = default;
+
+// Null for an index outside the table, and for every index when there was no memory for the table.
+SyncTable::Entry* SyncTable::FindEntry(int index) {
+    if (!m_State || index < 0 || index >= SYNC_TABLE_SELECT_MAX) return nullptr;
+    return &m_State->m_Entries[static_cast<std::size_t>(index)];
+}
+
+bool SyncTable::GetTarget(int index, int* out) {
+    const Entry* entry = FindEntry(index);
+    if (!entry) return false;
+    if (out) *out = entry->m_Target.Load();
+    return true;
+}
+
+int SyncTable::GetFlags(int index) {
+    const Entry* entry = FindEntry(index);
+    return entry ? entry->m_Flags.Load() : 0;
+}
+
+bool SyncTable::SetFlags(int index, int flags) {
+    Entry* entry = FindEntry(index);
+    if (!entry) return false;
+    entry->m_Flags.Store(flags);
+    return true;
+}
+
+void SyncTable::SetCachedReads(int on) {
+    if (m_State) m_State->m_CachedReads.Store(on);
+}
+
+}  // namespace zel

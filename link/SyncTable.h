@@ -1,0 +1,78 @@
+// The host's side of the camera's parameter table: reads and writes its 89 entries over a binary request/reply
+// protocol.
+#ifndef LINK_SYNCTABLE_H
+#define LINK_SYNCTABLE_H
+
+#include <array>
+#include <cstdint>
+#include <memory>
+
+#include "link/SyncTableIndex.h"
+#include "platform/Locks.h"
+#include "sdk/Logger.h"
+
+class ICameraInterface;
+
+namespace zel {
+
+// Flags of an entry.
+inline constexpr int SYNC_TABLE_FLAG_ATTRIBUTES_UNREAD = 0x02;
+inline constexpr int SYNC_TABLE_FLAG_ANSWER_FROM_TARGET = 0x08;  // as 0x20 for reads; writes go to the camera
+inline constexpr int SYNC_TABLE_FLAG_READABLE_FROM_CACHE = 0x10;
+inline constexpr int SYNC_TABLE_FLAG_USE_TARGET_VALUE = 0x20;  // the entry lives in the host only
+inline constexpr int SYNC_TABLE_FLAG_LOCKED = 0x10000000;      // writes are refused (and report success)
+
+class SyncTable {
+  public:
+    static constexpr int kBlockCapacity = 32;    // bytes that Get of a block entry may store
+    static constexpr int kBlockDataOffset = 10;  // where the data start in the buffer given to the block form of Set
+
+    SyncTable(ICameraInterface* camera, const char* instance_name, platform::RecursiveLock& exchange_lock);
+    virtual ~SyncTable();
+    SyncTable(const SyncTable&) = delete;
+    SyncTable& operator=(const SyncTable&) = delete;
+
+    // Reads an entry: a 32-bit value into *out (an int), or a block of up to 32 bytes. Up to four attempts.
+    virtual bool Get(int index, void* out);
+    // Writes a block: num_bytes bytes from buffer + 10; the ten bytes before are not read, except that the first word
+    // of `buffer` is compared with the entry's target: when equal nothing is sent.
+    virtual bool Set(int index, const void* buffer, int num_bytes);
+    // Writes a 32-bit value. No retry. A locked entry reports success.
+    virtual bool Set(int index, int value);
+    virtual bool Reserved4(int, int) { return true; }
+    // The value last written, without traffic.
+    virtual bool GetTarget(int index, int* out);
+    virtual bool GetAttribute(int index, SyncTableAttributes* record);
+    virtual int Reserved7(int) { return 0; }
+    // Replaces the camera's attributes of an entry from now on.
+    virtual bool OverloadAttr(int index, const SyncTableAttributes* record);
+    virtual int GetFlags(int index);
+    virtual bool SetFlags(int index, int flags);
+
+    // Table-wide switch: 1 serves entries with SYNC_TABLE_FLAG_READABLE_FROM_CACHE from the cache.
+    void SetCachedReads(int on);
+
+  private:
+    struct Entry;
+    struct State;
+
+    Entry* FindEntry(int index);
+    void LogLockState(int index, int flags);
+    bool GetFromCamera(int index, int* value_out, void* block_out);
+    bool ReadAttributes(int index, SyncTableAttributes& attributes);
+
+    bool CommandSend(int command, int index, int value);
+    bool CommandSend(int index, const void* buffer, int num_bytes);
+    bool CommandRecv(int* value_out, void* data_out, int data_capacity);
+    bool ReceiveException();
+    bool ReceivePart(unsigned char* into, int length);
+
+    ICameraInterface* m_Camera;
+    platform::RecursiveLock& m_ExchangeLock;
+    std::unique_ptr<State> m_State;
+    Logger m_Logger;
+};
+
+}  // namespace zel
+
+#endif

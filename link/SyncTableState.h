@@ -1,0 +1,72 @@
+// What a SyncTable keeps: the cache of the 89 entries and the table-wide fields.
+#ifndef LINK_SYNCTABLESTATE_H
+#define LINK_SYNCTABLESTATE_H
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+
+#include "link/SyncTable.h"
+
+namespace zel {
+
+// An integer that some operations read without the exchange lock. Each stands alone: no order between them is needed.
+class RelaxedInt {
+  public:
+    explicit RelaxedInt(int value = 0) : m_Value(value) {}
+    int Load() const { return m_Value.load(std::memory_order_relaxed); }
+    void Store(int value) { m_Value.store(value, std::memory_order_relaxed); }
+    void ClearBits(int bits) { m_Value.fetch_and(~bits, std::memory_order_relaxed); }
+
+  private:
+    std::atomic<int> m_Value;
+};
+
+struct SyncTable::Entry {
+    SyncTableAttributes m_Attributes{};               // as last read or overloaded; behind State::m_RecordLock
+    std::unique_ptr<SyncTableAttributes> m_Overload;  // behind State::m_RecordLock
+    RelaxedInt m_Flags{SYNC_TABLE_FLAG_ATTRIBUTES_UNREAD};
+    RelaxedInt m_Target;                  // last value written
+    RelaxedInt m_Value;                   // last value read
+    std::uint32_t m_AttributesTimeMs{0};  // when the attributes were read; behind the exchange lock
+};
+
+struct SyncTable::State {
+    static constexpr int kLastRequestSize = 256;
+
+    struct Request {
+        int m_Command = 0;
+        int m_Index = 0;
+        int m_Value = 0;
+    };
+
+    // On purpose: of all entries only H_BIN starts at 1.
+    State() {
+        m_Entries[H_BIN].m_Target.Store(1);
+        m_Entries[H_BIN].m_Value.Store(1);
+    }
+
+    // A record lock is held for a copy only, never around a call of the transport or the logger.
+    SyncTableAttributes Attributes(const Entry& entry) {
+        const std::lock_guard lock(m_RecordLock);
+        return entry.m_Attributes;
+    }
+
+    std::array<Entry, SYNC_TABLE_SELECT_MAX> m_Entries;
+    std::mutex m_RecordLock;
+    RelaxedInt m_CachedReads;
+    // Behind the exchange lock. The requests are kept for a look with a debugger.
+    int m_LastException = 0;  // 0, or kExceptionBadIndex
+    std::array<unsigned char, kLastRequestSize> m_LastRequest{};
+    Request m_LastGet;
+
+    // When the last command was sent; once its exchange has succeeded, how many milliseconds that took. On purpose: one
+    // for all tables of the process, so the "took" figures mix when several cameras are busy.
+    static inline std::atomic<std::uint32_t> m_CommandTimeMs{0};
+};
+
+}  // namespace zel
+
+#endif

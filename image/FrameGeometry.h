@@ -1,0 +1,22 @@
+// The settings a frame is taken with, read from the camera once at the start of an acquisition and kept until the next.
+#ifndef IMAGE_FRAMEGEOMETRY_H
+#define IMAGE_FRAMEGEOMETRY_H
+
+#include "include/ZelParameters.h"
+
+namespace zel {
+
+struct FrameGeometry {
+    unsigned width = 0;  // of the full frame that the camera sends
+    unsigned height = 0;
+    unsigned bit_depth = 0;
+    unsigned bytes_per_pixel = 0;
+    int taps = 1;         // sensor readout channels: 1, 2 or 4
+    int readout_mhz = 0;  // tap readout mode: 20 or 40 allow tap balancing
+    ZelRoiBin roi{};      // region and binning, done on the host
+    unsigned exposure_time_us = 0;
+};
+
+}  // namespace zel
+
+#endif

@@ -1,0 +1,228 @@
+#include "image/ImageManager.h"
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <mutex>
+
+#include "platform/Clock.h"
+#include "platform/Memory.h"
+
+namespace zel {
+
+namespace {
+
+using Guard = std::lock_guard<platform::RecursiveLock>;
+
+// What one record costs in the memory test below, whatever the product.
+constexpr unsigned kRecordCost = 144;
+
+struct TableDeleter {
+    void operator()(ZelImageInternal** table) const { FreePages(table); }
+};
+
+}  // namespace
+
+// One trace line with the three counts behind it; the counts are read only when somebody listens.
+#define ZEL_LOG_COUNTS(level, name, text, ...)                                                                         \
+    ZEL_LOG(m_Logger, level, name, text "  free:%4d  pending:%4d  in_use:%4d" __VA_OPT__(, ) __VA_ARGS__, FreeCount(), \
+            PendingCount(), InUseCount())
+
+ImageManager::ImageManager(const char* instance_name)
+    : m_Logger("ImageManager", instance_name),
+      m_ImageListFree("m_ImageListFree", m_Logger),
+      m_ImageListPending("m_ImageListPending", m_Logger),
+      m_ImageListInUse("m_ImageListInUse", m_Logger) {}
+
+ImageManager::~ImageManager() { FreeImages(); }
+
+void ImageManager::SetFrameGeometry(unsigned width, unsigned height, unsigned bit_depth, unsigned bytes_per_pixel) {
+    Guard guard(m_Lock);
+    m_Width = width;
+    m_Height = height;
+    m_BitDepth = bit_depth;
+    m_BytesPerPixel = bytes_per_pixel;
+    const unsigned frame_size = width * height * bytes_per_pixel;
+    if (frame_size != m_FrameSizeInBytes) m_SizeChanged = true;
+    m_FrameSizeInBytes = frame_size;
+}
+
+int ImageManager::PixelBufferAllocate(int count) {
+    Guard guard(m_Lock);
+    if (!m_SizeChanged && FreeCount() + PendingCount() + InUseCount() == count) return kPoolOk;
+    FreeImages();
+    if (count < 0) return kPoolNegativeCount;
+    if (!EnoughMemory(static_cast<unsigned>(count))) return kPoolNotEnoughMemory;
+    if (!CreateRecords(static_cast<unsigned>(count))) return kPoolNotEnoughMemory;
+    m_SizeChanged = false;
+    return kPoolOk;
+}
+
+// The need counts a record at its size on the 32-bit product. It is computed in 64 bits: one that wrapped in 32 bits
+// would pass the test, only for the allocation to fail after it took all the memory there is.
+bool ImageManager::EnoughMemory(unsigned count) {
+    const std::uint64_t frame_size = std::uint64_t{m_Width} * m_Height * m_BytesPerPixel;
+    if (std::uint64_t{m_Width} * m_Height > UINT32_MAX || frame_size > UINT32_MAX) return false;
+    return (frame_size + kRecordCost) * count < platform::AvailablePhysicalMemory();
+}
+
+bool ImageManager::CreateRecords(unsigned count) {
+    if (count > SIZE_MAX / sizeof(ZelImageInternal*)) return false;
+    std::unique_ptr<ZelImageInternal*[], TableDeleter> table(
+        static_cast<ZelImageInternal**>(AllocatePages(count * sizeof(ZelImageInternal*), kTableAlignment)));
+    if (!table) return false;
+    for (unsigned i = 0; i < count; ++i) {
+        table[i] = CreateRecord();
+        if (table[i]) continue;
+        while (i > 0) DestroyRecord(table[--i]);
+        return false;
+    }
+    for (unsigned i = 0; i < count; ++i) Enqueue(&m_ImageListFree, table[i]);
+    return true;
+}
+
+// On purpose: a record is zeroed memory that is never constructed; its virtual-table pointer is null.
+ZelImageInternal* ImageManager::CreateRecord() {
+    auto* image = static_cast<ZelImageInternal*>(AllocatePages(sizeof(ZelImageInternal), kRecordAlignment));
+    if (!image) return nullptr;
+    RestoreGeometry(image);
+    image->pixels = static_cast<unsigned short*>(AllocatePixels(image->size_in_bytes));
+    if (!image->pixels) {
+        FreePages(image);
+        return nullptr;
+    }
+    image->buffer_size = image->size_in_bytes;
+
+    // A record beyond the registry's capacity is used all the same.
+    for (ZelImageInternal*& slot : m_Registry) {
+        if (slot) continue;
+        slot = image;
+        break;
+    }
+    ++m_RegisteredCount;
+    return image;
+}
+
+void ImageManager::DestroyRecord(ZelImageInternal* image) {
+    FreePixels(image->pixels);
+    FreePixels(image->color_pixels);
+    image->color_planes.Resize(0);
+    std::memset(static_cast<void*>(image), 0, sizeof *image);
+    FreePages(image);
+    for (ZelImageInternal*& slot : m_Registry) {
+        if (slot != image) continue;
+        slot = nullptr;
+        break;
+    }
+    --m_RegisteredCount;
+}
+
+void ImageManager::RestoreGeometry(ZelImageInternal* image) {
+    Guard guard(m_Lock);
+    image->w = m_Width;
+    image->h = m_Height;
+    image->bit_depth = m_BitDepth;
+    image->bytes_per_pixel = m_BytesPerPixel;
+    image->num_pixels = m_Width * m_Height;
+    image->size_in_bytes = image->num_pixels * m_BytesPerPixel;
+}
+
+int ImageManager::RegisteredCount() {
+    Guard guard(m_Lock);
+    return m_RegisteredCount;
+}
+
+ZelImageInternal* ImageManager::GetFreeImage() {
+    static constexpr char kName[] = "ImageManager::GetFreeImage";
+    Guard guard(m_Lock);
+    ZelImageInternal* const image = Dequeue(&m_ImageListFree);
+    if (!image) {
+        ZEL_LOG_COUNTS(kLogError, kName, "No free images available! image ???? --> in_use");
+        return nullptr;
+    }
+    Enqueue(&m_ImageListInUse, image);
+    ZEL_LOG_COUNTS(kLogTrace, kName, "image ???? --> in_use");
+    return image;
+}
+
+bool ImageManager::SetPendingImage(ZelImageInternal* image) {
+    static constexpr char kName[] = "ImageManager::SetPendingImage";
+    if (!image) return false;
+    Guard guard(m_Lock);
+    if (!Remove(&m_ImageListInUse, image)) {
+        ZEL_LOG(m_Logger, kLogError, kName, "***ERROR***:ImageManager::SetPendingImage() - Remove() failed\n");
+        return false;
+    }
+    image->arrival_time_ms = platform::MillisecondClock();
+    ZEL_LOG_COUNTS(kLogTrace, kName, "image %4d --> pendng", static_cast<int>(image->image_number));
+    Enqueue(&m_ImageListPending, image);
+    ZEL_LOG_COUNTS(kLogTrace, kName, "image %4d --> pendng", static_cast<int>(image->image_number));
+    return true;
+}
+
+ZelImageInternal* ImageManager::GetPendingImage() {
+    Guard guard(m_Lock);
+    return HandOver(Dequeue(&m_ImageListPending), "ImageManager::GetPendingImage");
+}
+
+ZelImageInternal* ImageManager::GetLastPendingImage() {
+    Guard guard(m_Lock);
+    ZelImageInternal* const image = HandOver(DequeueTail(&m_ImageListPending), "ImageManager::GetLastPendingImage");
+    FreeAllPendingImages();
+    return image;
+}
+
+ZelImageInternal* ImageManager::HandOver(ZelImageInternal* image, const char* function_name) {
+    if (!image) return nullptr;
+    Enqueue(&m_ImageListInUse, image);
+    ZEL_LOG_COUNTS(kLogTrace, function_name, "image %4d --> in_use", static_cast<int>(image->image_number));
+    return image;
+}
+
+bool ImageManager::ReleaseImage(ZelImageInternal* image) {
+    static constexpr char kName[] = "ImageManager::ReleaseImage";
+    if (!image) return false;
+    Guard guard(m_Lock);
+    if (!Remove(&m_ImageListInUse, image)) {
+        ZEL_LOG(m_Logger, kLogError, kName, "ImageManager::ReleaseImage() - Remove() failed\n");
+        return false;
+    }
+    if (!Enqueue(&m_ImageListFree, image)) {
+        ZEL_LOG(m_Logger, kLogError, kName, "ImageManager::ReleaseImage() - Enqueue() failed\n");
+        return false;
+    }
+    const int number = static_cast<int>(image->image_number);
+    ZEL_LOG(m_Logger, kLogTrace, kName, "image %d enqueued to m_ImageListFree", number);
+    ZEL_LOG(m_Logger, kLogTrace, kName, "image %4d --> free         size:%d", number, FreeCount());
+    return true;
+}
+
+void ImageManager::FreeAllPendingImages() {
+    Guard guard(m_Lock);
+    ZEL_LOG(m_Logger, kLogTrace, "ImageManager::FreeAllPendingImages", "called FreeAllPendingImages");
+    while (ZelImageInternal* image = GetPendingImage()) ReleaseImage(image);
+}
+
+void ImageManager::FreeAllInUseImages() {
+    Guard guard(m_Lock);
+    FreeAllPendingImages();
+    ZEL_LOG(m_Logger, kLogTrace, "ImageManager::FreeAllInUseImages", "called FreeAllInUseImages");
+    while (ZelImageInternal* image = Dequeue(&m_ImageListInUse)) Enqueue(&m_ImageListFree, image);
+}
+
+bool ImageManager::FreeImages() {
+    static constexpr char kName[] = "ImageManager::FreeImages";
+    ZEL_LOG(m_Logger, kLogTrace, kName, "flags: 0x%08x ", 7u);
+    Guard guard(m_Lock);
+    ZEL_LOG(m_Logger, kLogTrace, kName, ">>>> FREE_IMAGES <<<<");
+    ZEL_LOG(m_Logger, kLogTrace, kName, "Dequeueing m_ImageListFree");
+    while (ZelImageInternal* image = Dequeue(&m_ImageListFree)) DestroyRecord(image);
+    ZEL_LOG(m_Logger, kLogTrace, kName, "Dequeueing m_ImageListPending");
+    while (ZelImageInternal* image = Dequeue(&m_ImageListPending)) DestroyRecord(image);
+    ZEL_LOG(m_Logger, kLogTrace, kName, "Dequeueing m_ImageListInUse");
+    while (ZelImageInternal* image = Dequeue(&m_ImageListInUse)) DestroyRecord(image);
+    ZEL_LOG(m_Logger, kLogTrace, kName, " FINISHED \n");
+    return true;
+}
+
+}  // namespace zel

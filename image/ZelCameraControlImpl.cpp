@@ -1,0 +1,136 @@
+// State of the post-processing half: geometry, buffers, hand-over.
+#include "image/ZelCameraControlImpl.h"
+
+#include <new>
+
+#include "platform/Clock.h"
+
+namespace zel {
+
+namespace {
+constexpr unsigned kBytesPerSample = 2;
+
+// The pool's answers as public error codes.
+int PublicPoolCode(int answer) {
+    if (answer == kPoolNegativeCount) return ZEL_ERROR_INVALID_NUMBER_OF_IMAGE_BUFFERS;
+    if (answer == kPoolNotEnoughMemory) return ZEL_ERROR_IMAGE_BUFFER_ALLOCATION_FAILURE;
+    return answer;
+}
+}  // namespace
+
+ZelCameraControlImpl::ZelCameraControlImpl(const char* instance_name)
+    : m_Logger("ZelCameraControl", instance_name), m_ImageManager(instance_name) {}
+
+ZelCameraControlImpl::~ZelCameraControlImpl() = default;
+
+void ZelCameraControlImpl::SetGeometry(const FrameGeometry& geometry) {
+    const std::lock_guard lock(m_GeometryLock);
+    m_Geometry = geometry;
+}
+
+FrameGeometry ZelCameraControlImpl::Geometry() {
+    const std::lock_guard lock(m_GeometryLock);
+    return m_Geometry;
+}
+
+int ZelCameraControlImpl::UpdateImagePool(int num_image_buffers) {
+    const FrameGeometry geometry = Geometry();
+    const std::lock_guard processing(m_ProcessingLock);
+    m_ImageManager.SetFrameGeometry(geometry.width, geometry.height, geometry.bit_depth, geometry.bytes_per_pixel);
+    const int code = PublicPoolCode(m_ImageManager.PixelBufferAllocate(num_image_buffers));
+    if (code == 0 && geometry.taps == 4) {
+        // A scratch that can't be had makes the tap step of each frame answer false.
+        m_ReorderBuffer.Reserve(std::size_t{geometry.width} * geometry.height * geometry.bytes_per_pixel);
+    }
+    return code;
+}
+
+bool ZelCameraControlImpl::PageBuffer::Reserve(std::size_t bytes) {
+    if (capacity >= bytes) return true;
+    Release();
+    pixels = static_cast<unsigned short*>(AllocatePixels(bytes));
+    if (pixels) capacity = bytes;
+    return pixels != nullptr;
+}
+
+void ZelCameraControlImpl::PageBuffer::Release() {
+    FreePixels(pixels);
+    pixels = nullptr;
+    capacity = 0;
+}
+
+int ZelCameraControlImpl::ScratchBufferCount() {
+    const std::lock_guard processing(m_ProcessingLock);
+    return (m_ReorderBuffer.pixels ? 1 : 0) + (m_SpareBuffer.pixels ? 1 : 0) + (m_RowScratch.empty() ? 0 : 1);
+}
+
+void ZelCameraControlImpl::ReleaseScratchBuffers() {
+    const std::lock_guard processing(m_ProcessingLock);
+    m_ReorderBuffer.Release();
+    m_SpareBuffer.Release();
+    m_RowScratch = {};
+}
+
+ZelImageInternal* ZelCameraControlImpl::GetPendingImageImpl() {
+    ZelImageInternal* image = m_ImageManager.GetPendingImage();
+    if (!image) return nullptr;
+    const platform::TimerResolution resolution;
+    const std::uint32_t first = platform::MillisecondClock();
+    const std::uint32_t now = platform::MillisecondClock();
+    // On purpose: the difference of two readings in a row.
+    image->hand_over_delta_ms = now - first;
+    image->queue_delay_ms = now - image->arrival_time_ms;
+    image->hand_over_time_ms = now;
+    return image;
+}
+
+bool ZelCameraControlImpl::PostProcessOnce(ZelImageInternal* image) {
+    const std::lock_guard processing(m_ProcessingLock);
+    if (image->post_processed) return true;
+    image->post_processed = 1;
+    return PostProcessImage(image);
+}
+
+void ZelCameraControlImpl::SetAveraging(int frame_count_max, bool reset) {
+    const std::lock_guard processing(m_ProcessingLock);
+    if (reset || frame_count_max != m_ImageAvgFrameCountMax) ReleaseAvgBuffer();
+    m_ImageAvgFrameCountMax = frame_count_max;
+}
+
+void ZelCameraControlImpl::ReleaseAvgBuffer() {
+    m_ImageAvgRing.clear();
+    m_ImageAvgFrameCount = 0;
+    m_ImageAvgFrameIndex = 0;
+    m_ImageAvgFrameBytes = 0;
+    m_ImageAvgRingPixels = 0;
+    m_ImageAvgRingBytes = 0;
+}
+
+int ZelCameraControlImpl::UpdateImageAvgBuffer() {
+    constexpr const char* kUpdate = "ZelCameraControlImpl::UpdateImageAvgBuffer";
+    const FrameGeometry geometry = Geometry();
+    const std::lock_guard processing(m_ProcessingLock);
+    if (m_ImageAvgFrameCountMax == 0) {
+        ZEL_LOG(m_Logger, kLogTrace, kUpdate, "m_ImageAvgFrameCountMax == 0");
+        return 0;
+    }
+    if (m_ImageAvgRing.empty()) {
+        m_ImageAvgRingPixels = geometry.width * geometry.height;
+        m_ImageAvgRingBytes = m_ImageAvgRingPixels * kBytesPerSample;
+        try {
+            m_ImageAvgRing.resize(static_cast<std::size_t>(m_ImageAvgFrameCountMax));
+            for (auto& slot : m_ImageAvgRing) slot.resize(m_ImageAvgRingPixels);
+        } catch (const std::exception&) {
+            ReleaseAvgBuffer();
+            m_ImageAvgFrameCountMax = 0;
+            ZEL_LOG(m_Logger, kLogError, kUpdate, "malloc() failed");
+            return 1;
+        }
+    }
+    ZEL_LOG(m_Logger, kLogTrace, kUpdate, "returning true");
+    return 0;
+}
+
+bool IsUsbOrCameraLink(int interface_type) { return interface_type == 3 || interface_type == 5; }
+
+}  // namespace zel

@@ -1,0 +1,150 @@
+// Starting and stopping: a conversation in which the application starts the camera object, the camera object the
+// transport, and the transport calls StartCommon or StartTriggerCommon, where the camera recalculates its settings.
+#include "camera/ZelCameraControl.h"
+#include "platform/Clock.h"
+
+namespace zel {
+
+namespace {
+constexpr const char* kStart = "ZelCameraControl::Start";
+constexpr const char* kStop = "ZelCameraControl::Stop";
+constexpr const char* kStartCommon = "ZelCameraControl::StartCommon";
+
+constexpr int kCameraStopped = 0;
+constexpr int kCameraRunning = 2;
+constexpr int kCalculationDone = 2;
+constexpr std::uint32_t kCalculationBudgetMs = 5000;
+constexpr int kAttempts = 4;
+
+// The largest frame the pool's 32-bit arithmetic is trusted with.
+constexpr unsigned kLargestSide = 32768;
+constexpr std::uint64_t kLargestFrameBytes = 1u << 30;
+}  // namespace
+
+bool ZelCameraControl::Start() {
+    if (!m_Camera) return false;
+    if (StoreError(m_Camera->Start()) != 0) return false;
+    if (IsUsbOrCameraLink(m_Camera->GetInterfaceType())) {
+        m_FrameOfAcquisitionSeen = false;
+        SetWithRetries(CAMERA_STATE, kCameraRunning,
+                       "***ERROR***: ZelCameraControl::Start() - m_SyncTable.Set(CAMERA_STATE, 2) failed - retry "
+                       "attempt #%d\n",
+                       0);
+    } else if (m_Camera->GetInterfaceType() == CAMERA_TYPE_PLEORA_EBUS) {
+        m_SyncTable.Set(CAMERA_STATE, kCameraRunning);
+    }
+    return true;
+}
+
+bool ZelCameraControl::Start(int frame_count) { return Start() && SetTransportValue(frame_count); }
+
+// Up to four attempts, 100 ms apart. retry_line is logged before each further attempt with its number, and the source
+// line when there is one. Answers whether the last attempt succeeded.
+bool ZelCameraControl::SetWithRetries(int index, int value, const char* retry_line, int source_line) {
+    bool done = m_SyncTable.Set(index, value);
+    for (int attempt = 2; !done && attempt <= kAttempts; ++attempt) {
+        platform::SleepMilliseconds(100);
+        ZEL_LOG(m_Logger, kLogError, kStart, retry_line, attempt, source_line);
+        done = m_SyncTable.Set(index, value);
+    }
+    return done;
+}
+
+bool ZelCameraControl::Stop() {
+    if (!m_Camera) return false;
+    ZEL_LOG(m_Logger, kLogTrace, kStop, "ZelCameraControl::Stop() calling m_Camera->Stop()");
+    return StoreError(m_Camera->Stop()) == 0;
+}
+
+int ZelCameraControl::StopCommon() {
+    if (!m_Camera) return 1;
+    if (m_SyncTable.Set(CAMERA_STATE, kCameraStopped)) return 0;
+    return m_SyncTable.Set(CAMERA_STATE, kCameraStopped) ? 0 : 1;
+}
+
+bool ZelCameraControl::AskForCalculation(bool reset_first) {
+    if (reset_first && !m_SyncTable.Set(CALC_STATE, 0)) return false;
+    return m_SyncTable.Set(CALC_STATE, 1);
+}
+
+bool ZelCameraControl::WaitForCalculation() {
+    const std::uint32_t start = platform::MillisecondClock();
+    int state = 0;
+    do {
+        platform::SleepMilliseconds(100);
+        m_SyncTable.Get(CALC_STATE, &state);
+        if (platform::MillisecondClock() - start > kCalculationBudgetMs) return false;
+        platform::SleepMilliseconds(20);
+    } while (state != kCalculationDone);
+    return true;
+}
+
+int ZelCameraControl::StartCommon() {
+    if (!m_Camera) return 1;
+    platform::TimerResolution resolution;
+    const int type = m_Camera->GetInterfaceType();
+    if (!AskForCalculation(type == CAMERA_TYPE_PLEORA_EBUS)) return 1;
+    if (!WaitForCalculation()) return 1;
+    if (const int code = PrepareAcquisition()) return code;
+
+    const bool hardware = m_HWTriggerEnabled;
+    if (IsUsbOrCameraLink(type)) {
+        ZEL_LOG(m_Logger, kLogTrace, kStartCommon, "CAMERA_TYPE_USB or CAMERA_LINK - Calling EnableHWTrigger(%s)",
+                hardware ? "true" : "false");
+        EnableHWTrigger(hardware);
+    } else if (type == CAMERA_TYPE_PLEORA_EBUS) {
+        ZEL_LOG(m_Logger, kLogTrace, kStartCommon, "CAMERA_TYPE_PLEORA_EBUS - Calling EnableHWTrigger(%s)",
+                hardware ? "true" : "false");
+        EnableHWTrigger(hardware);
+        if (hardware) SendText("arm\r\n");
+    }
+    return 0;
+}
+
+// The transport's set-up and the three of the post-processing; the first code other than 0 ends the start.
+int ZelCameraControl::PrepareAcquisition() {
+    int num_image_buffers = m_NumImageBuffers;
+    if (const int code = StoreError(m_Camera->PrepareAcquisition(&num_image_buffers))) return code;
+    if (const int code = StoreError(ReadGeometry())) return code;
+    if (const int code = StoreError(UpdateImagePool(m_NumImageBuffers))) return code;
+    return StoreError(UpdateImageAvgBuffer());
+}
+
+// Size, region, binning, taps and clock as the camera reports them now. They hold for the whole acquisition, so that a
+// frame costs no exchange with the camera.
+int ZelCameraControl::ReadGeometry() {
+    FrameGeometry geometry;
+    const struct {
+        int index;
+        unsigned* value;
+    } entries[] = {
+        {H_SIZE, &geometry.width},
+        {V_SIZE, &geometry.height},
+        {BITS_PER_PIXEL, &geometry.bit_depth},
+        {BYTES_PER_PIXEL, &geometry.bytes_per_pixel},
+        {H_ROI_ORIGIN, &geometry.roi.XOrigin},
+        {V_ROI_ORIGIN, &geometry.roi.YOrigin},
+        {H_ROI_PIXELS, &geometry.roi.XPixels},
+        {V_ROI_PIXELS, &geometry.roi.YPixels},
+        {H_BIN, &geometry.roi.XBin},
+        {V_BIN, &geometry.roi.YBin},
+        {EXPOSURE_TIME, &geometry.exposure_time_us},
+    };
+    for (const auto& entry : entries) {
+        int value = 0;
+        if (!m_SyncTable.Get(entry.index, &value)) return ZEL_ERROR_CAMERA_COMM_FAILURE;
+        *entry.value = static_cast<unsigned>(value);
+    }
+    if (!m_SyncTable.Get(SENSOR_TAPS_VAL, &geometry.taps)) return ZEL_ERROR_CAMERA_COMM_FAILURE;
+    if (!m_SyncTable.Get(CLOCK_SPEED_VAL, &geometry.readout_mhz)) return ZEL_ERROR_CAMERA_COMM_FAILURE;
+
+    const bool sane = geometry.width >= 1 && geometry.width <= kLargestSide && geometry.height >= 1 &&
+                      geometry.height <= kLargestSide && geometry.bit_depth >= 1 && geometry.bit_depth <= 16 &&
+                      geometry.bytes_per_pixel >= 1 && geometry.bytes_per_pixel <= 4 &&
+                      std::uint64_t{geometry.width} * geometry.height * geometry.bytes_per_pixel <= kLargestFrameBytes;
+    if (!sane) return ZEL_ERROR_CAMERA_INVALID_DATA;
+    SetGeometry(geometry);
+    return 0;
+}
+
+}  // namespace zel

@@ -1,0 +1,155 @@
+// From the transport's handlers to the application's callbacks. All of it runs on the transport's thread, and no lock
+// is held while the application is called.
+#include "camera/ZelCameraControl.h"
+
+namespace zel {
+
+namespace {
+constexpr int kEnableEvents = 11;
+constexpr unsigned kLastEventId = 10;
+constexpr const char* kEvent = "ZelCameraControl::EventCallback";
+
+std::atomic<unsigned> g_NotificationCount{0};
+}  // namespace
+
+unsigned ZelCameraControl::NotificationCount() { return g_NotificationCount; }
+
+ZelCameraControl::Callbacks ZelCameraControl::CopyCallbacks() {
+    const std::lock_guard lock(m_CallbackLock);
+    return m_Callbacks;
+}
+
+bool ZelCameraControl::RegisterEventHandler() {
+    if (!m_Camera || !m_Camera->SetEventHandler(zel_event_handler, this)) return false;
+    return m_Camera->EnableEvents(kEnableEvents);
+}
+
+bool ZelCameraControl::SetTextCommandCallback(ZelTextCommandCallback callback, void* context) {
+    const std::lock_guard lock(m_CallbackLock);
+    m_Callbacks.text = callback;
+    m_Callbacks.text_context = context;
+    return true;
+}
+
+bool ZelCameraControl::SetCameraControlCallback(ZelCameraControlCallback callback, void* context) {
+    {
+        const std::lock_guard lock(m_CallbackLock);
+        m_Callbacks.control = callback;
+        m_Callbacks.control_context = context;
+    }
+    ZEL_LOG(m_Logger, kLogTrace, "ZelCameraControl::SetCameraControlCallback",
+            "ZelCameraControl::SetCameraControlCallback() func:%s, context:%s\n", PointerText(callback).text,
+            PointerText(context).text);
+    return RegisterEventHandler();
+}
+
+bool ZelCameraControl::SetCameraControlCallbackEx(ZelCameraControlCallbackEx callback, void* context) {
+    {
+        const std::lock_guard lock(m_CallbackLock);
+        m_Callbacks.control_ex = callback;
+        m_Callbacks.control_context = context;
+    }
+    ZEL_LOG(m_Logger, kLogTrace, "ZelCameraControl::SetCameraControlCallbackEx",
+            "ZelCameraControl::SetCameraControlCallbackEx() func:%s, context:%s\n", PointerText(callback).text,
+            PointerText(context).text);
+    return RegisterEventHandler();
+}
+
+bool ZelCameraControl::SetImageNotificationCallback(ZelImageNotificationCallback callback, void* context) {
+    {
+        const std::lock_guard lock(m_CallbackLock);
+        m_Callbacks.notification = callback;
+        m_Callbacks.notification_context = context;
+    }
+    ZEL_LOG(m_Logger, kLogTrace, "ZelCameraControl::SetImageNotificationCallback",
+            "ZelCameraControl::SetImageNotificationCallback() func:%s, context:%s\n", PointerText(callback).text,
+            PointerText(context).text);
+    return RegisterEventHandler();
+}
+
+bool ZelCameraControl::SetImageCallback(ZelImageCallback callback, void* context) {
+    {
+        const std::lock_guard lock(m_CallbackLock);
+        m_Callbacks.image = callback;
+        m_Callbacks.image_context = context;
+    }
+    ZEL_LOG(m_Logger, kLogTrace, "ZelCameraControl::SetImageCallback",
+            "ZelCameraControl::SetImageCallback() func:%s, context:%s\n", PointerText(callback).text,
+            PointerText(context).text);
+    return m_Camera && m_Camera->SetImageHandler(zel_image_handler, this);
+}
+
+void ZelCameraControl::ImageCallback(ZelImage* image) {
+    ZEL_LOG(m_Logger, kLogTrace, "zel_image_handler", "Handling an image callback!");
+    const Callbacks callbacks = CopyCallbacks();
+    if (!callbacks.image || !image) return;
+    m_FrameOfAcquisitionSeen = true;
+    auto* record = static_cast<ZelImageInternal*>(image);
+    if (!PostProcessOnce(record)) {
+        ZEL_LOG(m_Logger, kLogError, "zel_image_handler", "Failed to post process image %d!", record->image_number);
+    }
+    callbacks.image(image, callbacks.image_context);
+}
+
+void ZelCameraControl::EventCallback(const ZelCameraEvent* event) {
+    if (!event || event->id > kLastEventId) return;
+    const Callbacks callbacks = CopyCallbacks();
+    if (event->id < CAMERA_EVENT_IMAGE_READY) {
+        const int id = static_cast<int>(event->id);
+        if (callbacks.control) callbacks.control(id, callbacks.control_context);
+        if (!callbacks.control_ex) return;
+        ZelCameraControlRecord record{};
+        record.value = event->value;
+        for (int i = 0; i < 8; ++i) record.values[i] = event->values[i];
+        callbacks.control_ex(id, &record, callbacks.control_context);
+        return;
+    }
+    switch (event->id) {
+        case CAMERA_EVENT_IMAGE_READY:
+            if (callbacks.notification) {
+                ++g_NotificationCount;
+                ZEL_SCOPE_TIMER(timer, "pending image callback execution time", m_Logger, kEvent);
+                callbacks.notification(ZEL_IMAGE_NOTIFICATION_PENDING, callbacks.notification_context);
+            }
+            break;
+        case CAMERA_EVENT_IMAGE:
+            if (callbacks.notification) {
+                callbacks.notification(ZEL_IMAGE_NOTIFICATION_EVENT, callbacks.notification_context);
+            }
+            break;
+        case CAMERA_EVENT_DISCONNECT:
+            ReportConnection(callbacks, ZEL_CAMERA_CONTROL_DISCONNECT, "DISCONNECT");
+            break;
+        case CAMERA_EVENT_RECONNECT:
+            ReportConnection(callbacks, ZEL_CAMERA_CONTROL_RECONNECT, "RECONNECT");
+            break;
+        default:
+            ZEL_LOG(m_Logger, kLogError, kEvent, "***ERROR***: invalid event id");
+            break;
+    }
+}
+
+void ZelCameraControl::ReportConnection(const Callbacks& callbacks, int code, const char* what) {
+    ZEL_LOG(m_Logger, kLogTrace, kEvent,
+            "ZelCameraControl::EventCallback() - CAMERA_EVENT_%s - camera_control_callback:%s", what,
+            PointerText(callbacks.control).text);
+    if (!callbacks.control) return;
+    ZEL_LOG(m_Logger, kLogTrace, kEvent,
+            "ZelCameraControl::EventCallback() - calling back into the app with ZEL_CAMERA_CONTROL_%s", what);
+    callbacks.control(code, callbacks.control_context);
+    ZEL_LOG(m_Logger, kLogTrace, kEvent,
+            "ZelCameraControl::EventCallback() - returning from the app after ZEL_CAMERA_CONTROL_%s event", what);
+}
+
+void ZEL_CALL zel_image_handler(ZelImage* image, ZelCamera* camera) {
+    if (camera) static_cast<ZelCameraControl*>(camera)->ImageCallback(image);
+}
+
+void ZEL_CALL zel_event_handler(const ZelCameraEvent* event, ZelCamera* camera) {
+    if (!camera) return;
+    auto* control = static_cast<ZelCameraControl*>(camera);
+    ZEL_LOG(CameraControlLogger().Get(), kLogTrace, "zel_event_handler", "Handling an event callback!");
+    control->EventCallback(event);
+}
+
+}  // namespace zel

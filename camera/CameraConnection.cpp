@@ -1,0 +1,82 @@
+// From created to usable: connecting, reading the camera's identity, recognising its model; and disconnecting.
+#include <cstring>
+
+#include "camera/ZelCameraControl.h"
+
+namespace zel {
+
+namespace {
+constexpr const char* kOpen = "ZelCameraControl::Open";
+constexpr const char* kClose = "ZelCameraControl::Close";
+constexpr const char* kConnect = "ZelCameraControl::ConnectCommon";
+}  // namespace
+
+bool ZelCameraControl::Open() {
+    ZEL_LOG(m_Logger, kLogTrace, kOpen, "ZelCameraControl::Open() - ENTRY");
+    if (!m_Camera) return false;
+    if (m_CameraOpened == 1) {
+        ZEL_LOG(m_Logger, kLogTrace, kOpen, "ZelCameraControl::Open() - m_CameraOpened == 1");
+        return true;
+    }
+    if (StoreError(m_Camera->Connect()) != 0) {
+        ZEL_LOG(m_Logger, kLogError, kOpen, "ZelCameraControl::Open() - m_Camera->Connect() failed");
+        return false;
+    }
+    LogAttributeTranslations(kOpen);
+    if (StoreError(m_Camera->Stop()) != 0) {
+        ZEL_LOG(m_Logger, kLogError, kOpen, "ZelCameraControl::Open() - m_Camera->Stop() failed");
+        return false;
+    }
+    m_CameraOpened = 1;
+    ZEL_LOG(m_Logger, kLogTrace, kOpen, "ZelCameraControl::Open() - EXIT");
+    return true;
+}
+
+bool ZelCameraControl::Close() {
+    ZEL_LOG(m_Logger, kLogTrace, kClose, "ZelCameraControl::Close() - ENTRY");
+    if (!m_Camera) return false;
+    if (StoreError(m_Camera->Disconnect()) != 0) {
+        ZEL_LOG(m_Logger, kLogError, kClose, "ZelCameraControl::Close() - m_Camera->Disconnect() failed");
+        return false;
+    }
+    m_ImageManager.FreeImages();
+    m_CameraOpened = 0;
+    ZEL_LOG(m_Logger, kLogTrace, kClose, "ZelCameraControl::Close() - EXIT");
+    return true;
+}
+
+// Fills a text from an entry; it stays empty when the entry can't be read. A value entry gives its four bytes as they
+// come over the wire.
+void ZelCameraControl::ReadText(int index, Text& text) {
+    text.fill('\0');
+    char entry[SyncTable::kBlockCapacity] = {};
+    if (!m_SyncTable.Get(index, entry)) return;
+    std::memcpy(text.data(), entry, sizeof entry);
+}
+
+int ZelCameraControl::ConnectCommon() {
+    if (!m_Camera) return ZEL_ERROR_NULL_POINTER_SUPPLIED;
+    SyncTableAttributes binning{};
+    m_SyncTable.GetAttribute(V_BIN, &binning);
+    ReadText(SVN_REVISION, m_FirmwareRevision);
+    ReadText(HW_MODEL, m_Model);
+    ReadText(CFA_TYPE, m_FilterType);
+    if (m_FilterType[0] == '\0') std::strcpy(m_FilterType.data(), "mono");
+    ZEL_LOG(m_Logger, kLogTrace, kConnect, "Checking for Interface type\n");
+    if (m_Camera->GetInterfaceType() == CAMERA_TYPE_USB) RecogniseModel();
+    ZEL_LOG(m_Logger, kLogTrace, kConnect, "EXIT");
+    return 0;
+}
+
+void ZelCameraControl::RecogniseModel() {
+    ZEL_LOG(m_Logger, kLogTrace, kConnect, "CameraModelStr:%s\n", m_Model.data());
+    const CameraModel* model = FindCameraModel(m_Model.data());
+    if (!model) {
+        ZEL_LOG(m_Logger, kLogError, kConnect, "***ERROR****: uknown camera type\n");
+        return;
+    }
+    ZEL_LOG(m_Logger, kLogTrace, kConnect, "%s", model->log_line);
+    m_ModelValues = model->values;
+}
+
+}  // namespace zel

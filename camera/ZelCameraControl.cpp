@@ -1,0 +1,153 @@
+// Construction of the camera object, and the operations that are too small for a chapter of their own.
+#include "camera/ZelCameraControl.h"
+
+#include <cstring>
+#include <exception>
+
+#include "camera/ErrorNames.h"
+#include "camera/ZelCameraFactory.h"
+#include "platform/Clock.h"
+
+namespace zel {
+
+ZelCameraControl::ZelCameraControl(ICameraInterface* camera, const char* instance_name)
+    : ZelCameraControlImpl(instance_name),
+      m_Camera(camera),
+      m_SyncTable(camera, instance_name, m_ExchangeLock),
+      m_TextProtocol(camera, instance_name, m_ExchangeLock) {
+    m_ModelValues.fill(kNoModelValue);
+    LogAttributeTranslations("ZelCameraControl::ZelCameraControl");
+}
+
+// The transport is not closed here; it only forgets this object.
+ZelCameraControl::~ZelCameraControl() {
+    if (!m_Camera) return;
+    m_Camera->SetImageHandler(nullptr, nullptr);
+    m_Camera->SetEventHandler(nullptr, nullptr);
+    m_Camera->SetCameraCommon(nullptr);
+}
+
+bool ZelCameraControl::IsOpen(int* is_open) {
+    if (!is_open) return false;
+    *is_open = m_CameraOpened == 1 ? 1 : 0;
+    return true;
+}
+
+int ZelCameraControl::GetDataTypeSize(int data_type) {
+    switch (data_type) {
+        case 0:
+            return 0;
+        case 1:
+        case 9:
+            return 1;
+        case 2:
+        case 6:
+            return 2;
+        case 4:
+        case 5:
+        case 8:
+            return 8;
+        default:
+            return 4;
+    }
+}
+
+bool ZelCameraControl::ResetCamera() {
+    if (!m_Camera) return false;
+    m_SyncTable.Set(CAMERA_RESET, 1);
+    platform::SleepMilliseconds(100);
+    m_SyncTable.Set(H_BIN, 1);
+    m_SyncTable.Set(V_BIN, 1);
+    return true;
+}
+
+int ZelCameraControl::QueryTransportValue() { return m_Camera ? m_Camera->GetStatusValue() : 0; }
+
+bool ZelCameraControl::SetTransportValue(int value) { return m_Camera && m_Camera->SetStatusValue(value); }
+
+bool ZelCameraControl::SetExposureToDefault() {
+    if (!m_Camera) return false;
+    SyncTableAttributes record{};
+    if (m_SyncTable.GetAttribute(EXPOSURE_TIME, &record)) m_SyncTable.Set(EXPOSURE_TIME, record.default_value);
+    return true;
+}
+
+const char* ZelCameraControl::GetLastErrorStr() { return ErrorName(LoadLastError()); }
+
+int ZelCameraControl::GetLastError() { return LoadLastError(); }
+
+bool ZelCameraControl::ClearLastError() {
+    StoreError(0);
+    return true;
+}
+
+int ZelCameraControl::StoreError(int code) {
+    std::atomic_ref<int>(m_LastError).store(code);
+    return code;
+}
+
+int ZelCameraControl::LoadLastError() { return std::atomic_ref<int>(m_LastError).load(); }
+
+double ZelCameraControl::GetLinkThroughput() { return m_Camera ? m_Camera->GetLinkThroughput() : 0.0; }
+double ZelCameraControl::GetLinkFrameRate() { return m_Camera ? m_Camera->GetLinkFrameRate() : 0.0; }
+double ZelCameraControl::GetLinkLatency() { return m_Camera ? m_Camera->GetLinkLatency() : 0.0; }
+double ZelCameraControl::GetLinkUtilization() { return m_Camera ? m_Camera->GetLinkUtilization() : 0.0; }
+
+int ZelCameraControl::TransportInterfaceType() { return m_Camera ? m_Camera->GetInterfaceType() : 0; }
+
+int ZelCameraControl::GetCameraInterfaceType() {
+    switch (TransportInterfaceType()) {
+        case CAMERA_TYPE_EDT_CAMERA_LINK:
+            return 1;
+        case CAMERA_TYPE_PLEORA_EBUS:
+            return 0;
+        case CAMERA_TYPE_USB:
+            return 2;
+        default:
+            ZEL_LOG(m_Logger, kLogWarning, "ZelCameraControl::GetCameraInterfaceType", "Invalid interface type!");
+            return 0;
+    }
+}
+
+int ZelCameraControl::GetScratchBufferCount() { return ScratchBufferCount(); }
+
+bool ZelCameraControl::FreeScratchBuffers() {
+    ReleaseScratchBuffers();
+    return true;
+}
+
+bool ZelCameraControl::IsMonochrome() { return std::strcmp(m_FilterType.data(), "mono") == 0; }
+
+bool ZelCameraControl::SetImageAveraging(int frame_count_max, int reset) {
+    if (frame_count_max < 0) return false;
+    SetAveraging(frame_count_max, reset != 0);
+    return true;
+}
+
+}  // namespace zel
+
+ZelCamera* zel_camera_control_create(ICameraInterface* camera, const char* instance_name) {
+    constexpr const char* kCreate = "zel_camera_control_create";
+    zel::Logger& logger = zel::CameraControlLogger().Get();
+    ZEL_LOG(logger, zel::kLogTrace, kCreate, "Creating a ZelCameraControl object!");
+    if (!camera) {
+        ZEL_LOG(logger, zel::kLogError, kCreate, "ICameraInterface is NULL!");
+        return nullptr;
+    }
+    zel::ZelCameraControl* control = nullptr;
+    try {
+        control = new zel::ZelCameraControl(camera, instance_name ? instance_name : "");
+    } catch (const std::exception&) {
+        ZEL_LOG(logger, zel::kLogError, kCreate, "Failed to create ZelCameraControl!");
+        camera->SetCameraCommon(nullptr);
+        return nullptr;
+    }
+    camera->SetCameraCommon(control);
+    return control;
+}
+
+void zel_camera_control_destroy(ZelCamera* camera) { ZelDelete(camera); }
+
+ICameraInterface* zel_camera_control_interface(ZelCamera* camera) {
+    return camera ? static_cast<zel::ZelCameraControl*>(camera)->GetCameraInterface() : nullptr;
+}

@@ -1,0 +1,227 @@
+// The camera object: one per connected camera. To the application it is a ZelCamera (and ZelColorCamera), to the
+// transport an IZelCameraCommon. Defined in one source file per concern:
+//
+//     ZelCameraControl.cpp     construction, small operations     CameraConnection.cpp   Open, Close, model detection
+//     CameraParameters.cpp     GetParameter, SetParameter         CameraAttributes.cpp   the attribute answers
+//     CameraHostParameters.cpp values that live in the host       CameraAcquisition.cpp  Start, Stop, calculation
+//     CameraTrigger.cpp        triggering                         CameraText.cpp         text and raw exchanges
+//     CameraFrames.cpp         frame hand-over                    CameraCallbacks.cpp    callbacks and events
+#ifndef CAMERA_ZELCAMERACONTROL_H
+#define CAMERA_ZELCAMERACONTROL_H
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+
+#include "camera/CameraModels.h"
+#include "camera/ParameterTable.h"
+#include "camera/ZelCameraInternal.h"
+#include "image/ZelCameraControlImpl.h"
+#include "link/ICameraInterface.h"
+#include "link/IZelCameraCommon.h"
+#include "link/SyncTable.h"
+#include "link/TextProtocol.h"
+#include "platform/Locks.h"
+
+namespace zel {
+
+// Both bases have a GetPendingImage, and they differ: the application gets a processed frame, the transport the record
+// as it lies in the pool. These two layers give them names of their own.
+class CameraApplicationBase : public ZelCameraInternal {
+  public:
+    ZelImage* GetPendingImage() final { return GetPendingImageForApplication(); }
+
+  protected:
+    virtual ZelImage* GetPendingImageForApplication() = 0;
+};
+
+class CameraCommonBase : public IZelCameraCommon {
+  public:
+    ZelImage* GetPendingImage() final { return GetPendingImageForTransport(); }
+
+  protected:
+    virtual ZelImage* GetPendingImageForTransport() = 0;
+    ~CameraCommonBase() = default;
+};
+
+class ZelCameraControl final : public CameraApplicationBase, public CameraCommonBase, private ZelCameraControlImpl {
+  public:
+    // `camera` is held, never owned. `instance_name` tells this camera's loggers apart; null counts as "".
+    ZelCameraControl(ICameraInterface* camera, const char* instance_name);
+#if defined(_WIN32)
+    ZEL_IMPLEMENTATION_DESTRUCTOR(ZelCameraControl)
+    ~ZelCameraControl();
+#else
+    ~ZelCameraControl() override;
+#endif
+
+    // ZelCamera
+    bool Open() override;
+    bool Close() override;
+    bool IsOpen(int* is_open) override;
+    const char* GetCameraName() override;
+    bool SetCameraName(const char* name) override;
+    int GetDataTypeSize(int data_type) override;
+    bool GetParameter(unsigned param_id, unsigned size, void* data) override;
+    int GetParameterValue(unsigned param_id) override;
+    bool SetParameterValue(int param_id, int value) override;
+    bool SetParameter(int param_id, const void* data) override;
+    bool ResetCamera() override;
+    ZelImage* GetLastPendingImage() override;
+    bool FreeAllPendingImages() override;
+    bool FreeImage(ZelImage* image) override;
+    bool Start(int frame_count) override;
+    bool Start() override;
+    bool Stop() override;
+    int QueryTransportValue() override;
+    bool SetTransportValue(int value) override;
+    bool SetExposureToDefault() override;
+    const char* GetLastErrorStr() override;
+    int GetLastError() override;
+    bool ClearLastError() override;
+    bool SetTextCommand(const char* text) override;
+    bool SetTextCommandCallback(ZelTextCommandCallback callback, void* context) override;
+    bool SetCameraControlCallback(ZelCameraControlCallback callback, void* context) override;
+    bool SetCameraControlCallbackEx(ZelCameraControlCallbackEx callback, void* context) override;
+    bool SetImageNotificationCallback(ZelImageNotificationCallback callback, void* context) override;
+    bool SetImageCallback(ZelImageCallback callback, void* context) override;
+    bool StartTriggerAcquisition() override;
+    bool StopTriggerAcquisition(int flag) override;
+    bool SoftwareTrigger() override;
+
+    // ZelCameraInternal
+    double GetLinkThroughput() override;
+    double GetLinkFrameRate() override;
+    double GetLinkLatency() override;
+    double GetLinkUtilization() override;
+    int GetCameraInterfaceType() override;
+    int SendData(const unsigned char* data, int num_tx_bytes) override;
+    int RecvData(unsigned char* buffer, int num_rx_bytes, int timeout_ms) override;
+    int GetScratchBufferCount() override;
+    bool FreeScratchBuffers() override;
+    bool IsMonochrome() override;
+    bool SetImageAveraging(int frame_count_max, int reset) override;
+    ICameraInterface* GetCameraInterface() override { return m_Camera; }
+
+    // IZelCameraCommon
+    int ConnectCommon() override;
+    int StopCommon() override;
+    int StartCommon() override;
+    int StartTriggerCommon() override;
+    int TextCommandCommon(const char* text, bool expect_reply) override;
+    bool GetCameraParameter(int index, int* value) override;
+    int* GetLastErrorPtr() override { return &m_LastError; }
+    bool SyncTapBalanceGain() override;
+    ZelImage* GetFreeImage() override;
+    bool SetPendingImage(ZelImage* image) override;
+    bool ReleaseImage(ZelImage* image) override;
+    void FillImageInfo(ZelImage* image) override;
+    void FreeAllInUseImages() override;
+
+    // What the two handler functions that the transport calls do.
+    void ImageCallback(ZelImage* image);
+    void EventCallback(const ZelCameraEvent* event);
+
+    // How many image notification calls were made in this process.
+    static unsigned NotificationCount();
+
+  protected:
+    ZelImage* GetPendingImageForApplication() override;
+    ZelImage* GetPendingImageForTransport() override;
+    int TransportInterfaceType() override;
+
+  private:
+    friend struct ParameterHandlers;  // the rows of the parameter table
+
+    static constexpr int kTextCapacity = 64;
+    using Text = std::array<char, kTextCapacity>;
+
+    // Connection
+    void ReadText(int index, Text& text);
+    void RecogniseModel();
+
+    // Parameters
+    bool ReadTableParameter(int index, void* data);
+    bool ReadAttribute(void* data);
+    bool ReadTableAttribute(int attribute, void* data);
+    bool ReadRoiAttribute(int attribute, void* data);
+    void SelectAttribute(const ZelParamAttrId& selection);
+    bool UpdateParameters();
+    void LogAttributeTranslations(const char* function_name);
+    void LogSelection(const char* function_name);
+
+    // Acquisition
+    int StoreError(int code);
+    int LoadLastError();
+    int ReadGeometry();
+    int PrepareAcquisition();
+    bool AskForCalculation(bool reset_first);
+    bool WaitForCalculation();
+    bool SetWithRetries(int index, int value, const char* retry_line, int source_line);
+    void EnableHWTrigger(bool on);
+    void CameraCommand(const char* text);
+    void SendText(const char* text);
+    void SendText(const char* text, char* reply);
+    void ArmBySoftware();
+    int StartTriggerEBus();
+    int StartTriggerUsbOrCameraLink(int interface_type);
+    void EnableTriggerUsbOrCameraLink(int interface_type);
+
+    // Callbacks
+    bool RegisterEventHandler();
+
+    ICameraInterface* const m_Camera;
+    platform::RecursiveLock m_ExchangeLock;  // one exchange with the camera at a time, text or table
+    SyncTable m_SyncTable;
+    TextProtocol m_TextProtocol;
+
+    std::atomic<int> m_CameraOpened{0};
+    int m_LastError = 0;  // the transport stores codes here too: accessed through atomic_ref
+    std::atomic<bool> m_FrameOfAcquisitionSeen{false};  // cleared by Start before the camera is set running
+
+    Text m_CameraName{};
+    Text m_FirmwareRevision{};
+    Text m_Model{};
+    Text m_FilterType{};
+    ModelValues m_ModelValues{};
+
+    // Selection for the attribute answers and values kept in the host. Shared by the application's threads as plain
+    // registers: the last write holds.
+    std::atomic<int> m_ZELParamIndex{0};
+    std::atomic<int> m_ZELAttrID{0};
+    std::atomic<int> m_SyncTableParamIndex{0};
+    std::atomic<int> m_SyncTableAttrIndex{0};
+    std::atomic<int> m_ExposureUnit{0};
+    std::atomic<int> m_TapsIndex{0};
+    std::atomic<int> m_ReadoutSpeedIndex{0};
+    std::atomic<bool> m_HWTriggerEnabled{false};
+    std::atomic<int> m_HWTriggerSource{0};  // chosen last by the application
+    std::atomic<int> m_NumImageBuffers{8};
+
+    // The application's callbacks. The lock covers reading and changing them, never a call.
+    struct Callbacks {
+        ZelCameraControlCallback control = nullptr;
+        ZelCameraControlCallbackEx control_ex = nullptr;
+        // On purpose: one context for both control callbacks; the one set last holds.
+        void* control_context = nullptr;
+        ZelImageNotificationCallback notification = nullptr;
+        void* notification_context = nullptr;
+        ZelImageCallback image = nullptr;
+        void* image_context = nullptr;
+        ZelTextCommandCallback text = nullptr;
+        void* text_context = nullptr;
+    };
+    Callbacks CopyCallbacks();
+    void ReportConnection(const Callbacks& callbacks, int code, const char* what);
+    std::mutex m_CallbackLock;
+    Callbacks m_Callbacks;
+};
+
+// The functions given to the transport.
+void ZEL_CALL zel_image_handler(ZelImage* image, ZelCamera* camera);
+void ZEL_CALL zel_event_handler(const ZelCameraEvent* event, ZelCamera* camera);
+
+}  // namespace zel
+
+#endif

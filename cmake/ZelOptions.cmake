@@ -60,7 +60,7 @@ function(zel_share_test_headers name)
 endfunction()
 
 # zel_test(NAME SOURCES... [LINK targets...] [DEPENDS targets...]): one GoogleTest program, one entry for ctest. It runs
-# in the folder of the run-time files.
+# in the folder it stands in, where Windows looks for libraries too.
 function(zel_test name)
     cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINK;DEPENDS" ${ARGN})
     if(NOT ARG_TIMEOUT)
@@ -76,6 +76,6 @@ function(zel_test name)
     if(ARG_DEPENDS)
         add_dependencies(${name} ${ARG_DEPENDS})
     endif()
-    add_test(NAME ${name} COMMAND ${name} WORKING_DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+    add_test(NAME ${name} COMMAND ${name} WORKING_DIRECTORY $<TARGET_FILE_DIR:${name}>)
     set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT})
 endfunction()

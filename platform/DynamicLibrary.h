@@ -20,6 +20,11 @@ void UnloadSharedLibrary(LibraryHandle library);
 // Fetches the system's text for the last failed load and throws it away, so that no error state is left behind.
 void DiscardLoadError();
 
+// Keeps the library that this code is part of in memory until the process ends, however often it is unloaded. On
+// Windows each load of a library with MinGW's thread runtime takes one of the process's 1,088 thread-local slots for
+// good, so a library that is loaded again and again calls this once. Does nothing elsewhere.
+void KeepThisLibraryLoaded();
+
 template <class Function>
 Function FindFunction(LibraryHandle library, const char* name) {
     return reinterpret_cast<Function>(FindExport(library, name));

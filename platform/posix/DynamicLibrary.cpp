@@ -57,6 +57,8 @@ void UnloadSharedLibrary(LibraryHandle library) {
     if (library) dlclose(library);
 }
 
+void KeepThisLibraryLoaded() {}
+
 void DiscardLoadError() { dlerror(); }
 
 }  // namespace zel::platform

@@ -17,6 +17,12 @@ void UnloadSharedLibrary(LibraryHandle library) {
     if (library) FreeLibrary(static_cast<HMODULE>(library));
 }
 
+void KeepThisLibraryLoaded() {
+    static const char inside = 0;
+    HMODULE library = nullptr;
+    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN, &inside, &library);
+}
+
 void DiscardLoadError() {
     char* text = nullptr;
     FormatMessageA(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,

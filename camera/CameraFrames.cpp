@@ -18,7 +18,9 @@ ZelImage* ZelCameraControl::GetFreeImage() {
     return image;
 }
 
-bool ZelCameraControl::SetPendingImage(ZelImage* image) { return m_ImageManager.SetPendingImage(Internal(image)); }
+bool ZelCameraControl::SetPendingImage(ZelImage* image) {
+    return m_ImageManager.SetPendingImage(Internal(image), platform::MillisecondClock());
+}
 
 bool ZelCameraControl::ReleaseImage(ZelImage* image) { return m_ImageManager.ReleaseImage(Internal(image)); }
 

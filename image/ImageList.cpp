@@ -9,11 +9,13 @@ namespace zel {
 
 namespace {
 
-using Guard = std::lock_guard<platform::RecursiveLock>;
+using Guard = std::lock_guard<ListLock>;
 
 ZelImageInternal* ExchangeLink(ZelImageInternal*& link, ZelImageInternal* image) {
     return std::atomic_ref<ZelImageInternal*>(link).exchange(image, std::memory_order_acq_rel);
 }
+
+constexpr char kRemove[] = "ImageManager::Remove";
 
 unsigned long long Address(const ZelImageInternal* image) { return reinterpret_cast<std::uintptr_t>(image); }
 
@@ -30,7 +32,7 @@ int ImageList::Count() {
     return m_Num;
 }
 
-void ImageList::LogNullList(const char* function_name) {
+void ImageList::LogNull(const char* function_name) {
     Logger logger("ImageManager");
     ZEL_LOG(logger, kLogTrace, function_name, "list == 0, returning 0");
 }
@@ -53,7 +55,17 @@ void ImageList::LogDuplicate(const ZelImageInternal* image) {
     }
 }
 
-void ImageList::CountDown() {
+void ImageList::LogRemoved(const ZelImageInternal* image) {
+    LogChange(kRemove, image);
+    ZEL_LOG(m_Logger, kLogTrace, kRemove, "successfully removed image:0x%08llx from %s list", Address(image), m_Name);
+}
+
+void ImageList::LogNotRemoved(const ZelImageInternal* image) {
+    ZEL_LOG(m_Logger, kLogError, kRemove, "***FAILED*** to removed image:0x%08llx from %s list", Address(image),
+            m_Name);
+}
+
+inline void ImageList::CountDown() {
     --m_Num;
     // A list that was made circular ends with its count, one that was cut short ends with its links.
     if (m_Num > 0 && m_Head->next != m_Head) return;
@@ -66,20 +78,22 @@ bool Enqueue(ImageList* list, ZelImageInternal* image) {
     if (!list || !image) return false;
     Guard guard(list->m_Lock);
     // The search serves its log line alone.
-    if (list->m_Logger.Enabled()) list->LogDuplicate(image);
+    if (list->m_Logger.Enabled()) [[unlikely]]
+        list->LogDuplicate(image);
 
-    ExchangeLink(image->next, list->m_Tail->next);
+    image->next = list->m_Tail->next;  // nobody else sees this link yet
     ExchangeLink(list->m_Tail->next, image);
     list->m_Tail = image;
     ++list->m_Num;
-    list->LogChange("ImageManager::Enqueue", image);
+    if (list->m_Logger.Enabled()) [[unlikely]]
+        list->LogChange("ImageManager::Enqueue", image);
     return true;
 }
 
 ZelImageInternal* Dequeue(ImageList* list) {
     static constexpr char kName[] = "ImageManager::Dequeue";
     if (!list) {
-        ImageList::LogNullList(kName);
+        ImageList::LogNull(kName);
         return nullptr;
     }
     Guard guard(list->m_Lock);
@@ -91,14 +105,15 @@ ZelImageInternal* Dequeue(ImageList* list) {
     ZelImageInternal* const image = ExchangeLink(head->next, head->next->next);
     if (list->m_Tail == image) list->m_Tail = head;
     list->CountDown();
-    list->LogChange(kName, image);
+    if (list->m_Logger.Enabled()) [[unlikely]]
+        list->LogChange(kName, image);
     return image;
 }
 
 ZelImageInternal* DequeueTail(ImageList* list) {
     static constexpr char kName[] = "ImageManager::DequeueTail";
     if (!list) {
-        ImageList::LogNullList(kName);
+        ImageList::LogNull(kName);
         return nullptr;
     }
     Guard guard(list->m_Lock);
@@ -118,12 +133,12 @@ ZelImageInternal* DequeueTail(ImageList* list) {
     before->next = image->next;
     list->m_Tail = before;
     list->CountDown();
-    list->LogChange(kName, image);
+    if (list->m_Logger.Enabled()) [[unlikely]]
+        list->LogChange(kName, image);
     return image;
 }
 
 bool Remove(ImageList* list, ZelImageInternal* image) {
-    static constexpr char kName[] = "ImageManager::Remove";
     if (!list || !image) return false;
     Guard guard(list->m_Lock);
     ZelImageInternal* const head = list->m_Head;
@@ -134,17 +149,15 @@ bool Remove(ImageList* list, ZelImageInternal* image) {
         ++step;
     }
     if (step == list->m_Num || before->next == head) {
-        ZEL_LOG(list->m_Logger, kLogError, kName, "***FAILED*** to removed image:0x%08llx from %s list", Address(image),
-                list->m_Name);
+        list->LogNotRemoved(image);
         return false;
     }
     before->next = image->next;
     // On purpose: the sentinel becomes the tail, not the predecessor, so that the next record appended stands first.
     if (list->m_Tail == image) list->m_Tail = head;
     list->CountDown();
-    list->LogChange(kName, image);
-    ZEL_LOG(list->m_Logger, kLogTrace, kName, "successfully removed image:0x%08llx from %s list", Address(image),
-            list->m_Name);
+    if (list->m_Logger.Enabled()) [[unlikely]]
+        list->LogRemoved(image);
     return true;
 }
 

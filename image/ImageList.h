@@ -2,8 +2,9 @@
 #ifndef IMAGE_IMAGELIST_H
 #define IMAGE_IMAGELIST_H
 
+#include "image/ListLock.h"
 #include "image/ZelImageInternal.h"
-#include "platform/Locks.h"
+
 #include "sdk/Logger.h"
 
 namespace zel {
@@ -23,14 +24,17 @@ class ImageList {
     friend ZelImageInternal* DequeueTail(ImageList* list);
     friend bool Remove(ImageList* list, ZelImageInternal* image);
 
-    static void LogNullList(const char* function_name);
-    void LogEmpty(const char* function_name);
-    void LogChange(const char* function_name, const ZelImageInternal* image);
-    void LogDuplicate(const ZelImageInternal* image);
+    // Log lines, apart from the operations: with logging off a frame runs past them.
+    [[gnu::cold]] static void LogNull(const char* function_name);
+    [[gnu::cold]] void LogEmpty(const char* function_name);
+    [[gnu::cold]] void LogChange(const char* function_name, const ZelImageInternal* image);
+    [[gnu::cold]] void LogDuplicate(const ZelImageInternal* image);
+    [[gnu::cold]] void LogRemoved(const ZelImageInternal* image);
+    [[gnu::cold]] void LogNotRemoved(const ZelImageInternal* image);
     // Takes one off the count after an element was unlinked.
     void CountDown();
 
-    platform::RecursiveLock m_Lock;
+    ListLock m_Lock;
     char m_Name[64];
     int m_Num = 0;
     ZelImageInternal m_Sentinel;

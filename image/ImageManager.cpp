@@ -5,7 +5,6 @@
 #include <memory>
 #include <mutex>
 
-#include "platform/Clock.h"
 #include "platform/Memory.h"
 
 namespace zel {
@@ -22,11 +21,6 @@ struct TableDeleter {
 };
 
 }  // namespace
-
-// One trace line with the three counts behind it; the counts are read only when somebody listens.
-#define ZEL_LOG_COUNTS(level, name, text, ...)                                                                         \
-    ZEL_LOG(m_Logger, level, name, text "  free:%4d  pending:%4d  in_use:%4d" __VA_OPT__(, ) __VA_ARGS__, FreeCount(), \
-            PendingCount(), InUseCount())
 
 ImageManager::ImageManager(const char* instance_name)
     : m_Logger("ImageManager", instance_name),
@@ -127,9 +121,40 @@ void ImageManager::RestoreGeometry(ZelImageInternal* image) {
     image->size_in_bytes = image->num_pixels * m_BytesPerPixel;
 }
 
+int ImageManager::FreeCount() {
+    Guard guard(m_Lock);
+    return m_ImageListFree.Count();
+}
+
+int ImageManager::PendingCount() {
+    Guard guard(m_Lock);
+    return m_ImageListPending.Count();
+}
+
+int ImageManager::InUseCount() {
+    Guard guard(m_Lock);
+    return m_ImageListInUse.Count();
+}
+
 int ImageManager::RegisteredCount() {
     Guard guard(m_Lock);
     return m_RegisteredCount;
+}
+
+void ImageManager::LogCounts(int level, const char* function_name, const char* text) {
+    ZEL_LOG(m_Logger, level, function_name, "%s  free:%4d  pending:%4d  in_use:%4d", text, FreeCount(), PendingCount(),
+            InUseCount());
+}
+
+void ImageManager::LogMove(const char* function_name, const ZelImageInternal* image, const char* where) {
+    ZEL_LOG(m_Logger, kLogTrace, function_name, "image %4d --> %s  free:%4d  pending:%4d  in_use:%4d",
+            static_cast<int>(image->image_number), where, FreeCount(), PendingCount(), InUseCount());
+}
+
+void ImageManager::LogRelease(const char* function_name, const ZelImageInternal* image) {
+    const int number = static_cast<int>(image->image_number);
+    ZEL_LOG(m_Logger, kLogTrace, function_name, "image %d enqueued to m_ImageListFree", number);
+    ZEL_LOG(m_Logger, kLogTrace, function_name, "image %4d --> free         size:%d", number, FreeCount());
 }
 
 ZelImageInternal* ImageManager::GetFreeImage() {
@@ -137,15 +162,16 @@ ZelImageInternal* ImageManager::GetFreeImage() {
     Guard guard(m_Lock);
     ZelImageInternal* const image = Dequeue(&m_ImageListFree);
     if (!image) {
-        ZEL_LOG_COUNTS(kLogError, kName, "No free images available! image ???? --> in_use");
+        LogCounts(kLogError, kName, "No free images available! image ???? --> in_use");
         return nullptr;
     }
     Enqueue(&m_ImageListInUse, image);
-    ZEL_LOG_COUNTS(kLogTrace, kName, "image ???? --> in_use");
+    if (m_Logger.Enabled()) [[unlikely]]
+        LogCounts(kLogTrace, kName, "image ???? --> in_use");
     return image;
 }
 
-bool ImageManager::SetPendingImage(ZelImageInternal* image) {
+bool ImageManager::SetPendingImage(ZelImageInternal* image, unsigned arrival_time_ms) {
     static constexpr char kName[] = "ImageManager::SetPendingImage";
     if (!image) return false;
     Guard guard(m_Lock);
@@ -153,10 +179,12 @@ bool ImageManager::SetPendingImage(ZelImageInternal* image) {
         ZEL_LOG(m_Logger, kLogError, kName, "***ERROR***:ImageManager::SetPendingImage() - Remove() failed\n");
         return false;
     }
-    image->arrival_time_ms = platform::MillisecondClock();
-    ZEL_LOG_COUNTS(kLogTrace, kName, "image %4d --> pendng", static_cast<int>(image->image_number));
+    image->arrival_time_ms = arrival_time_ms;
+    if (m_Logger.Enabled()) [[unlikely]]
+        LogMove(kName, image, "pendng");
     Enqueue(&m_ImageListPending, image);
-    ZEL_LOG_COUNTS(kLogTrace, kName, "image %4d --> pendng", static_cast<int>(image->image_number));
+    if (m_Logger.Enabled()) [[unlikely]]
+        LogMove(kName, image, "pendng");
     return true;
 }
 
@@ -175,7 +203,8 @@ ZelImageInternal* ImageManager::GetLastPendingImage() {
 ZelImageInternal* ImageManager::HandOver(ZelImageInternal* image, const char* function_name) {
     if (!image) return nullptr;
     Enqueue(&m_ImageListInUse, image);
-    ZEL_LOG_COUNTS(kLogTrace, function_name, "image %4d --> in_use", static_cast<int>(image->image_number));
+    if (m_Logger.Enabled()) [[unlikely]]
+        LogMove(function_name, image, "in_use");
     return image;
 }
 
@@ -191,9 +220,8 @@ bool ImageManager::ReleaseImage(ZelImageInternal* image) {
         ZEL_LOG(m_Logger, kLogError, kName, "ImageManager::ReleaseImage() - Enqueue() failed\n");
         return false;
     }
-    const int number = static_cast<int>(image->image_number);
-    ZEL_LOG(m_Logger, kLogTrace, kName, "image %d enqueued to m_ImageListFree", number);
-    ZEL_LOG(m_Logger, kLogTrace, kName, "image %4d --> free         size:%d", number, FreeCount());
+    if (m_Logger.Enabled()) [[unlikely]]
+        LogRelease(kName, image);
     return true;
 }
 

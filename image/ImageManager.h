@@ -34,7 +34,8 @@ class ImageManager {
     int PixelBufferAllocate(int count);
 
     ZelImageInternal* GetFreeImage();
-    bool SetPendingImage(ZelImageInternal* image);
+    // The frame in the record is complete. `arrival_time_ms` is the clock at its arrival, which the caller reads.
+    bool SetPendingImage(ZelImageInternal* image, unsigned arrival_time_ms = 0);
     ZelImageInternal* GetPendingImage();
     // The newest pending record; every older one goes to the free list.
     ZelImageInternal* GetLastPendingImage();
@@ -47,9 +48,9 @@ class ImageManager {
     // Gives a record the full-frame geometry that records are made with.
     void RestoreGeometry(ZelImageInternal* image);
 
-    int FreeCount() { return m_ImageListFree.Count(); }
-    int PendingCount() { return m_ImageListPending.Count(); }
-    int InUseCount() { return m_ImageListInUse.Count(); }
+    int FreeCount();
+    int PendingCount();
+    int InUseCount();
     int RegisteredCount();
 
   private:
@@ -60,6 +61,11 @@ class ImageManager {
     ZelImageInternal* CreateRecord();
     void DestroyRecord(ZelImageInternal* image);
     ZelImageInternal* HandOver(ZelImageInternal* image, const char* function_name);
+
+    // Log lines, apart from the operations: with logging off a frame runs past them.
+    [[gnu::cold]] void LogCounts(int level, const char* function_name, const char* text);
+    [[gnu::cold]] void LogMove(const char* function_name, const ZelImageInternal* image, const char* where);
+    [[gnu::cold]] void LogRelease(const char* function_name, const ZelImageInternal* image);
 
     unsigned m_Width = 0;
     unsigned m_Height = 0;

@@ -1,0 +1,25 @@
+// The lock of one pool list. It is held for a few instructions at a time and, as every operation of the pool holds the
+// manager lock around it, hardly ever contended: taking it is one atomic exchange, giving it back one store.
+#ifndef IMAGE_LISTLOCK_H
+#define IMAGE_LISTLOCK_H
+
+#include <atomic>
+
+namespace zel {
+
+class ListLock {
+  public:
+    void lock() {
+        while (m_Taken.exchange(true, std::memory_order_acquire)) WaitABit();
+    }
+    void unlock() { m_Taken.store(false, std::memory_order_release); }
+
+  private:
+    [[gnu::cold]] static void WaitABit();
+
+    std::atomic<bool> m_Taken{false};
+};
+
+}  // namespace zel
+
+#endif

@@ -1,0 +1,72 @@
+#include "sdk/CameraRegister.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+#include "camera/ZelCameraFactory.h"
+#include "include/ZelCamera.h"
+#include "sdk/Logger.h"
+
+namespace zel {
+
+bool CameraRegister::Add(const RegisteredCamera& entry) try {
+    // A transport whose camera object could not be made earlier has one now.
+    for (RegisteredCamera& known : m_Entries) {
+        if (!known.camera && known.camera_interface == entry.camera_interface) {
+            known = entry;
+            return true;
+        }
+    }
+    m_Entries.push_back(entry);
+    return true;
+} catch (const std::exception&) {
+    return false;
+}
+
+bool CameraRegister::Holds(const ZelCamera* camera, const ICameraInterface* camera_interface) const {
+    return std::any_of(m_Entries.begin(), m_Entries.end(), [&](const RegisteredCamera& entry) {
+        return entry.camera == camera && entry.camera_interface == camera_interface;
+    });
+}
+
+bool CameraRegister::Knows(const ICameraInterface* camera_interface) const {
+    const auto has = [&](const RegisteredCamera& entry) { return entry.camera_interface == camera_interface; };
+    return std::any_of(m_Entries.begin(), m_Entries.end(), has) || std::any_of(m_Closing.begin(), m_Closing.end(), has);
+}
+
+const std::vector<RegisteredCamera>& CameraRegister::CloseAll(ZelCamera* const* first, int first_count) {
+    auto next = m_Entries.begin();
+    for (ZelCamera* const* camera = first; camera != first + first_count; ++camera) {
+        const auto found = std::find_if(
+            next, m_Entries.end(), [&](const RegisteredCamera& entry) { return *camera && entry.camera == *camera; });
+        if (found != m_Entries.end()) {
+            std::rotate(next, found, found + 1);
+            ++next;
+        }
+    }
+    m_Closing = std::exchange(m_Entries, {});
+    return m_Closing;
+}
+
+void DestroyCameras(const std::vector<RegisteredCamera>& cameras) {
+    for (auto entry = cameras.begin(); entry != cameras.end(); ++entry) {
+        const auto shares = [&](const RegisteredCamera& other) {
+            return other.camera_interface == entry->camera_interface;
+        };
+        if (std::any_of(cameras.begin(), entry, shares)) continue;  // destroyed together with an earlier one
+
+        for (auto other = entry; other != cameras.end(); ++other)
+            if (shares(*other) && other->camera) other->camera->Close();
+        for (auto other = entry; other != cameras.end(); ++other) {
+            if (!shares(*other) || !other->camera) continue;
+            ZEL_LOG(CameraControlLogger().Get(), kLogTrace, "ZelSDKImpl::Close",
+                    "Destroying a ZelCameraControl object!");
+            zel_camera_control_destroy(other->camera);
+            CameraControlLogger().Destroy();
+        }
+        entry->destroy_camera_interface(entry->camera_interface);
+    }
+}
+
+}  // namespace zel

@@ -1,0 +1,87 @@
+#include "sdk/CameraTables.h"
+
+#include "camera/ZelCameraFactory.h"
+
+namespace zel {
+
+namespace {
+
+CameraTables s_Tables;
+
+}  // namespace
+
+CameraTables& Tables() { return s_Tables; }
+
+void CameraTables::Init() {
+    const std::lock_guard guard(lock);
+    _zel_camera_array.fill(nullptr);
+    _icamera_libs.fill(LibraryRecord{});
+    cameras.ForgetClosed();
+}
+
+void CameraTables::ClearForSearch() {
+    const std::lock_guard guard(lock);
+    number_of_cameras = 0;
+    for (TextSlot& slot : names) slot.Clear();
+    for (TextSlot& slot : _zel_camera_interface_type_str) slot.Clear();
+    for (TextSlot& slot : serial_numbers) slot.Clear();
+    for (TextSlot& slot : addresses) slot.Clear();
+    camera_library_index.fill(0);
+    _zel_camera_array.fill(nullptr);
+}
+
+LibraryRecord CameraTables::Library(int library) {
+    const std::lock_guard guard(lock);
+    return _icamera_libs[static_cast<std::size_t>(library)];
+}
+
+void CameraTables::StoreText(TextSlot& slot, const char* text) {
+    const std::lock_guard guard(lock);
+    slot.Store(text);
+}
+
+TextSlot CameraTables::CopyText(const TextSlot& slot) {
+    const std::lock_guard guard(lock);
+    return slot;
+}
+
+ICameraInterface* CameraTables::CreateInterface(CreateCameraInterfaceFunction create_camera_interface, int cam_index,
+                                                TextSlot& slot, TextSlot& handed) {
+    const TextSlot before = CopyText(slot);
+    handed = before;
+    ICameraInterface* camera_interface = create_camera_interface(cam_index, handed.Data());
+    handed.Terminate();
+    if (handed != before) {
+        const std::lock_guard guard(lock);
+        slot = handed;
+    }
+    return camera_interface;
+}
+
+const std::vector<RegisteredCamera>& CameraTables::TakeCameras() {
+    const std::lock_guard guard(lock);
+    ++session;
+    const std::vector<RegisteredCamera>& taken = cameras.CloseAll(_zel_camera_array.data(), kMaxCameras);
+    _zel_camera_array.fill(nullptr);
+    return taken;
+}
+
+bool MakeRegisteredCamera(unsigned session, ICameraInterface* camera_interface, const char* text,
+                          DestroyCameraInterfaceFunction destroy_camera_interface, ZelCamera*& camera) {
+    camera = zel_camera_control_create(camera_interface, text);
+    if (!camera_interface) return true;
+    bool shared = false;
+    {
+        CameraTables& tables = Tables();
+        const std::lock_guard guard(tables.lock);
+        if (tables.session == session && tables.cameras.Add({camera, camera_interface, destroy_camera_interface}))
+            return true;
+        shared = tables.cameras.Knows(camera_interface);
+    }
+    zel_camera_control_destroy(camera);
+    camera = nullptr;
+    if (!shared) destroy_camera_interface(camera_interface);
+    return false;
+}
+
+}  // namespace zel

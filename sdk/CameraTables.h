@@ -1,0 +1,85 @@
+// The process-wide tables that describe the cameras, indexed by camera number (0 to 7) unless said otherwise.
+//
+// A camera search writes them under the manager's mutex; hot-plug events write them without it, on a plug-in's thread.
+// `lock` keeps the two from mixing their bytes. It is never held while an application, a plug-in or a camera is called.
+#ifndef SDK_CAMERATABLES_H
+#define SDK_CAMERATABLES_H
+
+#include <array>
+#include <cstdint>
+#include <mutex>
+#include <vector>
+
+#include "sdk/CameraRegister.h"
+#include "sdk/InterfaceLibrary.h"
+#include "sdk/TextSlot.h"
+
+namespace zel {
+
+class ZelCameraManager;
+
+inline constexpr int kMaxCameras = 8;
+inline constexpr int kAddressesPerCamera = 3;
+inline constexpr int kMaxAddressSelect = 4;
+inline constexpr int kPortTypeSelect = 3;  // asks the USB library instead of the table
+
+struct CameraTables {
+    // The table of a full house is still indexed by the number of cameras: one guard slot.
+    static constexpr int kNameSlots = kMaxCameras + 1;
+    static constexpr int kLibraryIndexEntries = kMaxCameras + 1;
+    // The last camera's highest address selection.
+    static constexpr int kAddressSlots = kAddressesPerCamera * (kMaxCameras - 1) + kMaxAddressSelect + 1;
+    static_assert(kAddressSlots == 26);
+
+    std::mutex lock;
+
+    ZelCameraManager* manager = nullptr;  // the one instance
+    unsigned session = 0;                 // changes when the manager starts to close
+
+    std::array<ZelCamera*, kMaxCameras> _zel_camera_array{};
+    std::array<TextSlot, kNameSlots> names;
+    std::array<TextSlot, kMaxCameras> _zel_camera_interface_type_str;
+    std::array<TextSlot, kMaxCameras> serial_numbers;
+    std::array<TextSlot, kAddressSlots> addresses;                          // three of each camera, one after the other
+    std::array<std::uint8_t, kLibraryIndexEntries> camera_library_index{};  // the camera's index within its library
+    int number_of_cameras = 0;
+
+    // Per library: the number of its first camera, -1 until it is recorded; and its record.
+    std::array<int, kNumInterfaceLibraries> _zel_camera_index_offset{-1, -1, -1};
+    std::array<LibraryRecord, kNumInterfaceLibraries> _icamera_libs{};
+
+    // What plug-ins are handed as a name: one of the search, one for the events of each library. They outlive the call
+    // for a plug-in that keeps the pointer.
+    TextSlot name_handed_by_search;
+    std::array<TextSlot, kNumInterfaceLibraries> names_handed_by_events;
+
+    CameraRegister cameras;
+    unsigned callback_counter = 0;  // camera-connect callbacks made, for the log
+
+    // Forgets camera objects and library records, destroys nothing.
+    void Init();
+    // Forgets what the last camera search found; library records stay.
+    void ClearForSearch();
+    LibraryRecord Library(int library);
+    void StoreText(TextSlot& slot, const char* text);
+    TextSlot CopyText(const TextSlot& slot);
+    // Asks a library for a transport. The plug-in is handed `handed`, a copy of the name slot, since it reads and
+    // writes without the lock; what it writes goes into the slot.
+    ICameraInterface* CreateInterface(CreateCameraInterfaceFunction create_camera_interface, int cam_index,
+                                      TextSlot& slot, TextSlot& handed);
+    // Hands out every camera object, those in the tables first, and ends the session.
+    const std::vector<RegisteredCamera>& TakeCameras();
+};
+
+CameraTables& Tables();
+
+// Makes a camera object around a transport and enters both in the register. `camera` is null when the object can't be
+// made; for a null transport nothing is entered. `session` is the one in which the transport was asked for: when the
+// manager has started to close since, or the register has no room, both are destroyed on the spot and the result is
+// false.
+bool MakeRegisteredCamera(unsigned session, ICameraInterface* camera_interface, const char* text,
+                          DestroyCameraInterfaceFunction destroy_camera_interface, ZelCamera*& camera);
+
+}  // namespace zel
+
+#endif

@@ -1,0 +1,50 @@
+// Loading the camera interface libraries (the plug-ins) and binding their exports.
+#ifndef SDK_INTERFACELIBRARY_H
+#define SDK_INTERFACELIBRARY_H
+
+#include "link/CameraInterfaceLibrary.h"
+#include "platform/DynamicLibrary.h"
+
+namespace zel {
+
+inline constexpr int kNumInterfaceLibraries = 3;
+inline constexpr int kUsbLibrary = 2;
+
+// File names in load order: Camera Link, eBUS, USB.
+const char* InterfaceLibraryName(int library);
+
+// What is kept of a library between two camera searches. The last four entries may be null.
+struct LibraryRecord {
+    platform::LibraryHandle module = nullptr;
+    CreateCameraInterfaceFunction create_camera_interface = nullptr;
+    DestroyCameraInterfaceFunction destroy_camera_interface = nullptr;
+    LibUnloadFunction lib_unload = nullptr;
+    GetCameraTextFunction get_camera_port_type = nullptr;
+    GetCameraTextFunction get_camera_name = nullptr;
+    GetCameraTextFunction get_camera_serial_num_str = nullptr;
+};
+
+// A library as one camera search sees it: the record and the exports that only the search needs.
+struct BoundLibrary {
+    LibraryRecord record;
+    GetNumCamerasFunction get_num_cameras = nullptr;
+    GetLibraryTextFunction get_camera_interface_type_str = nullptr;
+    GetCameraAddressFunction get_camera_address_str = nullptr;
+    SetConnectionEventCallbackFunction set_camera_connection_event_callback = nullptr;
+};
+
+// Loads a library and binds its exports. False, with the library released again and the reason logged, when it can't be
+// loaded or lacks a required export.
+bool LoadInterfaceLibrary(int library, BoundLibrary& bound);
+
+// Asks a library for its cameras and decides its fate. Result: the number of cameras of a library to record; negative
+// for one that is not recorded: it failed (and stays loaded) or has no camera (and was released). The USB library is
+// recorded even without a camera, so that it can report cameras plugged in later.
+int CountCameras(int library, const BoundLibrary& bound);
+
+// Shuts a recorded library down and unloads it; `record` must have lib_unload.
+void UnloadRecordedLibrary(const LibraryRecord& record);
+
+}  // namespace zel
+
+#endif

@@ -1,0 +1,53 @@
+#include "sdk/VersionText.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+#include <mutex>
+
+#include "sdk/CameraTables.h"
+#include "sdk/InterfaceLibrary.h"
+
+namespace zel {
+
+namespace {
+
+using Buffer = std::array<char, kVersionTextCapacity>;
+
+Buffer s_Version{};
+std::mutex s_VersionLock;  // two composers don't mix their bytes
+
+void AppendLine(Buffer& buffer, const char* text) {
+    const std::size_t used = std::strlen(buffer.data());
+    std::snprintf(buffer.data() + used, buffer.size() - used, "\n%s", text);
+}
+
+void AppendVersionOf(platform::LibraryHandle module, Buffer& buffer) {
+    const auto get_version_str = platform::FindFunction<GetLibraryTextFunction>(module, "get_version_str");
+    const char* text = get_version_str ? get_version_str() : nullptr;
+    if (text && *text) AppendLine(buffer, text);
+}
+
+}  // namespace
+
+char* ComposeVersionText() {
+    Buffer buffer{};
+    // On purpose: nine blanks, and a point at the end of the version.
+    std::snprintf(buffer.data(), buffer.size(), "%s         - %s", "zel_sdk.dll", "3.6.0.0.");
+    for (int library = 0; library < kNumInterfaceLibraries; ++library) {
+        if (platform::LibraryHandle recorded = Tables().Library(library).module) {
+            AppendVersionOf(recorded, buffer);
+        } else if (platform::LibraryHandle loaded = platform::LoadSharedLibrary(InterfaceLibraryName(library))) {
+            AppendVersionOf(loaded, buffer);
+            platform::UnloadSharedLibrary(loaded);
+        } else {
+            platform::DiscardLoadError();
+        }
+    }
+    const std::lock_guard guard(s_VersionLock);
+    s_Version = buffer;
+    return s_Version.data();
+}
+
+}  // namespace zel

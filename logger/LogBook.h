@@ -1,0 +1,36 @@
+// The logs that were granted. A log is what a handle stands for: a name at an outlet.
+#ifndef LOGGER_LOGBOOK_H
+#define LOGGER_LOGBOOK_H
+
+#include <map>
+#include <mutex>
+#include <string>
+#include <utility>
+
+#include "logger/LogOutlet.h"
+
+namespace zel::logger {
+
+struct Log {
+    std::string name;  // "source" or "source[instance]"
+    const LogOutlet* outlet;
+};
+
+class LogBook {
+  public:
+    // The log of this name at the outlet that ZEL_LOG asks for now; null when it asks for none. The same names and the
+    // same value get the same log. Logs stay until the library is unloaded: a caller gives one back by its names only,
+    // which several callers may share.
+    Log* Find(const char* source_name, const char* instance_name);
+
+  private:
+    const LogOutlet& Outlet(const std::string& value);
+
+    std::mutex m_Lock;
+    std::map<std::string, LogOutlet> m_Outlets;                      // by the value of ZEL_LOG
+    std::map<std::pair<std::string, const LogOutlet*>, Log> m_Logs;  // by name and outlet
+};
+
+}  // namespace zel::logger
+
+#endif

@@ -1,0 +1,67 @@
+// Scripted faults: what goes wrong, when, and how often.
+//
+//    KIND [ARGUMENT] [after=N] [times=N] [entry=NAME]
+//
+// after: how many occasions pass before the first fault (0). times: how many faults (1; 0 = until "clear"). entry: only
+// exchanges about this entry of the parameter table count.
+#ifndef SIM_FAULTS_H
+#define SIM_FAULTS_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zel::sim {
+
+enum class FaultKind {
+    // Occasion: an exchange.
+    kShortSend,  // the camera gets nothing, SendData reports one byte less
+    kOneByte,    // each receive gets one byte
+    kNoReply,
+    kDelay,     // argument: milliseconds
+    kTruncate,  // argument: bytes that still come
+    kGarbage,
+    kOversize,   // a reply that announces and carries more than the protocols allow
+    kException,  // argument: the exception code
+    kUnplug,     // the camera is gone before it answers
+    // Occasion: a frame.
+    kLose,
+    kStall,        // argument: milliseconds, 0 = until "clear"
+    kUnplugFrame,  // the camera is gone before the frame is handed over
+    // Occasion: an operation of the transport.
+    kUnplugConnect,
+    kUnplugStart,
+    kUnplugStop,
+    kUnplugClose,
+};
+
+enum class FaultOccasion { kExchange, kFrame, kConnect, kStart, kStop, kClose };
+
+struct Fault {
+    FaultKind kind;
+    int argument = 0;
+    int after = 0;
+    int times = 1;
+    int entry = -1;
+};
+
+// The fault that a script line describes; empty when it describes none (`error` says why).
+std::optional<Fault> ParseFault(std::string_view line, std::string& error);
+
+class Faults {
+  public:
+    void Add(const Fault& fault) { m_Faults.push_back(fault); }
+    void Clear() { m_Faults.clear(); }
+    bool Empty() const { return m_Faults.empty(); }
+
+    // One occasion has come. entry: of an exchange about the parameter table, else -1. The fault that happens, if any.
+    std::optional<Fault> Next(FaultOccasion occasion, int entry = -1);
+
+  private:
+    std::vector<Fault> m_Faults;
+};
+
+}  // namespace zel::sim
+
+#endif

@@ -1,0 +1,179 @@
+#include "sim/SimCamera.h"
+
+#include <algorithm>
+
+#include "sim/ExchangeText.h"
+
+namespace zel::sim {
+
+namespace {
+
+constexpr auto kUnpluggedReceive = std::chrono::milliseconds(10);
+
+FirmwareOptions OptionsOf(const Settings& settings) {
+    FirmwareOptions options;
+    options.calc_delay_ms = settings.calc_delay_ms;
+    options.cooling_seconds = settings.Paced() ? 20.0 / settings.speed : 0.05;
+    return options;
+}
+
+CameraModel Sized(CameraModel model, const Settings& settings) {
+    if (settings.width != 0) model.width = settings.width;
+    if (settings.height != 0) model.height = settings.height;
+    return model;
+}
+
+// A datagram whose header announces 4096 bytes, and as many.
+std::vector<std::uint8_t> Oversize() {
+    std::vector<std::uint8_t> bytes(3 + 4096, 0x5A);
+    bytes[0] = 9;
+    bytes[1] = 0x10;
+    bytes[2] = 0x00;
+    return bytes;
+}
+
+// Bytes without sense, the same ones each time.
+std::vector<std::uint8_t> Garbage() {
+    std::vector<std::uint8_t> bytes(64);
+    std::uint32_t state = 12345;
+    for (std::uint8_t& byte : bytes) {
+        state = state * 1664525u + 1013904223u;
+        byte = static_cast<std::uint8_t>(state >> 24);
+    }
+    return bytes;
+}
+
+}  // namespace
+
+SimCamera::SimCamera(const CameraModel& model, const Settings& settings)
+    : m_Model(Sized(model, settings)), m_Settings(settings), m_Firmware(m_Model, OptionsOf(settings)) {}
+
+int SimCamera::Send(std::span<const std::uint8_t> datagram) {
+    bool vanished = false;
+    int sent = 0;
+    {
+        const std::lock_guard lock(m_Lock);
+        if (!m_Plugged) return 0;
+        const std::optional<Fault> fault =
+            m_Faults.Empty() ? std::nullopt : m_Faults.Next(FaultOccasion::kExchange, ExchangeEntry(datagram));
+        if (fault && fault->kind == FaultKind::kUnplug) {
+            vanished = UnplugLocked();
+        } else {
+            Record(datagram);
+            sent = Answer(datagram, fault);
+        }
+    }
+    m_Changed.notify_all();
+    if (vanished && m_Vanished) m_Vanished();
+    return sent;
+}
+
+void SimCamera::Record(std::span<const std::uint8_t> datagram) {
+    ++m_Exchanges;
+    m_Log.push_back(ExchangeText(datagram));
+    if (m_Log.size() > kLongestLog) m_Log.pop_front();
+}
+
+int SimCamera::Answer(std::span<const std::uint8_t> datagram, const std::optional<Fault>& fault) {
+    const int length = static_cast<int>(datagram.size());
+    auto ready = ReplyStream::Clock::now();
+    std::vector<std::uint8_t> answer;
+    if (!fault) {
+        m_Firmware.Handle(datagram, answer);
+        m_Replies.Push(std::move(answer), ready, false);
+        return length;
+    }
+    if (fault->kind == FaultKind::kShortSend) return length - 1;
+    if (fault->kind == FaultKind::kException) {
+        m_Firmware.Refuse(datagram, fault->argument, answer);
+    } else {
+        m_Firmware.Handle(datagram, answer);
+    }
+    if (fault->kind == FaultKind::kNoReply) answer.clear();
+    if (fault->kind == FaultKind::kDelay) ready += std::chrono::milliseconds(fault->argument);
+    if (fault->kind == FaultKind::kTruncate) {
+        answer.resize(std::min(answer.size(), static_cast<std::size_t>(fault->argument)));
+    }
+    if (fault->kind == FaultKind::kGarbage) answer = Garbage();
+    if (fault->kind == FaultKind::kOversize) answer = Oversize();
+    m_Replies.Push(std::move(answer), ready, fault->kind == FaultKind::kOneByte);
+    return length;
+}
+
+int SimCamera::Receive(std::span<std::uint8_t> into, int timeout_ms) {
+    std::unique_lock lock(m_Lock);
+    auto now = ReplyStream::Clock::now();
+    auto deadline = now + std::chrono::milliseconds(std::max(timeout_ms, 0));
+    // A link that is down says so early, so that nobody waits long for a camera that is gone.
+    while (now <= deadline) {
+        if (const std::size_t stored = m_Replies.Take(into, now)) return static_cast<int>(stored);
+        if (!m_Plugged) deadline = std::min(deadline, now + kUnpluggedReceive);
+        if (now >= deadline) break;
+        const auto until = m_Replies.Empty() ? deadline : std::min(deadline, m_Replies.NextReady());
+        m_Changed.wait_until(lock, until);
+        now = ReplyStream::Clock::now();
+    }
+    return 0;
+}
+
+void SimCamera::OpenLink() {
+    const std::lock_guard lock(m_Lock);
+    m_Replies.Clear();
+}
+
+bool SimCamera::Plugged() const {
+    const std::lock_guard lock(m_Lock);
+    return m_Plugged;
+}
+
+bool SimCamera::UnplugLocked() {
+    const bool was_plugged = m_Plugged;
+    m_Plugged = false;
+    m_Replies.Clear();
+    m_Firmware.PowerCycle();
+    return was_plugged;
+}
+
+bool SimCamera::SetPlugged(bool plugged) {
+    {
+        const std::lock_guard lock(m_Lock);
+        if (m_Plugged == plugged) return false;
+        if (plugged) {
+            m_Plugged = true;
+        } else {
+            UnplugLocked();
+        }
+    }
+    m_Changed.notify_all();
+    return true;
+}
+
+void SimCamera::PassOccasion(FaultOccasion occasion) {
+    bool vanished = false;
+    {
+        const std::lock_guard lock(m_Lock);
+        if (m_Faults.Next(occasion)) vanished = UnplugLocked();
+    }
+    m_Changed.notify_all();
+    if (vanished && m_Vanished) m_Vanished();
+}
+
+void SimCamera::VanishNow() {
+    if (SetPlugged(false) && m_Vanished) m_Vanished();
+}
+
+Sensor& SimCamera::TheSensor() {
+    if (!m_Sensor) {
+        SensorModel sensor;
+        sensor.width = m_Model.width;
+        sensor.height = m_Model.height;
+        sensor.bits = m_Model.bits;
+        sensor.cfa_phase = m_Model.cfa_phase;
+        sensor.seed = m_Settings.seed;
+        sensor.scene = m_Settings.scene;
+        m_Sensor = std::make_unique<Sensor>(sensor);
+    }
+    return *m_Sensor;
+}
+
+}  // namespace zel::sim

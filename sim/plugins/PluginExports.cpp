@@ -1,0 +1,106 @@
+// The exports of a plug-in made of simulated cameras. The bus is made when the library is first asked about its cameras
+// and ends with lib_unload.
+#include <cstdio>
+#include <mutex>
+#include <new>
+
+#include "platform/DynamicLibrary.h"
+#include "sim/SimCommands.h"
+#include "sim/SimControl.h"
+#include "sim/plugins/Plugin.h"
+
+namespace zel::sim {
+
+namespace {
+
+std::mutex g_Lock;
+SimBus* g_Bus = nullptr;  // a plain pointer: a process may end without lib_unload
+
+SimBus* Bus() {
+    const std::lock_guard lock(g_Lock);
+    try {
+        if (!g_Bus) g_Bus = new SimBus(kThisPlugin);
+    } catch (const std::exception&) {
+    }
+    return g_Bus;
+}
+
+// Runs an operation on the bus; `failed` when there is none or it threw.
+template <class Result, class Operation>
+Result OnBus(Result failed, Operation operation) {
+    SimBus* const bus = Bus();
+    if (!bus) return failed;
+    try {
+        return operation(*bus);
+    } catch (const std::exception&) {
+        return failed;
+    }
+}
+
+}  // namespace
+
+}  // namespace zel::sim
+
+using zel::sim::kThisPlugin;
+using zel::sim::OnBus;
+using zel::sim::SimBus;
+
+ZEL_PLUGIN_EXPORT int ZEL_CALL get_num_cameras() {
+    zel::platform::KeepThisLibraryLoaded();
+    return OnBus(-1, [](SimBus& bus) { return bus.CameraCount(); });
+}
+
+// The camera's name in `name` is the one that get_camera_name gave.
+ZEL_PLUGIN_EXPORT ICameraInterface* ZEL_CALL create_camera_interface(int cam_index, char* /*name*/) {
+    return OnBus<ICameraInterface*>(nullptr, [=](SimBus& bus) { return bus.CreateTransport(cam_index); });
+}
+
+ZEL_PLUGIN_EXPORT void ZEL_CALL destroy_camera_interface(ICameraInterface* camera) {
+    OnBus(0, [=](SimBus& bus) {
+        bus.DestroyTransport(camera);
+        return 0;
+    });
+}
+
+ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_interface_type_str() { return kThisPlugin.interface_type_text; }
+
+ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_address_str(int cam_index, int address_select) {
+    return OnBus("", [=](SimBus& bus) { return bus.AddressText(cam_index, address_select); });
+}
+
+ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_name(int cam_index) {
+    return OnBus("", [=](SimBus& bus) { return bus.NameText(cam_index); });
+}
+
+ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_serial_num_str(int cam_index) {
+    return OnBus("", [=](SimBus& bus) { return bus.SerialText(cam_index); });
+}
+
+ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_port_type(int cam_index) {
+    return OnBus("", [=](SimBus& bus) { return bus.Camera(cam_index) ? kThisPlugin.port_type_text : ""; });
+}
+
+ZEL_PLUGIN_EXPORT void ZEL_CALL lib_unload() {
+    const std::lock_guard lock(zel::sim::g_Lock);
+    delete zel::sim::g_Bus;
+    zel::sim::g_Bus = nullptr;
+}
+
+ZEL_PLUGIN_EXPORT void ZEL_CALL set_camera_connection_event_callback(ConnectionEventCallback callback, int context) {
+    OnBus(0, [=](SimBus& bus) {
+        bus.SetConnectionCallback(callback, context);
+        return 0;
+    });
+}
+
+ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_version_str() { return kThisPlugin.version_text; }
+
+ZEL_PLUGIN_EXPORT int ZEL_CALL zel_sim_control(const char* command, char* reply, int reply_size) {
+    if (!command) return -1;
+    return OnBus(-1, [=](SimBus& bus) {
+        std::string answer;
+        const bool done = zel::sim::RunSimCommand(bus, command, answer);
+        if (reply && reply_size > 0) std::snprintf(reply, static_cast<std::size_t>(reply_size), "%s", answer.c_str());
+        return done ? static_cast<int>(answer.size()) : -1;
+    });
+}

@@ -1,0 +1,20 @@
+// The groups of checks, in the order in which they run.
+#ifndef TOOLS_PLUGIN_CHECK_CHECKS_H
+#define TOOLS_PLUGIN_CHECK_CHECKS_H
+
+#include "tools/plugin_check/HostCamera.h"
+#include "tools/plugin_check/PluginLibrary.h"
+#include "tools/plugin_check/Report.h"
+
+namespace zel::plugin_check {
+
+// The library: exports, number of cameras, texts. Result: the number of cameras to check further.
+int CheckLibrary(const PluginLibrary& library, Report& report);
+// One camera's transport object: identity, connecting, exchanges, settings that only travel on the host's side.
+void CheckLink(const PluginLibrary& library, ICameraInterface& transport, HostCamera& host, Report& report);
+// Starting, frames, stopping.
+void CheckAcquisition(ICameraInterface& transport, HostCamera& host, Report& report);
+
+}  // namespace zel::plugin_check
+
+#endif

@@ -1,0 +1,50 @@
+// One command of the tool: its place on the command line and what it does.
+#ifndef ZELCAM_COMMAND_H
+#define ZELCAM_COMMAND_H
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace zelcam {
+
+class Command {
+  public:
+    virtual ~Command() = default;
+
+    virtual const char* Name() const = 0;
+    virtual const char* Help() const = 0;
+    // Adds the command's options to its part of the command line.
+    virtual void Declare(CLI::App& command) = 0;
+    // Carries the command out; throws Failure. Result: the exit code.
+    virtual int Run() = 0;
+
+  protected:
+    void DeclareJson(CLI::App& command) {
+        command.add_flag("--json", m_Json, "Print JSON and nothing else on the standard output");
+    }
+    void DeclareCamera(CLI::App& command) {
+        command.add_option("-c,--camera", m_Camera, "Number or serial number, see 'zelcam list'")
+            ->capture_default_str();
+    }
+
+    bool m_Json = false;
+    std::string m_Camera = "0";
+};
+
+std::unique_ptr<Command> MakeListCommand();
+std::unique_ptr<Command> MakeInfoCommand();
+std::unique_ptr<Command> MakeCaptureCommand();
+std::unique_ptr<Command> MakeParamsCommand();
+std::unique_ptr<Command> MakeGetCommand();
+std::unique_ptr<Command> MakeSetCommand();
+std::unique_ptr<Command> MakeTriggerCommand();
+std::unique_ptr<Command> MakeStreamCommand();
+std::unique_ptr<Command> MakeWatchCommand();
+std::unique_ptr<Command> MakeTextCommand();
+std::unique_ptr<Command> MakeVersionCommand();
+
+}  // namespace zelcam
+
+#endif

@@ -1,0 +1,12 @@
+// All commands behind one command line.
+#ifndef ZELCAM_COMMANDLINE_H
+#define ZELCAM_COMMANDLINE_H
+
+namespace zelcam {
+
+// Carries out the command that the arguments name; throws Failure. Result: the exit code.
+int RunCommandLine(int argc, char** argv);
+
+}  // namespace zelcam
+
+#endif

@@ -1,0 +1,28 @@
+// Small helpers for texts and numbers.
+#ifndef ZELCAM_TEXTTOOLS_H
+#define ZELCAM_TEXTTOOLS_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zelcam {
+
+// ASCII letters in upper case, the rest unchanged.
+std::string UpperCase(std::string_view text);
+
+// `text` without blanks and line ends around it.
+std::string Trim(std::string_view text);
+
+// The number with `decimals` digits after the point.
+std::string FixedText(double value, int decimals);
+
+// A text that may be null.
+inline std::string TextOrEmpty(const char* text) { return text ? text : ""; }
+
+// Lines up columns: the first row is the heading. Every column but the last is padded; two blanks between columns.
+std::string FormatTable(const std::vector<std::vector<std::string>>& rows);
+
+}  // namespace zelcam
+
+#endif

@@ -1,0 +1,135 @@
+// Start and stop: what goes over the wire, in which order, and how each failure ends.
+#include "tests/camera/CameraFixture.h"
+
+namespace zel::test {
+namespace {
+
+class AcquisitionTest : public CameraTest, public testing::WithParamInterface<int> {
+  protected:
+    void SetUp() override { m_Transport.m_Answers.interface_type = GetParam(); }
+    bool EBus() const { return GetParam() == CAMERA_TYPE_PLEORA_EBUS; }
+};
+INSTANTIATE_TEST_SUITE_P(AllLinks, AcquisitionTest,
+                         testing::Values(CAMERA_TYPE_EDT_CAMERA_LINK, CAMERA_TYPE_PLEORA_EBUS, CAMERA_TYPE_USB));
+
+TEST_P(AcquisitionTest, StartsInOrder) {
+    m_Transport.ForgetCalls();
+    ASSERT_TRUE(m_Camera->Start());
+    EXPECT_THAT(m_Transport.Calls(), testing::ElementsAre("Start", "PrepareAcquisition 8"));
+    std::vector<std::string> lines = SentLines();
+    if (EBus()) {
+        EXPECT_EQ(lines.front(), "set 37 0");
+        lines.erase(lines.begin());
+    }
+    EXPECT_EQ(lines[0], "set 37 1");
+    EXPECT_EQ(lines[1], "get 37");
+    EXPECT_EQ(lines[lines.size() - 2], "set 47 0") << "hardware trigger off";
+    EXPECT_EQ(lines.back(), "set 6 2");
+    EXPECT_EQ(platform::TimerResolution::LiveCount(), 0);
+    EXPECT_EQ(m_Camera->GetLastError(), 0);
+}
+
+TEST_P(AcquisitionTest, HardwareTriggerWritesTheSourceChosenLast) {
+    m_Camera->SetParameterValue(ZEL_PARAM_HW_TRIGGER_ACTIVE, 1);
+    for (const auto& [chosen, written] : {std::pair(0, 1), std::pair(3, 3)}) {
+        m_Camera->SetParameterValue(ZEL_PARAM_HW_TRIG_SOURCE, chosen);
+        m_Transport.ForgetSent();
+        EXPECT_EQ(m_Camera->StartCommon(), 0);
+        EXPECT_EQ(m_Transport.CountSent(SetRequest(HW_TRIG_SOURCE, written)), 1);
+        EXPECT_EQ(m_Transport.CountSent(TextRequest("arm\r\n")), EBus() ? 1 : 0);
+    }
+}
+
+TEST_P(AcquisitionTest, ACalculationThatNeverEndsEndsTheStart) {
+    m_CalculationEnds = false;
+    EXPECT_EQ(m_Camera->StartCommon(), 1);
+    EXPECT_GT(m_Clock.Elapsed(), 5000u);
+    EXPECT_LT(m_Clock.Elapsed(), 5300u);
+    EXPECT_EQ(m_Camera->StartTriggerCommon(), 1);
+    EXPECT_LT(m_Clock.Elapsed(), 10400u);
+    EXPECT_EQ(platform::TimerResolution::LiveCount(), 0);
+    EXPECT_EQ(m_Camera->GetLastError(), 0) << "the 1 is returned, not stored";
+}
+
+TEST_P(AcquisitionTest, ARefusedCalculationEndsTheStart) {
+    Refuse(CALC_STATE);
+    EXPECT_EQ(m_Camera->StartCommon(), 1);
+    EXPECT_EQ(m_Camera->StartTriggerCommon(), 1);
+    EXPECT_EQ(m_Transport.Exchanges(), 2) << "nothing follows the refused write";
+    EXPECT_FALSE(m_Camera->Start());
+    EXPECT_EQ(platform::TimerResolution::LiveCount(), 0);
+}
+
+TEST_P(AcquisitionTest, EachPreparationCanEndTheStartWithItsCode) {
+    m_Transport.m_Answers.prepare_acquisition = ZEL_ERROR_TOO_MANY_IMAGE_BUFFERS;
+    EXPECT_EQ(m_Camera->StartCommon(), ZEL_ERROR_TOO_MANY_IMAGE_BUFFERS);
+    EXPECT_EQ(m_Camera->GetLastError(), ZEL_ERROR_TOO_MANY_IMAGE_BUFFERS);
+    m_Transport.m_Answers.prepare_acquisition = 0;
+
+    m_Camera->SetParameterValue(ZEL_PARAM_NUM_IMAGE_BUFFERS, -1);
+    EXPECT_EQ(m_Camera->StartCommon(), ZEL_ERROR_INVALID_NUMBER_OF_IMAGE_BUFFERS);
+    m_Camera->SetParameterValue(ZEL_PARAM_NUM_IMAGE_BUFFERS, 0);
+    EXPECT_EQ(m_Camera->StartCommon(), 0);
+    EXPECT_EQ(m_Camera->GetFreeImage(), nullptr);
+
+    m_Camera->SetParameterValue(ZEL_PARAM_NUM_IMAGE_BUFFERS, 2000000000);
+    EXPECT_EQ(m_Camera->StartCommon(), ZEL_ERROR_IMAGE_BUFFER_ALLOCATION_FAILURE);
+
+    m_Camera->SetParameterValue(ZEL_PARAM_NUM_IMAGE_BUFFERS, 2);
+    m_Camera->SetImageAveraging(1 << 30, 0);
+    EXPECT_EQ(m_Camera->StartCommon(), 1) << "no memory for the averaging ring";
+    EXPECT_EQ(m_Camera->StartCommon(), 0) << "averaging is off afterwards";
+}
+
+TEST_P(AcquisitionTest, NonsenseGeometryEndsTheStart) {
+    const std::pair<int, int> lies[] = {{H_SIZE, 0},          {H_SIZE, -5},        {V_SIZE, 1 << 20},
+                                        {BITS_PER_PIXEL, 17}, {BITS_PER_PIXEL, 0}, {BYTES_PER_PIXEL, 9}};
+    for (const auto& [entry, value] : lies) {
+        const int before = m_Table.m_Values[entry];
+        m_Table.m_Values[entry] = value;
+        EXPECT_EQ(m_Camera->StartCommon(), ZEL_ERROR_CAMERA_INVALID_DATA) << entry << " " << value;
+        m_Table.m_Values[entry] = before;
+    }
+    m_Table.m_Exceptions[V_SIZE] = kExceptionBadIndex;
+    EXPECT_EQ(m_Camera->StartCommon(), ZEL_ERROR_CAMERA_COMM_FAILURE);
+}
+
+TEST_P(AcquisitionTest, ARefusedRunningStateIsRetriedAndNotReported) {
+    Refuse(CAMERA_STATE);
+    EXPECT_TRUE(m_Camera->Start());
+    EXPECT_EQ(m_Transport.CountSent(SetRequest(CAMERA_STATE, 2)), EBus() ? 1 : 4);
+}
+
+TEST_P(AcquisitionTest, AFrameCountGoesToTheTransportAfterTheStart) {
+    EXPECT_TRUE(m_Camera->Start(25));
+    EXPECT_EQ(m_Transport.Calls().back(), "SetStatusValue 25");
+    m_Transport.m_Answers.set_status_value = false;
+    EXPECT_FALSE(m_Camera->Start(25));
+    m_Transport.m_Answers.start = ZEL_ERROR_UNKNOWN;
+    m_Transport.ForgetCalls();
+    EXPECT_FALSE(m_Camera->Start(25));
+    EXPECT_EQ(m_Transport.CountCalls("SetStatusValue 25"), 0);
+    EXPECT_EQ(m_Camera->GetLastError(), ZEL_ERROR_UNKNOWN);
+}
+
+TEST_P(AcquisitionTest, StopWritesTheIdleStateAtMostTwice) {
+    EXPECT_TRUE(m_Camera->Stop());
+    EXPECT_EQ(m_Transport.CountSent(SetRequest(CAMERA_STATE, 0)), 1);
+    Refuse(CAMERA_STATE);
+    EXPECT_EQ(m_Camera->StopCommon(), 1);
+    EXPECT_EQ(m_Transport.CountSent(SetRequest(CAMERA_STATE, 0)), 3);
+    EXPECT_FALSE(m_Camera->Stop());
+}
+
+TEST_P(AcquisitionTest, ACameraThatVanishesBoundsEveryOperation) {
+    m_Transport.SetHandler(nullptr);
+    EXPECT_FALSE(m_Camera->Start());
+    EXPECT_LE(m_Clock.Elapsed(), 11000u);
+    const std::uint32_t before = m_Clock.Elapsed();
+    m_Camera->Stop();
+    EXPECT_LE(m_Clock.Elapsed() - before, 11000u);
+    EXPECT_TRUE(m_Camera->Close());
+}
+
+}  // namespace
+}  // namespace zel::test

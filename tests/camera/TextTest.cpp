@@ -1,0 +1,105 @@
+// Text commands, names and raw bytes.
+#include "tests/camera/CameraFixture.h"
+
+namespace zel::test {
+namespace {
+
+class TextTest : public CameraTest {
+  protected:
+    static void ZEL_CALL Store(const char* reply, void* context) { static_cast<TextTest*>(context)->m_Reply = reply; }
+    void Listen() { EXPECT_TRUE(m_Camera->SetTextCommandCallback(Store, this)); }
+    std::string m_Reply = "(none)";
+};
+
+TEST_F(TextTest, NamesTravelAsText) {
+    m_Table.m_Texts["name"] = std::string(100, 'n');
+    EXPECT_EQ(m_Camera->GetCameraName(), std::string(63, 'n'));
+    EXPECT_TRUE(m_Camera->SetCameraName("left arm"));
+    EXPECT_THAT(SentTexts(), testing::ElementsAre("name\r\n", "name left arm\r\n"));
+    m_Transport.SetHandler(nullptr);
+    EXPECT_STREQ(m_Camera->GetCameraName(), "") << "no reply, no name";
+    EXPECT_FALSE(m_Camera->SetCameraName("x"));
+    EXPECT_FALSE(m_Camera->SetCameraName(nullptr));
+}
+
+struct Reply {
+    const char* name;
+    Bytes bytes;
+    const char* text;  // null: the command times out
+};
+class TextReplies : public TextTest, public testing::WithParamInterface<Reply> {};
+
+TEST_P(TextReplies, AreCompleteWithALineEndAZeroByteOrAWholeDatagram) {
+    Listen();
+    for (const auto delivery : {ScriptedTransport::Delivery::kWhole, ScriptedTransport::Delivery::kOneByte}) {
+        m_Reply = "(none)";
+        m_Transport.SetDelivery(delivery);
+        m_Transport.QueueReply(GetParam().bytes);
+        EXPECT_EQ(m_Camera->SetTextCommand("info"), GetParam().text != nullptr);
+        EXPECT_EQ(m_Reply, GetParam().text ? GetParam().text : "(none)");
+        EXPECT_EQ(m_Transport.Sent().back(), TextBytes("info\r\n")) << "no header";
+        if (!GetParam().text) return;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(, TextReplies,
+                         testing::Values(Reply{"Line", TextBytes("OK\n"), "OK\n"},
+                                         Reply{"CarriageReturn", TextBytes("OK\r"), "OK\r"},
+                                         Reply{"Zero", Bytes{'O', 'K', 0}, "OK"},
+                                         Reply{"Datagram", TextReply("OK"), "OK\r\n"},
+                                         Reply{"EmptyDatagram", Datagram(9, {}), ""},
+                                         Reply{"TableDatagram", Datagram(0, TextBytes("hi")), "hi"},
+                                         Reply{"HalfADatagram", Bytes{9, 0, 9, 'O', '\n'}, nullptr},
+                                         Reply{"NoEnd", TextBytes("OK"), nullptr}, Reply{"Silence", Bytes{}, nullptr},
+                                         Reply{"EndlessText", Bytes(6000, 'x'), nullptr},
+                                         Reply{"DatagramOverTheBuffer", Datagram(9, Bytes(5000, 'x')), nullptr}),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(TextTest, ASilentCameraCostsFiveSeconds) {
+    m_Transport.SetHandler(nullptr);
+    EXPECT_FALSE(m_Camera->SetTextCommand("info"));
+    EXPECT_GT(m_Clock.Elapsed(), 5000u);
+    EXPECT_LT(m_Clock.Elapsed(), 6000u);
+    EXPECT_FALSE(m_Camera->SetTextCommand(nullptr));
+}
+
+TEST_F(TextTest, ALongCommandIsCutSoThatTheLineEndFits) {
+    m_Transport.QueueReply(TextBytes("OK\n"));
+    EXPECT_TRUE(m_Camera->SetTextCommand(std::string(400, 'c').c_str()));
+    EXPECT_EQ(m_Transport.Sent().back(), TextBytes(std::string(250, 'c') + "\r\n"));
+}
+
+TEST_F(TextTest, TransportTextCommands) {
+    EXPECT_EQ(m_Camera->TextCommandCommon("hello", true), 0);
+    m_Transport.SetHandler(nullptr);
+    EXPECT_EQ(m_Camera->TextCommandCommon("hello", false), 0);
+    EXPECT_EQ(m_Camera->TextCommandCommon("hello", true), 1);
+    EXPECT_EQ(m_Camera->TextCommandCommon(nullptr, false), 1);
+    EXPECT_THAT(SentTexts(), testing::Each("hello"));
+}
+
+TEST_F(TextTest, RawBytesPassThrough) {
+    const unsigned char data[3] = {1, 2, 3};
+    unsigned char back[3] = {};
+    m_Transport.QueueReply(Bytes{7, 8});
+    EXPECT_EQ(m_Camera->SendData(data, 3), 3);
+    EXPECT_EQ(m_Transport.Sent().back(), (Bytes{1, 2, 3}));
+    EXPECT_EQ(m_Camera->RecvData(back, 3, 40), 2);
+    EXPECT_EQ(m_Transport.LastReceiveTimeout(), 40);
+    EXPECT_EQ(m_Camera->SendData(nullptr, 3), 0);
+    EXPECT_EQ(m_Camera->RecvData(back, -1, 0), 0);
+}
+
+TEST_F(TextTest, EntriesForTheTransport) {
+    int value = 0;
+    EXPECT_TRUE(m_Camera->GetCameraParameter(H_SIZE, &value));
+    EXPECT_EQ(value, 16);
+    m_Table.m_Blocks[SERIAL_NUMBER] = Bytes(32, 'A');
+    EXPECT_TRUE(m_Camera->GetCameraParameter(SERIAL_NUMBER, &value)) << "a block gives its first word";
+    EXPECT_EQ(value, 0x41414141);
+    EXPECT_FALSE(m_Camera->GetCameraParameter(99, &value));
+    EXPECT_FALSE(m_Camera->GetCameraParameter(H_SIZE, nullptr));
+}
+
+}  // namespace
+}  // namespace zel::test

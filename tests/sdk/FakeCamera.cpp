@@ -1,0 +1,77 @@
+#include "tests/sdk/FakeCamera.h"
+
+#include <atomic>
+#include <mutex>
+#include <utility>
+
+#include "camera/ZelCameraFactory.h"
+#include "util/ZelUtilImpl.h"
+
+namespace zel::test {
+
+namespace {
+
+std::mutex s_Lock;
+std::vector<std::string> s_Journal;
+std::atomic<int> s_Alive{0};
+std::atomic<bool> s_FailNext{false};
+
+void Note(const std::string& line) {
+    const std::lock_guard guard(s_Lock);
+    s_Journal.push_back(line);
+}
+
+class FakeUtil final : public ZelUtil {
+  public:
+    bool SaveTIFF(const char*, ZelImage*) override { return false; }
+    bool SavePNG(const char*, ZelImage*) override { return false; }
+};
+
+}  // namespace
+
+FakeCamera::FakeCamera(ICameraInterface* transport, const char* name)
+    : m_Transport(transport), m_Name(name ? name : "(null)") {
+    ++s_Alive;
+    Note("create " + m_Name);
+}
+
+FakeCamera::~FakeCamera() {
+    --s_Alive;
+    Note("destroy " + m_Name);
+}
+
+bool FakeCamera::Close() {
+    Note("close " + m_Name);
+    return true;
+}
+
+std::vector<std::string> FakeCamera::TakeJournal() {
+    const std::lock_guard guard(s_Lock);
+    return std::exchange(s_Journal, {});
+}
+
+int FakeCamera::Alive() { return s_Alive; }
+
+void FakeCamera::FailNext() { s_FailNext = true; }
+
+}  // namespace zel::test
+
+ZelCamera* zel_camera_control_create(ICameraInterface* camera, const char* instance_name) {
+    if (!camera || zel::test::s_FailNext.exchange(false)) return nullptr;
+    return new zel::test::FakeCamera(camera, instance_name);
+}
+
+void zel_camera_control_destroy(ZelCamera* camera) { ZelDelete(camera); }
+
+ICameraInterface* zel_camera_control_interface(ZelCamera* camera) {
+    return static_cast<zel::test::FakeCamera*>(camera)->m_Transport;
+}
+
+namespace zel {
+
+ZelUtil* UtilInstance() {
+    static test::FakeUtil util;
+    return &util;
+}
+
+}  // namespace zel

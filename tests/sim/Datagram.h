@@ -1,0 +1,82 @@
+// Datagrams as the host sends them, and the firmware's answers taken apart.
+#ifndef TESTS_SIM_DATAGRAM_H
+#define TESTS_SIM_DATAGRAM_H
+
+#include <bit>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "sim/Firmware.h"
+
+namespace zel::sim {
+
+using Bytes = std::vector<std::uint8_t>;
+
+inline Bytes TableRequest(int command, int index, const Bytes& data = {}) {
+    const std::size_t length = data.size() + 7;
+    Bytes datagram = {0,
+                      static_cast<std::uint8_t>(length >> 8),
+                      static_cast<std::uint8_t>(length),
+                      static_cast<std::uint8_t>(command),
+                      0,
+                      static_cast<std::uint8_t>(data.size() + 4)};
+    AppendLittle32(datagram, static_cast<std::uint32_t>(index));
+    datagram.insert(datagram.end(), data.begin(), data.end());
+    return datagram;
+}
+
+inline Bytes Word(int value) {
+    Bytes bytes;
+    AppendLittle32(bytes, static_cast<std::uint32_t>(value));
+    return bytes;
+}
+
+// Talks to a firmware without a link.
+class FirmwareHost {
+  public:
+    explicit FirmwareHost(const CameraModel& model, const FirmwareOptions& options = {0, 0.02})
+        : m_Firmware(model, options) {}
+
+    Firmware& Target() { return m_Firmware; }
+    Bytes Raw(const Bytes& datagram) {
+        Bytes answer;
+        m_Firmware.Handle(datagram, answer);
+        return answer;
+    }
+    // The exception code of a table request; -1 when the two datagrams are not framed as they should be.
+    int Request(int command, int index, const Bytes& data, Bytes& reply) {
+        const Bytes answer = Raw(TableRequest(command, index, data));
+        if (answer.size() < 9) return -1;
+        const std::size_t length = answer[1] * 256u + answer[2];
+        const std::size_t exception = 3 + length;
+        if (answer[0] != 0 || answer[3] != command || length != 3 + answer[4] * 256u + answer[5]) return -1;
+        if (answer.size() < exception + 3) return -1;
+        reply.assign(answer.begin() + 6, answer.begin() + static_cast<std::ptrdiff_t>(exception));
+        const std::size_t rest = answer[exception + 1] * 256u + answer[exception + 2];
+        if (answer.size() != exception + 3 + rest || (rest != 0 && rest < 3)) return -1;
+        return rest == 0 ? 0 : answer[exception + 5];
+    }
+    int Get(int index) {
+        Bytes reply;
+        return Request(SYNC_TABLE_CMD_GET, index, {}, reply) == 0 && reply.size() == 4
+                   ? static_cast<int>(Little32(reply))
+                   : -12345;
+    }
+    int Set(int index, int value) {
+        Bytes reply;
+        return Request(SYNC_TABLE_CMD_SET, index, Word(value), reply);
+    }
+    // The reply without its last three bytes.
+    std::string Text(const std::string& command) {
+        const Bytes answer = Raw(Bytes(command.begin(), command.end()));
+        return answer.size() < 6 ? "" : std::string(answer.begin() + 3, answer.end() - 3);
+    }
+
+  private:
+    Firmware m_Firmware;
+};
+
+}  // namespace zel::sim
+
+#endif

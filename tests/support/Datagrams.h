@@ -1,0 +1,87 @@
+// The datagrams of both protocols as tests write them: what a camera answers, and what a host asks.
+#ifndef TESTS_SUPPORT_DATAGRAMS_H
+#define TESTS_SUPPORT_DATAGRAMS_H
+
+#include <cstring>
+#include <string_view>
+#include <vector>
+
+#include "link/SyncTableIndex.h"
+
+namespace zel::test {
+
+using Bytes = std::vector<unsigned char>;
+
+inline Bytes operator+(Bytes left, const Bytes& right) {
+    left.insert(left.end(), right.begin(), right.end());
+    return left;
+}
+
+inline Bytes TextBytes(std::string_view text) { return Bytes(text.begin(), text.end()); }
+
+// Header and payload.
+inline Bytes Datagram(int id, const Bytes& payload) {
+    const std::size_t size = payload.size();
+    return Bytes{static_cast<unsigned char>(id), static_cast<unsigned char>(size >> 8),
+                 static_cast<unsigned char>(size)} +
+           payload;
+}
+
+inline Bytes LittleEndian(int value) {
+    Bytes bytes;
+    for (int i = 0; i < 4; ++i) bytes.push_back(static_cast<unsigned char>(static_cast<unsigned>(value) >> (8 * i)));
+    return bytes;
+}
+
+// A text reply as cameras end it: line end and zero byte, which the host drops.
+inline Bytes TextReply(std::string_view text) { return Datagram(9, TextBytes(text) + Bytes{'\r', '\n', 0}); }
+
+inline Bytes NoException() { return Datagram(0, {}); }
+inline Bytes Exception(int code) { return Datagram(0, {0, 0, static_cast<unsigned char>(code)}); }
+
+// A reply of the parameter table without its exception datagram.
+inline Bytes TableReply(int command, const Bytes& data) {
+    return Datagram(0, Bytes{static_cast<unsigned char>(command), static_cast<unsigned char>(data.size() >> 8),
+                             static_cast<unsigned char>(data.size())} +
+                           data);
+}
+
+// Complete successful answers.
+inline Bytes ValueReply(int value) { return TableReply(SYNC_TABLE_CMD_GET, LittleEndian(value)) + NoException(); }
+inline Bytes BlockReply(const Bytes& data) { return TableReply(SYNC_TABLE_CMD_GET, data) + NoException(); }
+inline Bytes SetReply() { return TableReply(SYNC_TABLE_CMD_SET, {}) + NoException(); }
+inline Bytes AttributesReply(const SyncTableAttributes& record) {
+    Bytes data(sizeof record);
+    std::memcpy(data.data(), &record, sizeof record);
+    return TableReply(SYNC_TABLE_CMD_GET_ATTRIBUTES, data) + NoException();
+}
+
+// A command that failed with an exception.
+inline Bytes ExceptionReply(int code) { return TableReply(SYNC_TABLE_CMD_GET, LittleEndian(0)) + Exception(code); }
+
+inline SyncTableAttributes MakeAttributes(int index, std::string_view name, int minimum, int maximum, int default_value,
+                                          int flags = 1, int data_type = 3) {
+    SyncTableAttributes record{};
+    record.index = index;
+    std::memcpy(record.name, name.data(), name.size() < sizeof record.name ? name.size() : sizeof record.name);
+    record.data_type = data_type;
+    record.flags = flags;
+    record.minimum = minimum;
+    record.maximum = maximum;
+    record.default_value = default_value;
+    return record;
+}
+
+// Requests as the host sends them.
+inline Bytes TextRequest(std::string_view text) { return Datagram(9, TextBytes(text)); }
+inline Bytes TableRequest(int command, int index) {
+    return Bytes{0, 0, 7, static_cast<unsigned char>(command), 0, 4} + LittleEndian(index);
+}
+inline Bytes GetRequest(int index) { return TableRequest(SYNC_TABLE_CMD_GET, index); }
+inline Bytes SetRequest(int index, int value) {
+    return Bytes{0, 0, 11, SYNC_TABLE_CMD_SET, 0, 8} + LittleEndian(index) + LittleEndian(value);
+}
+
+}  // namespace zel::test
+
+#endif

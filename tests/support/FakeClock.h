@@ -1,0 +1,77 @@
+// A clock for tests: time passes only when somebody sleeps, or by a set step with each reading.
+//
+//     FakeClock clock;                       // installed until it goes out of scope
+//     ... five seconds of waiting cost nothing ...
+//     EXPECT_EQ(5500u, clock.Elapsed());
+#ifndef TESTS_SUPPORT_FAKECLOCK_H
+#define TESTS_SUPPORT_FAKECLOCK_H
+
+#include <algorithm>
+#include <cstdint>
+#include <mutex>
+#include <vector>
+
+#include "platform/Clock.h"
+
+namespace zel::test {
+
+class FakeClock : public platform::ClockSource {
+  public:
+    // `start` near 2^32 tests the wrap of the millisecond clock.
+    explicit FakeClock(std::uint32_t start = 1000) : m_Start(start), m_Now(start) { platform::SetClockSource(this); }
+    ~FakeClock() override { platform::SetClockSource(nullptr); }
+    FakeClock(const FakeClock&) = delete;
+    FakeClock& operator=(const FakeClock&) = delete;
+
+    std::uint32_t Milliseconds() override {
+        const std::lock_guard lock(m_Lock);
+        const std::uint32_t now = m_Now;
+        m_Now += m_StepPerReading;
+        return now;
+    }
+
+    void Sleep(std::uint32_t milliseconds) override {
+        const std::lock_guard lock(m_Lock);
+        m_Now += milliseconds;
+        m_Sleeps.push_back(milliseconds);
+    }
+
+    // Lets time pass without a sleep being recorded.
+    void Advance(std::uint32_t milliseconds) {
+        const std::lock_guard lock(m_Lock);
+        m_Now += milliseconds;
+    }
+
+    // Each reading costs this much from now on: bounds loops that neither sleep nor receive.
+    void SetStepPerReading(std::uint32_t milliseconds) {
+        const std::lock_guard lock(m_Lock);
+        m_StepPerReading = milliseconds;
+    }
+
+    std::uint32_t Elapsed() const {
+        const std::lock_guard lock(m_Lock);
+        return m_Now - m_Start;
+    }
+
+    // How many sleeps of exactly this length there were. A silent ScriptedTransport does not sleep here.
+    int CountSleeps(std::uint32_t milliseconds) const {
+        const std::lock_guard lock(m_Lock);
+        return static_cast<int>(std::count(m_Sleeps.begin(), m_Sleeps.end(), milliseconds));
+    }
+
+    std::vector<std::uint32_t> Sleeps() const {
+        const std::lock_guard lock(m_Lock);
+        return m_Sleeps;
+    }
+
+  private:
+    mutable std::mutex m_Lock;
+    const std::uint32_t m_Start;
+    std::uint32_t m_Now;
+    std::uint32_t m_StepPerReading = 0;
+    std::vector<std::uint32_t> m_Sleeps;
+};
+
+}  // namespace zel::test
+
+#endif

@@ -1,0 +1,66 @@
+// The program: reading and writing parameters.
+#include <gmock/gmock.h>
+
+#include "tests/zelcam/ToolProcess.h"
+
+namespace zelcam {
+
+using testing::HasSubstr;
+
+class ProgramParameter : public testing::Test {
+  protected:
+    ProgramParameter() { UseFastCameras(); }
+};
+
+TEST_F(ProgramParameter, ParamsShowsEveryOne) {
+    const ToolResult result = RunTool("params --json");
+    ASSERT_EQ(result.exit_code, 0) << result.err;
+    const auto json = result.Json();
+    ASSERT_EQ(json.size(), 79u);
+    const auto& exposure = json[58];
+    EXPECT_EQ(exposure["name"], "EXPOSURE_TIME_US");
+    EXPECT_EQ(exposure["value"], 10000);
+    EXPECT_EQ(exposure["unit"], "us");
+    EXPECT_EQ(exposure["access"], "rw");
+    const auto& gain = json[21];
+    EXPECT_EQ(gain["minimum"], 0);
+    EXPECT_EQ(gain["maximum"], 1023);
+    EXPECT_EQ(gain["default"], 0);
+    EXPECT_EQ(json[6]["type"], "text");
+    EXPECT_EQ(json[23]["available"], false);
+    const ToolResult text = RunTool("params");
+    EXPECT_THAT(text.out, HasSubstr("0..1023"));
+}
+
+TEST_F(ProgramParameter, GetPrintsValuesWithUnits) {
+    const ToolResult text = RunTool("get exposure-time-us HSIZE 14");
+    EXPECT_EQ(text.exit_code, 0) << text.err;
+    EXPECT_THAT(text.out, HasSubstr("EXPOSURE_TIME_US = 10000 us"));
+    EXPECT_THAT(text.out, HasSubstr("HSIZE = 64 px"));
+    EXPECT_EQ(RunTool("get HSIZE VSIZE --json").Json(), (nlohmann::json{{"HSIZE", 64}, {"VSIZE", 48}}));
+}
+
+TEST_F(ProgramParameter, SetPrintsRequestedAndActual) {
+    const ToolResult one = RunTool("set EXPOSURE_TIME_US 2500");
+    EXPECT_EQ(one.exit_code, 0) << one.err;
+    EXPECT_THAT(one.out, HasSubstr("EXPOSURE_TIME_US: requested 2500 -> actual 2500 us"));
+
+    const ToolResult several = RunTool("set --json EXPOSURE_UNIT=1 EXPOSURE_TIME=5 ROI_BIN=0,0,32,32,1,1");
+    EXPECT_EQ(several.exit_code, 0) << several.err;
+    ASSERT_EQ(several.Json().size(), 3u);
+    for (const auto& outcome : several.Json()) EXPECT_EQ(outcome["accepted"], true) << outcome;
+}
+
+TEST_F(ProgramParameter, RefusedValueIsAFailureWithTheRange) {
+    const ToolResult result = RunTool("set GAIN=3 GAIN=5000");
+    EXPECT_EQ(result.exit_code, 1);
+    EXPECT_THAT(result.out, HasSubstr("GAIN: requested 3 -> actual 3 (range 0..1023)"));
+    EXPECT_THAT(result.out, HasSubstr("GAIN: requested 5000 -> actual 3 (range 0..1023)"));
+    EXPECT_THAT(result.err, HasSubstr("GAIN (the value is out of range)"));
+    const auto json = RunTool("set --json HSIZE 10").Json();
+    ASSERT_EQ(json.size(), 1u);
+    EXPECT_EQ(json[0]["accepted"], false);
+    EXPECT_EQ(json[0]["reason"], "it is read-only");
+}
+
+}  // namespace zelcam

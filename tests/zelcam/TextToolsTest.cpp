@@ -1,0 +1,69 @@
+#include "tools/zelcam/TextTools.h"
+
+#include <gtest/gtest.h>
+
+#include "include/ZelImage.h"
+#include "tools/zelcam/Failure.h"
+#include "tools/zelcam/Json.h"
+#include "tools/zelcam/PictureSaver.h"
+#include "tools/zelcam/Progress.h"
+#include "tools/zelcam/UtcTime.h"
+
+namespace zelcam {
+
+TEST(TextTools, TablesLineUpAndEndWithoutBlanks) {
+    EXPECT_EQ(FormatTable({{"a", "name", "x"}, {"100", "b", ""}, {"", "", "y"}}),
+              "a    name  x\n"
+              "100  b\n"
+              "           y\n");
+}
+
+TEST(TextTools, TrimTakesLineEndsAway) {
+    EXPECT_EQ(Trim(" OK\r\n"), "OK");
+    EXPECT_EQ(Trim("\r\n \t"), "");
+    EXPECT_EQ(Trim("a b"), "a b");
+}
+
+TEST(UtcTime, IsIso8601) {
+    using namespace std::chrono;
+    EXPECT_EQ(UtcText(sys_days(2024y / February / 29) + 12h + 34min + 56s + 789ms), "2024-02-29T12:34:56.789Z");
+    EXPECT_EQ(UtcText(sys_days(1969y / December / 31) + 23h + 59min + 59s + 1ms), "1969-12-31T23:59:59.001Z");
+}
+
+TEST(Json, ReplacesBytesThatAreNotUtf8AndKeepsTheOrder) {
+    EXPECT_EQ(JsonText(Json{{"z", "a\xFFz"}, {"a", 1}}, -1), "{\"z\":\"a\xEF\xBF\xBDz\",\"a\":1}");
+}
+
+TEST(Progress, BarFillsUpAndNeverOverflows) {
+    EXPECT_EQ(ProgressBar(0, 10, 10), "[..........] 0/10");
+    EXPECT_EQ(ProgressBar(5, 10, 10), "[#####.....] 5/10");
+    EXPECT_EQ(ProgressBar(12, 10, 10), "[##########] 12/10");
+    EXPECT_EQ(ProgressBar(3, 0, 4), "[....] 3/0");
+}
+
+TEST(Failure, LineLeavesEmptyPartsOut) {
+    EXPECT_STREQ(Failure("what", "why", "advice").what(), "what: why; advice");
+    EXPECT_STREQ(Failure("what", "", "advice").what(), "what; advice");
+    EXPECT_STREQ(Failure("what", "why", "").what(), "what: why");
+}
+
+TEST(ScaleToSixteenBits, MovesSamplesIntoTheUpperBits) {
+    ZelColorImage image{};
+    unsigned short pixels[4] = {0, 1, 4095, 5000};
+    image.w = 2;
+    image.h = 2;
+    image.pixels = pixels;
+    image.bit_depth = 12;
+    EXPECT_EQ(ScaleToSixteenBits(&image), 4u);
+    EXPECT_EQ(pixels[0], 0);
+    EXPECT_EQ(pixels[1], 16);
+    EXPECT_EQ(pixels[2], 65520);
+    EXPECT_EQ(pixels[3], 65520) << "a sample above the depth stays white";
+    for (const unsigned bits : {0u, 16u, 17u}) {
+        image.bit_depth = bits;
+        EXPECT_EQ(ScaleToSixteenBits(&image), 0u);
+        EXPECT_EQ(pixels[1], 16) << bits;
+    }
+}
+
+}  // namespace zelcam

@@ -1,9 +1,10 @@
 // State of the post-processing half: geometry, buffers, hand-over.
 #include "image/ZelCameraControlImpl.h"
 
-#include <new>
+#include <exception>
 
 #include "platform/Clock.h"
+#include "platform/Memory.h"
 
 namespace zel {
 
@@ -106,6 +107,25 @@ void ZelCameraControlImpl::ReleaseAvgBuffer() {
     m_ImageAvgRingBytes = 0;
 }
 
+// A ring that the machine has no memory for is refused before any of it is taken.
+bool ZelCameraControlImpl::AllocateAvgBuffer(unsigned pixels) {
+    m_ImageAvgRingPixels = pixels;
+    m_ImageAvgRingBytes = pixels * kBytesPerSample;
+    const auto slots = static_cast<std::size_t>(m_ImageAvgFrameCountMax);
+    if (std::uint64_t{slots} * (m_ImageAvgRingBytes + sizeof m_ImageAvgRing[0]) >=
+        platform::AvailablePhysicalMemory()) {
+        return false;
+    }
+    try {
+        m_ImageAvgRing.resize(slots);
+        for (auto& slot : m_ImageAvgRing) slot.resize(pixels);
+        m_ImageAvgSlots.reserve(slots);
+    } catch (const std::exception&) {
+        return false;
+    }
+    return true;
+}
+
 int ZelCameraControlImpl::UpdateImageAvgBuffer() {
     constexpr const char* kUpdate = "ZelCameraControlImpl::UpdateImageAvgBuffer";
     const FrameGeometry geometry = Geometry();
@@ -114,18 +134,11 @@ int ZelCameraControlImpl::UpdateImageAvgBuffer() {
         ZEL_LOG(m_Logger, kLogTrace, kUpdate, "m_ImageAvgFrameCountMax == 0");
         return 0;
     }
-    if (m_ImageAvgRing.empty()) {
-        m_ImageAvgRingPixels = geometry.width * geometry.height;
-        m_ImageAvgRingBytes = m_ImageAvgRingPixels * kBytesPerSample;
-        try {
-            m_ImageAvgRing.resize(static_cast<std::size_t>(m_ImageAvgFrameCountMax));
-            for (auto& slot : m_ImageAvgRing) slot.resize(m_ImageAvgRingPixels);
-        } catch (const std::exception&) {
-            ReleaseAvgBuffer();
-            m_ImageAvgFrameCountMax = 0;
-            ZEL_LOG(m_Logger, kLogError, kUpdate, "malloc() failed");
-            return 1;
-        }
+    if (m_ImageAvgRing.empty() && !AllocateAvgBuffer(geometry.width * geometry.height)) {
+        ReleaseAvgBuffer();
+        m_ImageAvgFrameCountMax = 0;
+        ZEL_LOG(m_Logger, kLogError, kUpdate, "malloc() failed");
+        return 1;
     }
     ZEL_LOG(m_Logger, kLogTrace, kUpdate, "returning true");
     return 0;

@@ -75,6 +75,7 @@ class ZelCameraControlImpl {
     bool CropByCorners(ZelImageInternal* image, unsigned c0, unsigned r0, unsigned c1, unsigned r1);
     bool CropBySize(ZelImageInternal* image, unsigned c0, unsigned r0, unsigned width, unsigned height);
     void AverageRing(std::span<std::uint16_t> frame);
+    bool AllocateAvgBuffer(unsigned pixels);
     void ReleaseAvgBuffer();
 
     std::mutex m_GeometryLock;

@@ -73,7 +73,7 @@ class ICameraInterface {
     virtual bool EnableEvents(int value) = 0;
     // Passed through from the application: frames still to come of a sequence.
     virtual int GetStatusValue() = 0;
-    // Frames the transport dropped since the last start.
+    // Frames lost on the link since the last start. A frame that found no free record is not among them.
     virtual int GetDroppedFrames() = 0;
     // Start and end an acquisition in which frames wait for triggers; StartTrigger calls StartTriggerCommon() first.
     virtual int StartTrigger() = 0;

@@ -21,7 +21,7 @@ void SimCameraTransport::FrameLoop() {
                 HandOver(job);
                 break;
             case Outcome::kLost:
-                Drop(&FrameCounts::lost_on_link);
+                LoseOnLink();
                 break;
             case Outcome::kAborted:
                 break;
@@ -109,10 +109,17 @@ SimCameraTransport::Outcome SimCameraTransport::Expose(FrameJob& job) {
     return Outcome::kHandOver;
 }
 
-void SimCameraTransport::Drop(std::uint64_t FrameCounts::*cause) {
+// The count that the host asks for has what the link lost; a frame without a free record shows as a hole in the
+// numbers.
+void SimCameraTransport::LoseOnLink() {
     const std::lock_guard lock(m_Camera.Lock());
     ++m_Dropped;
-    ++(m_Camera.FramesLocked().*cause);
+    ++m_Camera.FramesLocked().lost_on_link;
+}
+
+void SimCameraTransport::DropWithoutBuffer() {
+    const std::lock_guard lock(m_Camera.Lock());
+    ++m_Camera.FramesLocked().no_buffer;
 }
 
 void SimCameraTransport::HandOver(const FrameJob& job) {
@@ -128,10 +135,10 @@ void SimCameraTransport::HandOver(const FrameJob& job) {
     }
     if (!common) return;
     ZelImage* const image = common->GetFreeImage();
-    if (!image) return Drop(&FrameCounts::no_buffer);
+    if (!image) return DropWithoutBuffer();
     if (!FillAndQueue(*common, *image, job)) {
         common->ReleaseImage(image);
-        return Drop(&FrameCounts::no_buffer);
+        return DropWithoutBuffer();
     }
     ReportEvent({CAMERA_EVENT_IMAGE_READY, static_cast<int>(job.number), {}});
     if (handler) handler(image, camera);

@@ -93,7 +93,8 @@ class SimCameraTransport final : public ICameraInterface {
     void HandOver(const FrameJob& job);
     bool FillAndQueue(IZelCameraCommon& common, ZelImage& image, const FrameJob& job);
     void Fill(ZelImage& image, const FrameJob& job);
-    void Drop(std::uint64_t FrameCounts::*cause);
+    void LoseOnLink();
+    void DropWithoutBuffer();
     Clock::duration Scaled(std::int64_t microseconds) const;
 
     SimCamera& m_Camera;

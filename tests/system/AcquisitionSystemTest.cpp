@@ -60,6 +60,7 @@ TEST_P(AcquisitionSystemTest, StopInsideACallbackMakesItTheLast) {
     EXPECT_EQ(context.calls.Calls(), 1);
     ASSERT_TRUE(context.camera->Start()) << "it can be started again";
     EXPECT_TRUE(context.calls.WaitFor(2));
+    EXPECT_TRUE(context.camera->Stop());
 }
 
 TEST_P(AcquisitionSystemTest, NoCallbackRunsAfterStop) {

@@ -26,7 +26,7 @@ bool ZelCameraControl::Start() {
     if (StoreError(m_Camera->Start()) != 0) return false;
     if (IsUsbOrCameraLink(m_Camera->GetInterfaceType())) {
         m_FrameOfAcquisitionSeen = false;
-        SetWithRetries(CAMERA_STATE, kCameraRunning,
+        SetWithRetries(CAMERA_STATE, kCameraRunning, kStart,
                        "***ERROR***: ZelCameraControl::Start() - m_SyncTable.Set(CAMERA_STATE, 2) failed - retry "
                        "attempt #%d\n",
                        0);
@@ -40,11 +40,12 @@ bool ZelCameraControl::Start(int frame_count) { return Start() && SetTransportVa
 
 // Up to four attempts, 100 ms apart. retry_line is logged before each further attempt with its number, and the source
 // line when there is one. Answers whether the last attempt succeeded.
-bool ZelCameraControl::SetWithRetries(int index, int value, const char* retry_line, int source_line) {
+bool ZelCameraControl::SetWithRetries(int index, int value, const char* function_name, const char* retry_line,
+                                      int source_line) {
     bool done = m_SyncTable.Set(index, value);
     for (int attempt = 2; !done && attempt <= kAttempts; ++attempt) {
         platform::SleepMilliseconds(100);
-        ZEL_LOG(m_Logger, kLogError, kStart, retry_line, attempt, source_line);
+        ZEL_LOG(m_Logger, kLogError, function_name, retry_line, attempt, source_line);
         done = m_SyncTable.Set(index, value);
     }
     return done;
@@ -103,10 +104,11 @@ int ZelCameraControl::StartCommon() {
 
 // The transport's set-up and the three of the post-processing; the first code other than 0 ends the start.
 int ZelCameraControl::PrepareAcquisition() {
-    int num_image_buffers = m_NumImageBuffers;
-    if (const int code = StoreError(m_Camera->PrepareAcquisition(&num_image_buffers))) return code;
+    m_InterfaceType = m_Camera->GetInterfaceType();
+    m_BuffersOfAcquisition = m_NumImageBuffers;
+    if (const int code = StoreError(m_Camera->PrepareAcquisition(&m_BuffersOfAcquisition))) return code;
     if (const int code = StoreError(ReadGeometry())) return code;
-    if (const int code = StoreError(UpdateImagePool(m_NumImageBuffers))) return code;
+    if (const int code = StoreError(UpdateImagePool(m_BuffersOfAcquisition))) return code;
     return StoreError(UpdateImageAvgBuffer());
 }
 
@@ -140,7 +142,7 @@ int ZelCameraControl::ReadGeometry() {
 
     const bool sane = geometry.width >= 1 && geometry.width <= kLargestSide && geometry.height >= 1 &&
                       geometry.height <= kLargestSide && geometry.bit_depth >= 1 && geometry.bit_depth <= 16 &&
-                      geometry.bytes_per_pixel >= 1 && geometry.bytes_per_pixel <= 4 &&
+                      geometry.bytes_per_pixel >= 1 && geometry.bytes_per_pixel <= sizeof(std::uint16_t) &&
                       std::uint64_t{geometry.width} * geometry.height * geometry.bytes_per_pixel <= kLargestFrameBytes;
     if (!sane) return ZEL_ERROR_CAMERA_INVALID_DATA;
     SetGeometry(geometry);

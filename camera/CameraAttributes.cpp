@@ -173,7 +173,7 @@ bool ZelCameraControl::ReadTableAttribute(int attribute, void* data) {
             line = "DEFAULT :%d";
             break;
         default:
-            ZEL_LOG(m_Logger, kLogTrace, kGet, "***ERROR***:UNKNOWN :%d", attribute);
+            ZEL_LOG(m_Logger, kLogError, kGet, "***ERROR***:UNKNOWN :%d", attribute);
             return true;
     }
     ZEL_LOG(m_Logger, kLogTrace, kGet, line, value);

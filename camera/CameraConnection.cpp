@@ -45,13 +45,14 @@ bool ZelCameraControl::Close() {
     return true;
 }
 
-// Fills a text from an entry; it stays empty when the entry can't be read. A value entry gives its four bytes as they
-// come over the wire.
-void ZelCameraControl::ReadText(int index, Text& text) {
+// Fills a text from an entry; it stays empty when the entry can't be read, and the answer is false. A value entry gives
+// its four bytes as they come over the wire.
+bool ZelCameraControl::ReadText(int index, Text& text) {
     text.fill('\0');
     char entry[SyncTable::kBlockCapacity] = {};
-    if (!m_SyncTable.Get(index, entry)) return;
+    if (!m_SyncTable.Get(index, entry)) return false;
     std::memcpy(text.data(), entry, sizeof entry);
+    return true;
 }
 
 int ZelCameraControl::ConnectCommon() {
@@ -60,8 +61,7 @@ int ZelCameraControl::ConnectCommon() {
     m_SyncTable.GetAttribute(V_BIN, &binning);
     ReadText(SVN_REVISION, m_FirmwareRevision);
     ReadText(HW_MODEL, m_Model);
-    ReadText(CFA_TYPE, m_FilterType);
-    if (m_FilterType[0] == '\0') std::strcpy(m_FilterType.data(), "mono");
+    if (!ReadText(CFA_TYPE, m_FilterType)) std::strcpy(m_FilterType.data(), "mono");
     ZEL_LOG(m_Logger, kLogTrace, kConnect, "Checking for Interface type\n");
     if (m_Camera->GetInterfaceType() == CAMERA_TYPE_USB) RecogniseModel();
     ZEL_LOG(m_Logger, kLogTrace, kConnect, "EXIT");

@@ -33,7 +33,9 @@ bool ParameterHandlers::ReadHwTriggerActive(ZelCameraControl& camera, unsigned, 
 
 bool ParameterHandlers::WriteHwTriggerActive(ZelCameraControl& camera, const void* data) {
     const int value = LoadInt(data);
+    ZEL_LOG(camera.m_Logger, kLogTrace, kSet, "%s", kLogSeparator);
     ZEL_LOG(camera.m_Logger, kLogTrace, kSet, "ZEL_PARAM_HW_TRIGGER_ACTIVE:%d", value);
+    ZEL_LOG(camera.m_Logger, kLogTrace, kSet, "%s", kLogSeparator);
     camera.m_HWTriggerEnabled = value != 0;
     return true;
 }

@@ -10,7 +10,6 @@ namespace zel {
 namespace {
 constexpr const char* kGet = "ZelCameraControl::GetParameter";
 constexpr const char* kSet = "ZelCameraControl::SetParameter";
-constexpr const char* kSeparator = "--------------------------------------------------------";
 
 // The widest value is a matrix of nine doubles.
 constexpr std::size_t kWidestValue = 72;
@@ -50,7 +49,14 @@ bool ZelCameraControl::GetParameter(unsigned param_id, unsigned size, void* data
 }
 
 bool ZelCameraControl::ReadTableParameter(int index, void* data) {
-    if (!m_Camera || !m_SyncTable.Get(index, data)) return false;
+    if (!m_Camera) return false;
+    if (SyncTableIsBlock(index)) {
+        if (!m_SyncTable.Get(index, data)) return false;
+    } else {
+        int value = 0;
+        if (!m_SyncTable.Get(index, &value)) return false;
+        StoreInt(data, value);
+    }
     ZEL_LOG(m_Logger, kLogTrace, kGet, "Returning true");
     return true;
 }
@@ -74,15 +80,16 @@ bool ZelCameraControl::SetParameter(int param_id, const void* data) {
     const Parameter* parameter = FindParameter(param_id);
     if (!parameter) return false;
     if (parameter->direct_write) return parameter->write(*this, data);
-    if (!data && param_id != ZEL_PARAM_UPDATE_PARAMETERS) return false;
+    const bool read_only = parameter->translation == kParameterHost && !parameter->write;
+    if (!data && param_id != ZEL_PARAM_UPDATE_PARAMETERS && !read_only) return false;
     if (IsTriggerParameter(param_id)) {
-        ZEL_LOG(m_Logger, kLogTrace, kSet, "%s", kSeparator);
+        ZEL_LOG(m_Logger, kLogTrace, kSet, "%s", kLogSeparator);
         ZEL_LOG(m_Logger, kLogTrace, kSet, "%s :%d\n", parameter->name, LoadInt(data));
-        ZEL_LOG(m_Logger, kLogTrace, kSet, "%s", kSeparator);
+        ZEL_LOG(m_Logger, kLogTrace, kSet, "%s", kLogSeparator);
     }
     LogAttributeTranslations(kSet);
     if (parameter->write) return parameter->write(*this, data);
-    if (parameter->translation == kParameterHost) {
+    if (read_only) {
         ZEL_LOG(m_Logger, kLogWarning, kSet, "%s is a read-only parameter!", parameter->name);
         return false;
     }
@@ -100,11 +107,9 @@ void ZelCameraControl::LogAttributeTranslations(const char* function_name) {
 // Parameters of the camera's table with something of their own.
 
 bool ParameterHandlers::ReadExposureTime(ZelCameraControl& camera, unsigned, void* data) {
-    if (!camera.m_Camera || !camera.m_SyncTable.Get(EXPOSURE_TIME, data)) return false;
-    if (camera.m_ExposureUnit == 1) {
-        const int milliseconds = LoadInt(data) / 1000;
-        std::memcpy(data, &milliseconds, sizeof milliseconds);
-    }
+    int time = 0;
+    if (!camera.m_Camera || !camera.m_SyncTable.Get(EXPOSURE_TIME, &time)) return false;
+    StoreInt(data, camera.m_ExposureUnit == 1 ? time / 1000 : time);
     ZEL_LOG(camera.m_Logger, kLogTrace, kGet, "Returning true");
     return true;
 }
@@ -119,7 +124,7 @@ bool ParameterHandlers::WriteExposureTime(ZelCameraControl& camera, const void* 
 bool ParameterHandlers::ReadExposureTimeUs(ZelCameraControl& camera, unsigned, void* data) {
     int microseconds = 0;
     if (!camera.m_Camera || !camera.m_SyncTable.Get(EXPOSURE_TIME, &microseconds) || !data) {
-        ZEL_LOG(camera.m_Logger, kLogTrace, kGet, "ZEL_PARAM_EXPOSURE_TIME_US - failed");
+        ZEL_LOG(camera.m_Logger, kLogError, kGet, "ZEL_PARAM_EXPOSURE_TIME_US - failed");
         return false;
     }
     std::memcpy(data, &microseconds, sizeof microseconds);

@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <string>
 
 #include "camera/ZelCameraControl.h"
 #include "platform/Clock.h"
@@ -30,10 +29,9 @@ class TextReply {
         return last == '\n' || last == '\r' || last == '\0';
     }
 
-    std::string Text() const {
-        const int start = IsDatagram() ? std::min(kHeaderSize, m_Size) : 0;
-        const std::string all(reinterpret_cast<const char*>(m_Bytes) + start, static_cast<std::size_t>(m_Size - start));
-        return all.substr(0, all.find('\0'));
+    // Zero-terminated: a zero byte always follows what was received.
+    const char* Text() const {
+        return reinterpret_cast<const char*>(m_Bytes) + (IsDatagram() ? std::min(kHeaderSize, m_Size) : 0);
     }
 
   private:
@@ -41,7 +39,7 @@ class TextReply {
 
     bool IsDatagram() const { return m_Size > 0 && (m_Bytes[0] == 0 || m_Bytes[0] == 9); }
 
-    unsigned char m_Bytes[kCapacity] = {};
+    unsigned char m_Bytes[kCapacity + 1] = {};
     int m_Size = 0;
 };
 }  // namespace
@@ -98,10 +96,9 @@ bool ZelCameraControl::SetTextCommand(const char* text) {
             }
         }
     }
-    const std::string answer = reply.Text();
-    ZEL_LOG(m_Logger, kLogTrace, kSetText, "rx_buffer:\"%s\"", answer.c_str());
+    ZEL_LOG(m_Logger, kLogTrace, kSetText, "rx_buffer:\"%s\"", reply.Text());
     const Callbacks callbacks = CopyCallbacks();
-    if (callbacks.text) callbacks.text(answer.c_str(), callbacks.text_context);
+    if (callbacks.text) callbacks.text(reply.Text(), callbacks.text_context);
     return true;
 }
 

@@ -101,7 +101,7 @@ int ZelCameraControl::StartTriggerUsbOrCameraLink(int interface_type) {
 }
 
 void ZelCameraControl::EnableTriggerUsbOrCameraLink(int interface_type) {
-    SetWithRetries(CALC_STATE, 1,
+    SetWithRetries(CALC_STATE, 1, kStartTrigger,
                    "***ERROR***: EDTCameraLinkInterface::Start() - m_SyncTable.Set(CALC_STATE, 1) failed - retry "
                    "attempt #%d  line:%d\n",
                    __LINE__);

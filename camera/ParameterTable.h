@@ -43,6 +43,9 @@ struct Parameter {
     bool direct_write = false;
 };
 
+// Stands above and below the lines of the trigger parameters.
+inline constexpr const char* kLogSeparator = "--------------------------------------------------------";
+
 // The row of a parameter id; null outside 0 to ZEL_MAX_PARAMS - 1.
 const Parameter* FindParameter(int param_id);
 

@@ -93,10 +93,10 @@ double ZelCameraControl::GetLinkFrameRate() { return m_Camera ? m_Camera->GetLin
 double ZelCameraControl::GetLinkLatency() { return m_Camera ? m_Camera->GetLinkLatency() : 0.0; }
 double ZelCameraControl::GetLinkUtilization() { return m_Camera ? m_Camera->GetLinkUtilization() : 0.0; }
 
-int ZelCameraControl::TransportInterfaceType() { return m_Camera ? m_Camera->GetInterfaceType() : 0; }
+int ZelCameraControl::TransportInterfaceType() { return m_InterfaceType; }
 
 int ZelCameraControl::GetCameraInterfaceType() {
-    switch (TransportInterfaceType()) {
+    switch (m_Camera ? m_Camera->GetInterfaceType() : 0) {
         case CAMERA_TYPE_EDT_CAMERA_LINK:
             return 1;
         case CAMERA_TYPE_PLEORA_EBUS:

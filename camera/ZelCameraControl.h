@@ -138,7 +138,7 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     using Text = std::array<char, kTextCapacity>;
 
     // Connection
-    void ReadText(int index, Text& text);
+    bool ReadText(int index, Text& text);
     void RecogniseModel();
 
     // Parameters
@@ -158,7 +158,7 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     int PrepareAcquisition();
     bool AskForCalculation(bool reset_first);
     bool WaitForCalculation();
-    bool SetWithRetries(int index, int value, const char* retry_line, int source_line);
+    bool SetWithRetries(int index, int value, const char* function_name, const char* retry_line, int source_line);
     void EnableHWTrigger(bool on);
     void CameraCommand(const char* text);
     void SendText(const char* text);
@@ -198,6 +198,8 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     std::atomic<bool> m_HWTriggerEnabled{false};
     std::atomic<int> m_HWTriggerSource{0};  // chosen last by the application
     std::atomic<int> m_NumImageBuffers{8};
+    int m_BuffersOfAcquisition = 0;       // what the transport was told at the last start
+    std::atomic<int> m_InterfaceType{0};  // as of then, so that no lock is held while the transport is asked
 
     // The application's callbacks. The lock covers reading and changing them, never a call.
     struct Callbacks {

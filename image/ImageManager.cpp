@@ -46,7 +46,7 @@ int ImageManager::PixelBufferAllocate(int count) {
     if (!m_SizeChanged && FreeCount() + PendingCount() + InUseCount() == count) return kPoolOk;
     FreeImages();
     if (count < 0) return kPoolNegativeCount;
-    if (!EnoughMemory(static_cast<unsigned>(count))) return kPoolNotEnoughMemory;
+    if (count > 0 && !EnoughMemory(static_cast<unsigned>(count))) return kPoolNotEnoughMemory;
     if (!CreateRecords(static_cast<unsigned>(count))) return kPoolNotEnoughMemory;
     m_SizeChanged = false;
     return kPoolOk;

@@ -131,9 +131,11 @@ bool ZelCameraControlImpl::CropByCorners(ZelImageInternal* image, unsigned c0, u
                 "PostProcessImage(): memcpy(dst, src, num_bytes:%d)  image(size_in_bytes:%d)",
                 image->w * height * kBytesPerSample, image->size_in_bytes);
     }
-    kernel::Crop(frame, image->w, c0, r0, width, height);
-    image->w = width;
+    // Rows first, then columns: what lies behind the region counts as part of the frame here.
+    if (height < image->h) kernel::Crop(frame, image->w, 0, r0, image->w, height);
     image->h = height;
+    if (width < image->w) kernel::Crop(frame, image->w, c0, 0, width, height);
+    image->w = width;
     return true;
 }
 

@@ -53,7 +53,7 @@ class ZelCameraControlImpl {
     ImageManager& Pool() { return m_ImageManager; }
 
   protected:
-    // Asked of the transport at each step: one of CAMERA_TYPE_..., or another number without one.
+    // The kind of link, one of CAMERA_TYPE_..., or another number without one. Called under the processing lock.
     virtual int TransportInterfaceType() = 0;
 
     Logger m_Logger;

@@ -4,16 +4,15 @@
 
 namespace zel {
 
-namespace {
-
-CameraTables s_Tables;
-
-}  // namespace
-
-CameraTables& Tables() { return s_Tables; }
+// Never destroyed: an application may end without Close while a plug-in still reports events.
+CameraTables& Tables() {
+    static CameraTables& tables = *new CameraTables;
+    return tables;
+}
 
 void CameraTables::Init() {
     const std::lock_guard guard(lock);
+    closing = false;
     _zel_camera_array.fill(nullptr);
     _icamera_libs.fill(LibraryRecord{});
     cameras.ForgetClosed();
@@ -61,6 +60,7 @@ ICameraInterface* CameraTables::CreateInterface(CreateCameraInterfaceFunction cr
 const std::vector<RegisteredCamera>& CameraTables::TakeCameras() {
     const std::lock_guard guard(lock);
     ++session;
+    closing = true;
     const std::vector<RegisteredCamera>& taken = cameras.CloseAll(_zel_camera_array.data(), kMaxCameras);
     _zel_camera_array.fill(nullptr);
     return taken;
@@ -74,7 +74,8 @@ bool MakeRegisteredCamera(unsigned session, ICameraInterface* camera_interface, 
     {
         CameraTables& tables = Tables();
         const std::lock_guard guard(tables.lock);
-        if (tables.session == session && tables.cameras.Add({camera, camera_interface, destroy_camera_interface}))
+        if (!tables.closing && tables.session == session &&
+            tables.cameras.Add({camera, camera_interface, destroy_camera_interface}))
             return true;
         shared = tables.cameras.Knows(camera_interface);
     }

@@ -35,6 +35,7 @@ struct CameraTables {
 
     ZelCameraManager* manager = nullptr;  // the one instance
     unsigned session = 0;                 // changes when the manager starts to close
+    bool closing = false;                 // from then until the next Open: no camera object is entered any more
 
     std::array<ZelCamera*, kMaxCameras> _zel_camera_array{};
     std::array<TextSlot, kNameSlots> names;
@@ -48,9 +49,9 @@ struct CameraTables {
     std::array<int, kNumInterfaceLibraries> _zel_camera_index_offset{-1, -1, -1};
     std::array<LibraryRecord, kNumInterfaceLibraries> _icamera_libs{};
 
-    // What plug-ins are handed as a name: one of the search, one for the events of each library. They outlive the call
-    // for a plug-in that keeps the pointer.
-    TextSlot name_handed_by_search;
+    // What plug-ins are handed as a name: one per camera for the search, one for the events of each library. They
+    // outlive the call for a plug-in that keeps the pointer.
+    std::array<TextSlot, kNameSlots> names_handed_by_search;
     std::array<TextSlot, kNumInterfaceLibraries> names_handed_by_events;
 
     CameraRegister cameras;

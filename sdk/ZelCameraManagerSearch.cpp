@@ -127,8 +127,8 @@ bool ZelCameraManager::AddCamera(const BoundLibrary& bound, int cam_index) {
     }
     TextSlot& slot = tables.names[number];
     if (bound.record.get_camera_name) tables.StoreText(slot, bound.record.get_camera_name(cam_index));
-    ICameraInterface* camera_interface =
-        tables.CreateInterface(bound.record.create_camera_interface, cam_index, slot, tables.name_handed_by_search);
+    ICameraInterface* camera_interface = tables.CreateInterface(bound.record.create_camera_interface, cam_index, slot,
+                                                                tables.names_handed_by_search[number]);
     if (!camera_interface) return true;
     const TextSlot name = tables.CopyText(slot);
 

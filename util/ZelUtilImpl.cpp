@@ -44,7 +44,9 @@ bool ZelUtilImpl::SavePNG(const char* file_name, ZelImage* image) {
 
     const PageBuffer buffer(kPngFrameSize + std::uint64_t{ZlibStreamBound(scanlines.Bytes().size())});
     if (!buffer) return false;
-    const std::size_t stream_size = ZlibCompress(scanlines.Bytes(), buffer.Bytes().subspan(kPngStreamOffset));
+    const std::span<std::uint8_t> room =
+        buffer.Bytes().subspan(kPngStreamOffset, ZlibStreamBound(scanlines.Bytes().size()));
+    const std::size_t stream_size = ZlibCompress(scanlines.Bytes(), room);
     if (stream_size == 0 || stream_size > kMaxChunkSize) return false;
     const std::span<std::uint8_t> contents = buffer.Bytes().first(kPngFrameSize + stream_size);
     FramePngStream(image->w, image->h, stream_size, contents);

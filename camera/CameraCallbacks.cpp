@@ -24,58 +24,45 @@ bool ZelCameraControl::RegisterEventHandler() {
     return m_Camera->EnableEvents(kEnableEvents);
 }
 
+template <class Function>
+void ZelCameraControl::StoreCallback(const char* function_name, Function Callbacks::*slot,
+                                     void* Callbacks::*context_slot, Function function, void* context) {
+    {
+        const std::lock_guard lock(m_CallbackLock);
+        m_Callbacks.*slot = function;
+        m_Callbacks.*context_slot = context;
+    }
+    ZEL_LOG(m_Logger, kLogTrace, function_name, "%s() func:%s, context:%s\n", function_name, PointerText(function).text,
+            PointerText(context).text);
+}
+
 bool ZelCameraControl::SetTextCommandCallback(ZelTextCommandCallback callback, void* context) {
-    const std::lock_guard lock(m_CallbackLock);
-    m_Callbacks.text = callback;
-    m_Callbacks.text_context = context;
+    StoreCallback("ZelCameraControl::SetTextCommandCallback", &Callbacks::text, &Callbacks::text_context, callback,
+                  context);
     return true;
 }
 
 bool ZelCameraControl::SetCameraControlCallback(ZelCameraControlCallback callback, void* context) {
-    {
-        const std::lock_guard lock(m_CallbackLock);
-        m_Callbacks.control = callback;
-        m_Callbacks.control_context = context;
-    }
-    ZEL_LOG(m_Logger, kLogTrace, "ZelCameraControl::SetCameraControlCallback",
-            "ZelCameraControl::SetCameraControlCallback() func:%s, context:%s\n", PointerText(callback).text,
-            PointerText(context).text);
+    StoreCallback("ZelCameraControl::SetCameraControlCallback", &Callbacks::control, &Callbacks::control_context,
+                  callback, context);
     return RegisterEventHandler();
 }
 
 bool ZelCameraControl::SetCameraControlCallbackEx(ZelCameraControlCallbackEx callback, void* context) {
-    {
-        const std::lock_guard lock(m_CallbackLock);
-        m_Callbacks.control_ex = callback;
-        m_Callbacks.control_context = context;
-    }
-    ZEL_LOG(m_Logger, kLogTrace, "ZelCameraControl::SetCameraControlCallbackEx",
-            "ZelCameraControl::SetCameraControlCallbackEx() func:%s, context:%s\n", PointerText(callback).text,
-            PointerText(context).text);
+    StoreCallback("ZelCameraControl::SetCameraControlCallbackEx", &Callbacks::control_ex, &Callbacks::control_context,
+                  callback, context);
     return RegisterEventHandler();
 }
 
 bool ZelCameraControl::SetImageNotificationCallback(ZelImageNotificationCallback callback, void* context) {
-    {
-        const std::lock_guard lock(m_CallbackLock);
-        m_Callbacks.notification = callback;
-        m_Callbacks.notification_context = context;
-    }
-    ZEL_LOG(m_Logger, kLogTrace, "ZelCameraControl::SetImageNotificationCallback",
-            "ZelCameraControl::SetImageNotificationCallback() func:%s, context:%s\n", PointerText(callback).text,
-            PointerText(context).text);
+    StoreCallback("ZelCameraControl::SetImageNotificationCallback", &Callbacks::notification,
+                  &Callbacks::notification_context, callback, context);
     return RegisterEventHandler();
 }
 
 bool ZelCameraControl::SetImageCallback(ZelImageCallback callback, void* context) {
-    {
-        const std::lock_guard lock(m_CallbackLock);
-        m_Callbacks.image = callback;
-        m_Callbacks.image_context = context;
-    }
-    ZEL_LOG(m_Logger, kLogTrace, "ZelCameraControl::SetImageCallback",
-            "ZelCameraControl::SetImageCallback() func:%s, context:%s\n", PointerText(callback).text,
-            PointerText(context).text);
+    StoreCallback("ZelCameraControl::SetImageCallback", &Callbacks::image, &Callbacks::image_context, callback,
+                  context);
     return m_Camera && m_Camera->SetImageHandler(zel_image_handler, this);
 }
 

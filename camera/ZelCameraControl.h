@@ -49,12 +49,8 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
   public:
     // `camera` is held, never owned. `instance_name` tells this camera's loggers apart; null counts as "".
     ZelCameraControl(ICameraInterface* camera, const char* instance_name);
-#if defined(_WIN32)
     ZEL_IMPLEMENTATION_DESTRUCTOR(ZelCameraControl)
     ~ZelCameraControl();
-#else
-    ~ZelCameraControl() override;
-#endif
 
     // ZelCamera
     bool Open() override;
@@ -168,9 +164,6 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     int StartTriggerUsbOrCameraLink(int interface_type);
     void EnableTriggerUsbOrCameraLink(int interface_type);
 
-    // Callbacks
-    bool RegisterEventHandler();
-
     ICameraInterface* const m_Camera;
     platform::RecursiveLock m_ExchangeLock;  // one exchange with the camera at a time, text or table
     SyncTable m_SyncTable;
@@ -216,6 +209,10 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     };
     Callbacks CopyCallbacks();
     void ReportConnection(const Callbacks& callbacks, int code, const char* what);
+    template <class Function>
+    void StoreCallback(const char* function_name, Function Callbacks::*slot, void* Callbacks::*context_slot,
+                       Function function, void* context);
+    bool RegisterEventHandler();
     std::mutex m_CallbackLock;
     Callbacks m_Callbacks;
 };

@@ -8,20 +8,15 @@
 class alignas(8) ZelImageInternal : public ZelColorImage {
   public:
     ZelImageInternal();
-#if defined(_WIN32)
     ZEL_IMPLEMENTATION_DESTRUCTOR(ZelImageInternal)
     ~ZelImageInternal();
-#else
-    ~ZelImageInternal() override;
-#endif
 
     unsigned post_processed;     // 1 once the frame in `pixels` has been post-processed
     zel::PlaneSet color_planes;  // filled by the color pipeline when somebody looks at them
     ZelImageInternal* next;      // link to the next record of the pool list that holds this one
 };
 
-#if defined(_WIN32) && !defined(_WIN64)
-static_assert(sizeof(ZelImageInternal) == 144, "the size of a record is part of the pool's memory arithmetic");
-#endif
+static_assert(sizeof(void*) != 4 || sizeof(ZelImageInternal) == 144,
+              "the size of a record is part of the 32-bit product's memory arithmetic");
 
 #endif

@@ -22,7 +22,8 @@ start_wine() {
         done
         export DISPLAY=:$(cat build/xvfb.display)
     fi
-    wineboot -i >/dev/null 2>&1 && wineserver -p
+    # The server first: it answers with an error when one runs already.
+    wineserver -p && wineboot -i >/dev/null 2>&1
 }
 stop_wine() {
     [ -z "${WINEPREFIX:-}" ] || wineserver -k 2>/dev/null || true

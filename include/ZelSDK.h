@@ -24,8 +24,9 @@ class ZelSDK {
     // and destroys the camera manager. Every ZelCamera pointer is invalid afterwards. True also when nothing was open.
     virtual bool Close();
 
-    // Looks for cameras anew. Result: how many were found, 0 to 8; 0 before Open(). Camera objects found again in the
-    // same place keep their pointers. Takes the manager's lock (at most 5 s).
+    // Looks for cameras anew. Result: how many were found, 0 to 8; 0 before Open(). A camera found again keeps its
+    // object, except one that was plugged in since the last search: take that one anew with GetCamera(); the object
+    // from before stays valid until Close(). Takes the manager's lock (at most 5 s).
     virtual int GetNumberOfCameras();
 
     // The camera object with this number (0 to 7) or null. It belongs to the SDK: close it, never delete it.

@@ -16,7 +16,7 @@
 
 #include "camera/CameraModels.h"
 #include "camera/ParameterTable.h"
-#include "camera/ZelCameraInternal.h"
+#include "include/ZelCameraInternal.h"
 #include "image/ZelCameraControlImpl.h"
 #include "link/ICameraInterface.h"
 #include "link/IZelCameraCommon.h"

@@ -1,5 +1,5 @@
 // Default answers of the internal slots.
-#include "camera/ZelCameraInternal.h"
+#include "include/ZelCameraInternal.h"
 
 bool ZelCameraInternal::TapBalanceEnable(bool) { return false; }
 bool ZelCameraInternal::TapBalanceSelectTable(int) { return false; }

@@ -1,9 +1,10 @@
-// The camera object's operations that follow the application's in slot order: calibration, transport queries, raw
-// access and the second color pipeline. Applications use ZelCamera and ZelColorCamera.
-#ifndef CAMERA_ZELCAMERAINTERNAL_H
-#define CAMERA_ZELCAMERAINTERNAL_H
+// The camera object's service operations, which follow the application's in slot order: calibration, transport queries,
+// raw access, averaging and the second color pipeline. Imaging applications use ZelCamera and ZelColorCamera; tools that
+// calibrate a camera or look behind its pictures get this interface by casting the ZelCamera that the SDK handed out.
+#ifndef ZEL_CAMERA_INTERNAL_H
+#define ZEL_CAMERA_INTERNAL_H
 
-#include "include/ZelCamera.h"
+#include "ZelCamera.h"
 
 class ICameraInterface;
 

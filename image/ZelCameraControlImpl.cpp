@@ -3,13 +3,14 @@
 
 #include <exception>
 
+#include "image/FrameSamples.h"
+
 #include "platform/Clock.h"
 #include "platform/Memory.h"
 
 namespace zel {
 
 namespace {
-constexpr unsigned kBytesPerSample = 2;
 
 // The pool's answers as public error codes.
 int PublicPoolCode(int answer) {
@@ -99,10 +100,12 @@ void ZelCameraControlImpl::SetAveraging(int frame_count_max, bool reset) {
 }
 
 void ZelCameraControlImpl::ReleaseAvgBuffer() {
-    m_ImageAvgRing.clear();
+    m_ImageAvgRing = {};
+    m_ImageAvgSums = {};
     m_ImageAvgFrameCount = 0;
     m_ImageAvgFrameIndex = 0;
     m_ImageAvgFrameBytes = 0;
+    m_ImageAvgFramePixels = 0;
     m_ImageAvgRingPixels = 0;
     m_ImageAvgRingBytes = 0;
 }
@@ -112,14 +115,15 @@ bool ZelCameraControlImpl::AllocateAvgBuffer(unsigned pixels) {
     m_ImageAvgRingPixels = pixels;
     m_ImageAvgRingBytes = pixels * kBytesPerSample;
     const auto slots = static_cast<std::size_t>(m_ImageAvgFrameCountMax);
-    if (std::uint64_t{slots} * (m_ImageAvgRingBytes + sizeof m_ImageAvgRing[0]) >=
+    const std::uint64_t sums = std::uint64_t{pixels} * sizeof m_ImageAvgSums[0];
+    if (sums + std::uint64_t{slots} * (m_ImageAvgRingBytes + sizeof m_ImageAvgRing[0]) >=
         platform::AvailablePhysicalMemory()) {
         return false;
     }
     try {
         m_ImageAvgRing.resize(slots);
         for (auto& slot : m_ImageAvgRing) slot.resize(pixels);
-        m_ImageAvgSlots.reserve(slots);
+        m_ImageAvgSums.resize(pixels);
     } catch (const std::exception&) {
         return false;
     }

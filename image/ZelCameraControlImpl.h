@@ -70,11 +70,17 @@ class ZelCameraControlImpl {
         void Release();
     };
 
-    bool UnpackFrame(ZelImageInternal* image);
+    bool ReserveSpare(ZelImageInternal* image);
+    void SwapBuffer(ZelImageInternal* image, PageBuffer& buffer);
+    bool ReserveRows(std::size_t samples);
+    bool ReadOutByRows(ZelImageInternal* image, int taps);
+    void UnpackFrame(ZelImageInternal* image);
     bool ReorderTaps(ZelImageInternal* image, int taps);
+    bool ReorderTwoTaps(ZelImageInternal* image);
+    bool ReorderFourTaps(ZelImageInternal* image);
     bool CropByCorners(ZelImageInternal* image, unsigned c0, unsigned r0, unsigned c1, unsigned r1);
     bool CropBySize(ZelImageInternal* image, unsigned c0, unsigned r0, unsigned width, unsigned height);
-    void AverageRing(std::span<std::uint16_t> frame);
+    void BinFrame(std::span<std::uint16_t> frame, unsigned w, unsigned h, unsigned bx, unsigned by, unsigned ceiling);
     bool AllocateAvgBuffer(unsigned pixels);
     void ReleaseAvgBuffer();
 
@@ -83,18 +89,20 @@ class ZelCameraControlImpl {
 
     // Everything below belongs to whoever holds the processing lock. It is never held while the application is called.
     std::mutex m_ProcessingLock;
-    PageBuffer m_ReorderBuffer;  // four-tap frames are put together here
-    PageBuffer m_SpareBuffer;    // changes places with a record's buffer when a packed frame is unpacked
+    // Both change places with a record's buffer when the frame was put together in them.
+    PageBuffer m_ReorderBuffer;  // of four-tap frames
+    PageBuffer m_SpareBuffer;    // of packed frames
     std::vector<std::uint16_t> m_RowScratch;
 
     int m_ImageAvgFrameCountMax = 0;  // ring length; 0 = averaging is off
     int m_ImageAvgFrameCount = 0;     // frames in the ring
     int m_ImageAvgFrameIndex = 0;     // slot that the next frame goes to
     std::vector<std::vector<std::uint16_t>> m_ImageAvgRing;
-    std::vector<const std::uint16_t*> m_ImageAvgSlots;
+    std::vector<std::uint32_t> m_ImageAvgSums;  // sample by sample, over the frames in the ring
     unsigned m_ImageAvgRingPixels = 0;
     unsigned m_ImageAvgRingBytes = 0;
     unsigned m_ImageAvgFrameBytes = 0;  // size of the frames that are in the ring
+    unsigned m_ImageAvgFramePixels = 0;
 };
 
 // Interface types that deliver their frames alike.

@@ -5,6 +5,35 @@
 
 namespace zel::kernels::scalar {
 
+namespace {
+// Sample number i of a packed run.
+std::uint16_t PackedSample(std::span<const std::uint8_t> packed, std::size_t i) {
+    const std::uint8_t* b = &packed[i / 2 * 3];
+    return static_cast<std::uint16_t>(i % 2 == 0 ? b[0] * 16 + (b[1] & 0x0F) : b[2] * 16 + (b[1] >> 4));
+}
+
+// A row, or a pair of rows, from the samples that `sample(i)` gives.
+template <class Sample>
+void OrderTwoTaps(Sample sample, std::span<std::uint16_t> row) {
+    const std::size_t w = row.size();
+    for (std::size_t k = 0; 2 * k < w; ++k) {
+        row[k] = sample(2 * k);
+        if (2 * k + 1 < w) row[w - 1 - k] = sample(2 * k + 1);
+    }
+}
+
+template <class Sample>
+void OrderFourTaps(Sample sample, std::span<std::uint16_t> top, std::span<std::uint16_t> bottom) {
+    const std::size_t w = top.size();
+    for (std::size_t k = 0; k < w / 2; ++k) {
+        top[k] = sample(4 * k);
+        top[w - 1 - k] = sample(4 * k + 1);
+        bottom[k] = sample(4 * k + 2);
+        bottom[w - 1 - k] = sample(4 * k + 3);
+    }
+}
+}  // namespace
+
 void Unpack12(std::span<const std::uint8_t> packed, std::span<std::uint16_t> samples) {
     const std::size_t pairs = samples.size() / 2;
     for (std::size_t i = 0; i < pairs; ++i) {
@@ -12,32 +41,31 @@ void Unpack12(std::span<const std::uint8_t> packed, std::span<std::uint16_t> sam
         samples[2 * i] = static_cast<std::uint16_t>(b[0] * 16 + (b[1] & 0x0F));
         samples[2 * i + 1] = static_cast<std::uint16_t>(b[2] * 16 + (b[1] >> 4));
     }
-    if (samples.size() % 2 != 0) {
-        const std::uint8_t* b = &packed[3 * pairs];
-        samples[2 * pairs] = static_cast<std::uint16_t>(b[0] * 16 + (b[1] & 0x0F));
-    }
+    if (samples.size() % 2 != 0) samples.back() = PackedSample(packed, samples.size() - 1);
 }
 
 void ReorderRowTwoTaps(std::span<const std::uint16_t> raw, std::span<std::uint16_t> row) {
-    const std::size_t w = row.size();
-    for (std::size_t k = 0; 2 * k < w; ++k) {
-        row[k] = raw[2 * k];
-        if (2 * k + 1 < w) row[w - 1 - k] = raw[2 * k + 1];
-    }
+    OrderTwoTaps([&](std::size_t i) { return raw[i]; }, row);
 }
 
-void ReorderFourTaps(std::span<const std::uint16_t> raw, std::span<std::uint16_t> picture, unsigned w, unsigned h) {
-    std::size_t next = 0;
-    for (unsigned pair = 0; pair < h / 2; ++pair) {
-        std::uint16_t* top = &picture[std::size_t{pair} * w];
-        std::uint16_t* bottom = &picture[std::size_t{h - 1 - pair} * w];
-        for (unsigned k = 0; k < w / 2; ++k) {
-            top[k] = raw[next];
-            top[w - 1 - k] = raw[next + 1];
-            bottom[k] = raw[next + 2];
-            bottom[w - 1 - k] = raw[next + 3];
-            next += 4;
-        }
+void UnpackRowTwoTaps(std::span<const std::uint8_t> packed, std::span<std::uint16_t> row) {
+    OrderTwoTaps([&](std::size_t i) { return PackedSample(packed, i); }, row);
+}
+
+void ReorderRowPairFourTaps(std::span<const std::uint16_t> raw, std::span<std::uint16_t> top,
+                            std::span<std::uint16_t> bottom) {
+    OrderFourTaps([&](std::size_t i) { return raw[i]; }, top, bottom);
+}
+
+void UnpackRowPairFourTaps(std::span<const std::uint8_t> packed, std::span<std::uint16_t> top,
+                           std::span<std::uint16_t> bottom) {
+    OrderFourTaps([&](std::size_t i) { return PackedSample(packed, i); }, top, bottom);
+}
+
+void LookUp(std::span<std::uint16_t> samples, const std::uint16_t* table, std::uint16_t index_mask,
+            std::uint16_t value_mask) {
+    for (std::uint16_t& sample : samples) {
+        sample = static_cast<std::uint16_t>(table[sample & index_mask] & value_mask);
     }
 }
 
@@ -85,12 +113,22 @@ void BinVertical(std::span<std::uint16_t> frame, unsigned w, unsigned h, unsigne
     }
 }
 
-void Average(std::span<const std::uint16_t* const> ring, std::span<std::uint16_t> frame) {
-    const auto count = static_cast<std::uint32_t>(ring.size());
+void Bin(std::span<std::uint16_t> frame, unsigned w, unsigned h, unsigned horizontal, unsigned vertical,
+         unsigned ceiling) {
+    if (horizontal > 1) {
+        BinHorizontal(frame, w, h, horizontal, ceiling);
+        w /= horizontal;
+    }
+    if (vertical > 1) BinVertical(frame, w, h, vertical, ceiling);
+}
+
+void AverageStep(std::span<std::uint16_t> frame, std::span<std::uint16_t> slot, std::span<std::uint32_t> sums,
+                 std::uint32_t count, bool replace) {
     for (std::size_t i = 0; i < frame.size(); ++i) {
-        std::uint32_t sum = 0;
-        for (const std::uint16_t* slot : ring) sum += slot[i];
-        frame[i] = static_cast<std::uint16_t>(sum / count);
+        const std::uint32_t old = replace ? slot[i] : 0;
+        sums[i] += frame[i] - old;
+        slot[i] = frame[i];
+        if (count >= 2) frame[i] = static_cast<std::uint16_t>(sums[i] / count);
     }
 }
 

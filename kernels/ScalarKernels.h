@@ -24,10 +24,24 @@ void Unpack12(std::span<const std::uint8_t> packed, std::span<std::uint16_t> sam
 // w - 1 - k. With an odd width the last sample is the middle column's. raw and row have w samples and do not overlap.
 void ReorderRowTwoTaps(std::span<const std::uint16_t> raw, std::span<std::uint16_t> row);
 
-// Puts a four-tap readout of w * h samples into image order. It comes in groups of four, one from each quadrant: top
-// row from the left, top row from the right, bottom row from the left, bottom row from the right; rows run from the top
-// and bottom edges to the middle. Samples that no group covers (odd w or h) keep what `picture` held.
-void ReorderFourTaps(std::span<const std::uint16_t> raw, std::span<std::uint16_t> picture, unsigned w, unsigned h);
+// Unpack12 and ReorderRowTwoTaps in one step. The row's first sample begins on a whole byte.
+void UnpackRowTwoTaps(std::span<const std::uint8_t> packed, std::span<std::uint16_t> row);
+
+// Puts one pair of rows of a four-tap readout into image order. raw comes in groups of four, one sample from each
+// quadrant: top row from the left, top row from the right, bottom row from the left, bottom row from the right. It has
+// 4 * (w / 2) samples; top and bottom have w and do not overlap it. With an odd width the middle column, which no group
+// covers, keeps what it held.
+void ReorderRowPairFourTaps(std::span<const std::uint16_t> raw, std::span<std::uint16_t> top,
+                            std::span<std::uint16_t> bottom);
+
+// Unpack12 and ReorderRowPairFourTaps in one step. The pair's first sample begins on a whole byte.
+void UnpackRowPairFourTaps(std::span<const std::uint8_t> packed, std::span<std::uint16_t> top,
+                           std::span<std::uint16_t> bottom);
+
+// Replaces every sample p by table[p & index_mask] & value_mask. The table has index_mask + 1 entries and two more
+// that may be read but are not used.
+void LookUp(std::span<std::uint16_t> samples, const std::uint16_t* table, std::uint16_t index_mask,
+            std::uint16_t value_mask);
 
 // Moves the rw * rh samples at (c0, r0) of a picture w samples wide to the front, without gaps.
 void Crop(std::span<std::uint16_t> frame, unsigned w, unsigned c0, unsigned r0, unsigned rw, unsigned rh);
@@ -42,9 +56,17 @@ void BinHorizontal(std::span<std::uint16_t> frame, unsigned w, unsigned h, unsig
 // On purpose: the first sample of each column is lost, so that the first output row sums rows 1 to factor - 1 only.
 void BinVertical(std::span<std::uint16_t> frame, unsigned w, unsigned h, unsigned factor, unsigned ceiling);
 
-// Replaces every sample by the mean of the same sample in `count` frames, truncated. Each ring frame has at least
-// frame.size() samples.
-void Average(std::span<const std::uint16_t* const> ring, std::span<std::uint16_t> frame);
+// Both, horizontally first, with factors from 1 to 128. What stands behind the binned frame afterwards is unspecified:
+// the two operations above are the reference where it matters.
+void Bin(std::span<std::uint16_t> frame, unsigned w, unsigned h, unsigned horizontal, unsigned vertical,
+         unsigned ceiling);
+
+// One step of the moving average. `sums` holds, sample by sample, the sum over the frames in the ring, `slot` the
+// ring's place for this frame. The frame goes into the slot and into the sums, in the place of what the slot held when
+// `replace` is set. When `count` frames are in the ring now and it is 2 or more, every sample of the frame becomes
+// sum / count, truncated. All three have the same size.
+void AverageStep(std::span<std::uint16_t> frame, std::span<std::uint16_t> slot, std::span<std::uint32_t> sums,
+                 std::uint32_t count, bool replace);
 
 }  // namespace zel::kernels::scalar
 

@@ -3,8 +3,10 @@
 
 #include <cstring>
 #include <numeric>
+#include <random>
 
 #include "image/ZelCameraControlImpl.h"
+#include "kernels/Kernels.h"
 #include "platform/Memory.h"
 
 namespace zel::test {
@@ -78,6 +80,27 @@ TEST_F(PostProcessingTest, AFourTapFrameOfOneRowIsOverwrittenByTheScratch) {
     ZelImageInternal* image = Frame(4, 1, {5, 6, 7, 8}, 4);
     EXPECT_TRUE(m_Processor.PostProcessTapBalance(image));
     EXPECT_EQ(Content(image), (Samples{0, 0, 0, 0}));
+}
+
+TEST_F(PostProcessingTest, AFourTapFrameOfOddSizeKeepsWhatTheScratchHeldWhereNoTapReads) {
+    ZelImageInternal* image = Frame(3, 3, Counting(9), 4);
+    EXPECT_TRUE(m_Processor.PostProcessTapBalance(image));
+    EXPECT_EQ(Content(image), (Samples{0, 0, 1, 0, 0, 0, 2, 0, 3}));
+}
+
+// 0x101, 0x102, … packed.
+TEST_F(PostProcessingTest, PackedFourTapFramesAreTheQuadrantsToo) {
+    m_Processor.m_Type = kEBus;
+    ZelImageInternal* image = Frame(2, 2, {}, 4);
+    const unsigned char packed[6] = {0x10, 0x21, 0x10, 0x10, 0x43, 0x10};
+    std::memcpy(image->pixels, packed, sizeof packed);
+    EXPECT_TRUE(m_Processor.PostProcessTapBalance(image));
+    EXPECT_EQ(Content(image), (Samples{0x101, 0x102, 0x103, 0x104}));
+    m_Processor.ReleaseScratchBuffers();
+    m_Processor.Pool().RestoreGeometry(image);
+    std::memcpy(image->pixels, packed, sizeof packed);
+    EXPECT_FALSE(m_Processor.PostProcessTapBalance(image)) << "unpacked, but there is no scratch to reorder in";
+    EXPECT_EQ(Content(image), (Samples{0x101, 0x102, 0x103, 0x104}));
 }
 
 TEST_F(PostProcessingTest, EBusFramesAreUnpackedIntoASpareBuffer) {
@@ -218,6 +241,80 @@ TEST_F(PostProcessingTest, GeometryThatDoesNotFitTheBufferTouchesNothing) {
                 EXPECT_EQ(Content(image), Counting(16));
             }
         }
+    }
+}
+
+// Camera Link and USB records keep the full frame's size: what binning leaves behind its result can be seen.
+TEST_F(PostProcessingTest, BinningLeavesZerosBehindItsResult) {
+    for (const auto& [w, h, bx, by] : std::vector<std::array<unsigned, 4>>{
+             {64, 6, 2, 2}, {64, 6, 1, 3}, {66, 4, 3, 1}, {67, 7, 2, 3}, {5, 3, 4, 1}, {64, 2, 1, 128}}) {
+        for (const int type : {kUsb, kEBus}) {
+            m_Processor.m_Type = type;
+            ZelImageInternal* image = Frame(w, h, Counting(w * h));
+            Samples expected = Counting(w * h);
+            kernels::scalar::Bin(expected, w, h, bx, by, 4095);
+            EXPECT_TRUE(m_Processor.PostProcessBinning(image, static_cast<int>(by), static_cast<int>(bx)));
+            const std::size_t seen = type == kUsb ? w * h : image->num_pixels;
+            EXPECT_EQ(Samples(image->pixels, image->pixels + seen),
+                      Samples(expected.begin(), expected.begin() + static_cast<std::ptrdiff_t>(seen)))
+                << w << " x " << h << " by " << bx << " x " << by;
+        }
+    }
+}
+
+// What the application sees of a frame.
+struct Outcome {
+    unsigned w, h, num_pixels, size_in_bytes;
+    Samples content;
+    bool operator==(const Outcome&) const = default;
+};
+
+class VariantTest : public PostProcessingTest {
+  protected:
+    // Three random frames of one random set-up through the whole of post-processing.
+    std::vector<Outcome> Process(unsigned seed, kernels::Variant variant) {
+        kernels::ForceKernels(kernels::FindKernels(variant));
+        std::mt19937 random(seed);
+        const auto number = [&](unsigned low, unsigned high) {
+            return std::uniform_int_distribution<unsigned>(low, high)(random);
+        };
+        constexpr int kTypes[] = {kCameraLink, kEBus, kUsb, 9};
+        constexpr int kTaps[] = {1, 2, 3, 4};
+        constexpr unsigned kFactors[] = {0, 1, 1, 2, 3, 4, 128, 129};
+        Processor processor;
+        processor.m_Type = kTypes[number(0, 3)];
+        FrameGeometry geometry;
+        geometry.width = number(1, 150);
+        geometry.height = number(1, 12);
+        geometry.bit_depth = number(8, 16);
+        geometry.bytes_per_pixel = 2;
+        geometry.taps = kTaps[number(0, 3)];
+        geometry.roi = {
+            number(0, 20),          number(0, 4),          number(0, geometry.width), number(0, geometry.height),
+            kFactors[number(0, 7)], kFactors[number(0, 7)]};
+        processor.SetGeometry(geometry);
+        processor.SetAveraging(static_cast<int>(number(0, 3)), false);
+        EXPECT_EQ(processor.UpdateImagePool(1), 0);
+        EXPECT_EQ(processor.UpdateImageAvgBuffer(), 0);
+        std::vector<Outcome> outcomes;
+        ZelImageInternal* image = processor.Pool().GetFreeImage();
+        for (int frame = 0; frame < 3; ++frame) {
+            processor.Pool().RestoreGeometry(image);
+            for (unsigned i = 0; i < image->buffer_size / 2; ++i)
+                image->pixels[i] = static_cast<std::uint16_t>(random());
+            EXPECT_TRUE(processor.PostProcessImage(image));
+            outcomes.push_back({image->w, image->h, image->num_pixels, image->size_in_bytes,
+                                Samples(image->pixels, image->pixels + image->size_in_bytes / 2)});
+        }
+        kernels::ForceKernels(nullptr);
+        return outcomes;
+    }
+};
+
+TEST_F(VariantTest, EveryVariantGivesTheSameFrames) {
+    if (!kernels::FindKernels(kernels::Variant::kAvx2)) GTEST_SKIP() << "this machine has no second variant";
+    for (unsigned seed = 1; seed <= 500; ++seed) {
+        ASSERT_EQ(Process(seed, kernels::Variant::kAvx2), Process(seed, kernels::Variant::kScalar)) << "seed " << seed;
     }
 }
 

@@ -1,0 +1,143 @@
+// The tap readout of a frame: packed samples are unpacked, the samples of two or four taps put into image order.
+//
+// A packed frame goes row by row (or row pair by row pair) through a scratch that stays in the processor's cache, and
+// is put together in a spare buffer that changes places with the record's: every sample is read and written once, and
+// no page comes from the system. Where rows do not begin on a whole byte, the steps run one after the other.
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "image/FrameSamples.h"
+#include "image/ZelCameraControlImpl.h"
+#include "kernels/Kernels.h"
+
+namespace zel {
+
+using kernels::scalar::PackedSize12;
+
+namespace {
+// Half a row starts on a whole byte in every row, and taps cover all of them.
+bool RowsAreWhole(const ZelImageInternal& image, int taps) {
+    return image.w % 2 == 0 && (taps == 2 || (taps == 4 && image.h % 2 == 0)) && image.h > 0 && image.w > 0;
+}
+}  // namespace
+
+bool ZelCameraControlImpl::PostProcessTapBalance(ZelImageInternal* image) {
+    ZEL_SCOPE_TIMER(timer, "PostProcessTapBalance", m_Logger, "ZelCameraControlImpl::PostProcessTapBalance");
+    if (!image) return false;
+    const int taps = Geometry().taps;
+    if (taps < 2 || IsUsbOrCameraLink(TransportInterfaceType())) return ReorderTaps(image, taps);
+    const std::uint64_t count = Area(image->w, image->h);
+    // A packed sample takes more than a byte: the first test keeps the second from overflowing.
+    if (!image->pixels || count > image->buffer_size) return false;
+    if (PackedSize12(static_cast<std::size_t>(count)) > image->buffer_size) return false;
+    // The packed frame goes on through the other steps when there is no memory.
+    if (!ReserveSpare(image)) return ReorderTaps(image, taps);
+    if (RowsAreWhole(*image, taps) && (taps == 2 || m_ReorderBuffer.capacity >= count * kBytesPerSample)) {
+        return ReadOutByRows(image, taps);
+    }
+    UnpackFrame(image);
+    return ReorderTaps(image, taps);
+}
+
+// The spare has exactly the frame's size: a record keeps a buffer of its own size when the two change places.
+bool ZelCameraControlImpl::ReserveSpare(ZelImageInternal* image) {
+    constexpr const char* kFunction = "ZelCameraControlImpl::PostProcessTapBalance";
+    const std::uint64_t bytes = Area(image->w, image->h) * kBytesPerSample;
+    if (m_SpareBuffer.capacity != bytes) m_SpareBuffer.Release();
+    if (bytes <= 0xFFFFFFFFu && m_SpareBuffer.Reserve(static_cast<std::size_t>(bytes))) return true;
+    ZEL_LOG(m_Logger, kLogError, kFunction, "***ERROR***: ptr is 0");
+    ZEL_LOG(m_Logger, kLogError, kFunction,
+            "***ERROR***: m_ImageManager.PixelBufferAllocate(total_num_bytes:%d) failed", static_cast<int>(bytes));
+    return false;
+}
+
+void ZelCameraControlImpl::SwapBuffer(ZelImageInternal* image, PageBuffer& buffer) {
+    const std::size_t old_capacity = image->buffer_size;
+    std::swap(image->pixels, buffer.pixels);
+    image->buffer_size = static_cast<unsigned>(buffer.capacity);
+    buffer.capacity = old_capacity;
+}
+
+bool ZelCameraControlImpl::ReserveRows(std::size_t samples) {
+    try {
+        if (m_RowScratch.size() < samples) m_RowScratch.resize(samples);
+    } catch (const std::exception&) {
+        return false;
+    }
+    return true;
+}
+
+// Unpacks and reorders in one go.
+bool ZelCameraControlImpl::ReadOutByRows(ZelImageInternal* image, int taps) {
+    const kernels::KernelTable& kernel = kernels::Kernels();
+    const std::size_t w = image->w;
+    const std::size_t h = image->h;
+    const std::size_t block = taps == 4 ? 2 * w : w;  // samples that arrive together
+    const std::size_t block_bytes = PackedSize12(block);
+    const std::span packed(reinterpret_cast<const std::uint8_t*>(image->pixels), image->buffer_size);
+    const std::span picture(m_SpareBuffer.pixels, w * h);
+    for (std::size_t i = 0; i < w * h / block; ++i) {
+        const std::span raw = packed.subspan(i * block_bytes, block_bytes);
+        const std::span row = picture.subspan(i * w, w);
+        if (taps == 4) {
+            kernel.unpack_row_pair_four_taps(raw, row, picture.subspan((h - 1 - i) * w, w));
+        } else {
+            kernel.unpack_row_two_taps(raw, row);
+        }
+    }
+    SwapBuffer(image, m_SpareBuffer);
+    image->size_in_bytes = image->buffer_size;
+    return true;
+}
+
+void ZelCameraControlImpl::UnpackFrame(ZelImageInternal* image) {
+    const std::span packed(reinterpret_cast<const std::uint8_t*>(image->pixels), image->buffer_size);
+    kernels::Kernels().unpack12(packed, {m_SpareBuffer.pixels, m_SpareBuffer.capacity / kBytesPerSample});
+    SwapBuffer(image, m_SpareBuffer);
+    image->size_in_bytes = image->buffer_size;
+}
+
+bool ZelCameraControlImpl::ReorderTaps(ZelImageInternal* image, int taps) {
+    if (taps == 2) return ReorderTwoTaps(image);
+    if (taps == 4) return ReorderFourTaps(image);
+    return true;
+}
+
+bool ZelCameraControlImpl::ReorderTwoTaps(ZelImageInternal* image) {
+    const std::span frame = Samples(*image, Area(image->w, image->h));
+    const std::size_t w = image->w;
+    if (frame.empty() || !ReserveRows(w)) return false;
+    const std::span scratch = std::span(m_RowScratch).first(w);
+    for (std::size_t row = 0; row < image->h; ++row) {
+        const std::span samples = frame.subspan(row * w, w);
+        kernels::Kernels().reorder_row_two_taps(samples, scratch);
+        std::memcpy(samples.data(), scratch.data(), samples.size_bytes());
+    }
+    return true;
+}
+
+bool ZelCameraControlImpl::ReorderFourTaps(ZelImageInternal* image) {
+    const std::size_t w = image->w;
+    const std::size_t h = image->h;
+    const std::span frame = Samples(*image, Area(image->w, image->h));
+    if (frame.empty() || !m_ReorderBuffer.pixels || m_ReorderBuffer.capacity < image->size_in_bytes) return false;
+    if (image->size_in_bytes > image->buffer_size || frame.size_bytes() > m_ReorderBuffer.capacity) return false;
+    const std::span picture(m_ReorderBuffer.pixels, frame.size());
+    const std::size_t block = w / 2 * 4;
+    for (std::size_t pair = 0; pair < h / 2; ++pair) {
+        kernels::Kernels().reorder_row_pair_four_taps(frame.subspan(pair * block, block), picture.subspan(pair * w, w),
+                                                      picture.subspan((h - 1 - pair) * w, w));
+    }
+    // A buffer of the same size in which every sample was written takes the record's place.
+    const bool all_written = w % 2 == 0 && h % 2 == 0 && frame.size_bytes() == image->size_in_bytes;
+    if (all_written && m_ReorderBuffer.capacity == image->buffer_size) {
+        SwapBuffer(image, m_ReorderBuffer);
+        return true;
+    }
+    // On purpose: a frame of fewer than two rows is not reordered, but the scratch is copied over it all the same.
+    std::memcpy(image->pixels, m_ReorderBuffer.pixels, image->size_in_bytes);
+    return true;
+}
+
+}  // namespace zel

@@ -1,0 +1,16 @@
+#include "kernels/CpuSupport.h"
+
+namespace zel::kernels {
+
+// The compiler's run-time library reads CPUID and, for the extensions with wide registers, XGETBV.
+bool CpuHasAvx2() {
+    __builtin_cpu_init();
+    return __builtin_cpu_supports("avx2") != 0;
+}
+
+bool CpuHasFma() {
+    __builtin_cpu_init();
+    return __builtin_cpu_supports("fma") != 0;
+}
+
+}  // namespace zel::kernels

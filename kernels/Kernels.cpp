@@ -1,0 +1,60 @@
+#include "kernels/Kernels.h"
+
+#include <atomic>
+
+#include "kernels/Avx2Kernels.h"
+#include "kernels/CpuSupport.h"
+
+namespace zel::kernels {
+
+namespace {
+bool Always() { return true; }
+
+constexpr KernelTable kScalar{
+    .variant = Variant::kScalar,
+    .name = "scalar",
+    .unpack12 = scalar::Unpack12,
+    .reorder_row_two_taps = scalar::ReorderRowTwoTaps,
+    .unpack_row_two_taps = scalar::UnpackRowTwoTaps,
+    .reorder_row_pair_four_taps = scalar::ReorderRowPairFourTaps,
+    .unpack_row_pair_four_taps = scalar::UnpackRowPairFourTaps,
+    .look_up = scalar::LookUp,
+    .bin = scalar::Bin,
+    .average_step = scalar::AverageStep,
+};
+
+// In order of preference.
+constexpr struct {
+    const KernelTable* table;
+    bool (*runs_here)();
+} kPriority[] = {
+    {&avx2::kTable, CpuHasAvx2},
+    {&kScalar, Always},
+};
+
+const KernelTable* Choose() {
+    for (const auto& row : kPriority) {
+        if (row.runs_here()) return row.table;
+    }
+    return &kScalar;
+}
+
+std::atomic<const KernelTable*> g_forced{nullptr};
+}  // namespace
+
+const KernelTable& Kernels() {
+    static const KernelTable* const chosen = Choose();
+    const KernelTable* const forced = g_forced.load(std::memory_order_relaxed);
+    return forced ? *forced : *chosen;
+}
+
+const KernelTable* FindKernels(Variant variant) {
+    for (const auto& row : kPriority) {
+        if (row.table->variant == variant && row.runs_here()) return row.table;
+    }
+    return nullptr;
+}
+
+void ForceKernels(const KernelTable* table) { g_forced.store(table, std::memory_order_relaxed); }
+
+}  // namespace zel::kernels

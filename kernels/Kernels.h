@@ -1,0 +1,43 @@
+// The pixel loops that the library runs: one table of functions per instruction set, all equal to the scalar reference
+// to the bit. Pure functions over spans: no logging, no camera state; callers make sure that the spans hold the
+// geometry they pass. ScalarKernels.h says what each one does.
+#ifndef KERNELS_KERNELS_H
+#define KERNELS_KERNELS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "kernels/ScalarKernels.h"
+
+namespace zel::kernels {
+
+enum class Variant { kScalar, kAvx2 };
+
+struct KernelTable {
+    Variant variant;
+    const char* name;
+
+    decltype(&scalar::Unpack12) unpack12;
+    decltype(&scalar::ReorderRowTwoTaps) reorder_row_two_taps;
+    decltype(&scalar::UnpackRowTwoTaps) unpack_row_two_taps;
+    decltype(&scalar::ReorderRowPairFourTaps) reorder_row_pair_four_taps;
+    decltype(&scalar::UnpackRowPairFourTaps) unpack_row_pair_four_taps;
+    decltype(&scalar::LookUp) look_up;
+    decltype(&scalar::Bin) bin;
+    decltype(&scalar::AverageStep) average_step;
+};
+
+// The fastest table that this machine runs, chosen at the first call. Any thread.
+const KernelTable& Kernels();
+
+// The table of a variant, or null where this machine or this build does not have it.
+const KernelTable* FindKernels(Variant variant);
+
+// For tests and benchmarks: Kernels() answers this table from now on; null goes back to the choice. Not while frames
+// are being processed.
+void ForceKernels(const KernelTable* table);
+
+}  // namespace zel::kernels
+
+#endif

@@ -1,10 +1,10 @@
 // Unpacking, tap order, lookup, binning and averaging with AVX2.
-#include <immintrin.h>
-
 #include <algorithm>
 #include <array>
 
+#include "kernels/Avx2Color.h"
 #include "kernels/Avx2Kernels.h"
+#include "kernels/Avx2Vectors.h"
 
 // Only what stands below is compiled for AVX2; functions of the headers above are shared with code that runs on every
 // processor.
@@ -14,16 +14,6 @@
 namespace zel::kernels::avx2 {
 
 namespace {
-constexpr std::size_t kLane = 16;  // 16-bit samples in a vector
-
-__m256i Load(const void* at) { return _mm256_loadu_si256(static_cast<const __m256i*>(at)); }
-void Store(void* at, __m256i value) { _mm256_storeu_si256(static_cast<__m256i*>(at), value); }
-
-// Two vectors of sixteen 32-bit values below 2^31, clamped to 65535, as sixteen 16-bit values in order.
-__m256i Narrow(__m256i low, __m256i high) {
-    return _mm256_permute4x64_epi64(_mm256_packus_epi32(low, high), _MM_SHUFFLE(3, 1, 2, 0));
-}
-
 // Eight samples, as they come from the camera, in another order: which of the eight goes to each place. Both kinds of
 // samples are taken with one byte shuffle in each half of a vector.
 //
@@ -333,6 +323,11 @@ const KernelTable kTable{
     .look_up = LookUp,
     .bin = Bin,
     .average_step = AverageStep,
+    .all_bits = AllBits,
+    .demosaic_row = DemosaicRow,
+    .transform_row = TransformRow,
+    .pack_row = PackRow,
+    .transform_pack_row = TransformPackRow,
 };
 
 }  // namespace zel::kernels::avx2

@@ -21,6 +21,11 @@ constexpr KernelTable kScalar{
     .look_up = scalar::LookUp,
     .bin = scalar::Bin,
     .average_step = scalar::AverageStep,
+    .all_bits = scalar::AllBits,
+    .demosaic_row = scalar::DemosaicRow,
+    .transform_row = scalar::TransformRow,
+    .pack_row = scalar::PackRow,
+    .transform_pack_row = scalar::TransformPackRow,
 };
 
 // In order of preference.

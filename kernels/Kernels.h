@@ -1,6 +1,6 @@
 // The pixel loops that the library runs: one table of functions per instruction set, all equal to the scalar reference
 // to the bit. Pure functions over spans: no logging, no camera state; callers make sure that the spans hold the
-// geometry they pass. ScalarKernels.h says what each one does.
+// geometry they pass. ScalarKernels.h and ColorKernels.h say what each one does.
 #ifndef KERNELS_KERNELS_H
 #define KERNELS_KERNELS_H
 
@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <span>
 
+#include "kernels/ColorKernels.h"
 #include "kernels/ScalarKernels.h"
 
 namespace zel::kernels {
@@ -26,6 +27,12 @@ struct KernelTable {
     decltype(&scalar::LookUp) look_up;
     decltype(&scalar::Bin) bin;
     decltype(&scalar::AverageStep) average_step;
+
+    decltype(&scalar::AllBits) all_bits;
+    decltype(&scalar::DemosaicRow) demosaic_row;
+    decltype(&scalar::TransformRow) transform_row;
+    decltype(&scalar::PackRow) pack_row;
+    decltype(&scalar::TransformPackRow) transform_pack_row;
 };
 
 // The fastest table that this machine runs, chosen at the first call. Any thread.

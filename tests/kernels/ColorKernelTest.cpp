@@ -1,0 +1,222 @@
+// The color kernels: what the scalar ones compute, by eye and by a second way, and the vector variants against them.
+#include <gmock/gmock.h>
+
+#include <limits>
+#include <random>
+
+#include "kernels/Kernels.h"
+
+namespace zel::test {
+namespace {
+
+using kernels::ColorFormat;
+using kernels::ColorTransform;
+using kernels::KernelTable;
+using kernels::MosaicRow;
+using kernels::PlanarRow;
+using kernels::Variant;
+using Samples = std::vector<std::uint16_t>;
+namespace scalar = kernels::scalar;
+
+// Three planes, each with guards behind it.
+struct Planes {
+    static constexpr std::size_t kGuards = 40;
+    explicit Planes(std::size_t width) : w(width) {
+        for (auto& plane : planes) plane.assign(width + kGuards, 0xA5A5);
+    }
+    PlanarRow Row() { return {{planes[0].data(), planes[1].data(), planes[2].data()}, w}; }
+    bool operator==(const Planes&) const = default;
+
+    std::size_t w;
+    std::array<Samples, 3> planes;
+};
+
+struct Phases {
+    int phase;
+    std::array<std::array<std::uint16_t, 4>, 3> channels;  // the middle row's, channel 0 first
+};
+class DemosaicTest : public testing::TestWithParam<Phases> {};
+
+// 10 20 30 40    the row in the middle is number 1 of three
+// 51 61 71 81
+// 90 93 96 99
+TEST_P(DemosaicTest, OfARowByHand) {
+    const Samples above{10, 20, 30, 40}, row{51, 61, 71, 81}, below{90, 93, 96, 99};
+    Planes out(4);
+    scalar::DemosaicRow({above.data(), row.data(), below.data(), 4, GetParam().phase, false}, out.Row());
+    for (unsigned c = 0; c < 3; ++c) {
+        EXPECT_EQ(Samples(out.planes[c].begin(), out.planes[c].begin() + 4),
+                  Samples(GetParam().channels[c].begin(), GetParam().channels[c].end()))
+            << "channel " << c;
+    }
+}
+
+// The first pixel: its own color; green from right, above, below: (61 + 10 + 90) / 3; the other from (20 + 93) / 2.
+INSTANTIATE_TEST_SUITE_P(, DemosaicTest,
+                         testing::Values(Phases{1, {{{56, 56, 63, 69}, {53, 61, 67, 81}, {51, 61, 71, 71}}}},
+                                         Phases{2, {{{51, 61, 71, 71}, {53, 61, 67, 81}, {56, 56, 63, 69}}}},
+                                         Phases{3, {{{50, 56, 63, 63}, {51, 58, 71, 70}, {61, 61, 71, 81}}}},
+                                         Phases{4, {{{61, 61, 71, 81}, {51, 58, 71, 70}, {50, 56, 63, 63}}}},
+                                         Phases{0, {{{51, 61, 71, 81}, {51, 61, 71, 81}, {51, 61, 71, 81}}}}),
+                         [](const auto& row) { return "Phase" + std::to_string(row.param.phase); });
+
+TEST(PhaseTest, FollowsFromTheParitiesOfColumnAndRow) {
+    const int expected[4][2][2] = {{{1, 3}, {4, 2}}, {{2, 4}, {3, 1}}, {{3, 1}, {2, 4}}, {{4, 2}, {1, 3}}};
+    for (int phase = 1; phase <= 4; ++phase) {
+        for (unsigned y = 0; y < 2; ++y) {
+            for (unsigned x = 0; x < 2; ++x) {
+                EXPECT_EQ(kernels::PhaseAt(phase, x, y), expected[phase - 1][y][x]);
+                EXPECT_EQ(kernels::PhaseAt(phase, x + 2, y + 4), expected[phase - 1][y][x]);
+            }
+        }
+    }
+    for (const int none : {0, 5, -1, 255}) EXPECT_EQ(kernels::PhaseAt(none, 1, 1), 0);
+}
+
+TEST(SmallMosaicTest, APixelWithoutNeighboursIsGrey) {
+    const Samples row{700};
+    for (int phase = 0; phase <= 4; ++phase) {
+        Planes out(1);
+        scalar::DemosaicRow({nullptr, row.data(), nullptr, 1, phase, false}, out.Row());
+        for (const auto& plane : out.planes) EXPECT_EQ(plane[0], 700) << phase;
+    }
+}
+
+ColorTransform Transform(std::array<float, 9> matrix, std::uint16_t largest = 16383) {
+    ColorTransform transform{{}, largest, nullptr, 0};
+    std::copy(matrix.begin(), matrix.end(), transform.matrix);
+    return transform;
+}
+
+TEST(TransformTest, RowOneGivesChannelTwoTruncatedAndClamped) {
+    Planes p(2);
+    for (unsigned c = 0; c < 3; ++c) p.planes[c][0] = static_cast<std::uint16_t>(100 * (c + 1));  // c2 = 300
+    for (unsigned c = 0; c < 3; ++c) p.planes[c][1] = 10000;
+    scalar::TransformRow(p.Row(), Transform({1.999f, 0, 0, 0, -1, 0, 0, 2, 1}, 4095));
+    EXPECT_EQ(p.planes[2][0], 599) << "1.999 x 300, truncated";
+    EXPECT_EQ(p.planes[1][0], 0) << "below zero";
+    EXPECT_EQ(p.planes[0][0], 500) << "2 x 200 + 100";
+    EXPECT_EQ(p.planes[2][1], 4095);
+
+    constexpr float nan = std::numeric_limits<float>::quiet_NaN(), huge = 1e30f;
+    for (unsigned c = 0; c < 3; ++c) p.planes[c][0] = 5;
+    scalar::TransformRow(p.Row(), Transform({nan, 0, 0, huge, 0, 0, -huge, 0, 0}));
+    EXPECT_EQ(p.planes[2][0], 0);
+    EXPECT_EQ(p.planes[1][0], 16383);
+    EXPECT_EQ(p.planes[0][0], 0);
+}
+
+class ColorVariantTest : public testing::TestWithParam<Variant> {
+  protected:
+    void SetUp() override {
+        m_Table = kernels::FindKernels(GetParam());
+        if (!m_Table) GTEST_SKIP() << "this machine does not run the variant";
+    }
+    unsigned Number(unsigned low, unsigned high) {
+        return std::uniform_int_distribution<unsigned>(low, high)(m_Random);
+    }
+    Samples Row(std::size_t w, unsigned largest) {
+        Samples row(w);
+        for (auto& sample : row) sample = static_cast<std::uint16_t>(Number(0, 3) ? Number(0, largest) : largest);
+        return row;
+    }
+    Planes RandomPlanes(std::size_t w, unsigned largest = 0xFFFF) {
+        Planes planes(w);
+        for (auto& plane : planes.planes) {
+            const Samples row = Row(w, largest);
+            std::copy(row.begin(), row.end(), plane.begin());
+        }
+        return planes;
+    }
+    const KernelTable* m_Table = nullptr;
+    std::mt19937 m_Random{20261121};
+};
+
+TEST_P(ColorVariantTest, Demosaic) {
+    for (int i = 0; i < 3000; ++i) {
+        const std::size_t w = Number(1, 90);
+        const bool small = i % 2 == 0;
+        const unsigned largest = small ? 16383 : 65535;
+        // Exactly as long as it must be: the sanitizers see a read beyond it.
+        const Samples above = Row(w, largest), row = Row(w, largest), below = Row(w, largest);
+        const MosaicRow mosaic{Number(0, 9) ? above.data() : nullptr, row.data(),
+                               Number(0, 9) ? below.data() : nullptr, w,
+                               static_cast<int>(Number(0, 5)),        small};
+        Planes expected(w), quick(w), actual(w);
+        // The reference pixel by pixel, where there is a mosaic.
+        if (kernels::PhaseAt(mosaic.phase, 0, 0) != 0) {
+            scalar::DemosaicColumns(mosaic, 0, w, expected.Row());
+        } else {
+            scalar::DemosaicRow(mosaic, expected.Row());
+        }
+        scalar::DemosaicRow(mosaic, quick.Row());
+        m_Table->demosaic_row(mosaic, actual.Row());
+        ASSERT_EQ(quick, expected) << "width " << w << " phase " << mosaic.phase;
+        ASSERT_EQ(actual, expected) << "width " << w << " phase " << mosaic.phase;
+    }
+}
+
+TEST_P(ColorVariantTest, Transform) {
+    std::uniform_real_distribution<float> entry(-3, 3);
+    Samples table(65536 + 2);
+    for (auto& value : table) value = static_cast<std::uint16_t>(Number(0, 65535));
+    for (int i = 0; i < 3000; ++i) {
+        Planes expected = RandomPlanes(Number(1, 90)), actual = expected;
+        ColorTransform transform{};
+        for (float& value : transform.matrix) value = entry(m_Random);
+        if (i % 17 == 0) transform.matrix[i % 9] = i % 2 ? 1e20f : std::numeric_limits<float>::quiet_NaN();
+        if (i % 19 == 0) transform.matrix[i % 9] = kernels::kTameEntry;
+        transform.largest = static_cast<std::uint16_t>((1u << Number(1, 16)) - 1);
+        transform.shift = Number(0, 16);
+        if (i % 3 == 0) transform.table = table.data();
+        const auto format = static_cast<ColorFormat>(Number(0, 2));
+        std::vector<std::uint8_t> packed(expected.w * kernels::BytesPerPixel(format)), two_steps = packed,
+                                                                                       plain = packed;
+        m_Table->transform_pack_row(actual.Row(), transform, format, packed.data());
+        scalar::TransformPackRow(actual.Row(), transform, format, plain.data());
+        scalar::TransformRow(expected.Row(), transform);
+        scalar::PackRow(expected.Row(), format, two_steps.data());
+        m_Table->transform_row(actual.Row(), transform);
+        ASSERT_EQ(actual, expected) << i;
+        ASSERT_EQ(packed, two_steps) << i;
+        ASSERT_EQ(plain, two_steps) << i;
+    }
+}
+
+TEST_P(ColorVariantTest, Packing) {
+    for (const auto format : {ColorFormat::k16, ColorFormat::k8, ColorFormat::k8Padded}) {
+        for (int i = 0; i < 500; ++i) {
+            Planes planes = RandomPlanes(Number(1, 90), i % 2 ? 300 : 65535);
+            std::vector<std::uint8_t> expected(planes.w * kernels::BytesPerPixel(format)), actual = expected;
+            scalar::PackRow(planes.Row(), format, expected.data());
+            m_Table->pack_row(planes.Row(), format, actual.data());
+            ASSERT_EQ(actual, expected) << planes.w;
+        }
+    }
+}
+
+TEST_P(ColorVariantTest, AllBits) {
+    for (std::size_t w = 0; w < 70; ++w) {
+        for (std::size_t at = 0; at < w; ++at) {
+            Samples samples(w);
+            samples[at] = static_cast<std::uint16_t>(1u << (at % 16));
+            EXPECT_EQ(m_Table->all_bits(samples), samples[at]);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(, ColorVariantTest, testing::Values(Variant::kAvx2));
+
+TEST(PackTest, ChannelZeroFirstAndClampedTo255) {
+    Planes planes(1);
+    for (unsigned c = 0; c < 3; ++c) planes.planes[c][0] = static_cast<std::uint16_t>(254 + c);
+    std::uint16_t words[3];
+    scalar::PackRow(planes.Row(), ColorFormat::k16, words);
+    EXPECT_THAT(words, testing::ElementsAre(254, 255, 256));
+    std::uint8_t bytes[4];
+    scalar::PackRow(planes.Row(), ColorFormat::k8Padded, bytes);
+    EXPECT_THAT(bytes, testing::ElementsAre(254, 255, 255, 255));
+}
+
+}  // namespace
+}  // namespace zel::test

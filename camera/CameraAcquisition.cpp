@@ -140,6 +140,8 @@ int ZelCameraControl::ReadGeometry() {
     if (!m_SyncTable.Get(SENSOR_TAPS_VAL, &geometry.taps)) return ZEL_ERROR_CAMERA_COMM_FAILURE;
     if (!m_SyncTable.Get(CLOCK_SPEED_VAL, &geometry.readout_mhz)) return ZEL_ERROR_CAMERA_COMM_FAILURE;
 
+    geometry.cfa_phase = m_CfaPhase;
+
     const bool sane = geometry.width >= 1 && geometry.width <= kLargestSide && geometry.height >= 1 &&
                       geometry.height <= kLargestSide && geometry.bit_depth >= 1 && geometry.bit_depth <= 16 &&
                       geometry.bytes_per_pixel >= 1 && geometry.bytes_per_pixel <= sizeof(std::uint16_t) &&

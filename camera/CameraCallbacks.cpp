@@ -72,7 +72,7 @@ void ZelCameraControl::ImageCallback(ZelImage* image) {
     if (!callbacks.image || !image) return;
     m_FrameOfAcquisitionSeen = true;
     auto* record = static_cast<ZelImageInternal*>(image);
-    if (!PostProcessOnce(record)) {
+    if (!PostProcessOnce(record, m_HasColorFilter ? Path::kColor : Path::kMonochrome)) {
         ZEL_LOG(m_Logger, kLogError, "zel_image_handler", "Failed to post process image %d!", record->image_number);
     }
     callbacks.image(image, callbacks.image_context);

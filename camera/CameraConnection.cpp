@@ -57,13 +57,18 @@ bool ZelCameraControl::ReadText(int index, Text& text) {
 
 int ZelCameraControl::ConnectCommon() {
     if (!m_Camera) return ZEL_ERROR_NULL_POINTER_SUPPLIED;
+    int bits_per_pixel = 0;
+    if (m_SyncTable.Get(BITS_PER_PIXEL, &bits_per_pixel)) m_TapBalance.SetBitsPerPixel(bits_per_pixel);
     SyncTableAttributes binning{};
     m_SyncTable.GetAttribute(V_BIN, &binning);
     ReadText(SVN_REVISION, m_FirmwareRevision);
     ReadText(HW_MODEL, m_Model);
     if (!ReadText(CFA_TYPE, m_FilterType)) std::strcpy(m_FilterType.data(), "mono");
+    SetUpColor();
     ZEL_LOG(m_Logger, kLogTrace, kConnect, "Checking for Interface type\n");
     if (m_Camera->GetInterfaceType() == CAMERA_TYPE_USB) RecogniseModel();
+    // A camera that can't be calibrated is connected all the same.
+    if (m_TapBalanceWanted) LoadCalibration();
     ZEL_LOG(m_Logger, kLogTrace, kConnect, "EXIT");
     return 0;
 }

@@ -53,7 +53,7 @@ ZelImage* ZelCameraControl::GetPendingImageForApplication() {
         ZEL_LOG(m_Logger, kLogTrace, kGetPending, "GetPendingImage() returned 0");
         return nullptr;
     }
-    if (!PostProcessOnce(image)) {
+    if (!PostProcessOnce(image, Path::kMonochrome)) {
         ZEL_LOG(m_Logger, kLogError, kGetPending, "Failed to post process image %d!", image->image_number);
     }
     ZEL_LOG(m_Logger, kLogTrace, kGetPending, "ZelCameraControl::GetPendingImage() - image:%s w:%d h:%d",
@@ -64,7 +64,7 @@ ZelImage* ZelCameraControl::GetPendingImageForApplication() {
 ZelImage* ZelCameraControl::GetLastPendingImage() {
     if (!m_Camera) return nullptr;
     ZelImageInternal* image = m_ImageManager.GetLastPendingImage();
-    if (image && !PostProcessOnce(image)) {
+    if (image && !PostProcessOnce(image, Path::kMonochrome)) {
         ZEL_LOG(m_Logger, kLogError, "ZelCameraControl::GetLastPendingImage", "Failed to post process image %d!",
                 image->image_number);
     }

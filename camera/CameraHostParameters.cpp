@@ -1,4 +1,5 @@
 // Parameters whose values live in the host: in the camera object or the transport.
+#include <algorithm>
 #include <cstring>
 
 #include "camera/RawValue.h"
@@ -40,9 +41,15 @@ bool ParameterHandlers::WriteHwTriggerActive(ZelCameraControl& camera, const voi
     return true;
 }
 
-bool ParameterHandlers::ReadTapBalanceEnable(ZelCameraControl&, unsigned, void* data) { return StoreInt(data, 0); }
+bool ParameterHandlers::ReadTapBalanceEnable(ZelCameraControl& camera, unsigned, void* data) {
+    return StoreInt(data, camera.m_TapBalance.Enabled() ? 1 : 0);
+}
 
-bool ParameterHandlers::WriteTapBalanceEnable(ZelCameraControl&, const void*) { return true; }
+// On purpose: true also when there is nothing to correct with; reading the parameter tells.
+bool ParameterHandlers::WriteTapBalanceEnable(ZelCameraControl& camera, const void* data) {
+    camera.m_TapBalance.Enable(LoadInt(data) != 0);
+    return true;
+}
 
 bool ParameterHandlers::ReadDroppedFrames(ZelCameraControl& camera, unsigned, void* data) {
     if (camera.m_Camera) StoreInt(data, camera.m_Camera->GetDroppedFrames());
@@ -71,23 +78,26 @@ template bool ParameterHandlers::ReadTextEntry<CFA_TYPE>(ZelCameraControl&, unsi
 template bool ParameterHandlers::ReadTextEntry<IR_FILTER>(ZelCameraControl&, unsigned, void*);
 template bool ParameterHandlers::ReadTextEntry<CCM_OUTPUT_COLOR_SPACE>(ZelCameraControl&, unsigned, void*);
 
-bool ParameterHandlers::ReadColorFilterPhase(ZelCameraControl&, unsigned, void* data) { return StoreInt(data, 0); }
+bool ParameterHandlers::ReadColorFilterPhase(ZelCameraControl& camera, unsigned, void* data) {
+    return StoreInt(data, camera.m_CfaPhase);
+}
 
 namespace {
-void StoreIdentity(void* data) {
-    constexpr double kIdentity[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
-    std::memcpy(data, kIdentity, sizeof kIdentity);
+// Nine doubles, row by row.
+bool StoreMatrix(void* data, const ColorMatrix& matrix) {
+    double values[9];
+    std::copy(matrix.begin(), matrix.end(), values);
+    std::memcpy(data, values, sizeof values);
+    return true;
 }
 }  // namespace
 
-bool ParameterHandlers::ReadCorrectionMatrix(ZelCameraControl&, unsigned, void* data) {
-    StoreIdentity(data);
-    return true;
+bool ParameterHandlers::ReadCorrectionMatrix(ZelCameraControl& camera, unsigned, void* data) {
+    return StoreMatrix(data, camera.Pipeline(ZelCameraControl::kMainPipeline).Staged().transform.camera_correction);
 }
 
-bool ParameterHandlers::ReadWhiteBalanceMatrix(ZelCameraControl&, unsigned, void* data) {
-    StoreIdentity(data);
-    return true;
+bool ParameterHandlers::ReadWhiteBalanceMatrix(ZelCameraControl& camera, unsigned, void* data) {
+    return StoreMatrix(data, camera.Pipeline(ZelCameraControl::kMainPipeline).Staged().transform.white_balance);
 }
 
 bool ParameterHandlers::ReadLed(ZelCameraControl& camera, unsigned size, void* data) {

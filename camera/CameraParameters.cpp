@@ -203,6 +203,7 @@ bool ParameterHandlers::WriteFrameCount(ZelCameraControl& camera, const void* da
 
 bool ParameterHandlers::WriteGain(ZelCameraControl& camera, const void* data) {
     if (camera.m_Camera) camera.m_SyncTable.Set(VGA_GAIN, LoadInt(data));
+    camera.m_TapBalance.SetGain(static_cast<float>(LoadInt(data)));
     return true;
 }
 

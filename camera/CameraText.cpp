@@ -141,7 +141,9 @@ bool ZelCameraControl::GetCameraParameter(int index, int* value) {
 
 bool ZelCameraControl::SyncTapBalanceGain() {
     int gain = 0;
-    return m_Camera && m_SyncTable.Get(VGA_GAIN, &gain);
+    if (!m_Camera || !m_SyncTable.Get(VGA_GAIN, &gain)) return false;
+    m_TapBalance.SetGain(static_cast<float>(gain));
+    return true;
 }
 
 }  // namespace zel

@@ -14,7 +14,8 @@ ZelCameraControl::ZelCameraControl(ICameraInterface* camera, const char* instanc
     : ZelCameraControlImpl(instance_name),
       m_Camera(camera),
       m_SyncTable(camera, instance_name, m_ExchangeLock),
-      m_TextProtocol(camera, instance_name, m_ExchangeLock) {
+      m_TextProtocol(camera, instance_name, m_ExchangeLock),
+      m_TapBalance(m_TextProtocol, instance_name) {
     m_ModelValues.fill(kNoModelValue);
     LogAttributeTranslations("ZelCameraControl::ZelCameraControl");
 }

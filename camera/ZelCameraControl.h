@@ -6,6 +6,7 @@
 //     CameraHostParameters.cpp values that live in the host       CameraAcquisition.cpp  Start, Stop, calculation
 //     CameraTrigger.cpp        triggering                         CameraText.cpp         text and raw exchanges
 //     CameraFrames.cpp         frame hand-over                    CameraCallbacks.cpp    callbacks and events
+//     CameraTapBalance.cpp     calibration of the taps            CameraColor.cpp        color set-up and pictures
 #ifndef CAMERA_ZELCAMERACONTROL_H
 #define CAMERA_ZELCAMERACONTROL_H
 
@@ -23,6 +24,8 @@
 #include "link/SyncTable.h"
 #include "link/TextProtocol.h"
 #include "platform/Locks.h"
+#include "tapbalance/TapBalance.h"
+#include "util/ProgressControl.h"
 
 namespace zel {
 
@@ -86,7 +89,30 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     bool StopTriggerAcquisition(int flag) override;
     bool SoftwareTrigger() override;
 
+    // ZelColorCamera
+    bool ConcatenateColorTransform(int operation, int bit_depth) override;
+    bool ConcatenateColorMatrix(const float* matrix) override;
+    bool ResetColorTransform() override;
+    bool SetInputLinearizationTable(const unsigned short* entries, unsigned num_values, unsigned channels) override;
+    bool SetOutputNonLinearizationTable(const unsigned short* entries, unsigned num_values,
+                                        unsigned channels) override;
+    bool GetColorTransform(float* matrix) override;
+    ZelColorImage* GetPendingColorImage() override;
+    ZelColorImage* GetLastPendingColorImage() override;
+    bool FreeColorImage(ZelColorImage* image) override;
+
     // ZelCameraInternal
+    bool TapBalanceEnable(bool enable) override;
+    bool TapBalanceSelectTable(int select) override;
+    bool TapBalanceLoadDataFromCamera() override;
+    bool TapBalanceLoadDataFromMasterFile(const char* file_name) override;
+    bool TapBalanceGetTableConfig(int* rows, int* num_taps) override;
+    bool TapBalanceGetTableData(int row, float* millivolts, float* tap_gains) override;
+    bool TapBalanceSetTableConfig(int table, int rows, int num_taps) override;
+    bool TapBalanceSetTableData(int row, float millivolts, const float* tap_gains) override;
+    bool TapBalanceWriteTableConfigToCamera() override;
+    bool TapBalanceWriteDataToCamera() override;
+    bool TapBalanceFlashTest() override;
     double GetLinkThroughput() override;
     double GetLinkFrameRate() override;
     double GetLinkLatency() override;
@@ -98,6 +124,15 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     bool FreeScratchBuffers() override;
     bool IsMonochrome() override;
     bool SetImageAveraging(int frame_count_max, int reset) override;
+    bool SetScratchpadCallback(ZelScratchpadCallback callback, void* context) override;
+    bool ConcatenateScratchpadTransform(int operation, int bit_depth) override;
+    bool ConcatenateScratchpadMatrix(const float* matrix) override;
+    bool ResetScratchpadTransform() override;
+    bool SetScratchpadInputLinearizationTable(const unsigned short* entries, unsigned num_values,
+                                              unsigned channels) override;
+    bool SetScratchpadOutputNonLinearizationTable(const unsigned short* entries, unsigned num_values,
+                                                  unsigned channels) override;
+    bool GetScratchpadTransform(float* matrix) override;
     ICameraInterface* GetCameraInterface() override { return m_Camera; }
 
     // IZelCameraCommon
@@ -126,6 +161,9 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     ZelImage* GetPendingImageForApplication() override;
     ZelImage* GetPendingImageForTransport() override;
     int TransportInterfaceType() override;
+    TapBalance* Taps() override { return &m_TapBalance; }
+    void SetProcessingStatus(int status) override;
+    ZelColorImage* HandOverColor(ZelImageInternal* image, const char* operation);
 
   private:
     friend struct ParameterHandlers;  // the rows of the parameter table
@@ -136,6 +174,16 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     // Connection
     bool ReadText(int index, Text& text);
     void RecogniseModel();
+    void SetUpColor();
+    bool GetColorMatrixCoefficient(int index, double& value);
+    ColorMatrix ReadColorMatrix(int first);
+    bool ConfigureColorPipelineOutputColorSpace();
+    int ReadColorFilterPhase();
+    void LoadCalibration();
+    void LogFpgaVersion();
+    void NameCacheFiles();
+    bool LoadCacheFiles();
+    bool DownloadTables();
 
     // Parameters
     bool ReadTableParameter(int index, void* data);
@@ -168,6 +216,12 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     platform::RecursiveLock m_ExchangeLock;  // one exchange with the camera at a time, text or table
     SyncTable m_SyncTable;
     TextProtocol m_TextProtocol;
+    TapBalance m_TapBalance;
+    ProgressControl m_Progress;                   // shown while calibration tables come from the camera
+    std::atomic<bool> m_TapBalanceWanted{false};  // the application enabled it, whether there are tables yet or not
+
+    std::atomic<int> m_CfaPhase{0};             // color filter at the sensor's top-left pixel, 0: none
+    std::atomic<bool> m_HasColorFilter{false};  // frames take the color path when they arrive
 
     std::atomic<int> m_CameraOpened{0};
     int m_LastError = 0;  // the transport stores codes here too: accessed through atomic_ref

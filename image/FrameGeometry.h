@@ -13,6 +13,7 @@ struct FrameGeometry {
     unsigned bytes_per_pixel = 0;
     int taps = 1;         // sensor readout channels: 1, 2 or 4
     int readout_mhz = 0;  // tap readout mode: 20 or 40 allow tap balancing
+    int cfa_phase = 0;    // color filter at the full frame's top-left pixel, 1 to 4; 0: none
     ZelRoiBin roi{};      // region and binning, done on the host
     unsigned exposure_time_us = 0;
 };

@@ -22,14 +22,18 @@ bool ZelCameraControlImpl::PostProcessImage(ZelImageInternal* image) {
     if (!PostProcessTapBalance(image)) {
         ZEL_LOG(m_Logger, kLogError, kFunction, "Failed to tap balance the image!");
     }
-    if (TransportInterfaceType() == kEBus) {
-        PostProcessSubImage(image, roi.XOrigin, roi.YOrigin, roi.XPixels, roi.YPixels);
-    } else {
-        PostProcessSubImage(image, roi.XOrigin, roi.YOrigin, roi.XOrigin + roi.XPixels, roi.YOrigin + roi.YPixels);
-    }
+    CropToRegion(image, roi);
     PostProcessBinning(image, static_cast<int>(roi.YBin), static_cast<int>(roi.XBin));
     if (m_ImageAvgFrameCountMax > 0) PostProcessAverageImage(image);
     return true;
+}
+
+// The two kinds of link take the region in different words.
+bool ZelCameraControlImpl::CropToRegion(ZelImageInternal* image, const ZelRoiBin& roi) {
+    if (TransportInterfaceType() == kEBus) {
+        return PostProcessSubImage(image, roi.XOrigin, roi.YOrigin, roi.XPixels, roi.YPixels);
+    }
+    return PostProcessSubImage(image, roi.XOrigin, roi.YOrigin, roi.XOrigin + roi.XPixels, roi.YOrigin + roi.YPixels);
 }
 
 bool ZelCameraControlImpl::PostProcessSubImage(ZelImageInternal* image, unsigned c0, unsigned r0, unsigned c1,

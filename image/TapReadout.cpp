@@ -8,14 +8,19 @@
 #include <utility>
 
 #include "image/FrameSamples.h"
+#include "image/TapRows.h"
 #include "image/ZelCameraControlImpl.h"
 #include "kernels/Kernels.h"
+#include "tapbalance/TapBalance.h"
 
 namespace zel {
 
 using kernels::scalar::PackedSize12;
 
 namespace {
+constexpr int kSlowReadoutMhz = 20;  // the readout speeds that cameras are calibrated for
+constexpr int kFastReadoutMhz = 40;
+
 // Half a row starts on a whole byte in every row, and taps cover all of them.
 bool RowsAreWhole(const ZelImageInternal& image, int taps) {
     return image.w % 2 == 0 && (taps == 2 || (taps == 4 && image.h % 2 == 0)) && image.h > 0 && image.w > 0;
@@ -25,19 +30,36 @@ bool RowsAreWhole(const ZelImageInternal& image, int taps) {
 bool ZelCameraControlImpl::PostProcessTapBalance(ZelImageInternal* image) {
     ZEL_SCOPE_TIMER(timer, "PostProcessTapBalance", m_Logger, "ZelCameraControlImpl::PostProcessTapBalance");
     if (!image) return false;
-    const int taps = Geometry().taps;
-    if (taps < 2 || IsUsbOrCameraLink(TransportInterfaceType())) return ReorderTaps(image, taps);
+    const FrameGeometry geometry = Geometry();
+    const int taps = geometry.taps;
+    const bool fast = geometry.readout_mhz == kFastReadoutMhz;
+    TapBalance* const balance = taps > 1 && (fast || geometry.readout_mhz == kSlowReadoutMhz) ? Taps() : nullptr;
+    const TapRows rows(balance && !m_Logger.Enabled() ? balance->TablesFor(fast) : TapTables(), taps, image->h);
+    bool corrected = false;
+    const bool answer = ReadOut(image, taps, rows, corrected);
+    const std::span frame = Samples(*image, Area(image->w, image->h));
+    if (balance && !corrected && !frame.empty()) {
+        balance->TranslatePixels(static_cast<int>(image->w), static_cast<int>(image->h), taps, fast, frame.data());
+    }
+    return answer;
+}
+
+// Unpacks and reorders; tells whether the rows were corrected on the way.
+bool ZelCameraControlImpl::ReadOut(ZelImageInternal* image, int taps, const TapRows& rows, bool& corrected) {
+    if (taps < 2 || IsUsbOrCameraLink(TransportInterfaceType())) return ReorderTaps(image, taps, rows, corrected);
     const std::uint64_t count = Area(image->w, image->h);
     // A packed sample takes more than a byte: the first test keeps the second from overflowing.
     if (!image->pixels || count > image->buffer_size) return false;
     if (PackedSize12(static_cast<std::size_t>(count)) > image->buffer_size) return false;
     // The packed frame goes on through the other steps when there is no memory.
-    if (!ReserveSpare(image)) return ReorderTaps(image, taps);
+    if (!ReserveSpare(image)) return ReorderTaps(image, taps, rows, corrected);
     if (RowsAreWhole(*image, taps) && (taps == 2 || m_ReorderBuffer.capacity >= count * kBytesPerSample)) {
-        return ReadOutByRows(image, taps);
+        ReadOutByRows(image, taps, rows);
+        corrected = rows.There();
+        return true;
     }
     UnpackFrame(image);
-    return ReorderTaps(image, taps);
+    return ReorderTaps(image, taps, rows, corrected);
 }
 
 // The spare has exactly the frame's size: a record keeps a buffer of its own size when the two change places.
@@ -69,7 +91,7 @@ bool ZelCameraControlImpl::ReserveRows(std::size_t samples) {
 }
 
 // Unpacks and reorders in one go.
-bool ZelCameraControlImpl::ReadOutByRows(ZelImageInternal* image, int taps) {
+void ZelCameraControlImpl::ReadOutByRows(ZelImageInternal* image, int taps, const TapRows& rows) {
     const kernels::KernelTable& kernel = kernels::Kernels();
     const std::size_t w = image->w;
     const std::size_t h = image->h;
@@ -81,14 +103,16 @@ bool ZelCameraControlImpl::ReadOutByRows(ZelImageInternal* image, int taps) {
         const std::span raw = packed.subspan(i * block_bytes, block_bytes);
         const std::span row = picture.subspan(i * w, w);
         if (taps == 4) {
-            kernel.unpack_row_pair_four_taps(raw, row, picture.subspan((h - 1 - i) * w, w));
+            const std::span bottom = picture.subspan((h - 1 - i) * w, w);
+            kernel.unpack_row_pair_four_taps(raw, row, bottom);
+            rows.Correct(bottom, h - 1 - i);
         } else {
             kernel.unpack_row_two_taps(raw, row);
         }
+        rows.Correct(row, i);
     }
     SwapBuffer(image, m_SpareBuffer);
     image->size_in_bytes = image->buffer_size;
-    return true;
 }
 
 void ZelCameraControlImpl::UnpackFrame(ZelImageInternal* image) {
@@ -98,13 +122,13 @@ void ZelCameraControlImpl::UnpackFrame(ZelImageInternal* image) {
     image->size_in_bytes = image->buffer_size;
 }
 
-bool ZelCameraControlImpl::ReorderTaps(ZelImageInternal* image, int taps) {
-    if (taps == 2) return ReorderTwoTaps(image);
-    if (taps == 4) return ReorderFourTaps(image);
+bool ZelCameraControlImpl::ReorderTaps(ZelImageInternal* image, int taps, const TapRows& rows, bool& corrected) {
+    if (taps == 2) return ReorderTwoTaps(image, rows, corrected);
+    if (taps == 4) return ReorderFourTaps(image, rows, corrected);
     return true;
 }
 
-bool ZelCameraControlImpl::ReorderTwoTaps(ZelImageInternal* image) {
+bool ZelCameraControlImpl::ReorderTwoTaps(ZelImageInternal* image, const TapRows& rows, bool& corrected) {
     const std::span frame = Samples(*image, Area(image->w, image->h));
     const std::size_t w = image->w;
     if (frame.empty() || !ReserveRows(w)) return false;
@@ -112,27 +136,35 @@ bool ZelCameraControlImpl::ReorderTwoTaps(ZelImageInternal* image) {
     for (std::size_t row = 0; row < image->h; ++row) {
         const std::span samples = frame.subspan(row * w, w);
         kernels::Kernels().reorder_row_two_taps(samples, scratch);
+        rows.Correct(scratch, row);
         std::memcpy(samples.data(), scratch.data(), samples.size_bytes());
     }
+    corrected = rows.There();
     return true;
 }
 
-bool ZelCameraControlImpl::ReorderFourTaps(ZelImageInternal* image) {
+bool ZelCameraControlImpl::ReorderFourTaps(ZelImageInternal* image, const TapRows& rows, bool& corrected) {
     const std::size_t w = image->w;
     const std::size_t h = image->h;
     const std::span frame = Samples(*image, Area(image->w, image->h));
     if (frame.empty() || !m_ReorderBuffer.pixels || m_ReorderBuffer.capacity < image->size_in_bytes) return false;
     if (image->size_in_bytes > image->buffer_size || frame.size_bytes() > m_ReorderBuffer.capacity) return false;
+    // A buffer of the same size in which every sample gets written takes the record's place.
+    const bool swaps = w % 2 == 0 && h % 2 == 0 && frame.size_bytes() == image->size_in_bytes &&
+                       m_ReorderBuffer.capacity == image->buffer_size;
     const std::span picture(m_ReorderBuffer.pixels, frame.size());
     const std::size_t block = w / 2 * 4;
     for (std::size_t pair = 0; pair < h / 2; ++pair) {
-        kernels::Kernels().reorder_row_pair_four_taps(frame.subspan(pair * block, block), picture.subspan(pair * w, w),
-                                                      picture.subspan((h - 1 - pair) * w, w));
+        const std::span top = picture.subspan(pair * w, w);
+        const std::span bottom = picture.subspan((h - 1 - pair) * w, w);
+        kernels::Kernels().reorder_row_pair_four_taps(frame.subspan(pair * block, block), top, bottom);
+        if (!swaps) continue;
+        rows.Correct(top, pair);
+        rows.Correct(bottom, h - 1 - pair);
     }
-    // A buffer of the same size in which every sample was written takes the record's place.
-    const bool all_written = w % 2 == 0 && h % 2 == 0 && frame.size_bytes() == image->size_in_bytes;
-    if (all_written && m_ReorderBuffer.capacity == image->buffer_size) {
+    if (swaps) {
         SwapBuffer(image, m_ReorderBuffer);
+        corrected = rows.There();
         return true;
     }
     // On purpose: a frame of fewer than two rows is not reordered, but the scratch is copied over it all the same.

@@ -26,6 +26,9 @@ ZelCameraControlImpl::ZelCameraControlImpl(const char* instance_name)
 ZelCameraControlImpl::~ZelCameraControlImpl() = default;
 
 void ZelCameraControlImpl::SetGeometry(const FrameGeometry& geometry) {
+    for (ColorPipeline& pipeline : m_ColorPipelines) {
+        pipeline.Stage([&](ColorSettings& settings) { settings.transform.SetInputBitDepth(geometry.bit_depth); });
+    }
     const std::lock_guard lock(m_GeometryLock);
     m_Geometry = geometry;
 }
@@ -63,7 +66,8 @@ void ZelCameraControlImpl::PageBuffer::Release() {
 
 int ZelCameraControlImpl::ScratchBufferCount() {
     const std::lock_guard processing(m_ProcessingLock);
-    return (m_ReorderBuffer.pixels ? 1 : 0) + (m_SpareBuffer.pixels ? 1 : 0) + (m_RowScratch.empty() ? 0 : 1);
+    return (m_ReorderBuffer.pixels ? 1 : 0) + (m_SpareBuffer.pixels ? 1 : 0) + (m_RowScratch.empty() ? 0 : 1) +
+           (m_ColorRows.empty() ? 0 : 1);
 }
 
 void ZelCameraControlImpl::ReleaseScratchBuffers() {
@@ -71,6 +75,7 @@ void ZelCameraControlImpl::ReleaseScratchBuffers() {
     m_ReorderBuffer.Release();
     m_SpareBuffer.Release();
     m_RowScratch = {};
+    m_ColorRows = {};
 }
 
 ZelImageInternal* ZelCameraControlImpl::GetPendingImageImpl() {
@@ -86,11 +91,14 @@ ZelImageInternal* ZelCameraControlImpl::GetPendingImageImpl() {
     return image;
 }
 
-bool ZelCameraControlImpl::PostProcessOnce(ZelImageInternal* image) {
-    const std::lock_guard processing(m_ProcessingLock);
+bool ZelCameraControlImpl::PostProcessOnce(ZelImageInternal* image, Path path) {
+    std::unique_lock processing(m_ProcessingLock);
+    m_ScratchpadDone.wait(processing, [&] { return !IsAtScratchpadElsewhere(image); });
     if (image->post_processed) return true;
     image->post_processed = 1;
-    return PostProcessImage(image);
+    if (path == Path::kMonochrome) return PostProcessImage(image);
+    PostProcessColorImage(image, kMainPipeline, processing);
+    return true;
 }
 
 void ZelCameraControlImpl::SetAveraging(int frame_count_max, bool reset) {

@@ -3,17 +3,25 @@
 #ifndef IMAGE_ZELCAMERACONTROLIMPL_H
 #define IMAGE_ZELCAMERACONTROLIMPL_H
 
+#include <condition_variable>
 #include <cstdint>
 #include <mutex>
 #include <span>
+#include <thread>
 #include <vector>
 
+#include "image/ColorPipeline.h"
 #include "image/FrameGeometry.h"
 #include "image/ImageManager.h"
 #include "image/PixelMemory.h"
+#include "include/ZelCamera.h"
+#include "kernels/Kernels.h"
 #include "sdk/Logger.h"
 
 namespace zel {
+
+class TapBalance;
+class TapRows;
 
 class ZelCameraControlImpl {
   public:
@@ -35,7 +43,8 @@ class ZelCameraControlImpl {
 
     // Post-processes a frame unless that has been done; frames of one camera are processed one at a time. False when
     // the processing failed; the frame is delivered all the same.
-    bool PostProcessOnce(ZelImageInternal* image);
+    enum class Path { kMonochrome, kColor };
+    bool PostProcessOnce(ZelImageInternal* image, Path path);
 
     // The steps. They rewrite `pixels` and the geometry fields; a step that answers false leaves the frame as it was.
     bool PostProcessImage(ZelImageInternal* image);
@@ -43,6 +52,21 @@ class ZelCameraControlImpl {
     bool PostProcessSubImage(ZelImageInternal* image, unsigned c0, unsigned r0, unsigned c1, unsigned r1);
     bool PostProcessBinning(ZelImageInternal* image, int vertical, int horizontal);
     bool PostProcessAverageImage(ZelImageInternal* image);
+
+    // The color path. The lock is the processing lock, which is given up while a scratchpad callback runs.
+    static constexpr int kMainPipeline = 1;
+    static constexpr int kScratchpadPipeline = 2;
+    void PostProcessColorImage(ZelImageInternal* image, int pipeline, std::unique_lock<std::mutex>& processing);
+
+    // Color settings, staged until the next frame. Any thread.
+    using ColorTableSlot = std::shared_ptr<const ColorTable> ColorSettings::*;
+    bool ConcatenateTransform(int pipeline, int operation, int bit_depth);
+    bool ConcatenateMatrix(int pipeline, const float* matrix);
+    void ResetTransform(int pipeline);
+    bool SetColorTable(int pipeline, ColorTableSlot slot, const unsigned short* entries, unsigned num_values,
+                       unsigned channels);
+    bool CopyTransform(int pipeline, float* matrix);
+    void SetScratchpad(ZelScratchpadCallback callback, void* context);
 
     // Ring length of the moving average, 0 = off; takes effect with the next UpdateImageAvgBuffer.
     void SetAveraging(int frame_count_max, bool reset);
@@ -55,6 +79,15 @@ class ZelCameraControlImpl {
   protected:
     // The kind of link, one of CAMERA_TYPE_..., or another number without one. Called under the processing lock.
     virtual int TransportInterfaceType() = 0;
+    // What evens out the taps; null without it.
+    virtual TapBalance* Taps() { return nullptr; }
+    // A status that a frame's processing came to, one of kStatus...; called under the processing lock.
+    static constexpr int kStatusBinnedColor = 19;
+    virtual void SetProcessingStatus(int) {}
+
+    ColorPipeline& Pipeline(int pipeline) { return m_ColorPipelines[pipeline == kMainPipeline ? 0 : 1]; }
+    void SetOutputBitDepth(ZelColorTransformMatrix& transform, int bits);
+    void LogExtendedInstructionSetPresence(const char* name);
 
     Logger m_Logger;
     ImageManager m_ImageManager;
@@ -70,14 +103,38 @@ class ZelCameraControlImpl {
         void Release();
     };
 
+    // The scratchpad callback as it was set.
+    struct ScratchpadHook {
+        ZelScratchpadCallback callback = nullptr;
+        void* context = nullptr;
+    };
+    // A frame that the application has in a scratchpad callback; a list through the stacks of the threads that call.
+    struct AtScratchpad {
+        const ZelImageInternal* image;
+        std::thread::id thread;
+        AtScratchpad* next;
+    };
+
+    bool ConcatenateColorTransformImpl(ZelColorTransformMatrix& transform, int operation, int bit_depth);
+    ScratchpadHook Scratchpad();
+    bool CallScratchpad(const ScratchpadHook& hook, ZelImageInternal* image, std::unique_lock<std::mutex>& processing);
+    bool IsAtScratchpadElsewhere(const ZelImageInternal* image) const;
+    bool ReserveColorPixels(ZelImageInternal* image);
+    bool ReserveColorRows(std::size_t samples);
+    static const kernels::KernelTable& ColorKernels(int pipeline);
+    bool DemosaicColorImage(ZelImageInternal* image, int phase, int pipeline);
+    void RunColorSteps(ZelImageInternal* image, int phase, int pipeline, bool from_planes);
+
+    bool CropToRegion(ZelImageInternal* image, const ZelRoiBin& roi);
     bool ReserveSpare(ZelImageInternal* image);
     void SwapBuffer(ZelImageInternal* image, PageBuffer& buffer);
     bool ReserveRows(std::size_t samples);
-    bool ReadOutByRows(ZelImageInternal* image, int taps);
+    bool ReadOut(ZelImageInternal* image, int taps, const TapRows& rows, bool& corrected);
+    void ReadOutByRows(ZelImageInternal* image, int taps, const TapRows& rows);
     void UnpackFrame(ZelImageInternal* image);
-    bool ReorderTaps(ZelImageInternal* image, int taps);
-    bool ReorderTwoTaps(ZelImageInternal* image);
-    bool ReorderFourTaps(ZelImageInternal* image);
+    bool ReorderTaps(ZelImageInternal* image, int taps, const TapRows& rows, bool& corrected);
+    bool ReorderTwoTaps(ZelImageInternal* image, const TapRows& rows, bool& corrected);
+    bool ReorderFourTaps(ZelImageInternal* image, const TapRows& rows, bool& corrected);
     bool CropByCorners(ZelImageInternal* image, unsigned c0, unsigned r0, unsigned c1, unsigned r1);
     bool CropBySize(ZelImageInternal* image, unsigned c0, unsigned r0, unsigned width, unsigned height);
     void BinFrame(std::span<std::uint16_t> frame, unsigned w, unsigned h, unsigned bx, unsigned by, unsigned ceiling);
@@ -87,12 +144,19 @@ class ZelCameraControlImpl {
     std::mutex m_GeometryLock;
     FrameGeometry m_Geometry;
 
+    ColorPipeline m_ColorPipelines[2];  // main and scratchpad; each has a lock of its own
+    std::mutex m_ScratchpadLock;
+    ScratchpadHook m_Scratchpad;
+
     // Everything below belongs to whoever holds the processing lock. It is never held while the application is called.
     std::mutex m_ProcessingLock;
     // Both change places with a record's buffer when the frame was put together in them.
     PageBuffer m_ReorderBuffer;  // of four-tap frames
     PageBuffer m_SpareBuffer;    // of packed frames
     std::vector<std::uint16_t> m_RowScratch;
+    std::vector<std::uint16_t> m_ColorRows;  // one row in three planes
+    AtScratchpad* m_AtScratchpad = nullptr;
+    std::condition_variable m_ScratchpadDone;
 
     int m_ImageAvgFrameCountMax = 0;  // ring length; 0 = averaging is off
     int m_ImageAvgFrameCount = 0;     // frames in the ring

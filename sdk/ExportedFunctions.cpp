@@ -1,9 +1,11 @@
 // The exported entry points with C names.
+#include "include/ZelProgress.h"
 #include "include/ZelSDK.h"
 #include "sdk/Logger.h"
 #include "sdk/VersionText.h"
 #include "sdk/ZelCameraManager.h"
 #include "sdk/ZelSDKImpl.h"
+#include "util/ProgressReporter.h"
 
 extern "C" {
 
@@ -18,6 +20,10 @@ int ZEL_CALL zel_set_camera_connect_callback(ZelCameraConnectCallback callback, 
             "zel_sdk.dll - calling _zel_camera_manager->SetCameraConnectCallback()");
     manager->SetCameraConnectCallback(callback, context);
     return 1;
+}
+
+void ZEL_CALL zel_set_progress_callback(ZelProgressCallback callback, void* context) {
+    zel::ProgressReporter::SetCallback(callback, context);
 }
 
 char* ZEL_CALL get_version_str() { return zel::ComposeVersionText(); }

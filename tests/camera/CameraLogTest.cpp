@@ -1,4 +1,7 @@
 // Log lines of the camera object that its users search for.
+#include <cstdio>
+#include <fstream>
+
 #include "camera/ZelCameraFactory.h"
 #include "tests/camera/CameraFixture.h"
 #include "tests/support/RecordedLog.h"
@@ -42,6 +45,32 @@ TEST_F(CameraLogTest, AttributeSelection) {
     EXPECT_EQ(m_Log.Count("((param_id < 0) || (param_id > ZEL_MAX_PARAMS))", kLogError), 1);
     m_Camera->SetParameterValue(ZEL_PARAM_DROPPED_FRAMES, 1);
     EXPECT_EQ(m_Log.Count("ZEL_PARAM_DROPPED_FRAMES is a read-only parameter!", kLogWarning), 1);
+}
+
+// Every way in which the tap balance learns the analog gain, and the bit depth at connection.
+TEST_F(CameraLogTest, TapBalanceFollowsTheCamera) {
+    m_Table.m_Values[VGA_GAIN] = 300;
+    m_Table.m_Texts["info"] = "ZEL A30-M\r\nFPGA: 118\r\nend";
+    m_Table.m_Texts["tb f s"] = "ERR no flash";
+    EXPECT_FALSE(m_Camera->TapBalanceEnable(true));
+    ASSERT_TRUE(m_Camera->Open());
+    EXPECT_EQ(m_Log.Count("fpga version    :118\n"), 1);
+    EXPECT_EQ(m_Log.Count("SetGain - gain:300.000000"), 1) << "connection";
+    EXPECT_EQ(m_Log.Count("***ERROR***: no calibration data, the taps of this camera are not balanced", kLogError), 1);
+    m_Camera->SetParameterValue(ZEL_PARAM_GAIN, 400);
+    EXPECT_EQ(m_Log.Count("SetGain - gain:400.000000"), 1);
+    m_Camera->SetParameterValue(ZEL_PARAM_VGA_GAIN, 50);
+    EXPECT_EQ(m_Log.Count("SetGain - gain:50.000000"), 1);
+    m_Table.m_Values[VGA_GAIN] = -7;
+    EXPECT_TRUE(m_Camera->SyncTapBalanceGain());
+    EXPECT_EQ(m_Log.Count("SetGain - gain:-7.000000"), 1) << "the transport's request";
+    Refuse(VGA_GAIN);
+    EXPECT_FALSE(m_Camera->SyncTapBalanceGain());
+    const std::string path = testing::TempDir() + "zel_log_40MHz.txt";
+    std::ofstream(path) << "4 2\n1 1 1 0 0\n2 1 1 0 0\n3 1 1 0 0\n4 1 1 0 0\n";
+    EXPECT_TRUE(m_Camera->TapBalanceLoadDataFromMasterFile(path.c_str()));
+    EXPECT_EQ(m_Log.Count("CalculateLUT() gain:-7.000000 num_entries:4096 num_taps:2 m_MaxNumPixelValues:4096"), 1);
+    std::remove(path.c_str());
 }
 
 TEST_F(CameraLogTest, RetriesAreCountedFromTwo) {

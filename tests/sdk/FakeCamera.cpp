@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "camera/ZelCameraFactory.h"
-#include "util/ZelUtilImpl.h"
 
 namespace zel::test {
 
@@ -20,12 +19,6 @@ void Note(const std::string& line) {
     const std::lock_guard guard(s_Lock);
     s_Journal.push_back(line);
 }
-
-class FakeUtil final : public ZelUtil {
-  public:
-    bool SaveTIFF(const char*, ZelImage*) override { return false; }
-    bool SavePNG(const char*, ZelImage*) override { return false; }
-};
 
 }  // namespace
 
@@ -66,12 +59,3 @@ void zel_camera_control_destroy(ZelCamera* camera) { ZelDelete(camera); }
 ICameraInterface* zel_camera_control_interface(ZelCamera* camera) {
     return static_cast<zel::test::FakeCamera*>(camera)->m_Transport;
 }
-
-namespace zel {
-
-ZelUtil* UtilInstance() {
-    static test::FakeUtil util;
-    return &util;
-}
-
-}  // namespace zel

@@ -1,0 +1,137 @@
+// Correction of the taps on one core: alone and on the way of the readout, and making the lookup tables anew.
+#include <array>
+#include <cstdio>
+#include <fstream>
+
+#include "bench/FrameJobs.h"
+#include "image/ZelCameraControlImpl.h"
+#include "kernels/Kernels.h"
+#include "platform/Locks.h"
+#include "tapbalance/TapBalance.h"
+
+namespace zel::bench {
+namespace {
+
+constexpr int kEBus = 4;
+constexpr int kBits = 14;
+constexpr int kRows = 32;
+
+// Tables of a made-up camera for both readout speeds; nothing is asked of a camera.
+class Calibration {
+  public:
+    explicit Calibration(int taps) {
+        balance.SetBitsPerPixel(kBits);
+        for (const char* speed : {"20MHz", "40MHz"}) {
+            const std::string name = std::string("tap_bench_") + speed + ".txt";
+            std::ofstream file(name);
+            file << kRows << ' ' << taps << '\n';
+            for (int row = 0; row < kRows; ++row) {
+                file << row * 1200.0 / kRows;
+                for (int tap = 0; tap < 4; ++tap) file << ' ' << (tap < taps ? 0.95 + 0.02 * tap + 0.001 * row : 0.0);
+                file << '\n';
+            }
+            file.close();
+            m_Loaded = balance.LoadDataFromMasterFile(name.c_str()) && m_Loaded;
+            std::remove(name.c_str());
+        }
+        m_Loaded = balance.Enable(true) && m_Loaded;
+    }
+    bool Loaded() const { return m_Loaded; }
+
+  private:
+    platform::RecursiveLock m_Lock;
+    TextProtocol m_Text{nullptr, "", m_Lock};
+    bool m_Loaded = true;
+
+  public:
+    TapBalance balance{m_Text, ""};
+};
+
+// The quadrants of a frame through their tables, with the kernel given.
+template <class LookUp>
+auto Correct(const Ring& frames, const TapTables& tables, LookUp look_up) {
+    return [&frames, &tables, look_up](std::size_t i) {
+        for (std::size_t y = 0; y < kSide; ++y) {
+            const std::span row = std::span<std::uint16_t>(frames[i]).subspan(y * kSide, kSide);
+            const bool bottom = tables.taps == 4 && y >= kSide / 2;
+            look_up(row.first(kSide / 2), tables.lut[bottom ? 3 : 0].data(), static_cast<std::uint16_t>(tables.mask),
+                    0xFFFF);
+            look_up(row.subspan(kSide / 2), tables.lut[bottom ? 2 : 1].data(), static_cast<std::uint16_t>(tables.mask),
+                    0xFFFF);
+        }
+    };
+}
+
+class Processor : public ZelCameraControlImpl {
+  public:
+    explicit Processor(TapBalance& balance) : ZelCameraControlImpl("TapBench"), m_Balance(balance) {
+        FrameGeometry geometry;
+        geometry.width = geometry.height = kSide;
+        geometry.bit_depth = kBits;
+        geometry.bytes_per_pixel = 2;
+        geometry.taps = 2;
+        geometry.readout_mhz = 40;
+        SetGeometry(geometry);
+        UpdateImagePool(kRing);
+        for (auto& record : m_Records) {
+            record = Pool().GetFreeImage();
+            Draw({record->pixels, kSamples}, kBits);
+        }
+    }
+    void Process(std::size_t i) {
+        Pool().RestoreGeometry(m_Records[i]);
+        PostProcessTapBalance(m_Records[i]);
+    }
+
+  protected:
+    int TransportInterfaceType() override { return kEBus; }
+    TapBalance* Taps() override { return &m_Balance; }
+
+  private:
+    TapBalance& m_Balance;
+    std::array<ZelImageInternal*, kRing> m_Records{};
+};
+
+bool Run(Report& report) {
+    namespace scalar = kernels::scalar;
+    FrameBench bench(report);
+    Calibration four(4), two(2);
+    if (!four.Loaded() || !two.Loaded()) return false;
+    const Ring frames = MakeRing(kBits), packed = MakeRing(kBits);
+
+    const TapTables tables = four.balance.TablesFor(1);
+    bench.Stage(
+        "taps.correction", {0.70, 0.60}, 1,
+        [&](std::size_t i) { four.balance.TranslatePixels(kSide, kSide, 4, 1, frames[i].data()); },
+        Peer{"vs_scalar", {1.7, 1.7}, Correct(frames, tables, scalar::LookUp)});
+
+    Processor processor(two.balance);
+    const TapTables pair = two.balance.TablesFor(1);
+    const auto correct = Correct(frames, pair, scalar::LookUp);
+    const auto passes = [&](std::size_t i) {
+        scalar::Unpack12(packed[i].Packed(), frames[i]);
+        std::array<std::uint16_t, kSide> scratch;
+        for (std::size_t y = 0; y < kSide; ++y) {
+            const std::span row = std::span<std::uint16_t>(frames[i]).subspan(y * kSide, kSide);
+            scalar::ReorderRowTwoTaps(row, scratch);
+            std::memcpy(row.data(), scratch.data(), row.size_bytes());
+        }
+        correct(i);
+    };
+    bench.Stage(
+        "taps.unpack_two_taps_correction", {0.50, 0.55}, 1, [&](std::size_t i) { processor.Process(i); },
+        Peer{"vs_three_passes", {0, 3}, passes});
+
+    float gain = 0;
+    const auto [time] = Medians(report.Repetitions(21), [&] { four.balance.SetGain(gain += 1); });
+    report.Add({"taps.new_tables", time * 1e3, "ms", AtMost(20)});
+    return true;
+}
+
+}  // namespace
+}  // namespace zel::bench
+
+int main(int argc, char** argv) {
+    zel::bench::Report report(argc, argv);
+    return zel::bench::Run(report) ? report.Finish() : 1;
+}

@@ -1,0 +1,154 @@
+// Color: set-up at connection, the transforms and tables of both pipelines, and the color forms of frame hand-over.
+#include <cmath>
+#include <cstring>
+
+#include "camera/ZelCameraControl.h"
+
+namespace zel {
+
+namespace {
+constexpr const char* kSetUp = "ZelCameraControl::SetUpColor";
+constexpr unsigned kDefaultOutputBits = 14;
+constexpr double kLargestCoefficient = 1000.0;  // far beyond any correction matrix
+
+// The color spaces that the camera's correction matrix can lead to.
+constexpr const char* kRgbSpace = "CCIR 709";
+constexpr const char* kXyzSpace = "XYZ";
+}  // namespace
+
+// A coefficient is an entry of eight bytes, an IEEE double.
+bool ZelCameraControl::GetColorMatrixCoefficient(int index, double& value) {
+    unsigned char block[SyncTable::kBlockCapacity] = {};
+    if (m_SyncTable.Get(index, block)) {
+        std::memcpy(&value, block, sizeof value);
+        if (std::isfinite(value) && std::fabs(value) <= kLargestCoefficient) return true;
+    }
+    ZEL_LOG(m_Logger, kLogError, kSetUp, "Failed to get a color matrix coefficient!");
+    return false;
+}
+
+// The matrix whose first entry is `first`, or the identity when one of its entries can't be had.
+ColorMatrix ZelCameraControl::ReadColorMatrix(int first) {
+    ColorMatrix matrix;
+    for (int i = 0; i < 9; ++i) {
+        double value = 0;
+        if (!GetColorMatrixCoefficient(first + i, value)) return kIdentityMatrix;
+        matrix[static_cast<unsigned>(i)] = static_cast<float>(value);
+    }
+    return matrix;
+}
+
+// Reads the color space and tells whether pictures go through XYZ.
+bool ZelCameraControl::ConfigureColorPipelineOutputColorSpace() {
+    Text space{};
+    ReadText(CCM_OUTPUT_COLOR_SPACE, space);
+    const bool xyz = std::strcmp(space.data(), kXyzSpace) == 0;
+    if (!xyz && std::strcmp(space.data(), kRgbSpace) != 0) {
+        ZEL_LOG(m_Logger, kLogError, kSetUp, "The color space has not been defined for this camera model/unit");
+    }
+    return xyz;
+}
+
+int ZelCameraControl::ReadColorFilterPhase() {
+    int phase = 0;
+    if (!m_SyncTable.Get(CFA_PHASE, &phase) || phase < 1 || phase > 4) phase = 0;
+    return phase;
+}
+
+void ZelCameraControl::SetUpColor() {
+    LogExtendedInstructionSetPresence("AVX2");
+    LogExtendedInstructionSetPresence("FMA");
+    const ColorMatrix correction = ReadColorMatrix(CCM_1_1);
+    const ColorMatrix white_balance = ReadColorMatrix(DWB_1_1);
+    const bool xyz = ConfigureColorPipelineOutputColorSpace();
+    for (const int pipeline : {kMainPipeline, kScratchpadPipeline}) {
+        Pipeline(pipeline).Stage([&](ColorSettings& settings) {
+            settings.transform.camera_correction = correction;
+            settings.transform.white_balance = white_balance;
+            settings.transform.through_color_space = xyz;
+        });
+    }
+    m_CfaPhase = ReadColorFilterPhase();
+    m_HasColorFilter = !IsMonochrome();
+    ZEL_LOG(m_Logger, kLogTrace, kSetUp, "CFA Phase: %d", m_CfaPhase.load());
+    for (const int pipeline : {kMainPipeline, kScratchpadPipeline}) {
+        Pipeline(pipeline).Stage(
+            [&](ColorSettings& settings) { SetOutputBitDepth(settings.transform, kDefaultOutputBits); });
+    }
+}
+
+void ZelCameraControl::SetProcessingStatus(int status) {
+    if (status == kStatusBinnedColor) StoreError(ZEL_ERROR_INVALID_BINNING_SELECTION);
+}
+
+// ZelColorCamera: the main pipeline.
+
+bool ZelCameraControl::ConcatenateColorTransform(int operation, int bit_depth) {
+    return ConcatenateTransform(kMainPipeline, operation, bit_depth);
+}
+bool ZelCameraControl::ConcatenateColorMatrix(const float* matrix) { return ConcatenateMatrix(kMainPipeline, matrix); }
+bool ZelCameraControl::ResetColorTransform() {
+    ResetTransform(kMainPipeline);
+    return true;
+}
+bool ZelCameraControl::SetInputLinearizationTable(const unsigned short* entries, unsigned num_values,
+                                                  unsigned channels) {
+    return SetColorTable(kMainPipeline, &ColorSettings::input_linearization, entries, num_values, channels);
+}
+bool ZelCameraControl::SetOutputNonLinearizationTable(const unsigned short* entries, unsigned num_values,
+                                                      unsigned channels) {
+    return SetColorTable(kMainPipeline, &ColorSettings::output_non_linearization, entries, num_values, channels);
+}
+bool ZelCameraControl::GetColorTransform(float* matrix) { return CopyTransform(kMainPipeline, matrix); }
+
+// ZelCameraInternal: the scratchpad's.
+
+bool ZelCameraControl::SetScratchpadCallback(ZelScratchpadCallback callback, void* context) {
+    SetScratchpad(callback, context);
+    return true;
+}
+bool ZelCameraControl::ConcatenateScratchpadTransform(int operation, int bit_depth) {
+    return ConcatenateTransform(kScratchpadPipeline, operation, bit_depth);
+}
+bool ZelCameraControl::ConcatenateScratchpadMatrix(const float* matrix) {
+    return ConcatenateMatrix(kScratchpadPipeline, matrix);
+}
+bool ZelCameraControl::ResetScratchpadTransform() {
+    ResetTransform(kScratchpadPipeline);
+    return true;
+}
+bool ZelCameraControl::SetScratchpadInputLinearizationTable(const unsigned short* entries, unsigned num_values,
+                                                            unsigned channels) {
+    return SetColorTable(kScratchpadPipeline, &ColorSettings::input_linearization, entries, num_values, channels);
+}
+bool ZelCameraControl::SetScratchpadOutputNonLinearizationTable(const unsigned short* entries, unsigned num_values,
+                                                                unsigned channels) {
+    return SetColorTable(kScratchpadPipeline, &ColorSettings::output_non_linearization, entries, num_values, channels);
+}
+bool ZelCameraControl::GetScratchpadTransform(float* matrix) { return CopyTransform(kScratchpadPipeline, matrix); }
+
+// Frames.
+
+ZelColorImage* ZelCameraControl::GetPendingColorImage() {
+    ZelImageInternal* const image = m_Camera ? GetPendingImageImpl() : nullptr;
+    return HandOverColor(image, "GetPendingColorImage");
+}
+
+ZelColorImage* ZelCameraControl::GetLastPendingColorImage() {
+    ZelImageInternal* const image = m_Camera ? m_ImageManager.GetLastPendingImage() : nullptr;
+    return HandOverColor(image, "GetLastPendingColorImage");
+}
+
+ZelColorImage* ZelCameraControl::HandOverColor(ZelImageInternal* image, const char* operation) {
+    if (!image) {
+        ZEL_LOG(m_Logger, kLogTrace, operation, "%s() returned 0", operation);
+        return nullptr;
+    }
+    PostProcessOnce(image, Path::kColor);
+    ZEL_LOG(m_Logger, kLogTrace, operation, "%s() returned frame number: %d", operation, image->image_number);
+    return image;
+}
+
+bool ZelCameraControl::FreeColorImage(ZelColorImage* image) { return FreeImage(image); }
+
+}  // namespace zel

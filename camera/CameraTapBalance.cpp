@@ -1,0 +1,113 @@
+// Calibration of the taps: the operations on the tap balance object, and how its tables get there at connection.
+#include <cstdlib>
+#include <cstring>
+
+#include "camera/ZelCameraControl.h"
+
+namespace zel {
+
+namespace {
+constexpr const char* kConnect = "ZelCameraControl::ConnectCommon";
+}  // namespace
+
+// Without tables the answer is false; a camera that is opened later gets its tables then.
+bool ZelCameraControl::TapBalanceEnable(bool enable) {
+    m_TapBalanceWanted = enable;
+    return m_TapBalance.Enable(enable);
+}
+
+bool ZelCameraControl::TapBalanceSelectTable(int select) { return m_TapBalance.SelectTable(select); }
+bool ZelCameraControl::TapBalanceLoadDataFromCamera() { return m_Camera && m_TapBalance.LoadDataFromCamera(); }
+
+bool ZelCameraControl::TapBalanceLoadDataFromMasterFile(const char* file_name) {
+    return m_TapBalance.LoadDataFromMasterFile(file_name);
+}
+
+bool ZelCameraControl::TapBalanceGetTableConfig(int* rows, int* num_taps) {
+    return m_Camera && m_TapBalance.GetTableConfig(rows, num_taps);
+}
+
+bool ZelCameraControl::TapBalanceGetTableData(int row, float* millivolts, float* tap_gains) {
+    return m_Camera && m_TapBalance.GetTableData(row, millivolts, tap_gains);
+}
+
+bool ZelCameraControl::TapBalanceSetTableConfig(int table, int rows, int num_taps) {
+    return m_Camera && m_TapBalance.SetTableConfig(table, rows, num_taps);
+}
+
+bool ZelCameraControl::TapBalanceSetTableData(int row, float millivolts, const float* tap_gains) {
+    return m_TapBalance.SetTableData(row, millivolts, tap_gains);
+}
+
+bool ZelCameraControl::TapBalanceWriteTableConfigToCamera() {
+    return m_Camera && m_TapBalance.WriteTableConfigToCamera();
+}
+
+bool ZelCameraControl::TapBalanceWriteDataToCamera() { return m_Camera && m_TapBalance.WriteDataToCamera(); }
+bool ZelCameraControl::TapBalanceFlashTest() { return m_Camera && m_TapBalance.FlashTest(); }
+
+// Both cache files when they hold what the camera holds, otherwise the camera's tables, which then go into the files.
+void ZelCameraControl::LoadCalibration() {
+    LogFpgaVersion();
+    NameCacheFiles();
+    m_TapBalance.ForgetFlash();
+    SyncTapBalanceGain();
+    const bool loaded = LoadCacheFiles() || (!m_TapBalance.DataFault() && DownloadTables());
+    if (loaded && m_TapBalance.Enable(true)) return;
+    m_TapBalance.Enable(false);
+    ZEL_LOG(m_Logger, kLogError, kConnect,
+            "***ERROR***: no calibration data, the taps of this camera are not balanced");
+}
+
+// "... FPGA: 118 ..." in the camera's description.
+void ZelCameraControl::LogFpgaVersion() {
+    constexpr const char* kLabel = "FPGA:";
+    char info[TextProtocol::kReplyCapacity] = {};
+    SendText("info\r\n", info);
+    ZEL_LOG(m_Logger, kLogTrace, kConnect, "info returned :%s \n", info);
+    const char* found = std::strstr(info, kLabel);
+    if (!found) return;
+    found += std::strlen(kLabel);
+    ZEL_LOG(m_Logger, kLogTrace, kConnect, "fpga version str:%s\n", found);
+    ZEL_LOG(m_Logger, kLogTrace, kConnect, "fpga version    :%d\n", static_cast<int>(std::strtol(found, nullptr, 10)));
+}
+
+void ZelCameraControl::NameCacheFiles() {
+    Text serial_number{};
+    ReadText(SERIAL_NUMBER, serial_number);
+    m_TapBalance.SetCameraTexts(m_Model.data(), serial_number.data());
+}
+
+bool ZelCameraControl::LoadCacheFiles() {
+    for (int select = 0; select < kTapTables; ++select) {
+        m_TapBalance.SelectTable(select);
+        if (!m_TapBalance.LoadDataFromFile(m_TapBalance.CacheFilePath().c_str(), true)) return false;
+    }
+    return true;
+}
+
+bool ZelCameraControl::DownloadTables() {
+    // A camera without tables is not worth a display.
+    m_TapBalance.SelectTable(TAP_BALANCE_SELECT_20MHZ);
+    if (!m_TapBalance.GetTableConfig(nullptr, nullptr)) return false;
+    StartProgress(&m_Progress);
+    SetProgressText(&m_Progress, 0, "Stopping camera...");
+    StopCommon();
+    m_TapBalance.SetPercentCompleteCallback(&UpdateProgress, &m_Progress);
+    const auto table_begins = [](void* progress, int select) {
+        SetProgressText(static_cast<ProgressControl*>(progress), 0,
+                        select == TAP_BALANCE_SELECT_20MHZ ? "Loading primary data..." : "Loading secondary data...");
+    };
+    const bool loaded = m_TapBalance.LoadDataFromCamera(table_begins, &m_Progress);
+    m_TapBalance.SetPercentCompleteCallback(nullptr, nullptr);
+    EndProgress(&m_Progress);
+    if (!loaded || !m_TapBalance.CheckDownload()) return false;
+    // A file that can't be written only costs the next connection another download.
+    for (int select = 0; select < kTapTables; ++select) {
+        m_TapBalance.SelectTable(select);
+        m_TapBalance.WriteDataToFile();
+    }
+    return true;
+}
+
+}  // namespace zel

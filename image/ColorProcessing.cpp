@@ -1,0 +1,237 @@
+// The color path of a frame: tap readout, region and average as for every frame, then demosaicing, input linearization,
+// color transform and output non-linearization into `color_pixels`.
+//
+// The four color steps go over the frame together, one row at a time, through rows that stay in the processor's cache.
+// Only when a scratchpad callback is attached does the demosaiced picture stand whole in the record's planes, where the
+// scratchpad's pipeline and the main one each take their rows from.
+#include <algorithm>
+#include <cstring>
+
+#include "image/FrameSamples.h"
+#include "image/ZelCameraControlImpl.h"
+#include "kernels/CpuSupport.h"
+#include "kernels/Kernels.h"
+#include "platform/Clock.h"
+
+namespace zel {
+
+using kernels::ColorFormat;
+using kernels::KernelTable;
+using kernels::PlanarRow;
+
+namespace {
+constexpr unsigned kSampleLimit14Bits = 0x3FFF;
+
+// Where a row's three planes begin.
+PlanarRow PlanesAt(const PlaneSet& planes, std::size_t first, std::size_t w) {
+    return {{planes.planes[0] + first, planes.planes[1] + first, planes.planes[2] + first}, w};
+}
+
+// The rows of a color filter mosaic, top to bottom.
+class Mosaic {
+  public:
+    Mosaic(const KernelTable& kernel, std::span<const std::uint16_t> frame, unsigned w, unsigned h, int phase)
+        : m_Kernel(kernel), m_Frame(frame), m_W(w), m_H(h), m_Phase(phase) {
+        m_Small[1] = Small(0);
+    }
+
+    // Row y in its three colors. Rows are asked for in order.
+    void Row(std::size_t y, const PlanarRow& out) {
+        m_Small[2] = Small(y + 1);
+        const bool small = m_Small[0] && m_Small[1] && m_Small[2];
+        m_Kernel.demosaic_row({y > 0 ? At(y - 1) : nullptr, At(y), y + 1 < m_H ? At(y + 1) : nullptr, m_W,
+                               kernels::PhaseAt(m_Phase, 0, static_cast<unsigned>(y)), small},
+                              out);
+        m_Small[0] = m_Small[1];
+        m_Small[1] = m_Small[2];
+    }
+
+  private:
+    const std::uint16_t* At(std::size_t y) const { return m_Frame.data() + y * m_W; }
+    bool Small(std::size_t y) const {
+        return y >= m_H || m_Kernel.all_bits(m_Frame.subspan(y * m_W, m_W)) <= kSampleLimit14Bits;
+    }
+
+    const KernelTable& m_Kernel;
+    std::span<const std::uint16_t> m_Frame;
+    std::size_t m_W, m_H;
+    int m_Phase;
+    bool m_Small[3] = {true, true, true};  // of the rows above, here and below
+};
+
+// Time that a step takes over all the rows of a frame, when somebody will read it.
+class StepTime {
+  public:
+    StepTime(Logger& logger, const char* label) : m_Logger(logger), m_Label(label) {}
+    template <class Step>
+    void Run(Step&& step) {
+        if (!m_Logger.Enabled()) return step();
+        std::int64_t start = 0, end = 0;
+        platform::PerformanceCounter(start);
+        step();
+        platform::PerformanceCounter(end);
+        m_Ticks += end - start;
+    }
+    void Report(const char* function) {
+        std::int64_t frequency = 0;
+        if (!m_Logger.Enabled() || !platform::PerformanceFrequency(frequency)) return;
+        ZEL_LOG(m_Logger, kLogTrace, function, "%s takes %f microseconds.", m_Label,
+                static_cast<double>(m_Ticks) * 1e6 / static_cast<double>(frequency));
+    }
+
+  private:
+    Logger& m_Logger;
+    const char* m_Label;
+    std::int64_t m_Ticks = 0;
+};
+
+// A table in place on a row; false for one that can't be applied. None is passed through.
+bool CanApply(const std::shared_ptr<const ColorTable>& table) { return !table || table->Usable(); }
+
+void Apply(const KernelTable& kernel, const ColorTable& table, const PlanarRow& row) {
+    for (int k = 0; k < 3; ++k) kernel.look_up({row.channel[k], row.w}, table.Channel(k), 0xFFFF, 0xFFFF);
+}
+}  // namespace
+
+// The steps' results are logged; the frame is delivered with what was done.
+void ZelCameraControlImpl::PostProcessColorImage(ZelImageInternal* image, int pipeline,
+                                                 std::unique_lock<std::mutex>& processing) {
+    constexpr const char* kFunction = "ZelCameraControlImpl::PostProcessColorImage";
+    ZEL_SCOPE_TIMER(timer, "PostProcessColorImage", m_Logger, kFunction);
+    const FrameGeometry geometry = Geometry();
+    if (!PostProcessTapBalance(image)) {
+        ZEL_LOG(m_Logger, kLogError, kFunction, "Failed to tap balance the image!");
+    }
+    // On purpose: one factor of 1 is enough to keep the color stages going.
+    const bool color = geometry.roi.XBin == 1 || geometry.roi.YBin == 1;
+    if (!color) {
+        ZEL_LOG(
+            m_Logger, kLogError, kFunction,
+            "The color pipeline has been deactivated because xbin > 1 and/or ybin > 1 with a single sensor camera!");
+        SetProcessingStatus(kStatusBinnedColor);
+    }
+    const unsigned full_w = image->w;
+    const unsigned full_h = image->h;
+    if (!CropToRegion(image, geometry.roi)) {
+        ZEL_LOG(m_Logger, kLogWarning, kFunction, "ROI processing was not done!");
+    }
+    if (m_ImageAvgFrameCountMax > 0) PostProcessAverageImage(image);
+    if (!ReserveColorPixels(image)) return;
+    if (!color) return;
+    // A region that was cut out begins at another place of the mosaic.
+    const bool cut = image->w != full_w || image->h != full_h;
+    const int phase =
+        kernels::PhaseAt(geometry.cfa_phase, cut ? geometry.roi.XOrigin : 0, cut ? geometry.roi.YOrigin : 0);
+    if (phase == 0) ZEL_LOG(m_Logger, kLogError, kFunction, "Failed to demosaic the color image!");
+
+    const ScratchpadHook hook = pipeline == kMainPipeline ? Scratchpad() : ScratchpadHook{};
+    bool in_planes = hook.callback && DemosaicColorImage(image, phase, pipeline);
+    if (in_planes) {
+        RunColorSteps(image, phase, kScratchpadPipeline, in_planes);
+        if (CallScratchpad(hook, image, processing)) {
+            in_planes = DemosaicColorImage(image, phase, pipeline);
+            ZEL_LOG(m_Logger, kLogTrace, kFunction, "Demosaic again because of scratchpad pipeline invocation!");
+        }
+    }
+    RunColorSteps(image, phase, pipeline, in_planes);
+}
+
+// The buffer is as large as any format of the full frame needs, so that no format and no region asks the system for
+// another one.
+bool ZelCameraControlImpl::ReserveColorPixels(ZelImageInternal* image) {
+    constexpr const char* kFunction = "ZelCameraControlImpl::PostProcessColorImage";
+    if (!image->color_pixels) image->color_pixels = AllocatePixels(std::size_t{3} * image->buffer_size);
+    const bool fits = image->color_pixels && !Samples(*image, Area(image->w, image->h)).empty();
+    image->color_size_in_bytes = fits ? 3 * image->size_in_bytes : 0;
+    if (!fits) ZEL_LOG(m_Logger, kLogError, kFunction, "***ERROR***: ptr is 0");
+    return fits;
+}
+
+const KernelTable& ZelCameraControlImpl::ColorKernels(int pipeline) {
+    const KernelTable* const plain = kernels::FindKernels(kernels::Variant::kScalar);
+    return pipeline == kMainPipeline && kernels::CpuHasFma() ? kernels::Kernels() : *plain;
+}
+
+// Fills the record's planes with the demosaiced picture.
+bool ZelCameraControlImpl::DemosaicColorImage(ZelImageInternal* image, int phase, int pipeline) {
+    constexpr const char* kFunction = "ZelCameraControlImpl::DemosaicColorImage";
+    ZEL_SCOPE_TIMER(timer, "DemosaicColorImage", m_Logger, kFunction);
+    const std::size_t w = image->w;
+    const std::span frame = Samples(*image, Area(image->w, image->h));
+    if (frame.empty() || frame.size() > image->num_pixels || !image->color_planes.Resize(image->num_pixels)) {
+        ZEL_LOG(m_Logger, kLogError, kFunction, "Failed to demosaic the color image!");
+        return false;
+    }
+    Mosaic mosaic(ColorKernels(pipeline), frame, image->w, image->h, phase);
+    for (std::size_t y = 0; y < image->h; ++y) mosaic.Row(y, PlanesAt(image->color_planes, y * w, w));
+    return true;
+}
+
+void ZelCameraControlImpl::RunColorSteps(ZelImageInternal* image, int phase, int pipeline, bool from_planes) {
+    constexpr const char* kFunction = "ZelCameraControlImpl::PostProcessColorImage";
+    const KernelTable& kernel = ColorKernels(pipeline);
+    const ColorSettings& settings = Pipeline(pipeline).Prepare();
+    const kernels::ColorTransform transform = settings.transform.Kernel();
+    const ColorFormat format = settings.transform.Format();
+    const ColorTable* const input =
+        CanApply(settings.input_linearization) ? settings.input_linearization.get() : nullptr;
+    const ColorTable* const output =
+        CanApply(settings.output_non_linearization) ? settings.output_non_linearization.get() : nullptr;
+    if (!CanApply(settings.input_linearization)) {
+        ZEL_LOG(m_Logger, kLogError, kFunction, "Color input linearization step failed!");
+    }
+    ZEL_LOG(m_Logger, kLogTrace, kFunction, "ApplyColorTransform called for pipeline: %x",
+            static_cast<unsigned>(pipeline));
+    const std::size_t w = image->w;
+    const std::span frame = Samples(*image, Area(image->w, image->h));
+    if (!ReserveColorRows(3 * w)) {
+        ZEL_LOG(m_Logger, kLogError, kFunction, "Color transform step failed!");
+        return;
+    }
+    const PlanarRow scratch{{m_ColorRows.data(), m_ColorRows.data() + w, m_ColorRows.data() + 2 * w}, w};
+    auto* const out = static_cast<std::uint8_t*>(image->color_pixels);
+    const std::size_t row_bytes = w * kernels::BytesPerPixel(format);
+    StepTime demosaic(m_Logger, "DemosaicColorImage"), linearize(m_Logger, "ApplyInputLinearization"),
+        apply(m_Logger, "ApplyColorTransform"), non_linearize(m_Logger, "ApplyOutputNonLinearization");
+    Mosaic mosaic(kernel, frame, image->w, image->h, phase);
+    for (std::size_t y = 0; y < image->h; ++y) {
+        PlanarRow row = scratch;
+        if (!from_planes) {
+            demosaic.Run([&] { mosaic.Row(y, row); });
+        } else if (input || output) {
+            const PlanarRow plane = PlanesAt(image->color_planes, y * w, w);
+            for (int k = 0; k < 3; ++k) std::memcpy(row.channel[k], plane.channel[k], w * kBytesPerSample);
+        } else {
+            row = PlanesAt(image->color_planes, y * w, w);
+        }
+        if (input) linearize.Run([&] { Apply(kernel, *input, row); });
+        std::uint8_t* const to = out + y * row_bytes;
+        if (!output) {
+            apply.Run([&] { kernel.transform_pack_row(row, transform, format, to); });
+            continue;
+        }
+        apply.Run([&] { kernel.transform_row(row, transform); });
+        non_linearize.Run([&] {
+            Apply(kernel, *output, row);
+            kernel.pack_row(row, format, to);
+        });
+    }
+    image->color_size_in_bytes = format == ColorFormat::k16        ? 3 * image->size_in_bytes
+                                 : format == ColorFormat::k8Padded ? 4 * image->num_pixels
+                                                                   : 3 * image->num_pixels;
+    if (!CanApply(settings.output_non_linearization)) {
+        ZEL_LOG(m_Logger, kLogError, kFunction, "Color output non-linearization step failed!");
+    }
+    for (StepTime* step : {&demosaic, &linearize, &apply, &non_linearize}) step->Report(kFunction);
+}
+
+bool ZelCameraControlImpl::ReserveColorRows(std::size_t samples) {
+    try {
+        if (m_ColorRows.size() < samples) m_ColorRows.resize(samples);
+    } catch (const std::exception&) {
+        return false;
+    }
+    return true;
+}
+
+}  // namespace zel

@@ -1,0 +1,20 @@
+// Whole text files.
+#ifndef PLATFORM_FILES_H
+#define PLATFORM_FILES_H
+
+#include <cstddef>
+#include <string>
+
+namespace zel::platform {
+
+// The file's contents. False when it can't be read or is longer than `limit` bytes.
+bool ReadTextFile(const std::string& path, std::size_t limit, std::string& contents);
+
+// Replaces the file's contents, or makes it. The text goes into a neighbour file ("PATH.part") that takes the file's
+// place when it is complete and on the disk: a crash in the middle leaves the old file as it was. False when anything
+// failed; the old file is then untouched. The folder must exist.
+bool ReplaceTextFile(const std::string& path, const std::string& contents);
+
+}  // namespace zel::platform
+
+#endif

@@ -1,0 +1,155 @@
+#include "tapbalance/TableText.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <span>
+
+namespace zel {
+
+namespace {
+
+constexpr std::size_t kRowNumbers = 1 + kMostTaps;
+
+void AppendSevenDecimals(std::string& text, float value) {
+    std::array<char, 64> digits;
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::fixed, 7);
+    text.append(digits.data(), end.ptr);
+}
+
+// The lines of a text one after the other.
+class Lines {
+  public:
+    explicit Lines(std::string_view text) : m_Rest(text) {}
+
+    std::string_view Next() {
+        const std::size_t end = m_Rest.find('\n');
+        const std::string_view line = m_Rest.substr(0, end);
+        m_Rest.remove_prefix(end == std::string_view::npos ? m_Rest.size() : end + 1);
+        return line;
+    }
+
+  private:
+    std::string_view m_Rest;
+};
+
+// The numbers that a line begins with, into `numbers`; how many there are. What follows them is not looked at.
+template <class Number>
+int ParseNumbers(std::string_view line, std::span<Number> numbers) {
+    constexpr std::string_view kBlanks = " \t\r";
+    int count = 0;
+    for (Number& number : numbers) {
+        line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
+        const auto [stop, error] = std::from_chars(line.data(), line.data() + line.size(), number);
+        if (error != std::errc()) break;
+        const bool separated = stop == line.data() + line.size() || kBlanks.find(*stop) != std::string_view::npos;
+        if (!separated) break;
+        line.remove_prefix(static_cast<std::size_t>(stop - line.data()));
+        ++count;
+    }
+    return count;
+}
+
+bool FitsFloat(double value) { return std::abs(value) <= double{std::numeric_limits<float>::max()}; }
+
+std::string Failure(const char* format, int first, int second = 0) {
+    std::array<char, 160> line;
+    std::snprintf(line.data(), line.size(), format, first, second);
+    return line.data();
+}
+
+// "ROWS TAPS" and the rows. Number: the precision in which the file is read.
+template <class Number>
+std::optional<TapTable> ParseTable(Lines& lines, std::string& error) {
+    std::array<int, 2> shape{};
+    if (const int got = ParseNumbers<int>(lines.Next(), shape); got != 2) {
+        error = Failure("***PARSE ERROR***. Row:0 Expected 2 cols of data and got %d", got);
+        return std::nullopt;
+    }
+    const auto [rows, taps] = shape;
+    if (taps != 2 && taps != 4) {
+        error = Failure("***PARSE ERROR***. %d taps: a table has 2 or 4", taps);
+        return std::nullopt;
+    }
+    if (!TapTable::IsValidShape(rows, taps + 1)) {
+        error = Failure("***PARSE ERROR***. %d rows: a table has 1 to %d", rows, TapTable::kMostRows);
+        return std::nullopt;
+    }
+    TapTable table(rows, taps);
+    for (int row = 0; row < rows; ++row) {
+        std::array<Number, kRowNumbers> numbers{};
+        if (const int got = ParseNumbers<Number>(lines.Next(), numbers); got != static_cast<int>(kRowNumbers)) {
+            error = Failure("***PARSE ERROR***. Row:%d Expected 5 cols of data and got %d", row + 1, got);
+            return std::nullopt;
+        }
+        for (const Number number : numbers) {
+            if (FitsFloat(double{number})) continue;
+            error = Failure("***PARSE ERROR***. Row:%d holds a value that no table can have", row + 1);
+            return std::nullopt;
+        }
+        TapRow values;
+        values.millivolts = static_cast<float>(numbers[0]);
+        for (std::size_t tap = 0; tap < kMostTaps; ++tap) values.gains[tap] = static_cast<float>(numbers[tap + 1]);
+        table.SetRow(row, values);
+    }
+    return table;
+}
+
+}  // namespace
+
+std::string FormatCacheFile(const TapTable& table, const Sha1::Digest& digest) {
+    std::string text;
+    for (std::size_t i = 0; i < digest.size(); ++i) {
+        text += std::to_string(digest[i]);
+        text += i + 1 < digest.size() ? ' ' : '\n';
+    }
+    text += std::to_string(table.Rows()) + " " + std::to_string(table.Taps()) + "\n";
+    for (int row = 0; row < table.Rows(); ++row) {
+        const TapRow values = table.Row(row);
+        AppendSevenDecimals(text, values.millivolts);
+        for (int tap = 0; tap < table.Taps(); ++tap) {
+            text += ' ';
+            AppendSevenDecimals(text, values.gains[static_cast<std::size_t>(tap)]);
+        }
+        text += table.Taps() == 2 ? " 0 0\n" : "\n";
+    }
+    return text;
+}
+
+std::optional<CacheFile> ParseCacheFile(std::string_view text, std::string& error) {
+    Lines lines(text);
+    std::array<int, std::tuple_size_v<Sha1::Digest>> numbers{};
+    int got = ParseNumbers<int>(lines.Next(), numbers);
+    Sha1::Digest digest{};
+    for (int i = 0; i < got; ++i) {
+        const int number = numbers[static_cast<std::size_t>(i)];
+        if (number < 0 || number > 255) got = i;
+        digest[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(number);
+    }
+    if (got != static_cast<int>(digest.size())) {
+        error = Failure("***HASH PARSE ERROR***. Expected 20 bytes data and got %d", got);
+        return std::nullopt;
+    }
+    std::optional<TapTable> table = ParseTable<float>(lines, error);
+    if (!table) return std::nullopt;
+    return CacheFile{digest, std::move(*table)};
+}
+
+std::optional<TapTable> ParseMasterFile(std::string_view text, std::string& error) {
+    Lines lines(text);
+    return ParseTable<double>(lines, error);
+}
+
+std::string DigestText(const Sha1::Digest& digest) {
+    std::string text;
+    for (const std::uint8_t byte : digest) {
+        std::array<char, 4> digits{};
+        std::snprintf(digits.data(), digits.size(), "%x", byte);
+        text += digits.data();
+    }
+    return text;
+}
+
+}  // namespace zel

@@ -1,0 +1,157 @@
+// Calibration tables in files: the cache that spares a camera's next connection the download, and master files.
+#include <string_view>
+
+#include "platform/Files.h"
+#include "platform/User.h"
+#include "tapbalance/TableText.h"
+#include "tapbalance/TapBalance.h"
+
+namespace zel {
+
+namespace {
+
+constexpr const char* kWrite = "TapBalance::WriteDataToFile";
+constexpr const char* kLoad = "TapBalance::LoadDataFromFile";
+constexpr const char* kLoadMaster = "TapBalance::LoadDataFromMasterFile";
+
+constexpr std::size_t kLongestText = 63;
+constexpr std::size_t kLargestFile = 1 << 20;  // far more than 1000 rows take
+constexpr const char* kSpeeds[kTapTables] = {"20MHz", "40MHz"};
+
+// A camera's text as part of a file name: whatever could be a path or a wildcard becomes '_'.
+std::string NamePart(const char* text) {
+    constexpr std::string_view kKept = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_.+ ";
+    std::string part = std::string(text ? text : "").substr(0, kLongestText);
+    for (char& c : part) {
+        if (kKept.find(c) == std::string_view::npos) c = '_';
+    }
+    return part;
+}
+
+std::string_view BaseOf(std::string_view path) {
+    const std::size_t separator = path.find_last_of("/\\");
+    return separator == std::string_view::npos ? path : path.substr(separator + 1);
+}
+
+}  // namespace
+
+void TapBalance::SetCameraTexts(const char* first, const char* second) {
+    const std::lock_guard lock(m_Lock);
+    Guarded("TapBalance::SetCameraTexts", [&] {
+        m_CameraTexts = {NamePart(first), NamePart(second)};
+        return true;
+    });
+}
+
+// On purpose: without a folder the path begins with the separator.
+std::string TapBalance::CacheFilePath() {
+    const std::lock_guard lock(m_Lock);
+    const int select = m_TableSelect;
+    if (!IsTable(select)) {
+        ZEL_LOG(m_Logger, kLogError, kWrite, "***ERROR***: select is not set to valid value");
+        return "";
+    }
+    std::string path;
+    Guarded(kWrite, [&] {
+        path = platform::CalibrationFolder() + platform::PathSeparator() + "zel_" + m_CameraTexts[0] + "_" +
+               m_CameraTexts[1] + "_" + kSpeeds[select] + ".txt";
+        return true;
+    });
+    return path;
+}
+
+bool TapBalance::WriteDataToFile() {
+    const std::lock_guard lock(m_Lock);
+    return Guarded(kWrite, [&] {
+        const std::string path = CacheFilePath();
+        if (path.empty()) return false;
+        const Slot& slot = m_TapBalanceData[Index(m_TableSelect)];
+        if (!slot.data) {
+            ZEL_LOG(m_Logger, kLogError, kWrite, "***ERROR***: there is no table to write to %s", path.c_str());
+            return false;
+        }
+        if (platform::ReplaceTextFile(path, FormatCacheFile(*slot.data, slot.data->Digest()))) return true;
+        ZEL_LOG(m_Logger, kLogError, kWrite, "***ERROR***: %s can't be written", path.c_str());
+        return false;
+    });
+}
+
+bool TapBalance::LoadDataFromFile(const char* file_name, bool check_camera) {
+    const std::lock_guard lock(m_Lock);
+    const int select = m_TableSelect;
+    if (!IsTable(select)) {
+        ZEL_LOG(m_Logger, kLogError, kLoad, "***ERROR***: select is not set to valid value");
+        return false;
+    }
+    return Guarded(kLoad, [&] {
+        std::string text;
+        if (!file_name || !platform::ReadTextFile(file_name, kLargestFile, text)) {
+            ZEL_LOG(m_Logger, kLogWarning, kLoad, "%s can't be read", file_name ? file_name : "(null)");
+            return false;
+        }
+        std::string error;
+        std::optional<CacheFile> file = ParseCacheFile(text, error);
+        if (!file) {
+            ZEL_LOG(m_Logger, kLogError, kLoad, "%s", error.c_str());
+            return false;
+        }
+        if (check_camera && !CheckAgainstCamera(file_name, select, file->digest, file->table)) return false;
+        if (!StoreTable(select, std::move(file->table))) return false;
+        m_DataValid = true;
+        return true;
+    });
+}
+
+// A table that differs from the camera's is not in use any more; one that can't be compared ends the correction.
+bool TapBalance::CheckAgainstCamera(const char* file_name, int select, const Sha1::Digest& file_digest,
+                                    const TapTable& table) {
+    Sha1::Digest camera_digest{};
+    if (!GetTableHashFromCamera(select, camera_digest)) {
+        ZEL_LOG(m_Logger, kLogError, kLoad,
+                "TapBalance::LoadDataFromFile(filename:%s) ***ERROR***. GetTableHashFromCamera(select:%d) failed",
+                file_name, select);
+        ZEL_LOG(m_Logger, kLogError, kLoad, "**** DATA FAULT ****");
+        m_DataValid = false;
+        m_DataFault = true;
+        return false;
+    }
+    const Sha1::Digest data_digest = table.Digest();
+    if (camera_digest == file_digest && file_digest == data_digest) return true;
+    ZEL_LOG(m_Logger, kLogError, kLoad, "***ERROR***. hash values do not match");
+    ZEL_LOG(m_Logger, kLogError, kLoad, "camera_hash: %s", DigestText(camera_digest).c_str());
+    ZEL_LOG(m_Logger, kLogError, kLoad, "data_hash : %s", DigestText(data_digest).c_str());
+    ZEL_LOG(m_Logger, kLogError, kLoad, "hash : %s", DigestText(file_digest).c_str());
+    DropTable(select);
+    return false;
+}
+
+bool TapBalance::LoadDataFromMasterFile(const char* file_name) {
+    return Guarded(kLoadMaster, [&] {
+        const std::string_view name = BaseOf(file_name ? file_name : "");
+        int select = 0;
+        while (select < kTapTables && name.find(kSpeeds[select]) == std::string_view::npos) ++select;
+        if (!IsTable(select)) {
+            ZEL_LOG(m_Logger, kLogError, kLoadMaster, "***ERROR***: neither 20MHz nor 40MHz in the name \"%s\"",
+                    file_name ? file_name : "(null)");
+            return false;
+        }
+        std::string text;
+        if (!platform::ReadTextFile(file_name, kLargestFile, text)) {
+            ZEL_LOG(m_Logger, kLogError, kLoadMaster, "***ERROR***: %s can't be read", file_name);
+            return false;
+        }
+        std::string error;
+        std::optional<TapTable> table = ParseMasterFile(text, error);
+        if (!table) {
+            ZEL_LOG(m_Logger, kLogError, kLoadMaster, "%s", error.c_str());
+            return false;
+        }
+        const std::lock_guard lock(m_Lock);
+        SelectTable(select);
+        if (!StoreTable(select, std::move(*table))) return false;
+        m_DataValid = true;
+        return true;
+    });
+}
+
+}  // namespace zel

@@ -1,0 +1,401 @@
+// Color pictures of a small color camera: settings, the chain of steps, and what the application is called with.
+#include <atomic>
+#include <cstring>
+#include <limits>
+#include <thread>
+
+#include "kernels/Kernels.h"
+#include "tests/camera/CameraFixture.h"
+
+namespace zel::test {
+namespace {
+
+using Matrix = std::array<float, 9>;
+using Words = std::vector<std::uint16_t>;
+
+Bytes DoubleBytes(double value) {
+    Bytes bytes(sizeof value);
+    std::memcpy(bytes.data(), &value, sizeof value);
+    return bytes;
+}
+
+// 6 x 4 pixels of 14 bits, phase 1: the top-left pixel belongs to channel 2.
+class ColorTest : public CameraTest {
+  protected:
+    static constexpr unsigned kW = 6, kH = 4;
+
+    ColorTest() {
+        m_Table.m_Exceptions.erase(CFA_TYPE);
+        m_Table.m_Blocks[CFA_TYPE] = TextBytes("Bayer");
+        m_Table.m_Blocks[CCM_OUTPUT_COLOR_SPACE] = TextBytes("CCIR 709");
+        m_Table.m_Values[CFA_PHASE] = 1;
+        m_Table.m_Values[BITS_PER_PIXEL] = 14;
+        SetMatrix(CCM_1_1, {2, 0, 0, 0, 1, 0, 0, 0, 1});
+        SetMatrix(DWB_1_1, {1, 1, 0, 0, 1, 0, 0, 0, 1});
+        SetSize(kW, kH);
+    }
+    void SetSize(int w, int h) {
+        m_Table.m_Values[H_SIZE] = m_Table.m_Values[H_ROI_PIXELS] = w;
+        m_Table.m_Values[V_SIZE] = m_Table.m_Values[V_ROI_PIXELS] = h;
+    }
+    void SetMatrix(int first, const std::array<double, 9>& matrix) {
+        for (int i = 0; i < 9; ++i) m_Table.m_Blocks[first + i] = DoubleBytes(matrix[static_cast<unsigned>(i)]);
+    }
+    void Begin() {
+        ASSERT_EQ(m_Camera->ConnectCommon(), 0);
+        ASSERT_EQ(m_Camera->StartCommon(), 0);
+    }
+    // A frame as the transport delivers it; its samples count up from 100 in tens.
+    ZelImage* Deliver(unsigned short step = 10) {
+        ZelImage* image = m_Camera->GetFreeImage();
+        if (!image) return nullptr;
+        for (unsigned i = 0; i < image->num_pixels; ++i) image->pixels[i] = static_cast<std::uint16_t>(100 + step * i);
+        m_Camera->FillImageInfo(image);
+        EXPECT_TRUE(m_Camera->SetPendingImage(image));
+        return image;
+    }
+    ZelColorImage* Picture(unsigned short step = 10) {
+        Deliver(step);
+        return m_Camera->GetPendingColorImage();
+    }
+    // The demosaiced frame, computed row by row.
+    static Words Demosaiced(const ZelImage* image, int phase) {
+        const unsigned w = image->w, h = image->h;
+        Words picture;
+        for (unsigned y = 0; y < h; ++y) {
+            Words c[3] = {Words(w), Words(w), Words(w)};
+            const auto* row = image->pixels + y * w;
+            kernels::scalar::DemosaicRow(
+                {y ? row - w : nullptr, row, y + 1 < h ? row + w : nullptr, w, kernels::PhaseAt(phase, 0, y), false},
+                {{c[0].data(), c[1].data(), c[2].data()}, w});
+            for (unsigned x = 0; x < w; ++x) picture.insert(picture.end(), {c[0][x], c[1][x], c[2][x]});
+        }
+        return picture;
+    }
+    static Words Content(const ZelColorImage* image) {
+        const auto* words = static_cast<const std::uint16_t*>(image->color_pixels);
+        return Words(words, words + image->w * image->h * 3);
+    }
+    Matrix Transform() {
+        Matrix matrix{};
+        EXPECT_TRUE(m_Camera->GetColorTransform(matrix.data()));
+        return matrix;
+    }
+};
+
+TEST_F(ColorTest, APictureIsTheDemosaicedFrameUntilATransformIsSet) {
+    Begin();
+    const ZelColorImage* image = Picture();
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(image->color_size_in_bytes, kW * kH * 6);
+    EXPECT_EQ(Content(image), Demosaiced(image, 1));
+    EXPECT_EQ(image->pixels[7], 170) << "the mosaic stays";
+    EXPECT_EQ(m_Camera->GetPendingColorImage(), nullptr);
+    EXPECT_EQ(m_Camera->GetLastPendingColorImage(), nullptr);
+}
+
+TEST_F(ColorTest, TheCamerasMatricesAndPhaseAreParameters) {
+    Begin();
+    double matrix[9] = {};
+    EXPECT_TRUE(m_Camera->GetParameter(ZEL_PARAM_COLOR_CAMERA_CORRECTION_MATRIX, sizeof matrix, matrix));
+    EXPECT_THAT(matrix, testing::ElementsAre(2, 0, 0, 0, 1, 0, 0, 0, 1));
+    EXPECT_TRUE(m_Camera->GetParameter(ZEL_PARAM_DEFAULT_WHITE_BALANCE_MATRIX, sizeof matrix, matrix));
+    EXPECT_THAT(matrix, testing::ElementsAre(1, 1, 0, 0, 1, 0, 0, 0, 1));
+    EXPECT_EQ(m_Camera->GetParameterValue(ZEL_PARAM_COLOR_FILTER_PHASE), 1);
+}
+
+// The matrix concatenated last acts first: T x M.
+struct Operation {
+    std::vector<int> operations;
+    bool answer;
+    Matrix transform;
+};
+class OperationTest : public ColorTest, public testing::WithParamInterface<Operation> {};
+
+TEST_P(OperationTest, BuildsATransform) {
+    Begin();
+    bool answer = false;
+    for (const int operation : GetParam().operations) answer = m_Camera->ConcatenateColorTransform(operation, 0);
+    EXPECT_EQ(answer, GetParam().answer);
+    EXPECT_EQ(Transform(), GetParam().transform);
+    EXPECT_FALSE(m_Camera->GetColorTransform(nullptr));
+}
+
+INSTANTIATE_TEST_SUITE_P(, OperationTest,
+                         testing::Values(Operation{{0}, true, {1, 0, 0, 0, 1, 0, 0, 0, 1}},
+                                         Operation{{8}, true, {2, 0, 0, 0, 1, 0, 0, 0, 1}},
+                                         Operation{{9}, true, {1, 1, 0, 0, 1, 0, 0, 0, 1}},
+                                         Operation{{8, 9}, true, {2, 2, 0, 0, 1, 0, 0, 0, 1}},
+                                         Operation{{10}, true, {2, 1, 0, 0, 1, 0, 0, 0, 1}},
+                                         Operation{{8, 0}, true, {1, 0, 0, 0, 1, 0, 0, 0, 1}},
+                                         Operation{{8, 4}, false, {2, 0, 0, 0, 1, 0, 0, 0, 1}},
+                                         Operation{{8, 7}, false, {2, 0, 0, 0, 1, 0, 0, 0, 1}},
+                                         Operation{{8, 11}, false, {2, 0, 0, 0, 1, 0, 0, 0, 1}},
+                                         Operation{{8, -1}, false, {2, 0, 0, 0, 1, 0, 0, 0, 1}}));
+
+TEST_F(ColorTest, PicturesInXyzPassThroughTwoConversionsThatAreNotQuiteTheIdentity) {
+    m_Table.m_Blocks[CCM_OUTPUT_COLOR_SPACE] = TextBytes("XYZ");
+    Begin();
+    EXPECT_TRUE(m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_16_BIT, 0));
+    const Matrix transform = Transform();
+    EXPECT_NEAR(transform[0], 1, 0.002);
+    EXPECT_NE(transform[0], 1.0f);
+    EXPECT_NEAR(transform[1], 0, 0.002);
+    EXPECT_TRUE(m_Camera->ResetColorTransform());
+    EXPECT_EQ(Transform(), transform);
+}
+
+TEST_F(ColorTest, MatricesThatCannotBeReadAreTheIdentity) {
+    m_Table.m_Exceptions[CCM_2_2] = kExceptionBadIndex;
+    SetMatrix(DWB_1_1, {1, 1, 0, 0, std::numeric_limits<double>::quiet_NaN(), 0, 0, 0, 1});
+    Begin();
+    EXPECT_TRUE(m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_WHITE_BALANCE_AND_CORRECTION, 0));
+    EXPECT_EQ(Transform(), (Matrix{1, 0, 0, 0, 1, 0, 0, 0, 1}));
+    SetMatrix(CCM_1_1, {1e30, 0, 0, 0, 1, 0, 0, 0, 1});
+    m_Camera->ConnectCommon();
+    EXPECT_TRUE(m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_CAMERA_CORRECTION, 0));
+    EXPECT_EQ(Transform()[0], 1.0f);
+}
+
+TEST_F(ColorTest, AMatrixThatLeadsNowhereIsRefused) {
+    Begin();
+    const Matrix none{std::numeric_limits<float>::infinity(), 0, 0, 0, 1, 0, 0, 0, 1};
+    const Matrix huge{1e30f, 0, 0, 0, 1, 0, 0, 0, 1};
+    EXPECT_FALSE(m_Camera->ConcatenateColorMatrix(nullptr));
+    EXPECT_FALSE(m_Camera->ConcatenateColorMatrix(none.data()));
+    EXPECT_TRUE(m_Camera->ConcatenateColorMatrix(huge.data()));
+    EXPECT_FALSE(m_Camera->ConcatenateColorMatrix(huge.data())) << "their product overflows";
+    EXPECT_EQ(Transform(), huge);
+    const ZelColorImage* image = Picture();
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(Content(image)[2], 16383) << "clamped";
+}
+
+TEST_F(ColorTest, OutputFormatsAndDepths) {
+    Begin();
+    ASSERT_TRUE(m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_16_BIT, 12));
+    const ZelColorImage* image = Picture(300);
+    ASSERT_NE(image, nullptr);
+    Words expected = Demosaiced(image, 1);
+    for (auto& word : expected) word = static_cast<std::uint16_t>(word >> 2);
+    EXPECT_EQ(Content(image), expected) << "shifted by two";
+
+    for (const auto& [operation, channels] :
+         {std::pair(ZEL_COLOR_TRANSFORM_8_BIT_RGB, 3u), std::pair(ZEL_COLOR_TRANSFORM_8_BIT_RGBX, 4u)}) {
+        ASSERT_TRUE(m_Camera->ConcatenateColorTransform(operation, 0));
+        image = Picture(300);
+        ASSERT_NE(image, nullptr);
+        EXPECT_EQ(image->color_size_in_bytes, kW * kH * channels);
+        const auto* bytes = static_cast<const std::uint8_t*>(image->color_pixels);
+        const Words whole = Demosaiced(image, 1);
+        for (unsigned pixel = 0; pixel < kW * kH; ++pixel) {
+            for (unsigned c = 0; c < channels; ++c) {
+                ASSERT_EQ(bytes[pixel * channels + c], c == 3 ? 255 : whole[pixel * 3 + c] >> 6) << pixel;
+            }
+        }
+    }
+    EXPECT_TRUE(m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_16_BIT, 12));
+    EXPECT_TRUE(m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_16_BIT, 15)) << "logged; the depth stays";
+    image = Picture(300);
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(Content(image), expected);
+}
+
+TEST_F(ColorTest, ARegionBeginsAtItsOwnPlaceInTheMosaic) {
+    for (const int type : {CAMERA_TYPE_USB, CAMERA_TYPE_PLEORA_EBUS}) {
+        m_Transport.m_Answers.interface_type = type;
+        for (const auto& [x, y, phase] : {std::array{1, 0, 3}, {0, 1, 4}, {1, 1, 2}, {2, 2, 1}}) {
+            m_Table.m_Values[H_ROI_ORIGIN] = x;
+            m_Table.m_Values[V_ROI_ORIGIN] = y;
+            m_Table.m_Values[H_ROI_PIXELS] = 4;
+            m_Table.m_Values[V_ROI_PIXELS] = 2;
+            Begin();
+            const ZelColorImage* image = Picture();
+            ASSERT_NE(image, nullptr);
+            ASSERT_EQ(image->w, 4u);
+            EXPECT_EQ(Content(image), Demosaiced(image, phase)) << x << ", " << y;
+        }
+    }
+}
+
+// On purpose: one factor of 1 keeps the color stages going, whatever the message says.
+TEST_F(ColorTest, OnlyBothBinningFactorsTogetherSwitchColorOff) {
+    for (const auto& [bx, by, color] : {std::tuple(2, 1, true), {1, 2, true}, {2, 2, false}}) {
+        m_Table.m_Values[H_BIN] = bx;
+        m_Table.m_Values[V_BIN] = by;
+        Begin();
+        m_Camera->ClearLastError();
+        const ZelColorImage* image = Picture();
+        ASSERT_NE(image, nullptr);
+        EXPECT_EQ(image->w, kW) << "color frames are not binned";
+        EXPECT_EQ(Content(image) == Demosaiced(image, 1), color);
+        EXPECT_EQ(m_Camera->GetLastError(), color ? 0 : ZEL_ERROR_INVALID_BINNING_SELECTION);
+    }
+}
+
+TEST_F(ColorTest, TablesBeforeAndAfterTheTransform) {
+    Begin();
+    // Channel k: value v becomes 2 v + k, and at the end 1000 - v. The last entry goes on beyond the table's end.
+    Words input, output;
+    for (std::uint16_t v = 0; v < 250; ++v) {
+        for (std::uint16_t k = 0; k < 3; ++k) input.push_back(static_cast<std::uint16_t>(2 * v + k));
+    }
+    for (std::uint16_t v = 0; v < 1000; ++v) output.insert(output.end(), 3, static_cast<std::uint16_t>(1000 - v));
+    EXPECT_TRUE(m_Camera->SetInputLinearizationTable(input.data(), 250, 3));
+    EXPECT_TRUE(m_Camera->SetOutputNonLinearizationTable(output.data(), 1000, 3));
+    const ZelColorImage* image = Picture();
+    ASSERT_NE(image, nullptr);
+    Words expected = Demosaiced(image, 1);
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        expected[i] = output[3 * input[3 * std::min<std::size_t>(expected[i], 249) + i % 3]];
+    }
+    EXPECT_EQ(Content(image), expected);
+    // A table that has not three channels is not applied; none is passed through.
+    EXPECT_TRUE(m_Camera->SetInputLinearizationTable(input.data(), 100, 4));
+    EXPECT_TRUE(m_Camera->SetOutputNonLinearizationTable(nullptr, 0, 3));
+    image = Picture();
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(Content(image), Demosaiced(image, 1));
+}
+
+TEST_F(ColorTest, WithoutAPhaseThePictureIsGrey) {
+    m_Table.m_Values[CFA_PHASE] = 5;
+    Begin();
+    EXPECT_EQ(m_Camera->GetParameterValue(ZEL_PARAM_COLOR_FILTER_PHASE), 0);
+    const ZelColorImage* image = Picture();
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(Content(image), Demosaiced(image, 0));
+}
+
+TEST_F(ColorTest, TheSmallestMosaics) {
+    for (const auto& [w, h] : {std::pair(1, 1), {1, 5}, {5, 1}, {2, 2}}) {
+        SetSize(w, h);
+        Begin();
+        const ZelColorImage* image = Picture();
+        ASSERT_NE(image, nullptr);
+        EXPECT_EQ(Content(image), Demosaiced(image, 1)) << w << " x " << h;
+    }
+}
+
+TEST_F(ColorTest, FramesTakeTheColorPathWhenTheyArrive) {
+    static int seen;
+    seen = 0;
+    Begin();
+    m_Camera->SetImageCallback(
+        [](ZelImage* image, void*) { seen = static_cast<ZelColorImage*>(image)->color_pixels ? 2 : 1; }, nullptr);
+    m_Transport.EmitImage(Deliver());
+    EXPECT_EQ(seen, 2);
+    ZelImage* image = static_cast<ZelCamera&>(*m_Camera).GetPendingImage();
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(Content(static_cast<ZelColorImage*>(image)), Demosaiced(image, 1)) << "processed once";
+}
+
+// What the callback is handed, and what it may do meanwhile.
+struct Scratchpad {
+    ZelCameraControl* camera;
+    int calls = 0;
+    int again = 0;
+    std::uint16_t first = 0;
+    bool taken_inside = false;
+
+    static int ZEL_CALL Call(ZelColorImage* image, void* context) {
+        auto* self = static_cast<Scratchpad*>(context);
+        ++self->calls;
+        self->first = static_cast<std::uint16_t*>(image->color_pixels)[2];
+        // No lock is held: these wait for the processing lock and the pipelines'.
+        self->camera->GetScratchBufferCount();
+        self->camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_16_BIT, 12);
+        static_cast<ZelImageInternal*>(image)->color_planes.planes[2][0] = 0;
+        // The frame itself can be taken from inside.
+        self->taken_inside = static_cast<ZelCamera*>(self->camera)->GetPendingImage() == image;
+        return self->again;
+    }
+};
+
+TEST_F(ColorTest, TheScratchpadSeesEachFrameInItsOwnColors) {
+    for (const int again : {0, 1}) {
+        Scratchpad scratchpad{m_Camera.get(), 0, again};
+        Begin();
+        const Matrix half{0.5f, 0, 0, 0, 0.5f, 0, 0, 0, 0.5f};
+        m_Camera->ResetScratchpadTransform();
+        EXPECT_TRUE(m_Camera->ConcatenateScratchpadMatrix(half.data()));
+        EXPECT_TRUE(m_Camera->SetScratchpadCallback(Scratchpad::Call, &scratchpad));
+        m_Camera->SetImageCallback([](ZelImage*, void*) {}, nullptr);
+        const ZelImage* image = Deliver();
+        m_Transport.EmitImage(const_cast<ZelImage*>(image));
+        EXPECT_EQ(scratchpad.calls, 1);
+        EXPECT_EQ(scratchpad.first, 50) << "100 through the scratchpad's transform";
+        EXPECT_TRUE(scratchpad.taken_inside);
+        Words expected = Demosaiced(image, 1);
+        if (!again) expected[2] = 0;  // what the callback did to the planes
+        for (auto& word : expected) word = static_cast<std::uint16_t>(word >> 2);
+        EXPECT_EQ(Content(static_cast<const ZelColorImage*>(image)), expected)
+            << "what the callback staged is in force for the same frame";
+        Matrix matrix{};
+        EXPECT_TRUE(m_Camera->GetScratchpadTransform(matrix.data()));
+        EXPECT_EQ(matrix, half);
+        m_Camera->SetScratchpadCallback(nullptr, nullptr);
+    }
+}
+
+// A thread that wants the frame gets it when the callback is through with it.
+TEST_F(ColorTest, AFrameAtTheScratchpadIsWaitedFor) {
+    static std::atomic<bool> inside, go_on;
+    inside = go_on = false;
+    Begin();
+    m_Camera->SetImageCallback([](ZelImage*, void*) {}, nullptr);
+    m_Camera->SetScratchpadCallback(
+        [](ZelColorImage*, void*) {
+            inside = true;
+            while (!go_on) std::this_thread::yield();
+            return 0;
+        },
+        nullptr);
+    ZelImage* image = Deliver();
+    std::thread transport([&] { m_Transport.EmitImage(image); });
+    while (!inside) std::this_thread::yield();
+    Words seen;
+    std::thread application([&] {
+        if (auto* pending = static_cast<ZelCamera&>(*m_Camera).GetPendingImage()) {
+            seen = Content(static_cast<ZelColorImage*>(pending));
+        }
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    go_on = true;
+    transport.join();
+    application.join();
+    EXPECT_EQ(seen, Demosaiced(image, 1));
+}
+
+// Each frame has one complete transform, however fast another thread changes it.
+TEST_F(ColorTest, AFrameNeverMixesTwoSettings) {
+    SetSize(64, 32);
+    Begin();
+    std::atomic<bool> stop{false};
+    std::thread settings([&] {
+        const Matrix three{3, 0, 0, 0, 3, 0, 0, 0, 3};
+        const Words table(3 * 16384, 7);
+        for (unsigned i = 0; !stop; ++i) {
+            m_Camera->ResetColorTransform();
+            m_Camera->ConcatenateColorMatrix(three.data());
+            m_Camera->SetOutputNonLinearizationTable(i % 2 ? table.data() : nullptr, 16384, 3);
+        }
+    });
+    std::array<int, 3> seen{};
+    for (int frame = 0; frame < 400; ++frame) {
+        ZelColorImage* image = Picture(0);
+        ASSERT_NE(image, nullptr);
+        const Words content = Content(image);
+        EXPECT_THAT(content[0], testing::AnyOf(100, 300, 7));
+        ++seen[content[0] == 100 ? 0 : content[0] == 300 ? 1 : 2];
+        EXPECT_EQ(std::count(content.begin(), content.end(), content[0]), static_cast<std::ptrdiff_t>(content.size()));
+        m_Camera->FreeColorImage(image);
+    }
+    stop = true;
+    settings.join();
+    RecordProperty("identity", seen[0]);
+    RecordProperty("three", seen[1]);
+}
+
+}  // namespace
+}  // namespace zel::test

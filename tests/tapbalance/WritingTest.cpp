@@ -1,0 +1,124 @@
+// Tables going to the camera: what is written reads back with the same digest.
+#include "tests/tapbalance/TapBalanceFixture.h"
+
+namespace zel::test {
+namespace {
+
+class WritingTest : public TapBalanceTest {
+  protected:
+    bool Enter(int select, const TapTable& table) {
+        if (!m_TapBalance.SetTableConfig(select, table.Rows(), table.Taps())) return false;
+        m_TapBalance.SelectTable(select);
+        for (int row = 0; row < table.Rows(); ++row) {
+            const TapRow values = table.Row(row);
+            if (!m_TapBalance.SetTableData(row, values.millivolts, values.gains.data())) return false;
+        }
+        return true;
+    }
+};
+
+TEST_F(WritingTest, WhatIsWrittenReadsBackWithTheSameDigest) {
+    for (const int taps : {2, 4}) {
+        for (const std::size_t page_size : {64u, 264u, 4096u}) {
+            m_Flash = ScriptedFlash(page_size, 65536 / page_size);
+            m_Flash.Put(57, {1, 2, 3});  // behind the directory
+            m_TapBalance.ForgetFlash();
+            const TapTable first = MakeTable(30, taps);
+            const TapTable second = MakeTable(45, taps, 4);
+            ASSERT_TRUE(Enter(1, second) && Enter(0, first)) << "in any order";
+            ASSERT_TRUE(m_TapBalance.WriteTableConfigToCamera());
+            ASSERT_TRUE(m_TapBalance.WriteDataToCamera());
+            // The layout that the reading side expects, built by hand.
+            ScriptedFlash expected(page_size, 65536 / page_size);
+            const std::size_t first_bytes = static_cast<std::size_t>(first.Rows() * 4 * first.Columns());
+            const std::size_t second_at = page_size + (first_bytes + page_size - 1) / page_size * page_size;
+            expected.PutDirectory(2, {30, taps + 1, static_cast<int>(page_size), Digest(first)},
+                                  {45, taps + 1, static_cast<int>(second_at), Digest(second)});
+            expected.Put(57, {1, 2, 3});
+            expected.PutTable(page_size, first);
+            expected.PutTable(second_at, second);
+            EXPECT_EQ(m_Flash.Content(), expected.Content());
+            EXPECT_TRUE(m_TapBalance.CheckDownload());
+            EXPECT_TRUE(m_TapBalance.LoadDataFromCamera());
+            EXPECT_TRUE(m_TapBalance.CheckDownload());
+            EXPECT_TRUE(m_TapBalance.Enable(true));
+            EXPECT_TRUE(m_TapBalance.TablesFor(0) && m_TapBalance.TablesFor(1));
+        }
+    }
+}
+
+TEST_F(WritingTest, WhatDoesNotFitTheFlashIsRefused) {
+    m_Flash = ScriptedFlash(256, 8);  // seven pages for tables: 1792 bytes
+    EXPECT_TRUE(m_TapBalance.SetTableConfig(0, 51, 4));
+    EXPECT_TRUE(m_TapBalance.SetTableConfig(1, 38, 4)) << "3 pages: 760 bytes";
+    EXPECT_FALSE(m_TapBalance.SetTableConfig(1, 39, 4));
+    EXPECT_FALSE(m_TapBalance.SetTableConfig(0, 52, 4)) << "table 1 would not fit any more";
+    EXPECT_FALSE(m_TapBalance.SetTableConfig(0, 1000, 4));
+    m_Flash = ScriptedFlash(56, 100);
+    m_TapBalance.ForgetFlash();
+    EXPECT_FALSE(m_TapBalance.SetTableConfig(0, 4, 2)) << "the directory needs 57 bytes of page 0";
+}
+
+TEST_F(WritingTest, NonsenseIsRefusedBeforeTheCameraIsTouched) {
+    const int shapes[][3] = {{-1, 10, 2}, {2, 10, 2}, {0, 0, 2},  {0, 1001, 2},
+                             {0, -1, 2},  {0, 10, 1}, {0, 10, 3}, {0, 10, 5}};
+    for (const auto& [table, rows, taps] : shapes)
+        EXPECT_FALSE(m_TapBalance.SetTableConfig(table, rows, taps)) << rows << " " << taps;
+    const float good[4] = {1, 1, 1, 1};
+    EXPECT_FALSE(m_TapBalance.SetTableData(0, 1, good)) << "not configured";
+    EXPECT_TRUE(m_Flash.m_Commands.empty());
+    EXPECT_FALSE(m_TapBalance.WriteDataToCamera());
+    EXPECT_FALSE(m_TapBalance.WriteTableConfigToCamera());
+    ASSERT_TRUE(m_TapBalance.SetTableConfig(0, 10, 2));
+    EXPECT_FALSE(m_TapBalance.WriteDataToCamera()) << "table 1 is missing";
+    EXPECT_FALSE(m_TapBalance.WriteTableConfigToCamera());
+    const float nan = std::nanf("");
+    const std::pair<float, std::array<float, 2>> rows[] = {{nan, {1, 1}},  {1, {nan, 1}}, {1, {1, 2.5f}},
+                                                           {5001, {1, 1}}, {-1, {1, 1}},  {1, {-0.5f, 1}}};
+    for (const auto& [mv, gains] : rows) EXPECT_FALSE(m_TapBalance.SetTableData(0, mv, gains.data())) << mv;
+    for (const int row : {-1, 10}) EXPECT_FALSE(m_TapBalance.SetTableData(row, 1, good));
+    EXPECT_FALSE(m_TapBalance.SetTableData(0, 1, nullptr));
+    EXPECT_EQ(m_Flash.Count("tb w") + m_Flash.Count("tb s"), 0);
+}
+
+TEST_F(WritingTest, ARefusedWriteIsAFailure) {
+    ASSERT_TRUE(Enter(0, MakeTable(10, 2)) && Enter(1, MakeTable(10, 2)));
+    for (const char* refused : {"tb p c", "tb w 10 ", "tb w 70 ", "tb s 1", "tb s 2"}) {
+        m_Flash.m_Fault = [&](const std::string& command) -> std::optional<std::string> {
+            if (command.starts_with(refused)) return "ERR";
+            return std::nullopt;
+        };
+        EXPECT_FALSE(m_TapBalance.WriteDataToCamera()) << refused;
+    }
+    bool once = false;
+    m_Flash.m_Fault = [&](const std::string& command) -> std::optional<std::string> {
+        if (once || !command.starts_with("tb w")) return std::nullopt;
+        once = true;
+        return "";
+    };
+    EXPECT_TRUE(m_TapBalance.WriteDataToCamera()) << "a single loss is repeated";
+}
+
+TEST_F(WritingTest, TheFlashTestLeavesTheFlashAsItWas) {
+    m_Flash.Put(63 * 256, {9, 8, 7});
+    const Bytes before = m_Flash.Content();
+    EXPECT_TRUE(m_TapBalance.FlashTest()) << "an empty flash";
+    EXPECT_EQ(m_Flash.Content(), before);
+    EXPECT_EQ(m_Flash.Count("tb s 3f"), 3);
+    m_Flash.m_Commands.clear();
+    int stored = 0;
+    m_Flash.m_Fault = [&](const std::string& command) -> std::optional<std::string> {
+        if (command != "tb s 3f" || ++stored != 1) return std::nullopt;
+        return "OK";  // but nothing was stored
+    };
+    EXPECT_FALSE(m_TapBalance.FlashTest());
+    EXPECT_EQ(m_Flash.Content(), before);
+    m_Flash.m_Fault = nullptr;
+    m_Flash.PutDirectory(2, {10, 3, 256}, {14, 3, 63 * 256 - 160});  // its last row ends in the last page
+    EXPECT_FALSE(m_TapBalance.FlashTest());
+    m_Flash.PutDirectory(2, {10, 3, 256}, {10, 3, 63 * 256 - 120});
+    EXPECT_TRUE(m_TapBalance.FlashTest());
+}
+
+}  // namespace
+}  // namespace zel::test

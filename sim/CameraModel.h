@@ -14,10 +14,12 @@ struct CameraModel {
     unsigned width = 0;
     unsigned height = 0;
     int bits = 14;
-    bool packed = false;       // samples travel as 12 bits
-    int cfa_phase = 0;         // 0 = monochrome
-    int largest_taps_idx = 0;  // SENSOR_TAPS_IDX 0, 1, 2 = 1, 2, 4 taps
+    bool packed = false;                   // samples travel as 12 bits
+    int cfa_phase = 0;                     // 0 = monochrome
+    std::string color_space = "CCIR 709";  // that its color matrices lead to
+    int largest_taps_idx = 0;              // SENSOR_TAPS_IDX 0, 1, 2 = 1, 2, 4 taps
     int default_taps_idx = 0;
+    bool even_taps = false;  // the taps do not differ
     int pixel_size_nm = 5500;
     double link_bytes_per_second = 0.0;  // what the link can carry
 

@@ -1,5 +1,6 @@
 #include "sim/Faults.h"
 
+#include <algorithm>
 #include <charconv>
 #include <sstream>
 
@@ -23,6 +24,9 @@ constexpr FaultRow kFaults[] = {
     {"delay", FaultKind::kDelay, FaultOccasion::kExchange, true},
     {"truncate", FaultKind::kTruncate, FaultOccasion::kExchange, true},
     {"garbage", FaultKind::kGarbage, FaultOccasion::kExchange, false},
+    {"garble", FaultKind::kGarble, FaultOccasion::kExchange, false},
+    {"bad-gain", FaultKind::kBadGain, FaultOccasion::kTableRow, false},
+    {"nan-gain", FaultKind::kNanGain, FaultOccasion::kTableRow, false},
     {"oversize", FaultKind::kOversize, FaultOccasion::kExchange, false},
     {"exception", FaultKind::kException, FaultOccasion::kExchange, true},
     {"unplug", FaultKind::kUnplug, FaultOccasion::kExchange, false},
@@ -59,9 +63,14 @@ bool ReadNumber(std::string_view text, int& number) {
 bool ReadOption(std::string_view word, Fault& fault) {
     const std::size_t equals = word.find('=');
     const std::string_view name = word.substr(0, equals);
-    const std::string value(equals == std::string_view::npos ? "" : word.substr(equals + 1));
+    std::string value(equals == std::string_view::npos ? "" : word.substr(equals + 1));
     if (name == "after") return ReadNumber(value, fault.after);
     if (name == "times") return ReadNumber(value, fault.times);
+    if (name == "text") {
+        std::replace(value.begin(), value.end(), '_', ' ');
+        fault.text = value;
+        return !value.empty();
+    }
     if (name != "entry") return false;
     fault.entry = RegisterIndex(value.c_str());
     return fault.entry >= 0;
@@ -95,10 +104,11 @@ std::optional<Fault> ParseFault(std::string_view line, std::string& error) {
     return fault;
 }
 
-std::optional<Fault> Faults::Next(FaultOccasion occasion, int entry) {
+std::optional<Fault> Faults::Next(FaultOccasion occasion, int entry, std::string_view text) {
     std::optional<Fault> happens;
     for (auto fault = m_Faults.begin(); fault != m_Faults.end();) {
-        const bool concerned = OccasionOf(fault->kind) == occasion && (fault->entry < 0 || fault->entry == entry);
+        const bool concerned = OccasionOf(fault->kind) == occasion && (fault->entry < 0 || fault->entry == entry) &&
+                               text.substr(0, fault->text.size()) == fault->text;
         if (!concerned) {
             ++fault;
         } else if (fault->after > 0) {

@@ -1,9 +1,10 @@
 // Scripted faults: what goes wrong, when, and how often.
 //
-//    KIND [ARGUMENT] [after=N] [times=N] [entry=NAME]
+//    KIND [ARGUMENT] [after=N] [times=N] [entry=NAME] [text=BEGINNING]
 //
 // after: how many occasions pass before the first fault (0). times: how many faults (1; 0 = until "clear"). entry: only
-// exchanges about this entry of the parameter table count.
+// exchanges about this entry of the parameter table count. text: only text commands that begin so; an underscore stands
+// for a blank.
 #ifndef SIM_FAULTS_H
 #define SIM_FAULTS_H
 
@@ -22,9 +23,13 @@ enum class FaultKind {
     kDelay,     // argument: milliseconds
     kTruncate,  // argument: bytes that still come
     kGarbage,
+    kGarble,     // a byte in the middle of the reply is another one
     kOversize,   // a reply that announces and carries more than the protocols allow
     kException,  // argument: the exception code
     kUnplug,     // the camera is gone before it answers
+    // Occasion: an exchange that begins to read a row of a calibration table.
+    kBadGain,  // until the row is read again, its first gain reads as 3.0
+    kNanGain,  // ... as no number
     // Occasion: a frame.
     kLose,
     kStall,        // argument: milliseconds, 0 = until "clear"
@@ -36,7 +41,7 @@ enum class FaultKind {
     kUnplugClose,
 };
 
-enum class FaultOccasion { kExchange, kFrame, kConnect, kStart, kStop, kClose };
+enum class FaultOccasion { kExchange, kTableRow, kFrame, kConnect, kStart, kStop, kClose };
 
 struct Fault {
     FaultKind kind;
@@ -44,6 +49,7 @@ struct Fault {
     int after = 0;
     int times = 1;
     int entry = -1;
+    std::string text{};
 };
 
 // The fault that a script line describes; empty when it describes none (`error` says why).
@@ -55,8 +61,9 @@ class Faults {
     void Clear() { m_Faults.clear(); }
     bool Empty() const { return m_Faults.empty(); }
 
-    // One occasion has come. entry: of an exchange about the parameter table, else -1. The fault that happens, if any.
-    std::optional<Fault> Next(FaultOccasion occasion, int entry = -1);
+    // One occasion has come. entry: of an exchange about the parameter table, else -1. text: of a text command. The
+    // fault that happens, if any.
+    std::optional<Fault> Next(FaultOccasion occasion, int entry = -1, std::string_view text = {});
 
   private:
     std::vector<Fault> m_Faults;

@@ -3,10 +3,17 @@
 #include <algorithm>
 #include <cmath>
 
+#include "sim/FlashDirectory.h"
+
 namespace zel::sim {
 
 Firmware::Firmware(const CameraModel& model, const FirmwareOptions& options)
-    : m_Model(model), m_Options(options), m_Registers(model), m_Cooler(options.cooling_seconds) {
+    : m_Model(model),
+      m_Options(options),
+      m_Registers(model),
+      m_Cooler(options.cooling_seconds),
+      m_Flash(FlashContent(FactoryCalibration(model))) {
+    m_Flash.SetTimes(options.flash_times);
     PowerCycle();
 }
 
@@ -14,6 +21,7 @@ void Firmware::PowerCycle() {
     Halt();
     m_Registers.Reset();
     m_Cooler.Reset();
+    m_Flash.PowerCycle();
     m_TriggerSoftware = m_TriggerCl = m_TriggerA = false;
     m_NeedsCalc = false;
     m_CalcEnd = {};
@@ -34,6 +42,7 @@ SensorSettings Firmware::Settings() const {
     settings.black_level = m_Registers.Value(OB_LEVEL);
     // In whole tenths of a degree, so that a steady camera asks the sensor for the same conditions each frame.
     settings.temperature = std::round(m_Cooler.Temperature(Clock::now()) * 10.0) / 10.0;
+    settings.readout = {m_Taps, m_ClockMhz, static_cast<double>(m_Registers.Value(VGA_GAIN))};
     return settings;
 }
 

@@ -7,9 +7,11 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "sim/Cooler.h"
+#include "sim/FlashCommands.h"
 #include "sim/FrameTiming.h"
 #include "sim/Registers.h"
 #include "sim/Sensor.h"
@@ -21,6 +23,7 @@ enum class TriggerEdge { kActive, kRising, kFalling };  // kActive: the edge tha
 struct FirmwareOptions {
     int calc_delay_ms = 20;
     double cooling_seconds = 20.0;
+    FlashTimes flash_times{};
 };
 
 class Firmware {
@@ -35,7 +38,10 @@ class Firmware {
     // As Handle, but a table request is refused with this exception code and a text command with an error.
     void Refuse(std::span<const std::uint8_t> datagram, int exception, std::vector<std::uint8_t>& answer) const;
 
-    // Power off and on: everything but the camera's name goes back to its default.
+    // How long the commands since the last call kept the camera busy.
+    std::chrono::microseconds TakeBusyTime() { return std::exchange(m_Busy, {}); }
+
+    // Power off and on: everything but the camera's name and its flash memory goes back to its default.
     void PowerCycle();
 
     // Frames. FrameDue is true while one is to be exposed: in free run always, else when a trigger waits. BeginFrame
@@ -63,6 +69,10 @@ class Firmware {
     int Taps() const { return m_Taps; }
 
     void SetCalcDelay(int milliseconds) { m_Options.calc_delay_ms = milliseconds; }
+    void SetFlashTimes(const FlashTimes& times) { m_Flash.SetTimes(times); }
+    // Whether a datagram begins to read a row of a calibration table, and what its first gain is told to be then.
+    bool BeginsTableRow(std::span<const std::uint8_t> datagram) const;
+    void SpoilTableRow(float gain) { m_Flash.SpoilNextRow(gain); }
     void SetCalcNeverEnds(bool never) { m_CalcNeverEnds = never; }
     std::string Name() const { return m_Registers.Text(CAMERA_NAME); }
     const CameraModel& Model() const { return m_Model; }
@@ -99,6 +109,8 @@ class Firmware {
     FirmwareOptions m_Options;
     Registers m_Registers;
     Cooler m_Cooler;
+    FlashCommands m_Flash;
+    std::chrono::microseconds m_Busy{};
     Mode m_Mode = Mode::kIdle;
     unsigned m_Acquisition = 0;
     int m_PendingTriggers = 0;

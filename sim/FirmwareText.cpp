@@ -49,6 +49,12 @@ void Firmware::Handle(std::span<const std::uint8_t> datagram, std::vector<std::u
     }
 }
 
+bool Firmware::BeginsTableRow(std::span<const std::uint8_t> datagram) const {
+    if (IsTableRequest(datagram)) return false;
+    std::string_view rest = CommandText(datagram);
+    return NextWord(rest) == "tb" && m_Flash.BeginsRow(rest);
+}
+
 std::string Firmware::Description() const {
     return "ZEL camera " + m_Registers.Text(HW_MODEL) + "\r\nSerial: " + m_Registers.Text(SERIAL_NUMBER) +
            "\r\nName: " + Name() + "\r\nFirmware: " + m_Registers.Text(FW_VERSION) +
@@ -65,6 +71,7 @@ std::string Firmware::AnswerText(std::string_view command) {
         m_Registers.StoreText(CAMERA_NAME, std::string(rest));
         return "OK";
     }
+    if (word == "tb") return m_Flash.Answer(rest, m_Busy);
     bool known = false;
     if (command == "arm") {
         Arm();

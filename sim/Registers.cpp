@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstring>
 
+#include "sim/ColorMatrices.h"
+
 namespace zel::sim {
 
 void AppendLittle32(std::vector<std::uint8_t>& to, std::uint32_t value) {
@@ -50,7 +52,7 @@ void Registers::FitToModel(const CameraModel& model) {
     StoreText(CAMERA_NAME, model.name);
     StoreText(IR_FILTER, "IR650");
     StoreText(CFA_TYPE, "Bayer");
-    StoreText(CCM_OUTPUT_COLOR_SPACE, "sRGB");
+    StoreText(CCM_OUTPUT_COLOR_SPACE, model.color_space);
 }
 
 void Registers::Reset() {
@@ -59,12 +61,12 @@ void Registers::Reset() {
         cell.word = Row(i).default_value;
         cell.number = static_cast<double>(Row(i).default_value);
     }
-    // A matrix that takes the sensor's primaries towards the output's, and the white balance of daylight.
-    static constexpr double kCorrection[9] = {1.62, -0.47, -0.15, -0.26, 1.49, -0.23, 0.02, -0.61, 1.59};
-    static constexpr double kWhiteBalance[9] = {1.58, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.37};
+    const ColorMatrices matrices = MakeColorMatrices(Text(CCM_OUTPUT_COLOR_SPACE));
     for (int i = 0; i < 9; ++i) {
-        StoreNumber(CCM_1_1 + i, kCorrection[i]);
-        StoreNumber(DWB_1_1 + i, kWhiteBalance[i]);
+        const auto row = static_cast<std::size_t>(i / 3);
+        const auto column = static_cast<std::size_t>(i % 3);
+        StoreNumber(CCM_1_1 + i, matrices.correction[row][column]);
+        StoreNumber(DWB_1_1 + i, matrices.white_balance[row][column]);
     }
     m_Unread.set();
 }

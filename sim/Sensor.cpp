@@ -21,8 +21,8 @@ void WriteFrameNumber(std::uint64_t frame, std::span<std::uint16_t> image) {
 
 // Renders up to kGaussianStretch pixels. The two noises are independent: shot noise goes with the charge and is cut by
 // the full well, read noise comes on top.
-void RenderStretch(const SignalTable& table, std::span<const std::uint16_t> levels, RandomNumbers& numbers,
-                   std::uint16_t* out) {
+void RenderStretch(const SignalTable& table, float largest, std::span<const std::uint16_t> levels,
+                   RandomNumbers& numbers, std::uint16_t* out) {
     const float* shot = GaussianStretch(numbers);
     const float* read = GaussianStretch(numbers);
     std::array<float, kGaussianStretch> mean;
@@ -35,7 +35,7 @@ void RenderStretch(const SignalTable& table, std::span<const std::uint16_t> leve
     const float full_well = table.FullWell();
     const float read_noise = table.ReadNoise();
     const float offset = table.BlackLevel() + 0.5f;
-    const float ceiling = table.Largest() + 0.5f;
+    const float ceiling = largest + 0.5f;
     for (std::size_t i = 0; i < levels.size(); ++i) {
         const float charge = std::min(mean[i] + sigma[i] * shot[i], full_well);
         const float counts = charge + read_noise * read[i] + offset;
@@ -56,6 +56,7 @@ struct Sensor::State {
     SensorSettings settings;
     LightPicture light;
     SignalTable table;
+    TapGains taps;
     bool looked = false;               // at the scene
     bool tabulated = false;            // for `settings`
     std::vector<std::uint16_t> still;  // the repeated frame, empty when there is none for `settings`
@@ -70,7 +71,7 @@ bool Sensor::State::Prepare(const SensorSettings& wanted) {
     if (!tabulated || !(wanted == settings)) {
         settings = wanted;
         still.clear();
-        tabulated = table.Build(model, settings);
+        tabulated = table.Build(model, settings) && taps.Build(model.taps, settings.readout, model.bits);
     }
     return tabulated && !light.Levels().empty();
 }
@@ -78,10 +79,12 @@ bool Sensor::State::Prepare(const SensorSettings& wanted) {
 void Sensor::State::RenderNoise(std::uint64_t frame, std::span<std::uint16_t> image) const {
     RandomNumbers numbers(RandomNumbers(model.seed).Next() ^ frame);
     const auto levels = light.Levels();
+    const auto largest = static_cast<float>(taps.Ceiling());
     for (std::size_t start = 0; start < levels.size(); start += kGaussianStretch) {
         const std::size_t count = std::min(kGaussianStretch, levels.size() - start);
-        RenderStretch(table, levels.subspan(start, count), numbers, image.data() + start);
+        RenderStretch(table, largest, levels.subspan(start, count), numbers, image.data() + start);
     }
+    taps.Apply(image, model.width, model.height);
 }
 
 void Sensor::State::RenderStatic(std::uint64_t frame, std::span<std::uint16_t> image) {

@@ -1,6 +1,6 @@
 // The simulated image sensor: turns a scene into frames of 16-bit samples, in physical units.
 //
-//     photons --quantum efficiency--> electrons --conversion gain--> millivolts --analog gain, ADC--> counts
+//     photons --quantum efficiency--> electrons --conversion gain--> millivolts --taps, analog gain, ADC--> counts
 //
 // Shot noise, dark current, read noise and the black level are those of the model's data.
 #ifndef SIM_SENSOR_H
@@ -11,6 +11,8 @@
 #include <span>
 #include <string>
 
+#include "sim/TapGains.h"
+
 namespace zel::sim {
 
 // What does not change while the camera exists.
@@ -18,7 +20,7 @@ struct SensorModel {
     unsigned width = 0;  // pixels
     unsigned height = 0;
     int bits = 14;               // of the ADC
-    int cfa_phase = 0;           // 0 = monochrome; 1 to 4: color of the top-left pixel (1 blue, 2 red, 3 and 4 green)
+    int cfa_phase = 0;           // 0 = monochrome; 1 to 4: color of the top-left pixel (1 red, 2 blue, 3 and 4 green)
     double full_well = 30000.0;  // electrons
     double conversion = 0.05;    // millivolts per electron
     double quantum_efficiency = 0.6;  // electrons per photon
@@ -27,6 +29,7 @@ struct SensorModel {
     double photon_flux = 1.0e6;       // photons per pixel and second from a scene value of 1.0
     std::uint64_t seed = 1;
     std::string scene = "builtin";  // or the path of a PNG or JPEG file
+    CalibrationData taps;           // how the taps differ; empty: they do not
 };
 
 // What the camera's registers say at the time of a frame.
@@ -35,6 +38,7 @@ struct SensorSettings {
     double gain = 0.0;          // VGA steps of 0.0358 dB over a base gain of 5.5 dB
     double black_level = 64.0;  // counts
     double temperature = 25.0;  // degrees Celsius
+    TapReadout readout{};
 
     bool operator==(const SensorSettings&) const = default;
 };

@@ -81,6 +81,13 @@ void ReadFill(SensorFill& fill) {
     }
 }
 
+void ReadTaps(bool& even) {
+    const char* value = Value("ZEL_SIM_TAPS");
+    if (!value || std::strcmp(value, "uneven") == 0) return;
+    if (std::strcmp(value, "even") != 0) return Complain("ZEL_SIM_TAPS", value, "\"uneven\" or \"even\"");
+    even = true;
+}
+
 void ReadScene(std::string& scene) {
     const char* value = Value("ZEL_SIM_SCENE");
     if (!value || std::strcmp(value, "builtin") == 0) return;
@@ -88,6 +95,22 @@ void ReadScene(std::string& scene) {
     if (!file) return Complain("ZEL_SIM_SCENE", value, "\"builtin\" or the path of a picture that can be read");
     std::fclose(file);
     scene = value;
+}
+
+void ReadPhase(int& phase) {
+    const char* value = Value("ZEL_SIM_CFA_PHASE");
+    if (!value) return;
+    if (value[0] < '1' || value[0] > '4' || value[1])
+        return Complain("ZEL_SIM_CFA_PHASE", value, "a phase from 1 to 4");
+    phase = value[0] - '0';
+}
+
+// Any text that fits: a host must cope with color spaces that it does not know.
+void ReadColorSpace(std::string& color_space) {
+    const char* value = Value("ZEL_SIM_COLOR_SPACE");
+    if (!value) return;
+    if (std::strlen(value) > 31) return Complain("ZEL_SIM_COLOR_SPACE", value, "a text of up to 31 characters");
+    color_space = value;
 }
 
 }  // namespace
@@ -101,6 +124,9 @@ Settings ReadSettings(const char* cameras_variable, int default_cameras) {
     ReadSeed(settings.seed);
     ReadFill(settings.fill);
     ReadScene(settings.scene);
+    ReadPhase(settings.cfa_phase);
+    ReadColorSpace(settings.color_space);
+    ReadTaps(settings.even_taps);
     if (!settings.Paced()) settings.calc_delay_ms = 0;
     return settings;
 }

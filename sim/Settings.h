@@ -17,7 +17,10 @@ struct Settings {
     std::uint64_t seed = 1;
     std::string scene = "builtin";
     SensorFill fill = SensorFill::kNoise;
-    int calc_delay_ms = 20;  // how long a recalculation takes
+    int cfa_phase = 0;        // 0: the model's
+    std::string color_space;  // empty: the model's
+    bool even_taps = false;   // the taps of a camera do not differ
+    int calc_delay_ms = 20;   // how long a recalculation takes
 
     bool Paced() const { return speed > 0.0; }
 };

@@ -46,7 +46,6 @@ bool SignalTable::Build(const SensorModel& model, const SensorSettings& settings
     m_FullWell = static_cast<float>(model.full_well * counts);
     m_ReadNoise = static_cast<float>(model.read_noise * counts);
     m_BlackLevel = static_cast<float>(Bounded(settings.black_level, -1e6, 1e6));
-    m_Largest = static_cast<float>(LargestCount(model));
     return true;
 }
 

@@ -28,14 +28,12 @@ class SignalTable {
     float FullWell() const { return m_FullWell; }
     float ReadNoise() const { return m_ReadNoise; }
     float BlackLevel() const { return m_BlackLevel; }
-    float Largest() const { return m_Largest; }  // count of the converter
 
   private:
     std::vector<Signal> m_Signals;
     float m_FullWell = 0.0f;
     float m_ReadNoise = 0.0f;
     float m_BlackLevel = 0.0f;
-    float m_Largest = 0.0f;
 };
 
 }  // namespace zel::sim

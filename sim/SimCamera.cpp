@@ -1,6 +1,7 @@
 #include "sim/SimCamera.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "sim/ExchangeText.h"
 
@@ -10,9 +11,20 @@ namespace {
 
 constexpr auto kUnpluggedReceive = std::chrono::milliseconds(10);
 
+constexpr std::chrono::microseconds kPageLoad(1000);
+constexpr std::chrono::microseconds kPageStore(10000);
+
+std::chrono::microseconds Scaled(std::chrono::microseconds time, const Settings& settings) {
+    return std::chrono::microseconds(static_cast<std::int64_t>(static_cast<double>(time.count()) / settings.speed));
+}
+
 FirmwareOptions OptionsOf(const Settings& settings) {
     FirmwareOptions options;
     options.calc_delay_ms = settings.calc_delay_ms;
+    if (settings.Paced()) {
+        options.flash_times.load = Scaled(kPageLoad, settings);
+        options.flash_times.store = Scaled(kPageStore, settings);
+    }
     options.cooling_seconds = settings.Paced() ? 20.0 / settings.speed : 0.05;
     return options;
 }
@@ -20,6 +32,9 @@ FirmwareOptions OptionsOf(const Settings& settings) {
 CameraModel Sized(CameraModel model, const Settings& settings) {
     if (settings.width != 0) model.width = settings.width;
     if (settings.height != 0) model.height = settings.height;
+    model.even_taps = settings.even_taps;
+    if (model.Color() && settings.cfa_phase != 0) model.cfa_phase = settings.cfa_phase;
+    if (!settings.color_space.empty()) model.color_space = settings.color_space;
     return model;
 }
 
@@ -30,6 +45,14 @@ std::vector<std::uint8_t> Oversize() {
     bytes[1] = 0x10;
     bytes[2] = 0x00;
     return bytes;
+}
+
+// Header and line end of a reply stay whole.
+void Garble(std::vector<std::uint8_t>& answer) {
+    if (answer.size() < 7) return;
+    std::size_t middle = answer.size() / 2;
+    if (answer[middle] == ' ') ++middle;
+    answer[middle] = '?';
 }
 
 // Bytes without sense, the same ones each time.
@@ -54,8 +77,7 @@ int SimCamera::Send(std::span<const std::uint8_t> datagram) {
     {
         const std::lock_guard lock(m_Lock);
         if (!m_Plugged) return 0;
-        const std::optional<Fault> fault =
-            m_Faults.Empty() ? std::nullopt : m_Faults.Next(FaultOccasion::kExchange, ExchangeEntry(datagram));
+        const std::optional<Fault> fault = FaultOf(datagram);
         if (fault && fault->kind == FaultKind::kUnplug) {
             vanished = UnplugLocked();
         } else {
@@ -74,29 +96,39 @@ void SimCamera::Record(std::span<const std::uint8_t> datagram) {
     if (m_Log.size() > kLongestLog) m_Log.pop_front();
 }
 
+std::optional<Fault> SimCamera::FaultOf(std::span<const std::uint8_t> datagram) {
+    if (m_Faults.Empty()) return std::nullopt;
+    if (m_Firmware.BeginsTableRow(datagram)) {
+        const std::optional<Fault> row = m_Faults.Next(FaultOccasion::kTableRow);
+        if (row) {
+            const bool nan = row->kind == FaultKind::kNanGain;
+            m_Firmware.SpoilTableRow(nan ? std::numeric_limits<float>::quiet_NaN() : 3.0f);
+        }
+    }
+    const std::string_view text = IsTableRequest(datagram) ? std::string_view() : CommandText(datagram);
+    return m_Faults.Next(FaultOccasion::kExchange, ExchangeEntry(datagram), text);
+}
+
 int SimCamera::Answer(std::span<const std::uint8_t> datagram, const std::optional<Fault>& fault) {
     const int length = static_cast<int>(datagram.size());
-    auto ready = ReplyStream::Clock::now();
+    const auto is = [&](FaultKind kind) { return fault && fault->kind == kind; };
+    if (is(FaultKind::kShortSend)) return length - 1;
     std::vector<std::uint8_t> answer;
-    if (!fault) {
-        m_Firmware.Handle(datagram, answer);
-        m_Replies.Push(std::move(answer), ready, false);
-        return length;
-    }
-    if (fault->kind == FaultKind::kShortSend) return length - 1;
-    if (fault->kind == FaultKind::kException) {
+    if (is(FaultKind::kException)) {
         m_Firmware.Refuse(datagram, fault->argument, answer);
     } else {
         m_Firmware.Handle(datagram, answer);
     }
-    if (fault->kind == FaultKind::kNoReply) answer.clear();
-    if (fault->kind == FaultKind::kDelay) ready += std::chrono::milliseconds(fault->argument);
-    if (fault->kind == FaultKind::kTruncate) {
+    auto ready = ReplyStream::Clock::now() + m_Firmware.TakeBusyTime();
+    if (is(FaultKind::kNoReply)) answer.clear();
+    if (is(FaultKind::kDelay)) ready += std::chrono::milliseconds(fault->argument);
+    if (is(FaultKind::kTruncate)) {
         answer.resize(std::min(answer.size(), static_cast<std::size_t>(fault->argument)));
     }
-    if (fault->kind == FaultKind::kGarbage) answer = Garbage();
-    if (fault->kind == FaultKind::kOversize) answer = Oversize();
-    m_Replies.Push(std::move(answer), ready, fault->kind == FaultKind::kOneByte);
+    if (is(FaultKind::kGarbage)) answer = Garbage();
+    if (is(FaultKind::kGarble)) Garble(answer);
+    if (is(FaultKind::kOversize)) answer = Oversize();
+    m_Replies.Push(std::move(answer), ready, is(FaultKind::kOneByte));
     return length;
 }
 
@@ -171,6 +203,7 @@ Sensor& SimCamera::TheSensor() {
         sensor.cfa_phase = m_Model.cfa_phase;
         sensor.seed = m_Settings.seed;
         sensor.scene = m_Settings.scene;
+        sensor.taps = FactoryCalibration(m_Model);
         m_Sensor = std::make_unique<Sensor>(sensor);
     }
     return *m_Sensor;

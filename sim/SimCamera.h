@@ -58,6 +58,7 @@ class SimCamera {
     void AddFault(const Fault& fault);
     void ClearFaults();
     void SetCalcDelay(int milliseconds);
+    void SetFlashTimes(const FlashTimes& times);
     void SetCalcNeverEnds(bool never);
     bool HardwareTrigger(TriggerEdge edge);
     std::string Log(std::size_t last) const;  // one line per exchange, the newest `last` of them
@@ -79,6 +80,7 @@ class SimCamera {
 
   private:
     void Record(std::span<const std::uint8_t> datagram);
+    std::optional<Fault> FaultOf(std::span<const std::uint8_t> datagram);
     int Answer(std::span<const std::uint8_t> datagram, const std::optional<Fault>& fault);
     bool UnplugLocked();
 

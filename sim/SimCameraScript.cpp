@@ -23,6 +23,11 @@ void SimCamera::SetCalcDelay(int milliseconds) {
     m_Firmware.SetCalcDelay(milliseconds);
 }
 
+void SimCamera::SetFlashTimes(const FlashTimes& times) {
+    const std::lock_guard lock(m_Lock);
+    m_Firmware.SetFlashTimes(times);
+}
+
 void SimCamera::SetCalcNeverEnds(bool never) {
     const std::lock_guard lock(m_Lock);
     m_Firmware.SetCalcNeverEnds(never);

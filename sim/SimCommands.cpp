@@ -107,17 +107,34 @@ bool DoSetCalcDelay(const Call& call) {
     return true;
 }
 
+bool DoSetFlashTimes(const Call& call) {
+    int load_ms = -1;
+    int store_ms = -1;
+    if (!(call.words >> load_ms >> store_ms) || load_ms < 0 || store_ms < 0) {
+        call.answer = "set-flash-times needs the milliseconds of loading and of storing a page";
+        return false;
+    }
+    call.camera.SetFlashTimes({std::chrono::milliseconds(load_ms), std::chrono::milliseconds(store_ms)});
+    return true;
+}
+
 struct Command {
     const char* name;
     bool (*run)(const Call&);
 };
 
 constexpr Command kCommands[] = {
-    {"plug", DoPlug},          {"unplug", DoUnplug},
-    {"fault", DoFault},        {"log", DoLog},
-    {"clear-log", DoClearLog}, {"exchanges", DoExchanges},
-    {"frames", DoFrames},      {"hwtrigger", DoHardwareTrigger},
-    {"event", DoEvent},        {"set-calc-delay", DoSetCalcDelay},
+    {"plug", DoPlug},
+    {"unplug", DoUnplug},
+    {"fault", DoFault},
+    {"log", DoLog},
+    {"clear-log", DoClearLog},
+    {"exchanges", DoExchanges},
+    {"frames", DoFrames},
+    {"hwtrigger", DoHardwareTrigger},
+    {"event", DoEvent},
+    {"set-calc-delay", DoSetCalcDelay},
+    {"set-flash-times", DoSetFlashTimes},
 };
 
 }  // namespace

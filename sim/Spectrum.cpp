@@ -19,10 +19,10 @@ const std::array<float, 3>& MonochromeResponse() { return kMonochromeResponse; }
 unsigned FilterColor(int phase, unsigned x, unsigned y) {
     // Colors of the 2 x 2 cell, row after row.
     static constexpr std::array<std::array<unsigned, 4>, 4> kCells{{
-        {2, 1, 1, 0},
         {0, 1, 1, 2},
-        {1, 2, 0, 1},
+        {2, 1, 1, 0},
         {1, 0, 2, 1},
+        {1, 2, 0, 1},
     }};
     if (phase < 1 || phase > 4) return 1;
     return kCells[static_cast<std::size_t>(phase - 1)][(y % 2) * 2 + x % 2];

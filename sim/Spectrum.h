@@ -19,8 +19,8 @@ const std::array<float, 3>& MonochromeResponse();
 
 // The filter (0 red, 1 green, 2 blue) of the pixel (x, y) when the top-left pixel has the phase 1 to 4.
 //
-//    phase 1   B G     phase 2   R G     phase 3   G B     phase 4   G R
-//              G R               G B               R G               B G
+//    phase 1   R G     phase 2   B G     phase 3   G R     phase 4   G B
+//              G B               G R               B G               R G
 //
 // Any other phase: 1, a pixel without a choice.
 unsigned FilterColor(int phase, unsigned x, unsigned y);

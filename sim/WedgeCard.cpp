@@ -33,7 +33,8 @@ struct Wedge {
 
 constexpr double kTop = 22.0;
 constexpr double kLength = 196.0;
-constexpr double kDot = 1.5;  // of the digits
+constexpr double kDot = 1.5;         // of the digits
+constexpr double kMarkReach = 15.0;  // no number stands out further from its tick
 constexpr std::array<Mark, 5> kCoarseMarks{{{1.0, "1"}, {2.0, "2"}, {3.0, "3"}, {4.0, "4"}, {6.0, "6"}}};
 constexpr std::array<Mark, 6> kFineMarks{{{4.0, "4"}, {5.0, "5"}, {6.0, "6"}, {8.0, "8"}, {11.0, "11"}, {20.0, "20"}}};
 constexpr std::array<Wedge, 2> kWedges{
@@ -52,6 +53,7 @@ bool OnMark(const Wedge& wedge, double x, double y, bool across) {
         const double dx = x - wedge.scale;
         const double dy = y - (kTop + kLength * wedge.PlaceOf(mark.frequency));
         if (dx < 6.0 && std::fabs(dy) < 0.8) return true;
+        if (std::fabs(dy) > kMarkReach) continue;
         const double width = DigitsWidth(mark.text) * kDot;
         const double height = kDigitHeight * kDot;
         const bool digit = across ? OnDigits(mark.text, (dy + width / 2) / kDot, (dx - 9.0) / kDot)

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 
+#include "sim/ColorMatrices.h"
 #include "sim/Scene.h"
 #include "sim/Spectrum.h"
 #include "tests/sensor/FrameStatistics.h"
@@ -59,10 +60,63 @@ TEST_P(CfaPhaseTest, EachPixelSeesThroughItsFilter) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Sensor, CfaPhaseTest,
-                         testing::Values(Phase{1, "BGGR"}, Phase{2, "RGGB"}, Phase{3, "GBRG"}, Phase{4, "GRBG"}),
+                         testing::Values(Phase{1, "RGGB"}, Phase{2, "BGGR"}, Phase{3, "GRBG"}, Phase{4, "GBRG"}),
                          [](const auto& param) { return std::string(param.param.cell); });
 
+// The phase at the next column and the next row follows from the one at the top left.
+TEST(CfaPhase, MovesWithColumnAndRow) {
+    constexpr int kNextColumn[] = {0, 3, 4, 1, 2};
+    constexpr int kNextRow[] = {0, 4, 3, 2, 1};
+    for (int phase = 1; phase <= 4; ++phase) {
+        for (unsigned i = 0; i < 4; ++i) {
+            EXPECT_EQ(FilterColor(phase, i % 2 + 1, i / 2), FilterColor(kNextColumn[phase], i % 2, i / 2)) << phase;
+            EXPECT_EQ(FilterColor(phase, i % 2, i / 2 + 1), FilterColor(kNextRow[phase], i % 2, i / 2)) << phase;
+        }
+    }
+}
+
 using Vector = std::array<double, 3>;
+
+// A host multiplies white balance by correction in single precision; what it gets must undo the sensor.
+TEST(ColorMatricesTest, WhiteBalanceTimesCorrectionUndoesTheResponse) {
+    constexpr double kIdentity[3][3] = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
+    constexpr double kXyz[3][3] = {
+        {0.41214, 0.3576, 0.18036}, {0.21251, 0.71535, 0.07214}, {0.01932, 0.11923, 0.94988}};
+    for (const auto& [space, output] :
+         {std::pair("CCIR 709", kIdentity), std::pair("XYZ", kXyz), std::pair("unknown", kIdentity)}) {
+        const ColorMatrices matrices = MakeColorMatrices(space);
+        for (std::size_t i = 0; i < 3; ++i) {
+            for (std::size_t j = 0; j < 3; ++j) {
+                double sum = 0.0;
+                for (std::size_t k = 0; k < 3; ++k) {
+                    float transform = 0.0f;
+                    for (std::size_t m = 0; m < 3; ++m) {
+                        transform += static_cast<float>(matrices.white_balance[i][m]) *
+                                     static_cast<float>(matrices.correction[m][k]);
+                    }
+                    sum += double{transform} * SpectralResponse()[k][j];
+                }
+                EXPECT_NEAR(sum, output[i][j], 4e-7) << space << " " << i << j;
+                EXPECT_EQ(matrices.white_balance[i][j] != 0.0, i == j);
+            }
+        }
+    }
+}
+
+// Each of the two alone does what its name says.
+TEST(ColorMatricesTest, WhiteBalanceMakesWhiteNeutralAndCorrectionKeepsIt) {
+    const ColorMatrices matrices = MakeColorMatrices("CCIR 709");
+    Vector white{};
+    for (std::size_t i = 0; i < 3; ++i) {
+        for (const float share : SpectralResponse()[i]) white[i] += double{share};
+    }
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_NEAR(matrices.white_balance[i][i] * white[i], 1.0, 1e-12);
+        double corrected = 0.0;
+        for (std::size_t k = 0; k < 3; ++k) corrected += matrices.correction[i][k] * white[k];
+        EXPECT_NEAR(corrected, white[i], 1e-12);
+    }
+}
 
 // Solves response * light = seen by Cramer's rule.
 Vector Undo(const SpectralMatrix& m, const Vector& seen) {

@@ -1,7 +1,10 @@
 // The plug-ins as the SDK sees them: loaded by name, bound by export.
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "platform/Environment.h"
+#include "sim/ColorMatrices.h"
 #include "sim/Settings.h"
 #include "sim/SimControl.h"
 #include "tools/plugin_check/HostCamera.h"
@@ -48,9 +51,10 @@ class Plugin : public testing::Test {
         return result;
     }
 
-    static constexpr const char* kVariables[] = {"ZEL_SIM_CL_CAMERAS", "ZEL_SIM_EBUS_CAMERAS", "ZEL_SIM_USB_CAMERAS",
-                                                 "ZEL_SIM_SIZE",       "ZEL_SIM_PACE",         "ZEL_SIM_SEED",
-                                                 "ZEL_SIM_SCENE",      "ZEL_SIM_FILL"};
+    static constexpr const char* kVariables[] = {"ZEL_SIM_CL_CAMERAS",  "ZEL_SIM_EBUS_CAMERAS", "ZEL_SIM_USB_CAMERAS",
+                                                 "ZEL_SIM_SIZE",        "ZEL_SIM_PACE",         "ZEL_SIM_SEED",
+                                                 "ZEL_SIM_SCENE",       "ZEL_SIM_FILL",         "ZEL_SIM_CFA_PHASE",
+                                                 "ZEL_SIM_COLOR_SPACE", "ZEL_SIM_TAPS"};
     std::unique_ptr<PluginLibrary> library;
     ZelSimControlFunction m_Control = nullptr;
 };
@@ -96,10 +100,19 @@ TEST_F(Plugin, TheNumberOfCamerasComesFromTheEnvironment) {
 
 TEST_F(Plugin, AWrongSettingIsReportedAndTheDefaultTaken) {
     const std::pair<const char*, const char*> kWrong[] = {
-        {"ZEL_SIM_SIZE", "64"},     {"ZEL_SIM_SIZE", "63x48"},
-        {"ZEL_SIM_SIZE", "64x48x"}, {"ZEL_SIM_PACE", "fast"},
-        {"ZEL_SIM_PACE", "-1"},     {"ZEL_SIM_SEED", "x"},
-        {"ZEL_SIM_FILL", "red"},    {"ZEL_SIM_SCENE", "/no/such/picture.png"}};
+        {"ZEL_SIM_SIZE", "64"},
+        {"ZEL_SIM_SIZE", "63x48"},
+        {"ZEL_SIM_SIZE", "64x48x"},
+        {"ZEL_SIM_PACE", "fast"},
+        {"ZEL_SIM_PACE", "-1"},
+        {"ZEL_SIM_SEED", "x"},
+        {"ZEL_SIM_FILL", "red"},
+        {"ZEL_SIM_SCENE", "/no/such/picture.png"},
+        {"ZEL_SIM_CFA_PHASE", "0"},
+        {"ZEL_SIM_CFA_PHASE", "5"},
+        {"ZEL_SIM_CFA_PHASE", "12"},
+        {"ZEL_SIM_TAPS", "flat"},
+        {"ZEL_SIM_COLOR_SPACE", "a text that is longer than a table entry"}};
     for (const auto& [variable, value] : kWrong) {
         SetUp();
         platform::SetEnvironment(variable, value);
@@ -122,6 +135,39 @@ TEST_F(Plugin, AWrongSettingIsReportedAndTheDefaultTaken) {
     EXPECT_EQ(settings.width, 64u);
     EXPECT_EQ(settings.height, 48u);
     EXPECT_FALSE(settings.Paced());
+}
+
+TEST_F(Plugin, PhaseAndColorSpaceAreChosenAndSetTheTable) {
+    const auto number = [](HostCamera& host, int index) {
+        const plugin_check::TableAnswer answer = host.Request(SYNC_TABLE_CMD_GET, index);
+        double value = 0.0;
+        EXPECT_EQ(answer.data.size(), sizeof value);
+        if (answer.data.size() == sizeof value) std::memcpy(&value, answer.data.data(), sizeof value);
+        return value;
+    };
+    for (const char* space : {"CCIR 709", "XYZ", "something else"}) {
+        for (const char* phase : {"1", "2", "3", "4"}) {
+            platform::SetEnvironment("ZEL_SIM_CFA_PHASE", phase);
+            platform::SetEnvironment("ZEL_SIM_COLOR_SPACE", space);
+            Load("zel_usb.dll");
+            ICameraInterface* const transport = library->create_camera_interface(0, nullptr);
+            ASSERT_TRUE(transport);
+            HostCamera host(*transport);
+            int value = 0;
+            EXPECT_TRUE(host.Get(CFA_PHASE, value));
+            EXPECT_EQ(value, phase[0] - '0');
+            EXPECT_EQ(host.GetText(CCM_OUTPUT_COLOR_SPACE), space);
+            const ColorMatrices matrices = MakeColorMatrices(space);
+            for (int i = 0; i < 9; ++i) {
+                const auto row = static_cast<std::size_t>(i / 3);
+                const auto column = static_cast<std::size_t>(i % 3);
+                EXPECT_EQ(number(host, CCM_1_1 + i), matrices.correction[row][column]);
+                EXPECT_EQ(number(host, DWB_1_1 + i), matrices.white_balance[row][column]);
+            }
+            library->destroy_camera_interface(transport);
+            library->lib_unload();
+        }
+    }
 }
 
 TEST_F(Plugin, HotPlugIsReportedOnceEach) {

@@ -30,7 +30,10 @@ echo
 printf '%-7s %-14s %-12s %-4s %-7s %-13s %-15s %s\n' camera model size bits frames "lost on link" "no free buffer" frames/s
 for ((n = 0; n < cameras; n++)); do
     summary=$out/camera$n.summary.json
-    "$zelcam" capture --camera "$n" --frames "$frames" --exposure 30000 --timeout 60 --format png --scale --out "$out" --json >"$summary"
+    "$zelcam" info --camera "$n" --json >"$out/camera$n.info.json"
+    look=(--format png --scale)
+    [ -z "$(member color_filter "$out/camera$n.info.json")" ] || look=(--color)
+    "$zelcam" capture --camera "$n" --frames "$frames" --exposure 30000 --timeout 60 "${look[@]}" --out "$out" --json >"$summary"
     beside=$out/camera${n}_0001.json
     rate=$(member frames_per_second "$summary")
     printf '%-7s %-14s %-12s %-4s %-7s %-13s %-15s %.1f\n' "$n" "$(member model "$summary")" \
@@ -39,7 +42,7 @@ for ((n = 0; n < cameras; n++)); do
 done
 
 echo
-echo "Pictures (16-bit grey PNG, scaled to the full range; each has a .json beside it):"
+echo "Pictures (16-bit PNG, grey ones scaled to the full range, color ones as sRGB; each has a .json beside it):"
 for ((n = 0; n < cameras; n++)); do
     echo "  $out/camera${n}_0001.png ... $out/camera${n}_$(printf '%04d' "$frames").png"
 done

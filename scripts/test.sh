@@ -42,6 +42,7 @@ for preset in "${presets[@]}"; do
             continue
         fi
         scripts/libdeflate-source.sh
+        scripts/lodepng-source.sh
     fi
     say "$preset: build"
     build_preset "$preset"

@@ -1,6 +1,10 @@
 // The program: pictures on disk.
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
 #include "tests/zelcam/ToolProcess.h"
 
 namespace zelcam {
@@ -11,12 +15,35 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t kSampleBytes = 64 * 48 * 2;
 
+using Samples = std::vector<std::uint16_t>;
+
 class ProgramCapture : public testing::Test {
   protected:
     ProgramCapture() { UseFastCameras("1", "1", "2"); }
 
+    // The samples of the one picture that `capture` takes with these arguments, which stand at the end of the file.
+    Samples Capture(const std::string& arguments, std::size_t width = 64, std::size_t height = 48) {
+        const std::string name = "p" + std::to_string(++m_Pictures);
+        const ToolResult result =
+            RunTool("capture " + arguments + " -p " + name + " --out \"" + (m_Folder / "p") + "\"");
+        EXPECT_EQ(result.exit_code, 0) << arguments << result.err;
+        const std::string file = FileText(m_Folder / ("p/" + name + "_0001.tif"));
+        Samples samples(width * height);
+        EXPECT_EQ(file.size(), 198 + samples.size() * 2) << arguments;
+        if (file.size() >= 198 + samples.size() * 2) std::memcpy(samples.data(), file.data() + 198, samples.size() * 2);
+        return samples;
+    }
+
     TemporaryFolder m_Folder;
+    int m_Pictures = 0;
 };
+
+// Mean of the squared differences.
+double Distance(const Samples& a, const Samples& b) {
+    double sum = 0.0;
+    for (std::size_t i = 0; i < a.size(); ++i) sum += (double{1} * a[i] - b[i]) * (double{1} * a[i] - b[i]);
+    return sum / static_cast<double>(a.size());
+}
 
 TEST_F(ProgramCapture, EachPictureHasADescriptionBesideIt) {
     const ToolResult result =
@@ -75,6 +102,103 @@ TEST_F(ProgramCapture, EveryLinkGivesPicturesInBothFormats) {
             EXPECT_EQ(beside["scaled_by_bits"].get<int>(), 16 - beside["bits"].get<int>());
         }
     }
+}
+
+TEST_F(ProgramCapture, RegionIsCutOutOfTheSameFrame) {
+    zel::platform::SetEnvironment("ZEL_SIM_FILL", "static");
+    for (const char* camera : {"-c 0", "-c 1", "-c 3"}) {
+        const Samples whole = Capture(camera);
+        const Samples region = Capture(std::string(camera) + " --roi 5,7,33,20", 33, 20);
+        const Samples binned = Capture(std::string(camera) + " --roi 5,7,33,20 --bin 3,2", 11, 10);
+        for (std::size_t y = 0; y < 20; ++y) {
+            for (std::size_t x = 0; x < 33; ++x) {
+                ASSERT_EQ(region[y * 33 + x], whole[(y + 7) * 64 + x + 5]) << camera << " " << x << "," << y;
+            }
+        }
+        // The first row of a binned frame is another matter.
+        unsigned sum = 0;
+        for (std::size_t i = 0; i < 6; ++i) sum += region[(2 + i / 3) * 33 + 3 + i % 3];
+        EXPECT_EQ(binned[11 + 1], std::min(sum, camera == std::string("-c 1") ? 4095u : 16383u)) << camera;
+    }
+    zel::platform::SetEnvironment("ZEL_SIM_FILL", "noise");
+}
+
+// The frame as a link delivers it, put into image order by the layout of its taps, is the frame that the SDK hands
+// over.
+TEST_F(ProgramCapture, WhatTheLinkDeliversBecomesThePicture) {
+    constexpr std::size_t kWidth = 64;
+    constexpr std::size_t kHeight = 48;
+    zel::platform::SetEnvironment("ZEL_SIM_FILL", "static");
+    zel::platform::SetEnvironment("ZEL_SIM_TAPS", "even");
+    const struct {
+        const char *plugin, *taps_index, *camera;
+        std::size_t taps;
+    } cases[] = {{"edt_camera_link.dll", "TAPS_INDEX=0", "0", 1},
+                 {"edt_camera_link.dll", "TAPS_INDEX=1", "0", 2},
+                 {"edt_camera_link.dll", "TAPS_INDEX=2", "0", 4},
+                 {"pleora_ebus.dll", "TAPS_INDEX=1", "1", 2}};
+    for (const auto& c : cases) {
+        const std::string file = m_Folder / "raw.pgm";
+        const ToolResult raw = RunProgram(
+            "zel_plugin_check", std::string(c.plugin) + " --samples \"" + file + "\" " + std::to_string(c.taps));
+        ASSERT_EQ(raw.exit_code, 0) << raw.err;
+        const std::string bytes = FileText(file);
+        ASSERT_GT(bytes.size(), kSampleBytes);
+        const auto* const big_endian =
+            reinterpret_cast<const unsigned char*>(bytes.data() + bytes.size() - kSampleBytes);
+        Samples picture(kWidth * kHeight);
+        for (std::size_t i = 0; i < picture.size(); ++i) {
+            std::size_t x = i % kWidth;
+            std::size_t y = i / kWidth;
+            if (c.taps == 2) {
+                x = x % 2 == 0 ? x / 2 : kWidth - 1 - x / 2;
+            } else if (c.taps == 4) {
+                const std::size_t column = i / 4 % (kWidth / 2);
+                const std::size_t row = i / 4 / (kWidth / 2);
+                x = i % 2 == 0 ? column : kWidth - 1 - column;
+                y = i % 4 < 2 ? row : kHeight - 1 - row;
+            }
+            picture[y * kWidth + x] = static_cast<std::uint16_t>(big_endian[2 * i] << 8 | big_endian[2 * i + 1]);
+        }
+        Samples handed_over = Capture(std::string("-c ") + c.camera + " --set " + c.taps_index);
+        // The first two samples carry the frame's number.
+        std::copy_n(picture.begin(), 2, handed_over.begin());
+        EXPECT_EQ(handed_over, picture) << c.plugin << " " << c.taps;
+    }
+    zel::platform::SetEnvironment("ZEL_SIM_FILL", "noise");
+    zel::platform::SetEnvironment("ZEL_SIM_TAPS", "uneven");
+}
+
+TEST_F(ProgramCapture, RawFrameOfNothingIsAFailureWithALine) {
+    const std::pair<const char*, int> cases[] = {{"no_such.dll --bytes x.pgm", 1},
+                                                 {"zel_usb.dll --samples x.pgm 4", 1},
+                                                 {"zel_usb.dll --samples x.pgm 3", 2},
+                                                 {"zel_usb.dll --pixels x.pgm", 2},
+                                                 {"zel_usb.dll --bytes no_such_folder/x.pgm", 1}};
+    for (const auto& [arguments, exit_code] : cases) {
+        const ToolResult result = RunProgram("zel_plugin_check", arguments);
+        EXPECT_EQ(result.exit_code, exit_code) << arguments;
+        EXPECT_NE(result.err, "") << arguments;
+    }
+}
+
+// Frames of two seeds differ by their noise alone.
+TEST_F(ProgramCapture, AverageOfManyFramesHasLessNoise) {
+    Samples single[2];
+    Samples mean[2];
+    for (int i = 0; i < 2; ++i) {
+        zel::platform::SetEnvironment("ZEL_SIM_SEED", i == 0 ? "1" : "2");
+        single[i] = Capture("");
+        mean[i] = Capture("--average 8");
+    }
+    zel::platform::SetEnvironment("ZEL_SIM_SEED", "1");
+    const double noise = Distance(single[0], single[1]);
+    EXPECT_GT(noise, 100.0);
+    EXPECT_NEAR(Distance(mean[0], mean[1]) / noise, 1.0 / 8.0, 0.02);
+    const auto json = RunTool("capture --json --average 8 -n 2 --out \"" + (m_Folder / "q") + "\"").Json();
+    ASSERT_EQ(json["pictures"].size(), 2u);
+    EXPECT_EQ(json["pictures"][0]["average_of_frames"], 8);
+    EXPECT_GE(json["pictures"][0]["frame_number"].get<int>(), 7) << "frames count from 0";
 }
 
 TEST_F(ProgramCapture, FolderThatCanNotBeWrittenFailsBeforeTheStart) {

@@ -83,8 +83,8 @@ TEST(Program, TextPrintsTheReply) {
 TEST(Program, HelpIsThereForEveryCommand) {
     const ToolResult help = RunTool("--help");
     EXPECT_EQ(help.exit_code, 0);
-    for (const char* command :
-         {"list", "info", "capture", "params", "get", "set", "trigger", "stream", "watch", "text", "version"}) {
+    for (const char* command : {"list", "info", "capture", "params", "get", "set", "trigger", "stream", "watch", "text",
+                                "calibrate", "version"}) {
         EXPECT_THAT(help.out, HasSubstr(std::string("  ") + command)) << command;
         const ToolResult own = RunTool(std::string(command) + " --help");
         EXPECT_EQ(own.exit_code, 0) << command;
@@ -106,6 +106,22 @@ TEST(Program, FailuresAreOneLineAndAnExitCode) {
         {"capture --frames 0", 2, "--frames"},
         {"capture --frames many", 2, "--frames"},
         {"capture --format gif", 2, "gif"},
+        {"capture --format 8", 2, "it is for color pictures"},
+        {"capture -c 2 --color --format tiff", 2, "choose 16, 8 or rgba8"},
+        {"capture --color", 1, "camera 0 has no color"},
+        {"capture -c 2 --color --bin 2,1", 1, "color frames are not binned"},
+        {"capture -c 2 --color --color-space cmyk", 2, "cmyk"},
+        {"stream --frames 1 --color-space xyz", 2, "requires --color"},
+        {"stream --frames 1 --format 8", 2, "requires --color"},
+        {"capture --roi 0,0,64", 2, "x,y,width,height"},
+        {"capture --roi 0,0,0,8", 2, "width and height from 1"},
+        {"capture --roi 32,0,33,48", 1, "not within the frame of 64x48; nothing was started"},
+        {"capture --bin 0,1", 2, "a factor from 1 to 128"},
+        {"capture --bin 1,129", 2, "a factor from 1 to 128"},
+        {"capture --bin 65,1", 1, "binning leaves nothing"},
+        {"capture --average 0", 2, "--average"},
+        {"stream --average 1001", 2, "--average"},
+        {"capture -c 1 --roi 0,8,64,8", 1, "frames come as 64x48 instead of 64x8"},
         {"stream --mode fast --frames 1", 2, "fast"},
         {"get", 2, "parameter"},
         {"info -c 9", 1, "no camera '9'"},

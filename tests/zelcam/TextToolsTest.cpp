@@ -7,6 +7,7 @@
 #include "tools/zelcam/Json.h"
 #include "tools/zelcam/PictureSaver.h"
 #include "tools/zelcam/Progress.h"
+#include "tools/zelcam/ProgressBar.h"
 #include "tools/zelcam/UtcTime.h"
 
 namespace zelcam {
@@ -35,10 +36,17 @@ TEST(Json, ReplacesBytesThatAreNotUtf8AndKeepsTheOrder) {
 }
 
 TEST(Progress, BarFillsUpAndNeverOverflows) {
-    EXPECT_EQ(ProgressBar(0, 10, 10), "[..........] 0/10");
-    EXPECT_EQ(ProgressBar(5, 10, 10), "[#####.....] 5/10");
-    EXPECT_EQ(ProgressBar(12, 10, 10), "[##########] 12/10");
-    EXPECT_EQ(ProgressBar(3, 0, 4), "[....] 3/0");
+    EXPECT_EQ(BarText(0, 10, 10), "[..........]");
+    EXPECT_EQ(BarText(5, 10, 10), "[#####.....]");
+    EXPECT_EQ(BarText(12, 10, 10), "[##########]");
+    EXPECT_EQ(BarText(3, 0, 4), "[....]");
+}
+
+TEST(ProgressBar, ShowsLinesAndBarAsFarAsTheyAreKnown) {
+    EXPECT_EQ(ProgressText("Stopping camera...", "", -1), "Stopping camera...");
+    EXPECT_EQ(ProgressText("Loading", "row 3", 42), "Loading, row 3 [########............] 42 %");
+    EXPECT_EQ(ProgressText("", "", 100), "[####################] 100 %");
+    EXPECT_EQ(ProgressText("", "", -1), "");
 }
 
 TEST(Failure, LineLeavesEmptyPartsOut) {

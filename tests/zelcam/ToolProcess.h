@@ -9,6 +9,7 @@
 #include <sstream>
 #include <string>
 
+#include "platform/User.h"
 #include "tests/zelcam/SimControl.h"
 
 namespace zelcam {
@@ -27,6 +28,17 @@ inline std::string FileText(const std::filesystem::path& path) {
     std::ostringstream text;
     text << file.rdbuf();
     return text.str();
+}
+
+// Removes the cache files of the simulated cameras' calibration. On Windows they lie in the user's own folder.
+inline void RemoveCacheFiles() {
+    std::error_code ignored;
+    for (const auto& file : std::filesystem::directory_iterator(zel::platform::CalibrationFolder(), ignored)) {
+        const std::string name = file.path().filename().string();
+        if (name.starts_with("zel_L2048-4M_300101_") || name.starts_with("zel_E150-2M_400101_")) {
+            std::filesystem::remove(file.path(), ignored);
+        }
+    }
 }
 
 // A folder that is removed with its files.
@@ -53,10 +65,11 @@ class TemporaryFolder {
     std::filesystem::path m_Path;
 };
 
-// Runs "zelcam ARGUMENTS" of this folder with the environment as it is. Arguments with blanks are quoted with ".
-inline ToolResult RunTool(const std::string& arguments) {
+// Runs "NAME ARGUMENTS", a program of this folder, with the environment as it is. Arguments with blanks are quoted
+// with ".
+inline ToolResult RunProgram(const std::string& name, const std::string& arguments) {
     const TemporaryFolder folder;
-    const std::string program = std::filesystem::path("./zelcam").make_preferred().string();
+    const std::string program = std::filesystem::path("./" + name).make_preferred().string();
     const std::string out = (folder.Path() / "out").make_preferred().string();
     const std::string err = (folder.Path() / "err").make_preferred().string();
     const std::string command = program + " " + arguments + " >\"" + out + "\" 2>\"" + err + "\"";
@@ -64,6 +77,8 @@ inline ToolResult RunTool(const std::string& arguments) {
     // One system answers the exit code, the other puts it into the second byte.
     return {status > 255 ? status / 256 : status, FileText(out), FileText(err)};
 }
+
+inline ToolResult RunTool(const std::string& arguments) { return RunProgram("zelcam", arguments); }
 
 }  // namespace zelcam
 

@@ -1,8 +1,10 @@
 // Checks a camera interface library (a plug-in) against what the SDK expects of one.
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 #include "tools/plugin_check/Checks.h"
+#include "tools/plugin_check/RawFrame.h"
 
 namespace {
 
@@ -27,9 +29,38 @@ void CheckCamera(const PluginLibrary& library, int camera, Report& report) {
 
 }  // namespace
 
+namespace {
+
+constexpr const char* kUsage =
+    "usage: zel_plugin_check FILE\n"
+    "       zel_plugin_check FILE --bytes PICTURE [TAPS]\n"
+    "       zel_plugin_check FILE --samples PICTURE [TAPS]\n"
+    "FILE: a plug-in, such as zel_usb.dll or a path. PICTURE: no checks; a PGM file that gets one frame of the first\n"
+    "camera as the link delivers it (--bytes), or its samples unpacked, in the order of the taps (--samples). TAPS: 1, "
+    "2\n"
+    "or 4.\n";
+
+int SaveFrame(int argc, char** argv) {
+    const bool bytes = std::strcmp(argv[2], "--bytes") == 0;
+    const std::string taps = argc == 5 ? argv[4] : "0";
+    const bool known_taps = argc == 4 || taps == "1" || taps == "2" || taps == "4";
+    if (argc > 5 || !known_taps || (!bytes && std::strcmp(argv[2], "--samples") != 0)) {
+        std::fputs(kUsage, stderr);
+        return 2;
+    }
+    const PluginLibrary library(argv[1]);
+    const bool saved =
+        SaveRawFrame(library, bytes ? RawFrameKind::kBytes : RawFrameKind::kSamples, taps[0] - '0', argv[3]);
+    if (library.lib_unload) library.lib_unload();
+    return saved ? 0 : 1;
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
+    if (argc >= 4) return SaveFrame(argc, argv);
     if (argc != 2 || std::strcmp(argv[1], "--help") == 0) {
-        std::fprintf(stderr, "usage: zel_plugin_check FILE\nFILE: a plug-in, such as zel_usb.dll or a path\n");
+        std::fputs(kUsage, stderr);
         return 2;
     }
     Report report;

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <utility>
 
 #include "include/ZelCamera.h"
 #include "tools/zelcam/Failure.h"
@@ -15,7 +16,7 @@ namespace {
 // How long a frame may take beyond what the camera's own figures say.
 constexpr long long kGraceMs = 10000;
 
-std::string StartAdvice(int code) {
+std::string StartAdvice(int code, bool averaging) {
     switch (code) {
         case ZEL_ERROR_INVALID_NUMBER_OF_IMAGE_BUFFERS:
         case ZEL_ERROR_TOO_MANY_IMAGE_BUFFERS:
@@ -27,7 +28,7 @@ std::string StartAdvice(int code) {
         case ZEL_ERROR_INVALID_BINNING_SELECTION:
             return "check ROI_BIN with 'zelcam get ROI_BIN'";
         default:
-            return "check cable and power, then try again";
+            return averaging ? "memory may be short: use a smaller --average" : "check cable and power, then try again";
     }
 }
 
@@ -39,6 +40,8 @@ void AcquisitionSettings::Declare(CLI::App& command) {
     command.add_option("-b,--buffers", buffers, "Image buffers in the pool");
     command.add_option("--set", assignments, "Any other parameter, NAME=VALUE; may be repeated")
         ->allow_extra_args(false);
+    processing.Declare(command);
+    color.Declare(command);
     command.add_option("--timeout", timeout_s, "Seconds to wait for a frame (default: from exposure and frame time)")
         ->check(CLI::Range(0.001, 86400.0));
 }
@@ -54,11 +57,15 @@ std::vector<WriteOutcome> AcquisitionSettings::Apply(ZelCamera* camera) const {
     for (const auto& [id, value] : named) {
         if (!value->empty()) outcomes.push_back(RequireParameter(camera, ParameterById(id), *value));
     }
+    for (WriteOutcome& outcome : processing.Apply(camera)) outcomes.push_back(std::move(outcome));
     return outcomes;
 }
 
 Acquisition::Acquisition(OpenCamera& camera, FrameMode frames, StartMode start, const AcquisitionSettings& settings)
-    : m_Camera(camera), m_Start(start), m_Waiter(camera.Get(), frames) {
+    : m_Camera(camera),
+      m_Start(start),
+      m_Waiter(camera.Get(), frames, settings.color.color),
+      m_Processing(settings.processing) {
     m_ExposureUs = ReadNumber(camera.Get(), ZEL_PARAM_EXPOSURE_TIME_US);
     camera->ClearLastError();
     m_Running = start == StartMode::kFree ? camera->Start() : camera->StartTriggerAcquisition();
@@ -79,7 +86,8 @@ void Acquisition::Stop() {
 }
 
 void Acquisition::FailToStart() const {
-    throw Failure(m_Camera.Label() + " can't be started", m_Camera.LastError(), StartAdvice(m_Camera->GetLastError()));
+    throw Failure(m_Camera.Label() + " can't be started", m_Camera.LastError(),
+                  StartAdvice(m_Camera->GetLastError(), m_Processing.average > 1));
 }
 
 void Acquisition::FailWithoutFrame() const {
@@ -101,6 +109,8 @@ void Acquisition::FailWithoutFrame() const {
 Frame Acquisition::Next() {
     Frame frame = m_Waiter.Next(m_Timeout);
     if (!frame && !Interrupted()) FailWithoutFrame();
+    if (frame && !m_SizeChecked) m_Processing.CheckSize(*frame.Get());
+    m_SizeChecked = true;
     return frame;
 }
 

@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "tools/zelcam/CameraParameters.h"
+#include "tools/zelcam/ColorSetup.h"
+#include "tools/zelcam/FrameProcessing.h"
 #include "tools/zelcam/FrameWaiter.h"
 #include "tools/zelcam/Session.h"
 
@@ -22,7 +24,9 @@ struct AcquisitionSettings {
     std::string gain;
     std::string buffers;
     std::vector<std::string> assignments;  // NAME=VALUE
-    double timeout_s = 0.0;                // 0: chosen from exposure and frame time
+    FrameProcessing processing;
+    ColorOptions color;
+    double timeout_s = 0.0;  // 0: chosen from exposure and frame time
 
     void Declare(CLI::App& command);
     // Writes them all, each read back. Throws Failure at the first one that the camera does not take.
@@ -54,6 +58,8 @@ class Acquisition {
     OpenCamera& m_Camera;
     StartMode m_Start;
     FrameWaiter m_Waiter;
+    FrameProcessing m_Processing;
+    bool m_SizeChecked = false;
     std::chrono::milliseconds m_Timeout{};
     long long m_ExposureUs = 0;
     bool m_Running = false;

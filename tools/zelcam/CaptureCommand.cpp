@@ -43,6 +43,7 @@ class CaptureCommand : public Command {
     }
 
     int Run() override {
+        m_Pictures.SettleFormat(m_Settings.color.color);
         const Session session;
         OpenCamera camera(session, m_Camera);
         if (m_Settings.buffers.empty() && m_Frames > kPoolByDefault) {
@@ -50,7 +51,7 @@ class CaptureCommand : public Command {
         }
         const std::vector<WriteOutcome> settings = m_Settings.Apply(camera.Get());
         const CameraFacts facts = ReadFacts(camera);
-        PictureSaver saver(m_Pictures, session.Sdk()->GetUtil(), facts, ReadNumber(camera.Get(), ZEL_PARAM_GAIN));
+        PictureSaver saver(m_Pictures, session.Sdk()->GetUtil(), facts, PicturesOf(camera, m_Settings, m_Pictures));
         CatchInterrupts();
         Take(camera, saver);
         Report(facts, settings);
@@ -63,6 +64,10 @@ class CaptureCommand : public Command {
         DropCounter counter;
         Acquisition acquisition(camera, FrameMode::kEvery, StartMode::kFree, m_Settings);
         Progress progress("saving");
+        // The first frames of an average are of fewer frames than the user asked for.
+        for (int skipped = 0; skipped < m_Settings.processing.FramesBefore(); ++skipped) {
+            if (!acquisition.Next()) break;
+        }
         while (m_Taken.size() < static_cast<std::size_t>(m_Frames)) {
             Frame frame = acquisition.Next();
             if (!frame) break;

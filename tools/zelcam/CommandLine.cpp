@@ -1,5 +1,7 @@
 #include "tools/zelcam/CommandLine.h"
 
+#include <span>
+
 #include "tools/zelcam/Command.h"
 #include "tools/zelcam/EditDistance.h"
 #include "tools/zelcam/Failure.h"
@@ -12,16 +14,19 @@ constexpr const char* kFooter =
     "Exit code: 0 success, 1 the command failed, 2 the command line was not understood.\n"
     "Each command has a --help of its own. Example: zelcam capture --frames 10 --exposure 20000 --out pictures";
 
-// CLI11 takes an unknown first word for a missing command.
-void RefuseUnknownCommand(const CLI::App& app, const std::string& word) {
+// CLI11 takes an unknown word for a missing command. words: what follows the name of `app`.
+void RefuseUnknownCommand(const CLI::App& app, std::span<char* const> words) {
+    if (words.empty() || words[0][0] == '-' || app.get_subcommands({}).empty()) return;
+    const std::string word = words[0];
     std::vector<std::string> names;
     for (const CLI::App* entry : app.get_subcommands({})) {
-        if (entry->get_name() == word) return;
+        if (entry->get_name() == word) return RefuseUnknownCommand(*entry, words.subspan(1));
         names.push_back(entry->get_name());
     }
     const std::vector<std::string> near = NearestWords(word, names, 1);
     throw Failure("no command '" + word + "'", "",
-                  (near.empty() ? "" : "did you mean " + near.front() + "? ") + "'zelcam --help' lists the commands",
+                  (near.empty() ? "" : "did you mean " + near.front() + "? ") + "'" + app.get_display_name() +
+                      " --help' lists the commands",
                   kExitUsage);
 }
 
@@ -32,9 +37,9 @@ int RunCommandLine(int argc, char** argv) {
     app.footer(kFooter);
     app.require_subcommand(1);
     std::vector<std::unique_ptr<Command>> commands;
-    for (auto make :
-         {&MakeListCommand, &MakeInfoCommand, &MakeCaptureCommand, &MakeParamsCommand, &MakeGetCommand, &MakeSetCommand,
-          &MakeTriggerCommand, &MakeStreamCommand, &MakeWatchCommand, &MakeTextCommand, &MakeVersionCommand}) {
+    for (auto make : {&MakeListCommand, &MakeInfoCommand, &MakeCaptureCommand, &MakeParamsCommand, &MakeGetCommand,
+                      &MakeSetCommand, &MakeTriggerCommand, &MakeStreamCommand, &MakeWatchCommand, &MakeTextCommand,
+                      &MakeCalibrateCommand, &MakeVersionCommand}) {
         commands.push_back(make());
     }
     std::vector<CLI::App*> entries;
@@ -43,7 +48,7 @@ int RunCommandLine(int argc, char** argv) {
         command->Declare(*entry);
         entries.push_back(entry);
     }
-    if (argc > 1 && argv[1][0] != '-') RefuseUnknownCommand(app, argv[1]);
+    if (argc > 1) RefuseUnknownCommand(app, {argv + 1, argv + argc});
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& help) {

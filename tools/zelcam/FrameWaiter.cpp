@@ -15,24 +15,34 @@ namespace {
 constexpr std::chrono::milliseconds kInterruptCheck{50};
 }  // namespace
 
-Frame::Frame(ZelCamera* camera, ZelImage* image, double hand_over_us)
-    : m_Camera(camera), m_Image(static_cast<ZelColorImage*>(image)), m_HandOverUs(hand_over_us) {}
+Frame::Frame(ZelCamera* camera, ZelImage* image, bool color, double hand_over_us)
+    : m_Camera(camera), m_Image(static_cast<ZelColorImage*>(image)), m_Color(color), m_HandOverUs(hand_over_us) {}
 
 Frame::~Frame() {
-    if (m_Image) m_Camera->FreeImage(m_Image);
+    if (!m_Image) return;
+    if (m_Color) {
+        static_cast<ZelColorCamera*>(m_Camera)->FreeColorImage(m_Image);
+    } else {
+        m_Camera->FreeImage(m_Image);
+    }
 }
 
 Frame::Frame(Frame&& other) noexcept
-    : m_Camera(other.m_Camera), m_Image(std::exchange(other.m_Image, nullptr)), m_HandOverUs(other.m_HandOverUs) {}
+    : m_Camera(other.m_Camera),
+      m_Image(std::exchange(other.m_Image, nullptr)),
+      m_Color(other.m_Color),
+      m_HandOverUs(other.m_HandOverUs) {}
 
 Frame& Frame::operator=(Frame&& other) noexcept {
     std::swap(m_Camera, other.m_Camera);
     std::swap(m_Image, other.m_Image);
+    std::swap(m_Color, other.m_Color);
     std::swap(m_HandOverUs, other.m_HandOverUs);
     return *this;
 }
 
-FrameWaiter::FrameWaiter(ZelCamera* camera, FrameMode mode) : m_Camera(camera), m_Mode(mode) {
+FrameWaiter::FrameWaiter(ZelCamera* camera, FrameMode mode, bool color)
+    : m_Camera(camera), m_Mode(mode), m_Color(color) {
     if (!m_Camera->SetImageNotificationCallback(&FrameWaiter::Notified, this) ||
         !m_Camera->SetCameraControlCallback(&FrameWaiter::ControlEvent, this)) {
         m_Camera->SetImageNotificationCallback(nullptr, nullptr);
@@ -85,7 +95,10 @@ bool FrameWaiter::WaitForNotification(Clock::time_point deadline, Clock::time_po
 }
 
 ZelImage* FrameWaiter::Take() {
-    return m_Mode == FrameMode::kEvery ? m_Camera->GetPendingImage() : m_Camera->GetLastPendingImage();
+    const bool newest = m_Mode == FrameMode::kNewest;
+    if (!m_Color) return newest ? m_Camera->GetLastPendingImage() : m_Camera->GetPendingImage();
+    auto* const camera = static_cast<ZelColorCamera*>(m_Camera);
+    return newest ? camera->GetLastPendingColorImage() : camera->GetPendingColorImage();
 }
 
 Frame FrameWaiter::Next(std::chrono::milliseconds timeout) {
@@ -98,7 +111,7 @@ Frame FrameWaiter::Next(std::chrono::milliseconds timeout) {
         const std::chrono::duration<double, std::micro> hand_over = Clock::now() - notified;
         const std::lock_guard lock(m_Mutex);
         ++m_Taken;
-        return {m_Camera, image, hand_over.count()};
+        return {m_Camera, image, m_Color, hand_over.count()};
     }
     return {};
 }

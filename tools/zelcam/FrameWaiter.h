@@ -23,7 +23,7 @@ enum class FrameMode {
 class Frame {
   public:
     Frame() = default;
-    Frame(ZelCamera* camera, ZelImage* image, double hand_over_us);
+    Frame(ZelCamera* camera, ZelImage* image, bool color, double hand_over_us);
     ~Frame();
     Frame(Frame&& other) noexcept;
     Frame& operator=(Frame&& other) noexcept;
@@ -37,14 +37,16 @@ class Frame {
   private:
     ZelCamera* m_Camera = nullptr;
     ZelColorImage* m_Image = nullptr;
+    bool m_Color = false;
     double m_HandOverUs = 0.0;
 };
 
 // Made before the acquisition starts, destroyed after it has stopped.
 class FrameWaiter {
   public:
-    // Registers itself with the camera. Throws Failure when the camera refuses.
-    FrameWaiter(ZelCamera* camera, FrameMode mode);
+    // Registers itself with the camera. color: frames are taken with their color picture. Throws Failure when the
+    // camera refuses.
+    FrameWaiter(ZelCamera* camera, FrameMode mode, bool color = false);
     ~FrameWaiter();
     FrameWaiter(const FrameWaiter&) = delete;
     FrameWaiter& operator=(const FrameWaiter&) = delete;
@@ -66,6 +68,7 @@ class FrameWaiter {
 
     ZelCamera* m_Camera;
     FrameMode m_Mode;
+    bool m_Color;
     mutable std::mutex m_Mutex;
     std::condition_variable m_Changed;
     std::deque<Clock::time_point> m_Notifications;  // one for each frame that is pending

@@ -1,6 +1,7 @@
 #include "tools/zelcam/PictureSaver.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
@@ -8,6 +9,8 @@
 
 #include "include/ZelImage.h"
 #include "include/ZelUtil.h"
+#include "tools/zelcam/Acquisition.h"
+#include "tools/zelcam/ColorPicture.h"
 #include "tools/zelcam/Failure.h"
 #include "tools/zelcam/UtcTime.h"
 
@@ -39,14 +42,37 @@ bool Complete(const fs::path& path, const ZelColorImage* image, bool png) {
 void PictureOptions::Declare(CLI::App& command) {
     command.add_option("-o,--out", folder, "Folder for the pictures, made when missing")->capture_default_str();
     command.add_option("-p,--prefix", prefix, "Beginning of the file names (default: camera and its number)");
-    command.add_option("-f,--format", format, "tiff or png; both hold 16-bit grey")
-        ->check(CLI::IsMember({"tiff", "png"}))
-        ->capture_default_str();
+    command
+        .add_option(
+            "-f,--format", format,
+            "tiff (default) or png: 16-bit grey; with --color a PNG of 16 (default) or 8 bits a channel, or rgba8")
+        ->check(CLI::IsMember({"tiff", "png", "16", "8", "rgba8"}));
     command.add_flag("--scale", scale, "Scale the counts to the full 16 bits (default: raw counts)");
 }
 
-PictureSaver::PictureSaver(const PictureOptions& options, ZelUtil* util, const CameraFacts& facts, long long gain)
-    : m_Options(options), m_Util(util), m_Facts(facts), m_Gain(gain) {
+void PictureOptions::SettleFormat(bool color) {
+    if (format.empty()) format = color ? kColorFormats.front() : "tiff";
+    const bool for_color = std::find(kColorFormats.begin(), kColorFormats.end(), format) != kColorFormats.end();
+    if (for_color == color) return;
+    throw Failure("--format " + format, color ? "it is for grey pictures" : "it is for color pictures",
+                  color ? "choose 16, 8 or rgba8 with --color" : "choose tiff or png, or add --color", kExitUsage);
+}
+
+PictureSettings PicturesOf(const OpenCamera& camera, const AcquisitionSettings& settings,
+                           const PictureOptions& options) {
+    PictureSettings pictures{ReadNumber(camera.Get(), ZEL_PARAM_GAIN), settings.processing.average, std::nullopt};
+    if (settings.color.color) {
+        ColorOptions color = settings.color;
+        color.format = options.format;
+        pictures.color = color.SetUp(camera.Get(), camera.Label());
+    }
+    return pictures;
+}
+
+PictureSaver::PictureSaver(const PictureOptions& options, ZelUtil* util, const CameraFacts& facts,
+                           const PictureSettings& settings)
+    : m_Options(options), m_Util(util), m_Facts(facts), m_Settings(settings) {
+    m_Options.SettleFormat(settings.color.has_value());
     if (m_Options.prefix.empty()) m_Options.prefix = "camera" + std::to_string(facts.entry.number);
     const std::string what = "folder '" + m_Options.folder + "' can't be used";
     std::error_code error;
@@ -63,10 +89,17 @@ Json PictureSaver::Save(ZelColorImage* image) {
     char number[16];
     std::snprintf(number, sizeof number, "_%04d", ++m_Count);
     const fs::path stem = fs::path(m_Options.folder) / (m_Options.prefix + number);
-    const bool png = m_Options.format == "png";
-    const fs::path picture = stem.string() + (png ? ".png" : ".tif");
-    const unsigned scaled_by = m_Options.scale ? ScaleToSixteenBits(image) : 0;
-    WritePicture(picture, image);
+    const bool tiff = m_Options.format == "tiff";
+    const fs::path picture = stem.string() + (tiff ? ".tif" : ".png");
+    unsigned scaled_by = 0;
+    if (m_Settings.color) {
+        const ColorSetting& color = *m_Settings.color;
+        if (m_Options.scale && color.format == ColorFormat::k16) scaled_by = 16 - color.OutputBits();
+        WriteColor(picture, *image, scaled_by);
+    } else {
+        if (m_Options.scale) scaled_by = ScaleToSixteenBits(image);
+        WriteGrey(picture, image);
+    }
     const Json description = Describe(image, picture.filename().string(), scaled_by);
     WriteDescription(stem.string() + ".json", description);
     Json result = description;
@@ -74,7 +107,16 @@ Json PictureSaver::Save(ZelColorImage* image) {
     return result;
 }
 
-void PictureSaver::WritePicture(const fs::path& path, ZelColorImage* image) const {
+void PictureSaver::WriteColor(const fs::path& path, const ZelColorImage& image, unsigned shift) const {
+    const std::vector<std::uint8_t> samples = PngSamples(image, *m_Settings.color, shift);
+    if (samples.empty()) {
+        throw Failure("frame " + std::to_string(image.image_number) + " has no color picture",
+                      "the SDK did not make one of this format", "leave --color out");
+    }
+    WriteColorPng(path.string(), samples, image.w, image.h, *m_Settings.color);
+}
+
+void PictureSaver::WriteGrey(const fs::path& path, ZelColorImage* image) const {
     const bool png = m_Options.format == "png";
     const std::string name = path.string();
     const bool saved = png ? m_Util->SavePNG(name.c_str(), image) : m_Util->SaveTIFF(name.c_str(), image);
@@ -111,10 +153,12 @@ Json PictureSaver::Describe(const ZelColorImage* image, const std::string& file,
     json["height"] = image->h;
     json["bits"] = image->bit_depth;
     json["scaled_by_bits"] = scaled_by;
+    if (m_Settings.color) json["color"] = m_Settings.color->ToJson();
     json["region"] = {{"x", image->x_origin},      {"y", image->y_origin}, {"width", image->x_pixels},
                       {"height", image->y_pixels}, {"xbin", image->x_bin}, {"ybin", image->y_bin}};
     json["exposure_us"] = image->exposure_time_us;
-    json["gain"] = m_Gain;
+    json["gain"] = m_Settings.gain;
+    json["average_of_frames"] = std::max(m_Settings.average, 1);
     json["frame_number"] = image->image_number;
     json["time"] = {{"clock", kFrameClock},
                     {"arrival_ms", image->arrival_time_ms},

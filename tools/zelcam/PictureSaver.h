@@ -3,9 +3,11 @@
 #define ZELCAM_PICTURESAVER_H
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "tools/zelcam/CameraFacts.h"
+#include "tools/zelcam/ColorSetup.h"
 #include "tools/zelcam/Json.h"
 
 class ZelColorImage;
@@ -20,32 +22,50 @@ namespace zelcam {
 // Name of the clock behind the time stamps of an image record.
 extern const char* const kFrameClock;
 
+class OpenCamera;
+struct AcquisitionSettings;
+
 struct PictureOptions {
     std::string folder = ".";
     std::string prefix;  // empty: "camera" and the camera's number
-    std::string format = "tiff";
+    std::string format;  // empty: tiff, or 16 for color frames
     bool scale = false;
 
     void Declare(CLI::App& command);
+    // Settles the format of grey or color pictures. Throws Failure when the one asked for is of the other kind.
+    void SettleFormat(bool color);
 };
+
+// Settings that an image record does not carry.
+struct PictureSettings {
+    long long gain = 0;
+    int average = 0;                      // frames that each picture is the mean of; 0: one
+    std::optional<ColorSetting> color{};  // of color frames
+};
+
+// Reads them from the camera, and sets its color processing up when color frames are asked for. Throws Failure.
+PictureSettings PicturesOf(const OpenCamera& camera, const AcquisitionSettings& settings,
+                           const PictureOptions& options);
 
 class PictureSaver {
   public:
     // Makes the folder. Throws Failure when it can't be written to.
-    PictureSaver(const PictureOptions& options, ZelUtil* util, const CameraFacts& facts, long long gain);
+    PictureSaver(const PictureOptions& options, ZelUtil* util, const CameraFacts& facts,
+                 const PictureSettings& settings);
 
     // Saves a frame and its description under the next number. Result: the description. Throws Failure.
     Json Save(ZelColorImage* image);
 
   private:
-    void WritePicture(const std::filesystem::path& path, ZelColorImage* image) const;
+    void WriteGrey(const std::filesystem::path& path, ZelColorImage* image) const;
+    void WriteColor(const std::filesystem::path& path, const ZelColorImage& image, unsigned shift) const;
     void WriteDescription(const std::filesystem::path& path, const Json& description) const;
     Json Describe(const ZelColorImage* image, const std::string& file, unsigned scaled_by) const;
 
     PictureOptions m_Options;
     ZelUtil* m_Util;
     CameraFacts m_Facts;
-    long long m_Gain;
+    PictureSettings m_Settings;
     int m_Count = 0;
 };
 

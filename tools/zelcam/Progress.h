@@ -18,6 +18,9 @@ class Progress {
 
     // Draws at most ten times a second. total 0: only the text.
     void Show(std::uint64_t done, std::uint64_t total, const std::string& text = "");
+    // Draws a text behind the label at once.
+    void ShowText(const std::string& text);
+    void Wipe();
 
   private:
     std::string m_Label;
@@ -26,8 +29,8 @@ class Progress {
     std::chrono::steady_clock::time_point m_Last{};
 };
 
-// "[#####.....] 5/10"
-std::string ProgressBar(std::uint64_t done, std::uint64_t total, int width);
+// "[#####.....]"
+std::string BarText(std::uint64_t done, std::uint64_t total, int width);
 
 }  // namespace zelcam
 

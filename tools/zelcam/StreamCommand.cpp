@@ -32,6 +32,10 @@ class StreamCommand : public Command {
             ->check(CLI::IsMember({"every", "newest"}))
             ->capture_default_str();
         m_Settings.Declare(command);
+        command.add_option("-f,--format", m_Settings.color.format, "With --color: 16 or 8 bits a channel, or rgba8")
+            ->needs("--color")
+            ->check(CLI::IsMember(kColorFormats))
+            ->capture_default_str();
         DeclareJson(command);
     }
 
@@ -39,6 +43,7 @@ class StreamCommand : public Command {
         const Session session;
         OpenCamera camera(session, m_Camera);
         m_Settings.Apply(camera.Get());
+        if (m_Settings.color.color) m_Report.color = m_Settings.color.SetUp(camera.Get(), camera.Label()).ToJson();
         m_Report.mode = m_Mode;
         const CameraFacts facts = ReadFacts(camera);
         CatchInterrupts();

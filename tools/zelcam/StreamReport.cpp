@@ -8,7 +8,7 @@ namespace zelcam {
 
 void StreamReport::Add(const ZelColorImage& image, double hand_over_us) {
     ++frames;
-    bytes += image.size_in_bytes;
+    bytes += color.is_null() ? image.size_in_bytes : image.color_size_in_bytes;
     m_QueueMs.push_back(image.queue_delay_ms);
     m_HandOverUs.push_back(hand_over_us);
     m_Counter.Frame(image.image_number);
@@ -48,6 +48,7 @@ std::string StreamReport::Text() const {
 Json StreamReport::ToJson() const {
     Json json;
     json["mode"] = mode;
+    if (!color.is_null()) json["color"] = color;
     json["first_frame_seconds"] = first_frame_s;
     json["seconds"] = seconds;
     json["frames"] = frames;

@@ -27,6 +27,7 @@ class StreamReport {
     Json ToJson() const;
 
     std::string mode;
+    Json color;  // how color frames are made; null for grey ones
     std::uint64_t frames = 0;
     std::uint64_t bytes = 0;
     double first_frame_s = 0.0;  // from the start to the first frame

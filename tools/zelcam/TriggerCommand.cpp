@@ -39,14 +39,16 @@ class TriggerCommand : public Command {
     }
 
     int Run() override {
+        m_Pictures.SettleFormat(m_Settings.color.color);
         const Session session;
         OpenCamera camera(session, m_Camera);
         m_Settings.assignments.push_back(m_Hardware ? "HW_TRIGGER_ACTIVE=1" : "HW_TRIGGER_ACTIVE=0");
         m_Settings.Apply(camera.Get());
         const CameraFacts facts = ReadFacts(camera);
+        const PictureSettings pictures = PicturesOf(camera, m_Settings, m_Pictures);
         std::optional<PictureSaver> saver;
         if (m_Save) {
-            saver.emplace(m_Pictures, session.Sdk()->GetUtil(), facts, ReadNumber(camera.Get(), ZEL_PARAM_GAIN));
+            saver.emplace(m_Pictures, session.Sdk()->GetUtil(), facts, pictures);
         }
         CatchInterrupts();
         Take(camera, saver ? &*saver : nullptr);

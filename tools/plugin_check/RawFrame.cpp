@@ -1,0 +1,109 @@
+#include "tools/plugin_check/RawFrame.h"
+
+#include <cstdio>
+#include <fstream>
+#include <vector>
+
+#include "tools/plugin_check/HostCamera.h"
+
+namespace zel::plugin_check {
+
+namespace {
+
+constexpr int kFrameTime = 20000;  // milliseconds
+
+struct RawFrame {
+    std::vector<std::uint8_t> bytes;
+    int width = 0;
+    int height = 0;
+    int bits = 0;
+    int taps = 0;
+    bool packed = false;  // 12-bit samples, two in three bytes
+};
+
+bool TakeFrame(ICameraInterface& transport, HostCamera& host, int taps, RawFrame& frame) {
+    const int taps_index = taps == 4 ? 2 : taps - 1;
+    if (taps > 0 && host.Set(SENSOR_TAPS_IDX, taps_index) != 0) return false;
+    const bool came = transport.Start() == 0 && host.Set(CAMERA_STATE, 2) == 0 && host.WaitForFrames(1, kFrameTime);
+    const bool stopped = transport.Stop() == 0;
+    if (!came || !stopped || !host.Get(H_SIZE, frame.width) || !host.Get(V_SIZE, frame.height) ||
+        !host.Get(BITS_PER_PIXEL, frame.bits) || !host.Get(SENSOR_TAPS_VAL, frame.taps)) {
+        return false;
+    }
+    for (const std::uint16_t sample : host.Snapshot().last_frame) {
+        frame.bytes.push_back(static_cast<std::uint8_t>(sample));
+        frame.bytes.push_back(static_cast<std::uint8_t>(sample >> 8));
+    }
+    frame.packed = transport.GetInterfaceType() == CAMERA_TYPE_PLEORA_EBUS && frame.taps > 1;
+    return frame.width > 0 && frame.height > 0 &&
+           frame.bytes.size() >=
+               std::size_t{2} * static_cast<unsigned>(frame.width) * static_cast<unsigned>(frame.height);
+}
+
+// byte 0: bits 11..4 of the first sample   byte 1: bits 3..0 of the second | of the first   byte 2: 11..4 of the second
+unsigned Sample(const RawFrame& frame, std::size_t i) {
+    if (!frame.packed) return frame.bytes[2 * i] | static_cast<unsigned>(frame.bytes[2 * i + 1]) << 8;
+    const std::uint8_t* const pair = frame.bytes.data() + i / 2 * 3;
+    return i % 2 == 0 ? pair[0] * 16u + (pair[1] & 0x0Fu) : pair[2] * 16u + (pair[1] >> 4);
+}
+
+bool WritePicture(const RawFrame& frame, RawFrameKind kind, const char* file_name) {
+    const bool bytes = kind == RawFrameKind::kBytes && frame.packed;
+    const int width = bytes ? frame.width * 3 / 2 : frame.width;
+    const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(frame.height);
+    std::ofstream file(file_name, std::ios::binary);
+    file << "P5\n" << width << " " << frame.height << "\n" << (bytes ? 255 : 65535) << "\n";
+    for (std::size_t i = 0; i < count; ++i) {
+        if (bytes) {
+            file.put(static_cast<char>(frame.bytes[i]));
+        } else {
+            const unsigned sample = Sample(frame, i);
+            file.put(static_cast<char>(sample >> 8)).put(static_cast<char>(sample));
+        }
+    }
+    file.close();
+    return file.good();
+}
+
+}  // namespace
+
+bool SaveRawFrame(const PluginLibrary& library, RawFrameKind kind, int taps, const char* file_name) {
+    if (!library.Complete() || library.get_num_cameras() < 1) {
+        std::fprintf(stderr, "no camera: the library can't be loaded or finds none\n");
+        return false;
+    }
+    char name[] = "";
+    ICameraInterface* const transport = library.create_camera_interface(0, name);
+    if (!transport) {
+        std::fprintf(stderr, "the camera can't be used\n");
+        return false;
+    }
+    RawFrame frame;
+    bool taken = false;
+    {
+        HostCamera host(*transport);
+        transport->SetCameraCommon(&host);
+        if (transport->Connect() == 0) {
+            host.RegisterHandlers();
+            taken = TakeFrame(*transport, host, taps, frame);
+            transport->Disconnect();
+        }
+        transport->SetImageHandler(nullptr, nullptr);
+        transport->SetEventHandler(nullptr, nullptr);
+        transport->SetCameraCommon(nullptr);
+    }
+    library.destroy_camera_interface(transport);
+    if (!taken) {
+        std::fprintf(stderr, "the camera delivered no frame%s\n", taps > 0 ? " with this number of taps" : "");
+        return false;
+    }
+    if (!WritePicture(frame, kind, file_name)) {
+        std::fprintf(stderr, "%s can't be written\n", file_name);
+        return false;
+    }
+    std::printf("%s: %d x %d, %d bits, %d taps%s\n", file_name, frame.width, frame.height, frame.bits, frame.taps,
+                frame.packed ? ", packed" : "");
+    return true;
+}
+
+}  // namespace zel::plugin_check

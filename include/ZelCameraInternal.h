@@ -11,17 +11,35 @@ class ICameraInterface;
 // Slots 48 to 78. Every operation has a default body that answers false, true, 0 or null.
 class ZelCameraInternal : public ZelColorCamera {
   public:
-    // Tap balance calibration, forwarded to the camera's tap balance object. `select`: 0 = 20 MHz, 1 = 40 MHz.
+    // ---- Tap balance calibration: one table per readout speed, 0 = 20 MHz, 1 = 40 MHz ----
+    // Switches the correction of frames on or off. False while there is nothing to correct with; a camera that is
+    // opened afterwards gets its tables then, from its cache files or from its flash memory, and is corrected.
     virtual bool TapBalanceEnable(bool enable);
+    // The table that the operations without a table number mean. False for a number that is no table, which is kept
+    // all the same: those operations then fail.
     virtual bool TapBalanceSelectTable(int select);
+    // Loads both tables from the camera's flash memory, which takes a while. The second one is selected afterwards.
     virtual bool TapBalanceLoadDataFromCamera();
+    // Loads a table from a text file: "ROWS TAPS", then a row of five numbers per line, mV and four gains (the last two
+    // 0 for two taps). "20MHz" or "40MHz" in the file's name selects the table.
     virtual bool TapBalanceLoadDataFromMasterFile(const char* file_name);
+    // Rows and taps of the selected table, as the camera's flash memory tells. Null pointers are left out.
     virtual bool TapBalanceGetTableConfig(int* rows, int* num_taps);
+    // One row of the selected table, read from the flash memory: the signal level and one gain per tap (room for 4).
+    // GetTableConfig comes first.
     virtual bool TapBalanceGetTableData(int row, float* millivolts, float* tap_gains);
+    // Begins a table in memory, all zeros: 1 to 1000 rows (correction needs 4) of 2 or 4 taps. False when both tables
+    // together do not fit the flash memory.
     virtual bool TapBalanceSetTableConfig(int table, int rows, int num_taps);
+    // One row of the selected table in memory: a level from 0 to 5000 mV, ascending from row to row, and one gain from
+    // 0 to 2 per tap.
     virtual bool TapBalanceSetTableData(int row, float millivolts, const float* tap_gains);
+    // Write to the flash memory what both tables in memory say: the directory with their digests, and the tables.
+    // False when a table is missing or the camera refused; the camera is calibrated when both have succeeded.
     virtual bool TapBalanceWriteTableConfigToCamera();
     virtual bool TapBalanceWriteDataToCamera();
+    // Writes patterns to the last page of the flash memory, reads them back and restores the page. False also when a
+    // table lies there.
     virtual bool TapBalanceFlashTest();
 
     virtual bool Reserved59();

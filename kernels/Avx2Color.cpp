@@ -214,17 +214,17 @@ struct AsItIs {
     Block Apply(const Block& block) const { return block; }
 };
 
-template <bool with_table>
+template <class Fetch, bool with_table>
 struct ByMatrix {
     __m256 m[9];
     __m256i largest;
     __m128i shift;
-    const int* entries;
+    const std::uint16_t* table;
 
     explicit ByMatrix(const ColorTransform& transform)
         : largest(_mm256_set1_epi16(static_cast<short>(transform.largest))),
           shift(_mm_cvtsi32_si128(static_cast<int>(transform.shift))),
-          entries(reinterpret_cast<const int*>(transform.table)) {
+          table(transform.table) {
         for (int i = 0; i < 9; ++i) m[i] = _mm256_set1_ps(transform.matrix[i]);
     }
     __m256i Channel(const Floats& a, const Floats& b, const Floats& c, const __m256* row) const {
@@ -232,13 +232,7 @@ struct ByMatrix {
         const __m256i sums =
             _mm256_packus_epi32(Product(a.low, b.low, c.low, row), Product(a.high, b.high, c.high, row));
         __m256i value = _mm256_min_epu16(sums, largest);
-        if constexpr (with_table) {
-            const __m256i zero = _mm256_setzero_si256();
-            const __m256i low_half = _mm256_set1_epi32(0xFFFF);
-            const __m256i low = _mm256_i32gather_epi32(entries, _mm256_unpacklo_epi16(value, zero), 2);
-            const __m256i high = _mm256_i32gather_epi32(entries, _mm256_unpackhi_epi16(value, zero), 2);
-            value = _mm256_packus_epi32(_mm256_and_si256(low, low_half), _mm256_and_si256(high, low_half));
-        }
+        if constexpr (with_table) value = Fetch::Entries(table, value);
         return _mm256_srl_epi16(value, shift);
     }
     Block Apply(const Block& block) const {
@@ -259,12 +253,13 @@ std::size_t Run(const PlanarRow& row, const Transform& transform, const Output& 
 }
 
 // Sums beyond 32 bits are left to the scalar reference.
-template <class Output>
+template <class Fetch, class Output>
 std::size_t RunMatrix(const PlanarRow& row, const ColorTransform& transform, const Output& output) {
     const bool tame = std::all_of(std::begin(transform.matrix), std::end(transform.matrix),
                                   [](float entry) { return std::fabs(entry) <= kTameEntry; });
     if (!tame) return 0;
-    return transform.table ? Run(row, ByMatrix<true>(transform), output) : Run(row, ByMatrix<false>(transform), output);
+    return transform.table ? Run(row, ByMatrix<Fetch, true>(transform), output)
+                           : Run(row, ByMatrix<Fetch, false>(transform), output);
 }
 
 PlanarRow From(const PlanarRow& row, std::size_t x) {
@@ -273,8 +268,9 @@ PlanarRow From(const PlanarRow& row, std::size_t x) {
 
 }  // namespace
 
+template <class Fetch>
 void TransformRow(const PlanarRow& row, const ColorTransform& transform) {
-    scalar::TransformRow(From(row, RunMatrix(row, transform, ToPlanes{row})), transform);
+    scalar::TransformRow(From(row, RunMatrix<Fetch>(row, transform, ToPlanes{row})), transform);
 }
 
 void PackRow(const PlanarRow& row, ColorFormat format, void* out) {
@@ -285,13 +281,19 @@ void PackRow(const PlanarRow& row, ColorFormat format, void* out) {
     scalar::PackRow(From(row, x), format, bytes + x * BytesPerPixel(format));
 }
 
+template <class Fetch>
 void TransformPackRow(const PlanarRow& row, const ColorTransform& transform, ColorFormat format, void* out) {
     auto* const bytes = static_cast<std::uint8_t*>(out);
-    const std::size_t x = format == ColorFormat::k16  ? RunMatrix(row, transform, To16(out))
-                          : format == ColorFormat::k8 ? RunMatrix(row, transform, To8{bytes})
-                                                      : RunMatrix(row, transform, To8Padded{bytes});
+    const std::size_t x = format == ColorFormat::k16  ? RunMatrix<Fetch>(row, transform, To16(out))
+                          : format == ColorFormat::k8 ? RunMatrix<Fetch>(row, transform, To8{bytes})
+                                                      : RunMatrix<Fetch>(row, transform, To8Padded{bytes});
     scalar::TransformPackRow(From(row, x), transform, format, bytes + x * BytesPerPixel(format));
 }
+
+template void TransformRow<Gathers>(const PlanarRow&, const ColorTransform&);
+template void TransformRow<Inserts>(const PlanarRow&, const ColorTransform&);
+template void TransformPackRow<Gathers>(const PlanarRow&, const ColorTransform&, ColorFormat, void*);
+template void TransformPackRow<Inserts>(const PlanarRow&, const ColorTransform&, ColorFormat, void*);
 
 }  // namespace zel::kernels::avx2
 

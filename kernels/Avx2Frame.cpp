@@ -169,20 +169,15 @@ void UnpackRowPairFourTaps(std::span<const std::uint8_t> packed, std::span<std::
                                   bottom.subspan(done, rest));
 }
 
-// A gather fetches the four bytes at each entry; the upper two are masked away.
+template <class Fetch>
 void LookUp(std::span<std::uint16_t> samples, const std::uint16_t* table, std::uint16_t index_mask,
             std::uint16_t value_mask) {
     const __m256i index = _mm256_set1_epi16(static_cast<short>(index_mask));
-    const __m256i value = _mm256_set1_epi32(value_mask);
-    const int* const entries = reinterpret_cast<const int*>(table);
+    const __m256i value = _mm256_set1_epi16(static_cast<short>(value_mask));
     std::size_t i = 0;
     for (; i + kLane <= samples.size(); i += kLane) {
-        const __m256i at = _mm256_and_si256(Load(samples.data() + i), index);
-        const __m256i low = _mm256_unpacklo_epi16(at, _mm256_setzero_si256());
-        const __m256i high = _mm256_unpackhi_epi16(at, _mm256_setzero_si256());
-        const __m256i a = _mm256_and_si256(_mm256_i32gather_epi32(entries, low, 2), value);
-        const __m256i b = _mm256_and_si256(_mm256_i32gather_epi32(entries, high, 2), value);
-        Store(samples.data() + i, _mm256_packus_epi32(a, b));
+        const __m256i entries = Fetch::Entries(table, _mm256_and_si256(Load(samples.data() + i), index));
+        Store(samples.data() + i, _mm256_and_si256(entries, value));
     }
     scalar::LookUp(samples.subspan(i), table, index_mask, value_mask);
 }
@@ -312,23 +307,29 @@ void AverageStep(std::span<std::uint16_t> frame, std::span<std::uint16_t> slot, 
     scalar::AverageStep(frame.subspan(i), slot.subspan(i), sums.subspan(i), count, replace);
 }
 
-const KernelTable kTable{
-    .variant = Variant::kAvx2,
-    .name = "AVX2",
-    .unpack12 = Unpack12,
-    .reorder_row_two_taps = ReorderRowTwoTaps,
-    .unpack_row_two_taps = UnpackRowTwoTaps,
-    .reorder_row_pair_four_taps = ReorderRowPairFourTaps,
-    .unpack_row_pair_four_taps = UnpackRowPairFourTaps,
-    .look_up = LookUp,
-    .bin = Bin,
-    .average_step = AverageStep,
-    .all_bits = AllBits,
-    .demosaic_row = DemosaicRow,
-    .transform_row = TransformRow,
-    .pack_row = PackRow,
-    .transform_pack_row = TransformPackRow,
-};
+template <class Fetch>
+constexpr KernelTable MakeTable(Variant variant, const char* name) {
+    return {
+        .variant = variant,
+        .name = name,
+        .unpack12 = Unpack12,
+        .reorder_row_two_taps = ReorderRowTwoTaps,
+        .unpack_row_two_taps = UnpackRowTwoTaps,
+        .reorder_row_pair_four_taps = ReorderRowPairFourTaps,
+        .unpack_row_pair_four_taps = UnpackRowPairFourTaps,
+        .look_up = LookUp<Fetch>,
+        .bin = Bin,
+        .average_step = AverageStep,
+        .all_bits = AllBits,
+        .demosaic_row = DemosaicRow,
+        .transform_row = TransformRow<Fetch>,
+        .pack_row = PackRow,
+        .transform_pack_row = TransformPackRow<Fetch>,
+    };
+}
+
+const KernelTable kTable = MakeTable<Gathers>(Variant::kAvx2, "AVX2");
+const KernelTable kTableWithoutGathers = MakeTable<Inserts>(Variant::kAvx2WithoutGathers, "AVX2 without gathers");
 
 }  // namespace zel::kernels::avx2
 

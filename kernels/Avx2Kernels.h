@@ -7,6 +7,7 @@
 namespace zel::kernels::avx2 {
 
 extern const KernelTable kTable;
+extern const KernelTable kTableWithoutGathers;
 
 }  // namespace zel::kernels::avx2
 

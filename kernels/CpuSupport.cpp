@@ -13,4 +13,6 @@ bool CpuHasFma() {
     return __builtin_cpu_supports("fma") != 0;
 }
 
+bool CpuHasFastGathers() { return CpuHasAvx2() && __builtin_cpu_is("amd") == 0; }
+
 }  // namespace zel::kernels

@@ -8,6 +8,9 @@ namespace zel::kernels {
 bool CpuHasAvx2();
 bool CpuHasFma();
 
+// True when the processor has AVX2 and its gathers beat fetching entries one by one. AMD's do not (measured on Zen 4).
+bool CpuHasFastGathers();
+
 }  // namespace zel::kernels
 
 #endif

@@ -31,15 +31,16 @@ constexpr KernelTable kScalar{
 // In order of preference.
 constexpr struct {
     const KernelTable* table;
-    bool (*runs_here)();
+    bool (*preferred)();
 } kPriority[] = {
-    {&avx2::kTable, CpuHasAvx2},
+    {&avx2::kTable, CpuHasFastGathers},
+    {&avx2::kTableWithoutGathers, CpuHasAvx2},
     {&kScalar, Always},
 };
 
 const KernelTable* Choose() {
     for (const auto& row : kPriority) {
-        if (row.runs_here()) return row.table;
+        if (row.preferred()) return row.table;
     }
     return &kScalar;
 }
@@ -55,7 +56,8 @@ const KernelTable& Kernels() {
 
 const KernelTable* FindKernels(Variant variant) {
     for (const auto& row : kPriority) {
-        if (row.table->variant == variant && row.runs_here()) return row.table;
+        const bool runs_here = variant == Variant::kScalar || CpuHasAvx2();
+        if (row.table->variant == variant && runs_here) return row.table;
     }
     return nullptr;
 }

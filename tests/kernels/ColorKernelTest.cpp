@@ -205,7 +205,7 @@ TEST_P(ColorVariantTest, AllBits) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(, ColorVariantTest, testing::Values(Variant::kAvx2));
+INSTANTIATE_TEST_SUITE_P(, ColorVariantTest, testing::Values(Variant::kAvx2, Variant::kAvx2WithoutGathers));
 
 TEST(PackTest, ChannelZeroFirstAndClampedTo255) {
     Planes planes(1);

@@ -10,6 +10,9 @@
 #pragma GCC push_options
 #pragma GCC target("avx2")
 
+// Keeps constants in registers across what would be calls in the loops below.
+#define ZEL_INLINE __attribute__((always_inline)) inline
+
 namespace zel::kernels::avx2 {
 
 std::uint16_t AllBits(std::span<const std::uint16_t> samples) {
@@ -123,7 +126,7 @@ struct ToPlanes {
     PlanarRow out;
     static constexpr std::size_t kBeyond = 0;
 
-    void Write(const Block& block, std::size_t x) const {
+    ZEL_INLINE void Write(const Block& block, std::size_t x) const {
         Store(out.channel[0] + x, block.c0);
         Store(out.channel[1] + x, block.c1);
         Store(out.channel[2] + x, block.c2);
@@ -154,12 +157,12 @@ struct To16 {
         }
     }
     // 24 samples of each half make three pieces.
-    __m256i Piece(const Block& b, int i) const {
+    ZEL_INLINE __m256i Piece(const Block& b, int i) const {
         return _mm256_or_si256(
             _mm256_or_si256(_mm256_shuffle_epi8(b.c0, from[i][0]), _mm256_shuffle_epi8(b.c1, from[i][1])),
             _mm256_shuffle_epi8(b.c2, from[i][2]));
     }
-    void Write(const Block& block, std::size_t x) const {
+    ZEL_INLINE void Write(const Block& block, std::size_t x) const {
         const __m256i p = Piece(block, 0), q = Piece(block, 1), r = Piece(block, 2);
         std::uint16_t* const to = out + 3 * x;
         Store(to, _mm256_permute2x128_si256(p, q, 0x20));
@@ -178,7 +181,7 @@ struct To8Padded {
     std::uint8_t* out;
     static constexpr std::size_t kBeyond = 0;
 
-    void Write(const Block& block, std::size_t x) const {
+    ZEL_INLINE void Write(const Block& block, std::size_t x) const {
         const Block b = ClampTo255(block);
         const __m256i low = _mm256_or_si256(b.c0, _mm256_slli_epi16(b.c1, 8));
         const __m256i high = _mm256_or_si256(b.c2, _mm256_set1_epi16(static_cast<short>(0xFF00)));
@@ -194,7 +197,7 @@ struct To8 {
     static constexpr std::size_t kBeyond = 2;
 
     static void Store12(std::uint8_t* to, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(to), v); }
-    void Write(const Block& block, std::size_t x) const {
+    ZEL_INLINE void Write(const Block& block, std::size_t x) const {
         const __m256i squeeze =
             _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
         const Block b = ClampTo255(block);
@@ -227,7 +230,7 @@ struct ByMatrix {
           table(transform.table) {
         for (int i = 0; i < 9; ++i) m[i] = _mm256_set1_ps(transform.matrix[i]);
     }
-    __m256i Channel(const Floats& a, const Floats& b, const Floats& c, const __m256* row) const {
+    ZEL_INLINE __m256i Channel(const Floats& a, const Floats& b, const Floats& c, const __m256* row) const {
         // Packing clamps to 0 ... 65535.
         const __m256i sums =
             _mm256_packus_epi32(Product(a.low, b.low, c.low, row), Product(a.high, b.high, c.high, row));
@@ -235,7 +238,7 @@ struct ByMatrix {
         if constexpr (with_table) value = Fetch::Entries(table, value);
         return _mm256_srl_epi16(value, shift);
     }
-    Block Apply(const Block& block) const {
+    ZEL_INLINE Block Apply(const Block& block) const {
         const Floats c0 = Widen(block.c0), c1 = Widen(block.c1), c2 = Widen(block.c2);
         return {Channel(c2, c1, c0, m + 6), Channel(c2, c1, c0, m + 3), Channel(c2, c1, c0, m)};
     }

@@ -25,7 +25,7 @@ static inline __m256i Narrow(__m256i low, __m256i high) {
 // The table's entries at sixteen indices, two ways: by gathers, which fetch four bytes at each entry, and one by one,
 // which is faster on processors that take their gathers apart.
 struct Gathers {
-    static __m256i Entries(const std::uint16_t* table, __m256i at) {
+    __attribute__((always_inline)) static inline __m256i Entries(const std::uint16_t* table, __m256i at) {
         const int* const entries = reinterpret_cast<const int*>(table);
         const __m256i zero = _mm256_setzero_si256();
         const __m256i low_half = _mm256_set1_epi32(0xFFFF);
@@ -36,14 +36,14 @@ struct Gathers {
 };
 
 struct Inserts {
-    static __m256i Entries(const std::uint16_t* table, __m256i at) {
+    __attribute__((always_inline)) static inline __m256i Entries(const std::uint16_t* table, __m256i at) {
         alignas(32) std::uint32_t pairs[8];
         _mm256_store_si256(reinterpret_cast<__m256i*>(pairs), at);
         return _mm256_inserti128_si256(_mm256_castsi128_si256(Eight(table, pairs)), Eight(table, pairs + 4), 1);
     }
 
   private:
-    static __m128i Eight(const std::uint16_t* table, const std::uint32_t* pairs) {
+    __attribute__((always_inline)) static inline __m128i Eight(const std::uint16_t* table, const std::uint32_t* pairs) {
         const auto low = [&](int i) { return table[pairs[i] & 0xFFFF]; };
         const auto high = [&](int i) { return table[pairs[i] >> 16]; };
         __m128i v = _mm_cvtsi32_si128(low(0));

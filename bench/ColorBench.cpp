@@ -1,7 +1,5 @@
 // The color path on one core, step by step and whole, beside memcpy of the mosaic frame, the scalar reference, OpenCV
 // and libdc1394.
-#include <sys/resource.h>
-
 #include <array>
 #include <mutex>
 
@@ -144,16 +142,11 @@ void Whole(Report& report, FrameBench& bench) {
     Processor bytes(ZEL_COLOR_TRANSFORM_8_BIT_RGBX);
     bench.Stage("color.whole_8_bit", {0.18, 0.18}, 1, [&](std::size_t i) { bytes.Process(i); });
 
-    const auto faults = [] {
-        rusage usage{};
-        getrusage(RUSAGE_SELF, &usage);
-        return usage.ru_minflt;
-    };
     for (std::size_t i = 0; i < 16; ++i) words.Process(i % kRing);
-    const long before = faults();
+    const long before = PageFaults();
     const std::size_t times = report.DryRun() ? 1 : 80;
     for (std::size_t i = 0; i < times; ++i) words.Process(i % kRing);
-    report.Add({"color.whole.page_faults", static_cast<double>(faults() - before) / static_cast<double>(times),
+    report.Add({"color.whole.page_faults", static_cast<double>(PageFaults() - before) / static_cast<double>(times),
                 "per frame", AtMost(0)});
 }
 

@@ -1,6 +1,4 @@
 // Post-processing on one core, stage by stage and whole, beside memcpy of the frame, the scalar reference and OpenCV.
-#include <sys/resource.h>
-
 #include <array>
 
 #include "bench/FrameJobs.h"
@@ -13,12 +11,6 @@ namespace {
 
 namespace scalar = kernels::scalar;
 constexpr int kEBus = 4;
-
-long PageFaults() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_minflt;
-}
 
 void Unpack(FrameBench& bench, const kernels::KernelTable& fast) {
     Ring packed = MakeRing(12), out = MakeRing(12);

@@ -5,6 +5,8 @@
 #ifndef BENCH_FRAMEJOBS_H
 #define BENCH_FRAMEJOBS_H
 
+#include <sys/resource.h>
+
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -56,6 +58,13 @@ inline Ring MakeRing(unsigned bits) {
     Ring ring(kRing);
     for (std::size_t i = 0; i < kRing; ++i) Draw(ring[i], bits, static_cast<unsigned>(i + 1));
     return ring;
+}
+
+// Pages that the system gave this process so far.
+inline long PageFaults() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_minflt;
 }
 
 // Measures jobs that are called with the number of the frame to work on.

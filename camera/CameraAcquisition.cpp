@@ -23,6 +23,7 @@ constexpr std::uint64_t kLargestFrameBytes = 1u << 30;
 
 bool ZelCameraControl::Start() {
     if (!m_Camera) return false;
+    LeaveScratchpad();
     if (StoreError(m_Camera->Start()) != 0) return false;
     if (IsUsbOrCameraLink(m_Camera->GetInterfaceType())) {
         m_FrameOfAcquisitionSeen = false;
@@ -54,7 +55,10 @@ bool ZelCameraControl::SetWithRetries(int index, int value, const char* function
 bool ZelCameraControl::Stop() {
     if (!m_Camera) return false;
     ZEL_LOG(m_Logger, kLogTrace, kStop, "ZelCameraControl::Stop() calling m_Camera->Stop()");
-    return StoreError(m_Camera->Stop()) == 0;
+    LeaveScratchpad();
+    if (StoreError(m_Camera->Stop()) != 0) return false;
+    m_Stopped = true;
+    return true;
 }
 
 int ZelCameraControl::StopCommon() {
@@ -104,6 +108,7 @@ int ZelCameraControl::StartCommon() {
 
 // The transport's set-up and the three of the post-processing; the first code other than 0 ends the start.
 int ZelCameraControl::PrepareAcquisition() {
+    m_Stopped = false;
     m_InterfaceType = m_Camera->GetInterfaceType();
     m_BuffersOfAcquisition = m_NumImageBuffers;
     if (const int code = StoreError(m_Camera->PrepareAcquisition(&m_BuffersOfAcquisition))) return code;

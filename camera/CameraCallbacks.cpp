@@ -69,10 +69,14 @@ bool ZelCameraControl::SetImageCallback(ZelImageCallback callback, void* context
 void ZelCameraControl::ImageCallback(ZelImage* image) {
     ZEL_LOG(m_Logger, kLogTrace, "zel_image_handler", "Handling an image callback!");
     const Callbacks callbacks = CopyCallbacks();
-    if (!callbacks.image || !image) return;
+    if (!callbacks.image || !image || m_Stopped) return;
     m_FrameOfAcquisitionSeen = true;
     auto* record = static_cast<ZelImageInternal*>(image);
-    if (!PostProcessOnce(record, m_HasColorFilter ? Path::kColor : Path::kMonochrome)) {
+    const Path path = m_HasColorFilter ? Path::kColor : Path::kMonochrome;
+    const Outcome outcome = PostProcessOnce(record, path, Caller::kTransport);
+    // Stop() in the scratchpad callback makes that one the last.
+    if (outcome == Outcome::kGone || m_Stopped) return;
+    if (outcome == Outcome::kFailed) {
         ZEL_LOG(m_Logger, kLogError, "zel_image_handler", "Failed to post process image %d!", record->image_number);
     }
     callbacks.image(image, callbacks.image_context);

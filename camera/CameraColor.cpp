@@ -61,19 +61,17 @@ void ZelCameraControl::SetUpColor() {
     const ColorMatrix correction = ReadColorMatrix(CCM_1_1);
     const ColorMatrix white_balance = ReadColorMatrix(DWB_1_1);
     const bool xyz = ConfigureColorPipelineOutputColorSpace();
+    m_CfaPhase = ReadColorFilterPhase();
+    m_HasColorFilter = !IsMonochrome();
+    ZEL_LOG(m_Logger, kLogTrace, kSetUp, "CFA Phase: %d", m_CfaPhase.load());
     for (const int pipeline : {kMainPipeline, kScratchpadPipeline}) {
         Pipeline(pipeline).Stage([&](ColorSettings& settings) {
             settings.transform.camera_correction = correction;
             settings.transform.white_balance = white_balance;
             settings.transform.through_color_space = xyz;
+            // The input's depth is known at the start of an acquisition, and may still be that of the one before.
+            settings.transform.PreferOutputBitDepth(kDefaultOutputBits);
         });
-    }
-    m_CfaPhase = ReadColorFilterPhase();
-    m_HasColorFilter = !IsMonochrome();
-    ZEL_LOG(m_Logger, kLogTrace, kSetUp, "CFA Phase: %d", m_CfaPhase.load());
-    for (const int pipeline : {kMainPipeline, kScratchpadPipeline}) {
-        Pipeline(pipeline).Stage(
-            [&](ColorSettings& settings) { SetOutputBitDepth(settings.transform, kDefaultOutputBits); });
     }
 }
 
@@ -140,11 +138,10 @@ ZelColorImage* ZelCameraControl::GetLastPendingColorImage() {
 }
 
 ZelColorImage* ZelCameraControl::HandOverColor(ZelImageInternal* image, const char* operation) {
-    if (!image) {
+    if (!image || PostProcessOnce(image, Path::kColor) == Outcome::kGone) {
         ZEL_LOG(m_Logger, kLogTrace, operation, "%s() returned 0", operation);
         return nullptr;
     }
-    PostProcessOnce(image, Path::kColor);
     ZEL_LOG(m_Logger, kLogTrace, operation, "%s() returned frame number: %d", operation, image->image_number);
     return image;
 }

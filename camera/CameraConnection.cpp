@@ -35,11 +35,13 @@ bool ZelCameraControl::Open() {
 bool ZelCameraControl::Close() {
     ZEL_LOG(m_Logger, kLogTrace, kClose, "ZelCameraControl::Close() - ENTRY");
     if (!m_Camera) return false;
+    LeaveScratchpad();
     if (StoreError(m_Camera->Disconnect()) != 0) {
         ZEL_LOG(m_Logger, kLogError, kClose, "ZelCameraControl::Close() - m_Camera->Disconnect() failed");
         return false;
     }
-    m_ImageManager.FreeImages();
+    m_Stopped = true;
+    ReleaseImagePool();
     m_CameraOpened = 0;
     ZEL_LOG(m_Logger, kLogTrace, kClose, "ZelCameraControl::Close() - EXIT");
     return true;
@@ -57,6 +59,7 @@ bool ZelCameraControl::ReadText(int index, Text& text) {
 
 int ZelCameraControl::ConnectCommon() {
     if (!m_Camera) return ZEL_ERROR_NULL_POINTER_SUPPLIED;
+    m_TapBalance.ForgetFlash();
     int bits_per_pixel = 0;
     if (m_SyncTable.Get(BITS_PER_PIXEL, &bits_per_pixel)) m_TapBalance.SetBitsPerPixel(bits_per_pixel);
     SyncTableAttributes binning{};

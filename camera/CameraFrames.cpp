@@ -15,6 +15,7 @@ ZelImage* ZelCameraControl::GetFreeImage() {
     if (!image) return nullptr;
     m_ImageManager.RestoreGeometry(image);
     image->post_processed = 0;
+    image->color_size_in_bytes = 0;  // what `color_pixels` holds is an earlier frame's picture
     return image;
 }
 
@@ -53,7 +54,9 @@ ZelImage* ZelCameraControl::GetPendingImageForApplication() {
         ZEL_LOG(m_Logger, kLogTrace, kGetPending, "GetPendingImage() returned 0");
         return nullptr;
     }
-    if (!PostProcessOnce(image, Path::kMonochrome)) {
+    const Outcome outcome = PostProcessOnce(image, Path::kMonochrome);
+    if (outcome == Outcome::kGone) return nullptr;
+    if (outcome == Outcome::kFailed) {
         ZEL_LOG(m_Logger, kLogError, kGetPending, "Failed to post process image %d!", image->image_number);
     }
     ZEL_LOG(m_Logger, kLogTrace, kGetPending, "ZelCameraControl::GetPendingImage() - image:%s w:%d h:%d",
@@ -64,7 +67,10 @@ ZelImage* ZelCameraControl::GetPendingImageForApplication() {
 ZelImage* ZelCameraControl::GetLastPendingImage() {
     if (!m_Camera) return nullptr;
     ZelImageInternal* image = m_ImageManager.GetLastPendingImage();
-    if (image && !PostProcessOnce(image, Path::kMonochrome)) {
+    if (!image) return nullptr;
+    const Outcome outcome = PostProcessOnce(image, Path::kMonochrome);
+    if (outcome == Outcome::kGone) return nullptr;
+    if (outcome == Outcome::kFailed) {
         ZEL_LOG(m_Logger, kLogError, "ZelCameraControl::GetLastPendingImage", "Failed to post process image %d!",
                 image->image_number);
     }

@@ -17,9 +17,15 @@ bool ZelCameraControl::TapBalanceEnable(bool enable) {
 }
 
 bool ZelCameraControl::TapBalanceSelectTable(int select) { return m_TapBalance.SelectTable(select); }
-bool ZelCameraControl::TapBalanceLoadDataFromCamera() { return m_Camera && m_TapBalance.LoadDataFromCamera(); }
+
+// Tables are calculated for a gain: the one that the camera has now.
+bool ZelCameraControl::TapBalanceLoadDataFromCamera() {
+    if (m_CameraOpened == 1) SyncTapBalanceGain();
+    return m_Camera && m_TapBalance.LoadDataFromCamera();
+}
 
 bool ZelCameraControl::TapBalanceLoadDataFromMasterFile(const char* file_name) {
+    if (m_CameraOpened == 1) SyncTapBalanceGain();
     return m_TapBalance.LoadDataFromMasterFile(file_name);
 }
 
@@ -46,11 +52,11 @@ bool ZelCameraControl::TapBalanceWriteTableConfigToCamera() {
 bool ZelCameraControl::TapBalanceWriteDataToCamera() { return m_Camera && m_TapBalance.WriteDataToCamera(); }
 bool ZelCameraControl::TapBalanceFlashTest() { return m_Camera && m_TapBalance.FlashTest(); }
 
-// Both cache files when they hold what the camera holds, otherwise the camera's tables, which then go into the files.
+// Both cache files when they hold what the camera holds, otherwise the camera's tables, which then go into the files;
+// for a camera that has none, general master files.
 void ZelCameraControl::LoadCalibration() {
     LogFpgaVersion();
     NameCacheFiles();
-    m_TapBalance.ForgetFlash();
     SyncTapBalanceGain();
     const bool loaded = LoadCacheFiles() || (!m_TapBalance.DataFault() && DownloadTables());
     if (loaded && m_TapBalance.Enable(true)) return;
@@ -89,7 +95,7 @@ bool ZelCameraControl::LoadCacheFiles() {
 bool ZelCameraControl::DownloadTables() {
     // A camera without tables is not worth a display.
     m_TapBalance.SelectTable(TAP_BALANCE_SELECT_20MHZ);
-    if (!m_TapBalance.GetTableConfig(nullptr, nullptr)) return false;
+    if (!m_TapBalance.GetTableConfig(nullptr, nullptr)) return m_TapBalance.LoadGeneralTables();
     StartProgress(&m_Progress);
     SetProgressText(&m_Progress, 0, "Stopping camera...");
     StopCommon();

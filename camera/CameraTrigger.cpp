@@ -132,6 +132,7 @@ void ZelCameraControl::EnableTriggerUsbOrCameraLink(int interface_type) {
 
 bool ZelCameraControl::StartTriggerAcquisition() {
     if (!m_Camera) return false;
+    LeaveScratchpad();
     bool result = StoreError(m_Camera->StartTrigger()) == 0;
     if (IsUsbOrCameraLink(m_Camera->GetInterfaceType())) {
         result = m_SyncTable.Set(TRIGGER_STATE, 1);
@@ -149,8 +150,13 @@ bool ZelCameraControl::StartTriggerAcquisition() {
 bool ZelCameraControl::StopTriggerAcquisition(int flag) {
     if (!m_Camera) return false;
     CameraCommand("cam.stop");
-    if (flag != 1) return m_Camera->StopTrigger();
-    ArmBySoftware();
+    if (flag == 1) {
+        ArmBySoftware();
+        return true;
+    }
+    LeaveScratchpad();
+    if (!m_Camera->StopTrigger()) return false;
+    m_Stopped = true;
     return true;
 }
 

@@ -17,8 +17,8 @@
 
 #include "camera/CameraModels.h"
 #include "camera/ParameterTable.h"
-#include "include/ZelCameraInternal.h"
 #include "image/ZelCameraControlImpl.h"
+#include "include/ZelCameraInternal.h"
 #include "link/ICameraInterface.h"
 #include "link/IZelCameraCommon.h"
 #include "link/SyncTable.h"
@@ -94,8 +94,7 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     bool ConcatenateColorMatrix(const float* matrix) override;
     bool ResetColorTransform() override;
     bool SetInputLinearizationTable(const unsigned short* entries, unsigned num_values, unsigned channels) override;
-    bool SetOutputNonLinearizationTable(const unsigned short* entries, unsigned num_values,
-                                        unsigned channels) override;
+    bool SetOutputNonLinearizationTable(const unsigned short* entries, unsigned num_values, unsigned channels) override;
     bool GetColorTransform(float* matrix) override;
     ZelColorImage* GetPendingColorImage() override;
     ZelColorImage* GetLastPendingColorImage() override;
@@ -224,7 +223,8 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     std::atomic<bool> m_HasColorFilter{false};  // frames take the color path when they arrive
 
     std::atomic<int> m_CameraOpened{0};
-    int m_LastError = 0;  // the transport stores codes here too: accessed through atomic_ref
+    int m_LastError = 0;                 // the transport stores codes here too: accessed through atomic_ref
+    std::atomic<bool> m_Stopped{false};  // from a stop to the next start no image callback is made
     std::atomic<bool> m_FrameOfAcquisitionSeen{false};  // cleared by Start before the camera is set running
 
     Text m_CameraName{};

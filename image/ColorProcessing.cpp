@@ -94,8 +94,8 @@ void Apply(const KernelTable& kernel, const ColorTable& table, const PlanarRow& 
 }  // namespace
 
 // The steps' results are logged; the frame is delivered with what was done.
-void ZelCameraControlImpl::PostProcessColorImage(ZelImageInternal* image, int pipeline,
-                                                 std::unique_lock<std::mutex>& processing) {
+ZelImageInternal* ZelCameraControlImpl::PostProcessColorImage(ZelImageInternal* image, int pipeline,
+                                                              std::unique_lock<std::mutex>& processing) {
     constexpr const char* kFunction = "ZelCameraControlImpl::PostProcessColorImage";
     ZEL_SCOPE_TIMER(timer, "PostProcessColorImage", m_Logger, kFunction);
     const FrameGeometry geometry = Geometry();
@@ -116,32 +116,46 @@ void ZelCameraControlImpl::PostProcessColorImage(ZelImageInternal* image, int pi
         ZEL_LOG(m_Logger, kLogWarning, kFunction, "ROI processing was not done!");
     }
     if (m_ImageAvgFrameCountMax > 0) PostProcessAverageImage(image);
-    if (!ReserveColorPixels(image)) return;
-    if (!color) return;
+    if (!ReserveColorPixels(image)) return image;
+    if (!color) return image;
     // A region that was cut out begins at another place of the mosaic.
     const bool cut = image->w != full_w || image->h != full_h;
     const int phase =
         kernels::PhaseAt(geometry.cfa_phase, cut ? geometry.roi.XOrigin : 0, cut ? geometry.roi.YOrigin : 0);
     if (phase == 0) ZEL_LOG(m_Logger, kLogError, kFunction, "Failed to demosaic the color image!");
 
+    const ColorFrame frame{image,
+                           image->w,
+                           image->h,
+                           image->num_pixels,
+                           image->size_in_bytes,
+                           phase,
+                           Samples(*image, Area(image->w, image->h)),
+                           static_cast<std::uint8_t*>(image->color_pixels)};
     const ScratchpadHook hook = pipeline == kMainPipeline ? Scratchpad() : ScratchpadHook{};
-    bool in_planes = hook.callback && DemosaicColorImage(image, phase, pipeline);
+    bool in_planes = hook.callback && DemosaicColorImage(frame, pipeline);
     if (in_planes) {
-        RunColorSteps(image, phase, kScratchpadPipeline, in_planes);
-        if (CallScratchpad(hook, image, processing)) {
-            in_planes = DemosaicColorImage(image, phase, pipeline);
+        RunColorSteps(frame, kScratchpadPipeline, in_planes);
+        const unsigned generation = m_ImageManager.Generation();
+        const bool again = CallScratchpad(hook, image, processing);
+        if (m_ImageManager.Generation() != generation) return nullptr;
+        if (again) {
+            in_planes = DemosaicColorImage(frame, pipeline);
             ZEL_LOG(m_Logger, kLogTrace, kFunction, "Demosaic again because of scratchpad pipeline invocation!");
         }
     }
-    RunColorSteps(image, phase, pipeline, in_planes);
+    RunColorSteps(frame, pipeline, in_planes);
+    return image;
 }
 
-// The buffer is as large as any format of the full frame needs, so that no format and no region asks the system for
-// another one.
+// The buffer is as large as any format of what `pixels` can hold needs, so that no format and no region asks the system
+// for another one.
 bool ZelCameraControlImpl::ReserveColorPixels(ZelImageInternal* image) {
     constexpr const char* kFunction = "ZelCameraControlImpl::PostProcessColorImage";
     if (!image->color_pixels) image->color_pixels = AllocatePixels(std::size_t{3} * image->buffer_size);
-    const bool fits = image->color_pixels && !Samples(*image, Area(image->w, image->h)).empty();
+    const bool fits = image->color_pixels && !Samples(*image, Area(image->w, image->h)).empty() &&
+                      image->size_in_bytes <= image->buffer_size &&
+                      image->num_pixels <= image->buffer_size / kBytesPerSample;
     image->color_size_in_bytes = fits ? 3 * image->size_in_bytes : 0;
     if (!fits) ZEL_LOG(m_Logger, kLogError, kFunction, "***ERROR***: ptr is 0");
     return fits;
@@ -153,21 +167,20 @@ const KernelTable& ZelCameraControlImpl::ColorKernels(int pipeline) {
 }
 
 // Fills the record's planes with the demosaiced picture.
-bool ZelCameraControlImpl::DemosaicColorImage(ZelImageInternal* image, int phase, int pipeline) {
+bool ZelCameraControlImpl::DemosaicColorImage(const ColorFrame& frame, int pipeline) {
     constexpr const char* kFunction = "ZelCameraControlImpl::DemosaicColorImage";
     ZEL_SCOPE_TIMER(timer, "DemosaicColorImage", m_Logger, kFunction);
-    const std::size_t w = image->w;
-    const std::span frame = Samples(*image, Area(image->w, image->h));
-    if (frame.empty() || frame.size() > image->num_pixels || !image->color_planes.Resize(image->num_pixels)) {
+    PlaneSet& planes = frame.image->color_planes;
+    if (frame.samples.size() > frame.num_pixels || !planes.Resize(frame.num_pixels)) {
         ZEL_LOG(m_Logger, kLogError, kFunction, "Failed to demosaic the color image!");
         return false;
     }
-    Mosaic mosaic(ColorKernels(pipeline), frame, image->w, image->h, phase);
-    for (std::size_t y = 0; y < image->h; ++y) mosaic.Row(y, PlanesAt(image->color_planes, y * w, w));
+    Mosaic mosaic(ColorKernels(pipeline), frame.samples, frame.w, frame.h, frame.phase);
+    for (std::size_t y = 0; y < frame.h; ++y) mosaic.Row(y, PlanesAt(planes, y * frame.w, frame.w));
     return true;
 }
 
-void ZelCameraControlImpl::RunColorSteps(ZelImageInternal* image, int phase, int pipeline, bool from_planes) {
+void ZelCameraControlImpl::RunColorSteps(const ColorFrame& frame, int pipeline, bool from_planes) {
     constexpr const char* kFunction = "ZelCameraControlImpl::PostProcessColorImage";
     const KernelTable& kernel = ColorKernels(pipeline);
     const ColorSettings& settings = Pipeline(pipeline).Prepare();
@@ -182,30 +195,28 @@ void ZelCameraControlImpl::RunColorSteps(ZelImageInternal* image, int phase, int
     }
     ZEL_LOG(m_Logger, kLogTrace, kFunction, "ApplyColorTransform called for pipeline: %x",
             static_cast<unsigned>(pipeline));
-    const std::size_t w = image->w;
-    const std::span frame = Samples(*image, Area(image->w, image->h));
+    const std::size_t w = frame.w;
     if (!ReserveColorRows(3 * w)) {
         ZEL_LOG(m_Logger, kLogError, kFunction, "Color transform step failed!");
         return;
     }
     const PlanarRow scratch{{m_ColorRows.data(), m_ColorRows.data() + w, m_ColorRows.data() + 2 * w}, w};
-    auto* const out = static_cast<std::uint8_t*>(image->color_pixels);
     const std::size_t row_bytes = w * kernels::BytesPerPixel(format);
     StepTime demosaic(m_Logger, "DemosaicColorImage"), linearize(m_Logger, "ApplyInputLinearization"),
         apply(m_Logger, "ApplyColorTransform"), non_linearize(m_Logger, "ApplyOutputNonLinearization");
-    Mosaic mosaic(kernel, frame, image->w, image->h, phase);
-    for (std::size_t y = 0; y < image->h; ++y) {
+    Mosaic mosaic(kernel, frame.samples, frame.w, frame.h, frame.phase);
+    for (std::size_t y = 0; y < frame.h; ++y) {
         PlanarRow row = scratch;
         if (!from_planes) {
             demosaic.Run([&] { mosaic.Row(y, row); });
         } else if (input || output) {
-            const PlanarRow plane = PlanesAt(image->color_planes, y * w, w);
+            const PlanarRow plane = PlanesAt(frame.image->color_planes, y * w, w);
             for (int k = 0; k < 3; ++k) std::memcpy(row.channel[k], plane.channel[k], w * kBytesPerSample);
         } else {
-            row = PlanesAt(image->color_planes, y * w, w);
+            row = PlanesAt(frame.image->color_planes, y * w, w);
         }
         if (input) linearize.Run([&] { Apply(kernel, *input, row); });
-        std::uint8_t* const to = out + y * row_bytes;
+        std::uint8_t* const to = frame.out + y * row_bytes;
         if (!output) {
             apply.Run([&] { kernel.transform_pack_row(row, transform, format, to); });
             continue;
@@ -216,13 +227,14 @@ void ZelCameraControlImpl::RunColorSteps(ZelImageInternal* image, int phase, int
             kernel.pack_row(row, format, to);
         });
     }
-    image->color_size_in_bytes = format == ColorFormat::k16        ? 3 * image->size_in_bytes
-                                 : format == ColorFormat::k8Padded ? 4 * image->num_pixels
-                                                                   : 3 * image->num_pixels;
+    frame.image->color_size_in_bytes = format == ColorFormat::k16        ? 3 * frame.size_in_bytes
+                                       : format == ColorFormat::k8Padded ? 4 * frame.num_pixels
+                                                                         : 3 * frame.num_pixels;
     if (!CanApply(settings.output_non_linearization)) {
         ZEL_LOG(m_Logger, kLogError, kFunction, "Color output non-linearization step failed!");
     }
-    for (StepTime* step : {&demosaic, &linearize, &apply, &non_linearize}) step->Report(kFunction);
+    if (!from_planes) demosaic.Report(kFunction);
+    for (StepTime* step : {&linearize, &apply, &non_linearize}) step->Report(kFunction);
 }
 
 bool ZelCameraControlImpl::ReserveColorRows(std::size_t samples) {

@@ -113,7 +113,7 @@ ZelCameraControlImpl::ScratchpadHook ZelCameraControlImpl::Scratchpad() {
 // when it is asked for from inside the callback.
 bool ZelCameraControlImpl::CallScratchpad(const ScratchpadHook& hook, ZelImageInternal* image,
                                           std::unique_lock<std::mutex>& processing) {
-    AtScratchpad here{image, std::this_thread::get_id(), m_AtScratchpad};
+    AtScratchpad here{image, std::this_thread::get_id(), false, m_AtScratchpad};
     m_AtScratchpad = &here;
     processing.unlock();
     const bool again = hook.callback(image, hook.context) != 0;
@@ -127,11 +127,28 @@ bool ZelCameraControlImpl::CallScratchpad(const ScratchpadHook& hook, ZelImageIn
     return again;
 }
 
-bool ZelCameraControlImpl::IsAtScratchpadElsewhere(const ZelImageInternal* image) const {
+const ZelCameraControlImpl::AtScratchpad* ZelCameraControlImpl::ScratchpadElsewhere(
+    const ZelImageInternal* image) const {
     for (const AtScratchpad* entry = m_AtScratchpad; entry; entry = entry->next) {
-        if (entry->image == image) return entry->thread != std::this_thread::get_id();
+        if (entry->image == image) return entry->thread != std::this_thread::get_id() ? entry : nullptr;
     }
-    return false;
+    return nullptr;
+}
+
+void ZelCameraControlImpl::AwaitScratchpads(std::unique_lock<std::mutex>& processing) {
+    m_ScratchpadDone.wait(processing, [&] {
+        const AtScratchpad* entry = m_AtScratchpad;
+        while (entry && entry->thread == std::this_thread::get_id()) entry = entry->next;
+        return !entry;
+    });
+}
+
+void ZelCameraControlImpl::LeaveScratchpad() {
+    const std::lock_guard processing(m_ProcessingLock);
+    for (AtScratchpad* entry = m_AtScratchpad; entry; entry = entry->next) {
+        if (entry->thread == std::this_thread::get_id()) entry->leaving = true;
+    }
+    m_ScratchpadDone.notify_all();
 }
 
 void ZelCameraControlImpl::LogExtendedInstructionSetPresence(const char* name) {

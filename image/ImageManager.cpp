@@ -1,7 +1,9 @@
 #include "image/ImageManager.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <mutex>
 
@@ -43,7 +45,7 @@ void ImageManager::SetFrameGeometry(unsigned width, unsigned height, unsigned bi
 
 int ImageManager::PixelBufferAllocate(int count) {
     Guard guard(m_Lock);
-    if (!m_SizeChanged && FreeCount() + PendingCount() + InUseCount() == count) return kPoolOk;
+    if (Keeps(count)) return kPoolOk;
     FreeImages();
     if (count < 0) return kPoolNegativeCount;
     if (count > 0 && !EnoughMemory(static_cast<unsigned>(count))) return kPoolNotEnoughMemory;
@@ -139,6 +141,25 @@ int ImageManager::InUseCount() {
 int ImageManager::RegisteredCount() {
     Guard guard(m_Lock);
     return m_RegisteredCount;
+}
+
+unsigned ImageManager::Generation() {
+    Guard guard(m_Lock);
+    return m_Generation;
+}
+
+bool ImageManager::Holds(const ZelImageInternal* image) {
+    if (!image) return false;
+    Guard guard(m_Lock);
+    if (std::ranges::find(m_Registry, image) != std::end(m_Registry)) return true;
+    if (m_RegisteredCount <= kRegistryCapacity) return false;
+    return Contains(&m_ImageListFree, image) || Contains(&m_ImageListPending, image) ||
+           Contains(&m_ImageListInUse, image);
+}
+
+bool ImageManager::Keeps(int count) {
+    Guard guard(m_Lock);
+    return !m_SizeChanged && FreeCount() + PendingCount() + InUseCount() == count;
 }
 
 void ImageManager::LogCounts(int level, const char* function_name, const char* text) {
@@ -242,6 +263,7 @@ bool ImageManager::FreeImages() {
     static constexpr char kName[] = "ImageManager::FreeImages";
     ZEL_LOG(m_Logger, kLogTrace, kName, "flags: 0x%08x ", 7u);
     Guard guard(m_Lock);
+    ++m_Generation;
     ZEL_LOG(m_Logger, kLogTrace, kName, ">>>> FREE_IMAGES <<<<");
     ZEL_LOG(m_Logger, kLogTrace, kName, "Dequeueing m_ImageListFree");
     while (ZelImageInternal* image = Dequeue(&m_ImageListFree)) DestroyRecord(image);

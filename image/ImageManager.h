@@ -53,6 +53,13 @@ class ImageManager {
     int InUseCount();
     int RegisteredCount();
 
+    // How often every record was destroyed.
+    unsigned Generation();
+    // Whether this is a record of the pool; the pointer is only compared.
+    bool Holds(const ZelImageInternal* image);
+    // Whether PixelBufferAllocate(count) would keep the records.
+    bool Keeps(int count);
+
   private:
     static constexpr int kRegistryCapacity = 64;
 
@@ -75,6 +82,7 @@ class ImageManager {
     bool m_SizeChanged = false;
     platform::RecursiveLock m_Lock;
     int m_RegisteredCount = 0;
+    unsigned m_Generation = 0;
     ZelImageInternal* m_Registry[kRegistryCapacity] = {};
     Logger m_Logger;
     ImageList m_ImageListFree;

@@ -62,12 +62,14 @@ bool ZelCameraControlImpl::ReadOut(ZelImageInternal* image, int taps, const TapR
     return ReorderTaps(image, taps, rows, corrected);
 }
 
-// The spare has exactly the frame's size: a record keeps a buffer of its own size when the two change places.
+// The spare is as large as the record's buffer, or as the frame when that is larger: the record can hold a full frame
+// also after the two have changed places.
 bool ZelCameraControlImpl::ReserveSpare(ZelImageInternal* image) {
     constexpr const char* kFunction = "ZelCameraControlImpl::PostProcessTapBalance";
     const std::uint64_t bytes = Area(image->w, image->h) * kBytesPerSample;
-    if (m_SpareBuffer.capacity != bytes) m_SpareBuffer.Release();
-    if (bytes <= 0xFFFFFFFFu && m_SpareBuffer.Reserve(static_cast<std::size_t>(bytes))) return true;
+    const std::uint64_t capacity = std::max<std::uint64_t>(bytes, image->buffer_size);
+    if (m_SpareBuffer.capacity != capacity) m_SpareBuffer.Release();
+    if (capacity <= 0xFFFFFFFFu && m_SpareBuffer.Reserve(static_cast<std::size_t>(capacity))) return true;
     ZEL_LOG(m_Logger, kLogError, kFunction, "***ERROR***: ptr is 0");
     ZEL_LOG(m_Logger, kLogError, kFunction,
             "***ERROR***: m_ImageManager.PixelBufferAllocate(total_num_bytes:%d) failed", static_cast<int>(bytes));
@@ -76,6 +78,12 @@ bool ZelCameraControlImpl::ReserveSpare(ZelImageInternal* image) {
 
 void ZelCameraControlImpl::SwapBuffer(ZelImageInternal* image, PageBuffer& buffer) {
     const std::size_t old_capacity = image->buffer_size;
+    if (buffer.capacity != old_capacity) {
+        // Its size follows from the other buffer's.
+        FreePixels(image->color_pixels);
+        image->color_pixels = nullptr;
+        image->color_size_in_bytes = 0;
+    }
     std::swap(image->pixels, buffer.pixels);
     image->buffer_size = static_cast<unsigned>(buffer.capacity);
     buffer.capacity = old_capacity;
@@ -112,14 +120,15 @@ void ZelCameraControlImpl::ReadOutByRows(ZelImageInternal* image, int taps, cons
         rows.Correct(row, i);
     }
     SwapBuffer(image, m_SpareBuffer);
-    image->size_in_bytes = image->buffer_size;
+    image->size_in_bytes = static_cast<unsigned>(picture.size_bytes());
 }
 
 void ZelCameraControlImpl::UnpackFrame(ZelImageInternal* image) {
     const std::span packed(reinterpret_cast<const std::uint8_t*>(image->pixels), image->buffer_size);
-    kernels::Kernels().unpack12(packed, {m_SpareBuffer.pixels, m_SpareBuffer.capacity / kBytesPerSample});
+    const std::span samples(m_SpareBuffer.pixels, static_cast<std::size_t>(Area(image->w, image->h)));
+    kernels::Kernels().unpack12(packed, samples);
     SwapBuffer(image, m_SpareBuffer);
-    image->size_in_bytes = image->buffer_size;
+    image->size_in_bytes = static_cast<unsigned>(samples.size_bytes());
 }
 
 bool ZelCameraControlImpl::ReorderTaps(ZelImageInternal* image, int taps, const TapRows& rows, bool& corrected) {

@@ -40,14 +40,21 @@ FrameGeometry ZelCameraControlImpl::Geometry() {
 
 int ZelCameraControlImpl::UpdateImagePool(int num_image_buffers) {
     const FrameGeometry geometry = Geometry();
-    const std::lock_guard processing(m_ProcessingLock);
+    std::unique_lock processing(m_ProcessingLock);
     m_ImageManager.SetFrameGeometry(geometry.width, geometry.height, geometry.bit_depth, geometry.bytes_per_pixel);
+    if (!m_ImageManager.Keeps(num_image_buffers)) AwaitScratchpads(processing);
     const int code = PublicPoolCode(m_ImageManager.PixelBufferAllocate(num_image_buffers));
     if (code == 0 && geometry.taps == 4) {
         // A scratch that can't be had makes the tap step of each frame answer false.
         m_ReorderBuffer.Reserve(std::size_t{geometry.width} * geometry.height * geometry.bytes_per_pixel);
     }
     return code;
+}
+
+void ZelCameraControlImpl::ReleaseImagePool() {
+    std::unique_lock processing(m_ProcessingLock);
+    AwaitScratchpads(processing);
+    m_ImageManager.FreeImages();
 }
 
 bool ZelCameraControlImpl::PageBuffer::Reserve(std::size_t bytes) {
@@ -91,14 +98,18 @@ ZelImageInternal* ZelCameraControlImpl::GetPendingImageImpl() {
     return image;
 }
 
-bool ZelCameraControlImpl::PostProcessOnce(ZelImageInternal* image, Path path) {
+ZelCameraControlImpl::Outcome ZelCameraControlImpl::PostProcessOnce(ZelImageInternal* image, Path path, Caller caller) {
     std::unique_lock processing(m_ProcessingLock);
-    m_ScratchpadDone.wait(processing, [&] { return !IsAtScratchpadElsewhere(image); });
-    if (image->post_processed) return true;
+    const AtScratchpad* elsewhere = nullptr;
+    m_ScratchpadDone.wait(processing, [&] {
+        elsewhere = ScratchpadElsewhere(image);
+        return !elsewhere || (elsewhere->leaving && caller == Caller::kTransport);
+    });
+    if (elsewhere || !m_ImageManager.Holds(image)) return Outcome::kGone;
+    if (image->post_processed) return Outcome::kDone;
     image->post_processed = 1;
-    if (path == Path::kMonochrome) return PostProcessImage(image);
-    PostProcessColorImage(image, kMainPipeline, processing);
-    return true;
+    if (path == Path::kMonochrome) return PostProcessImage(image) ? Outcome::kDone : Outcome::kFailed;
+    return PostProcessColorImage(image, kMainPipeline, processing) ? Outcome::kDone : Outcome::kGone;
 }
 
 void ZelCameraControlImpl::SetAveraging(int frame_count_max, bool reset) {

@@ -37,14 +37,23 @@ class ZelCameraControlImpl {
     // The preparations of a start, in this order; each answers 0 or the error code that ends the start.
     int UpdateImagePool(int num_image_buffers);
     int UpdateImageAvgBuffer();
+    // Destroys the records. Frames that other threads have at the scratchpad callback are waited for.
+    void ReleaseImagePool();
 
     // The oldest pending record, stamped with the hand-over times; null when none waits.
     ZelImageInternal* GetPendingImageImpl();
 
-    // Post-processes a frame unless that has been done; frames of one camera are processed one at a time. False when
-    // the processing failed; the frame is delivered all the same.
+    // Post-processes a frame unless that has been done; frames of one camera are processed one at a time. A frame whose
+    // processing failed is delivered all the same; one that is gone must not be touched: the application has closed the
+    // camera or asked for another pool from inside a callback.
     enum class Path { kMonochrome, kColor };
-    bool PostProcessOnce(ZelImageInternal* image, Path path);
+    enum class Caller { kTransport, kApplication };
+    enum class Outcome { kDone, kFailed, kGone };
+    Outcome PostProcessOnce(ZelImageInternal* image, Path path, Caller caller = Caller::kApplication);
+
+    // Called before the transport is asked for anything that it may wait for its own thread with: that thread then does
+    // not wait for a frame which this thread has at the scratchpad callback.
+    void LeaveScratchpad();
 
     // The steps. They rewrite `pixels` and the geometry fields; a step that answers false leaves the frame as it was.
     bool PostProcessImage(ZelImageInternal* image);
@@ -56,7 +65,9 @@ class ZelCameraControlImpl {
     // The color path. The lock is the processing lock, which is given up while a scratchpad callback runs.
     static constexpr int kMainPipeline = 1;
     static constexpr int kScratchpadPipeline = 2;
-    void PostProcessColorImage(ZelImageInternal* image, int pipeline, std::unique_lock<std::mutex>& processing);
+    // Null when the record is gone after that callback.
+    ZelImageInternal* PostProcessColorImage(ZelImageInternal* image, int pipeline,
+                                            std::unique_lock<std::mutex>& processing);
 
     // Color settings, staged until the next frame. Any thread.
     using ColorTableSlot = std::shared_ptr<const ColorTable> ColorSettings::*;
@@ -112,18 +123,29 @@ class ZelCameraControlImpl {
     struct AtScratchpad {
         const ZelImageInternal* image;
         std::thread::id thread;
+        bool leaving;  // the transport's thread does not wait for it
         AtScratchpad* next;
+    };
+    // A frame on its way through the color steps. They go by these values and not by the record, which the application
+    // can write to in between.
+    struct ColorFrame {
+        ZelImageInternal* image;
+        unsigned w, h, num_pixels, size_in_bytes;
+        int phase;
+        std::span<const std::uint16_t> samples;  // w * h
+        std::uint8_t* out;                       // room for every format
     };
 
     bool ConcatenateColorTransformImpl(ZelColorTransformMatrix& transform, int operation, int bit_depth);
     ScratchpadHook Scratchpad();
     bool CallScratchpad(const ScratchpadHook& hook, ZelImageInternal* image, std::unique_lock<std::mutex>& processing);
-    bool IsAtScratchpadElsewhere(const ZelImageInternal* image) const;
+    const AtScratchpad* ScratchpadElsewhere(const ZelImageInternal* image) const;
+    void AwaitScratchpads(std::unique_lock<std::mutex>& processing);
     bool ReserveColorPixels(ZelImageInternal* image);
     bool ReserveColorRows(std::size_t samples);
     static const kernels::KernelTable& ColorKernels(int pipeline);
-    bool DemosaicColorImage(ZelImageInternal* image, int phase, int pipeline);
-    void RunColorSteps(ZelImageInternal* image, int phase, int pipeline, bool from_planes);
+    bool DemosaicColorImage(const ColorFrame& frame, int pipeline);
+    void RunColorSteps(const ColorFrame& frame, int pipeline, bool from_planes);
 
     bool CropToRegion(ZelImageInternal* image, const ZelRoiBin& roi);
     bool ReserveSpare(ZelImageInternal* image);

@@ -39,6 +39,11 @@ bool ZelColorTransformMatrix::SetOutputBitDepth(unsigned bits) {
     return true;
 }
 
+void ZelColorTransformMatrix::PreferOutputBitDepth(unsigned bits) {
+    m_RequestedBits = bits;
+    Derive();
+}
+
 void ZelColorTransformMatrix::SetFormat(kernels::ColorFormat format) {
     m_Format = format;
     Derive();

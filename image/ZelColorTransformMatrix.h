@@ -21,6 +21,8 @@ class ZelColorTransformMatrix {
     void SetInputBitDepth(unsigned bits);
     // 0: as the input. False for more than the input has; nothing is changed then.
     bool SetOutputBitDepth(unsigned bits);
+    // As many bits once the input has them, all that the input has until then.
+    void PreferOutputBitDepth(unsigned bits);
     // 8-bit formats put out 8 bits, whatever the input has above that.
     void SetFormat(kernels::ColorFormat format);
 

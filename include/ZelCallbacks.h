@@ -1,5 +1,5 @@
-// Types of the functions that the library calls back. All of them are called on a thread of the camera's transport,
-// never on the application's, and while the library holds no lock.
+// Types of the functions that the library calls back. Unless it says otherwise below, they are called on a thread of
+// the camera's transport, never on the application's. The library holds no lock meanwhile.
 #ifndef ZEL_CALLBACKS_H
 #define ZEL_CALLBACKS_H
 
@@ -42,11 +42,22 @@ typedef void(ZEL_CALL* ZelImageNotificationCallback)(int kind, void* context);
 // answers false until the application has taken the record with GetPendingImage() or GetLastPendingImage().
 typedef void(ZEL_CALL* ZelImageCallback)(ZelImage* image, void* context);
 
-// The camera's reply to ZelCamera::SetTextCommand(), zero-terminated, valid for the call.
+// The camera's reply to ZelCamera::SetTextCommand(), zero-terminated, valid for the call. Called inside that operation,
+// on the application's thread.
 typedef void(ZEL_CALL* ZelTextCommandCallback)(const char* reply, void* context);
 
-// Called for each color frame after demosaicing, before the color transform. Result: non-zero asks for the frame to be
-// demosaiced again.
+// Called for each color frame between demosaicing and the color transform, on the thread that processes the frame: the
+// transport's when an image callback is set, else the application's inside GetPendingColorImage() or
+// GetLastPendingColorImage().
+//
+// `pixels` holds the mosaic, which may be changed; `color_pixels` the picture that the scratchpad's own transform and
+// tables make of it, which the main pipeline's picture replaces afterwards. Result: non-zero asks for `pixels` to be
+// demosaiced again. Geometry and pointers of the record are not to be changed.
+//
+// The camera object may be used inside: color settings, which hold for this very frame; other frames; Stop(), after
+// which no image callback follows; Close() or a start with another pool, after which the record is gone and the
+// operation that was to hand it over answers null. The record itself must not be freed inside. A thread that wants this
+// frame, and Stop() and Close() on another thread, wait until the callback returns, so it must not wait for them.
 typedef int(ZEL_CALL* ZelScratchpadCallback)(ZelColorImage* image, void* context);
 
 #endif

@@ -107,36 +107,56 @@ class ZelCamera {
     ZEL_INTERFACE_DESTRUCTOR(ZelCamera)
 };
 
-// Color transform operations: `operation` of ConcatenateColorTransform().
-#define ZEL_COLOR_TRANSFORM_16_BIT 0  // three 16-bit channels of the given bit depth (0 = the camera's)
-#define ZEL_COLOR_TRANSFORM_16_BIT_VARIANT 1
-#define ZEL_COLOR_TRANSFORM_8_BIT_RGB 2          // three 8-bit channels
-#define ZEL_COLOR_TRANSFORM_8_BIT_RGBX 3         // four 8-bit channels
+// Color transform operations: `operation` of ConcatenateColorTransform(). 0 to 3 choose the output format and start the
+// transform anew, as ResetColorTransform() does; 4 to 7 are unused.
+#define ZEL_COLOR_TRANSFORM_16_BIT 0             // three 16-bit channels of the given bit depth (0 = the camera's)
+#define ZEL_COLOR_TRANSFORM_16_BIT_VARIANT 1     // the same
+#define ZEL_COLOR_TRANSFORM_8_BIT_RGB 2          // three 8-bit channels: the upper 8 bits of the camera's
+#define ZEL_COLOR_TRANSFORM_8_BIT_RGBX 3         // four 8-bit channels, the fourth always 255
 #define ZEL_COLOR_TRANSFORM_CAMERA_CORRECTION 8  // multiply the camera's correction matrix in
 #define ZEL_COLOR_TRANSFORM_WHITE_BALANCE 9      // multiply the camera's white balance matrix in
 #define ZEL_COLOR_TRANSFORM_WHITE_BALANCE_AND_CORRECTION 10
 
-// The color operations of the same camera object: static_cast<ZelColorCamera*>(camera). Settings made here are staged
-// and take effect with the next frame, all of them at once.
+// The color operations of the same camera object: static_cast<ZelColorCamera*>(camera).
+//
+// Settings may be made at any time, on any thread and inside callbacks. They are staged and take effect with the next
+// frame that is processed. A frame never sees half of an operation, but it may come between two of them.
+//
+// Channels are numbered 0 = blue, 1 = green, 2 = red, and stand in this order in pictures and tables. Matrices are nine
+// floats, row by row, and act on the column (red, green, blue); row 1 gives red. Results are cut to whole numbers and
+// limited to 0 ... 2^bits - 1 of the camera's bits, then shifted down to the output depth.
 class ZelColorCamera : public ZelCamera {
   public:
     virtual bool Reserved38();
 
     // Builds the color transform up from one of the operations above. The matrix concatenated last acts on the pixel
-    // first. False for an unknown operation or a matrix that is not there.
+    // first. `bit_depth` is looked at by operations 0 and 1; one above the camera's, or below 0, is logged and leaves
+    // the depth as it was. False for an unknown operation and for a product that is no number, which is left out. A
+    // camera whose matrices can't be read has identity matrices.
     virtual bool ConcatenateColorTransform(int operation, int bit_depth);
-    // Multiplies a matrix of the application's own in: nine floats, row by row.
+    // Multiplies a matrix of the application's own in. False for null and for products that are no numbers.
     virtual bool ConcatenateColorMatrix(const float* matrix);
-    // Starts the transform anew: the next matrix concatenated is the transform.
+    // Starts the transform anew: the next matrix concatenated is the transform, and without one pictures pass
+    // unchanged. With a camera whose color space is "XYZ" the transform begins with the way to XYZ and back.
     virtual bool ResetColorTransform();
-    // Tables applied before and after the transform: num_values entries of `channels` 16-bit values each, interleaved.
-    // `channels` must be 3 for the table to be applied; null removes it. The table is copied.
+    // Tables applied before and after the transform: the value of channel k for the sample v is entries[3 * v + k]. v
+    // is a sample of the camera's bits before the transform, of the output depth after it; samples of num_values and
+    // above get the last entry. The table is copied; null or no entries remove it. One whose `channels` is not 3 is
+    // taken, but not applied, and logged with each frame. False when memory ran out.
     virtual bool SetInputLinearizationTable(const unsigned short* entries, unsigned num_values, unsigned channels);
     virtual bool SetOutputNonLinearizationTable(const unsigned short* entries, unsigned num_values, unsigned channels);
     // Copies the staged transform, nine floats row by row, under the pipeline's lock.
     virtual bool GetColorTransform(float* matrix);
 
-    // As the operations without "Color", with the frame's color picture in `color_pixels`.
+    // As the operations without "Color", with the frame's color picture in `color_pixels`: w * h pixels of 3 unsigned
+    // shorts, 3 bytes or 4 bytes, row after row, no padding. It belongs to the record and is valid until the record is
+    // freed.
+    //
+    // A frame is processed once. With an image callback set, frames of a color camera arrive with their picture and
+    // those of a monochrome one without. Without one, the operation that takes the frame decides: these give it a
+    // picture (a grey one where the camera has no color filter), GetPendingImage() and GetLastPendingImage() do not.
+    // Frames are not binned here; with both binning factors above 1 no picture is made and GetLastError() answers
+    // ZEL_ERROR_INVALID_BINNING_SELECTION.
     virtual ZelColorImage* GetPendingColorImage();
     virtual ZelColorImage* GetLastPendingColorImage();
     virtual bool FreeColorImage(ZelColorImage* image);

@@ -1,6 +1,7 @@
 // The camera object's service operations, which follow the application's in slot order: calibration, transport queries,
-// raw access, averaging and the second color pipeline. Imaging applications use ZelCamera and ZelColorCamera; tools that
-// calibrate a camera or look behind its pictures get this interface by casting the ZelCamera that the SDK handed out.
+// raw access, averaging and the second color pipeline. Imaging applications use ZelCamera and ZelColorCamera; tools
+// that calibrate a camera or look behind its pictures get this interface by casting the ZelCamera that the SDK handed
+// out.
 #ifndef ZEL_CAMERA_INTERNAL_H
 #define ZEL_CAMERA_INTERNAL_H
 
@@ -13,12 +14,14 @@ class ZelCameraInternal : public ZelColorCamera {
   public:
     // ---- Tap balance calibration: one table per readout speed, 0 = 20 MHz, 1 = 40 MHz ----
     // Switches the correction of frames on or off. False while there is nothing to correct with; a camera that is
-    // opened afterwards gets its tables then, from its cache files or from its flash memory, and is corrected.
+    // opened afterwards gets its tables then, from its cache files or from its flash memory (from general master files
+    // when that holds none), and is corrected.
     virtual bool TapBalanceEnable(bool enable);
     // The table that the operations without a table number mean. False for a number that is no table, which is kept
     // all the same: those operations then fail.
     virtual bool TapBalanceSelectTable(int select);
     // Loads both tables from the camera's flash memory, which takes a while. The second one is selected afterwards.
+    // When a row can't be had neither is used; tables of the same sizes stay as they were.
     virtual bool TapBalanceLoadDataFromCamera();
     // Loads a table from a text file: "ROWS TAPS", then a row of five numbers per line, mV and four gains (the last two
     // 0 for two taps). "20MHz" or "40MHz" in the file's name selects the table.
@@ -56,7 +59,8 @@ class ZelCameraInternal : public ZelColorCamera {
     virtual int SendData(const unsigned char* data, int num_tx_bytes);
     virtual int RecvData(unsigned char* buffer, int num_rx_bytes, int timeout_ms);
 
-    // Buffers that post-processing keeps between frames, and giving them back.
+    // Buffers that post-processing keeps between frames, and giving them back. Frames of four taps that come afterwards
+    // stay as the taps read them until the next start.
     virtual int GetScratchBufferCount();
     virtual bool FreeScratchBuffers();
 
@@ -64,7 +68,8 @@ class ZelCameraInternal : public ZelColorCamera {
     // Averaging over the last frames: ring length (0 switches it off) and, when reset is not 0, forget the frames that
     // are in the ring. Takes effect with the next start.
     virtual bool SetImageAveraging(int frame_count_max, int reset);
-    // The function called for each color frame between demosaicing and the color transform.
+    // The function called for each color frame between demosaicing and the color transform; null switches it off. One
+    // that is running meanwhile ends by itself.
     virtual bool SetScratchpadCallback(ZelScratchpadCallback callback, void* context);
 
     // The color transform of the scratchpad pipeline, as the operations of ZelColorCamera.

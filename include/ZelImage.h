@@ -36,8 +36,11 @@ class ZelImage {
 
 class ZelColorImage : public ZelImage {
   public:
-    void* color_pixels;            // interleaved channels of a color-processed frame; null when there are none
-    unsigned color_size_in_bytes;  // size of what `color_pixels` holds
+    // The color picture, channels blue, green, red (and 255) interleaved (ZelColorCamera). Null when the record never
+    // had one; an earlier frame's when the size is 0. Like `num_pixels` the size is that of the full frame where a
+    // region was cut out on Camera Link and USB; the picture is the first w * h pixels.
+    void* color_pixels;
+    unsigned color_size_in_bytes;
     unsigned reserved_color[4];
 
     unsigned buffer_size;  // size in bytes of the memory behind `pixels`

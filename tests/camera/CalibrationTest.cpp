@@ -150,6 +150,65 @@ TEST_F(CalibrationTest, AFaultInTheMiddleLeavesTheCameraUsable) {
     }
 }
 
+// The page that the camera had in hand before belongs to the past, with or without a wish for calibration.
+TEST_F(CalibrationTest, ANewConnectionLoadsItsPagesAnew) {
+    ASSERT_TRUE(m_Camera->Open());
+    ASSERT_TRUE(m_Camera->TapBalanceGetTableConfig(nullptr, nullptr));
+    ASSERT_TRUE(m_Camera->TapBalanceGetTableData(0, nullptr, nullptr));
+    ASSERT_TRUE(m_Camera->Close());
+    ASSERT_TRUE(m_Camera->Open());
+    m_Flash.m_Commands.clear();
+    ASSERT_TRUE(m_Camera->TapBalanceGetTableData(0, nullptr, nullptr));
+    EXPECT_EQ(m_Flash.Count("tb g 1"), 1);
+}
+
+// Tables that come without a wish are calculated for the gain that the camera has, not for none.
+TEST_F(CalibrationTest, TheGainIsReadWithTablesThatAreLoadedLater) {
+    const std::string master = testing::TempDir() + "zel_gain_20MHz.txt";
+    std::ofstream(master) << "4 2\n0 1 1 0 0\n1 1 1 0 0\n2 1 1 0 0\n3 1 1 0 0\n";
+    const auto readings = [&] {
+        const std::vector<std::string> lines = SentLines();
+        return std::count(lines.begin(), lines.end(), "get " + std::to_string(VGA_GAIN));
+    };
+    EXPECT_TRUE(m_Camera->TapBalanceLoadDataFromMasterFile(master.c_str()));
+    EXPECT_EQ(readings(), 0) << "the camera is not open";
+    ASSERT_TRUE(m_Camera->Open());
+    EXPECT_EQ(readings(), 0);
+    EXPECT_TRUE(m_Camera->TapBalanceLoadDataFromMasterFile(master.c_str()));
+    EXPECT_EQ(readings(), 1);
+    EXPECT_TRUE(m_Camera->TapBalanceLoadDataFromCamera());
+    EXPECT_EQ(readings(), 2);
+    std::remove(master.c_str());
+}
+
+// A camera without tables of its own takes the general ones, where somebody put them.
+TEST_F(CalibrationTest, ACameraWithoutTablesTakesTheMasterFilesOfTheFolder) {
+    m_Flash.PutDirectory(255, {0, 0, 0}, {0, 0, 0});
+    const std::string cache = CachePath(0);
+    const std::string folder = cache.substr(0, cache.find_last_of("/\\") + 1);
+    const std::string masters[] = {folder + "CameraTable_20MHz.txt", folder + "CameraTable_40MHz.txt"};
+    const auto opens_balanced = [&] {
+        StartAnew();
+        m_Camera->TapBalanceEnable(true);
+        EXPECT_TRUE(m_Camera->Open());
+        return Balanced();
+    };
+    for (const std::string& master : masters) {
+        ASSERT_FALSE(std::ifstream(master).good()) << "somebody's own file is left alone: " << master;
+    }
+    for (const std::string& master : masters) {
+        EXPECT_FALSE(opens_balanced()) << "both files are needed";
+        std::ofstream(master) << "4 4\n0 1 1 1 1\n1 1 1 1 1\n2 1 1 1 1\n3 1 1 1 1\n";
+    }
+    EXPECT_TRUE(opens_balanced());
+    EXPECT_FALSE(std::ifstream(cache).good()) << "they are not this camera's";
+    EXPECT_EQ(m_Flash.Count("tb w") + m_Flash.Count("tb s"), 0) << "nothing is written into the camera";
+    m_Flash.Install(MakeTable(20, 4), MakeTable(24, 4, 1));
+    EXPECT_TRUE(opens_balanced());
+    EXPECT_TRUE(std::ifstream(cache).good()) << "its own tables come first";
+    for (const std::string& master : masters) std::remove(master.c_str());
+}
+
 TEST_F(CalibrationTest, AllOperationsReachTheTapBalance) {
     int rows = 0;
     int taps = 0;

@@ -1,8 +1,10 @@
 // Log lines of the camera object that its users search for.
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 
 #include "camera/ZelCameraFactory.h"
+#include "kernels/CpuSupport.h"
 #include "tests/camera/CameraFixture.h"
 #include "tests/support/RecordedLog.h"
 
@@ -71,6 +73,156 @@ TEST_F(CameraLogTest, TapBalanceFollowsTheCamera) {
     EXPECT_TRUE(m_Camera->TapBalanceLoadDataFromMasterFile(path.c_str()));
     EXPECT_EQ(m_Log.Count("CalculateLUT() gain:-7.000000 num_entries:4096 num_taps:2 m_MaxNumPixelValues:4096"), 1);
     std::remove(path.c_str());
+}
+
+// A line of the color path, and what is done to a small color camera for it.
+struct ColorLine {
+    const char* name;
+    std::string message;
+    int level;
+    int count;
+    void (*act)(ZelCameraControl& camera, TableCamera& table);
+};
+class ColorStepTest : public CameraLogTest {
+  public:
+    static void Picture(ZelCameraControl& camera, TableCamera& table) {
+        table.m_Exceptions.erase(CFA_TYPE);
+        if (!table.m_Values.count(CFA_PHASE)) table.m_Values[CFA_PHASE] = 1;
+        camera.ConnectCommon();
+        camera.StartCommon();
+        ZelImage* image = camera.GetFreeImage();
+        ASSERT_NE(image, nullptr);
+        image->image_number = 42;
+        camera.SetPendingImage(image);
+        camera.GetPendingColorImage();
+    }
+    static void SetMatrices(TableCamera& table, double entry) {
+        Bytes bytes(sizeof entry);
+        std::memcpy(bytes.data(), &entry, sizeof entry);
+        for (int i = 0; i < 9; ++i) table.m_Blocks[CCM_1_1 + i] = table.m_Blocks[DWB_1_1 + i] = bytes;
+    }
+    // Products that no number can hold, three operations that make them.
+    static void Overflow(ZelCameraControl& camera, TableCamera& table) {
+        SetMatrices(table, 1000);
+        camera.ConnectCommon();
+        const float huge[9] = {1e38f, 1e38f, 1e38f, 1e38f, 1e38f, 1e38f, 1e38f, 1e38f, 1e38f};
+        EXPECT_TRUE(camera.ConcatenateColorMatrix(huge));
+        for (const int operation : {8, 9, 10}) EXPECT_FALSE(camera.ConcatenateColorTransform(operation, 0));
+    }
+};
+
+std::vector<ColorLine> ColorLines() {
+    using Camera = ZelCameraControl;
+    using Table = TableCamera;
+    const auto picture = [](Camera& camera, Table& table) { ColorStepTest::Picture(camera, table); };
+    return {
+        {"Avx2", std::string("This CPU ") + (kernels::CpuHasAvx2() ? "does" : "does NOT") + " support AVX2", kLogTrace,
+         1, picture},
+        {"Fma", std::string("This CPU ") + (kernels::CpuHasFma() ? "does" : "does NOT") + " support FMA", kLogTrace, 1,
+         picture},
+        {"Phase", "CFA Phase: 1", kLogTrace, 1, picture},
+        {"Coefficient", "Failed to get a color matrix coefficient!", kLogError, 1,
+         [](Camera& camera, Table& table) {
+             ColorStepTest::SetMatrices(table, 1);
+             table.m_Exceptions[CCM_2_2] = kExceptionBadIndex;
+             ColorStepTest::Picture(camera, table);
+         }},
+        {"Space", "The color space has not been defined for this camera model/unit", kLogError, 1,
+         [](Camera& camera, Table& table) {
+             table.m_Blocks[CCM_OUTPUT_COLOR_SPACE] = TextBytes("sRGB");
+             ColorStepTest::Picture(camera, table);
+         }},
+        {"KnownSpace", "The color space has not been defined for this camera model/unit", kLogError, 0,
+         [](Camera& camera, Table& table) {
+             table.m_Blocks[CCM_OUTPUT_COLOR_SPACE] = TextBytes("XYZ");
+             ColorStepTest::Picture(camera, table);
+         }},
+        {"Diagonal", "Color transform coefficients (diagonal): 1.000000, 1.000000, 1.000000", kLogTrace, 2,
+         [](Camera& camera, Table&) {
+             camera.ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_16_BIT, 0);
+             camera.ConcatenateScratchpadTransform(ZEL_COLOR_TRANSFORM_16_BIT, 0);
+         }},
+        {"Depth", "Invalid bit depth specified!", kLogError, 2,
+         [](Camera& camera, Table&) {
+             camera.ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_16_BIT, 15);
+             camera.ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_16_BIT_VARIANT, -1);
+         }},
+        {"DepthOfAnotherConnection", "Invalid bit depth specified!", kLogError, 0,
+         [](Camera& camera, Table& table) {
+             ColorStepTest::Picture(camera, table);  // 12 bits
+             camera.ConnectCommon();
+         }},
+        {"Correction", "Failed to apply the camera correction matrix!", kLogError, 2, ColorStepTest::Overflow},
+        {"Balance", "Failed to apply the default white balance matrix!", kLogError, 2, ColorStepTest::Overflow},
+        {"Transform", "ApplyColorTransform called for pipeline: 1", kLogTrace, 1, picture},
+        {"NoPhase", "Failed to demosaic the color image!", kLogError, 1,
+         [](Camera& camera, Table& table) {
+             table.m_Values[CFA_PHASE] = 7;
+             ColorStepTest::Picture(camera, table);
+         }},
+        {"Binned",
+         "The color pipeline has been deactivated because xbin > 1 and/or ybin > 1 with a single sensor camera!",
+         kLogError, 1,
+         [](Camera& camera, Table& table) {
+             table.m_Values[H_BIN] = table.m_Values[V_BIN] = 2;
+             ColorStepTest::Picture(camera, table);
+         }},
+        {"Region", "ROI processing was not done!", kLogWarning, 1,
+         [](Camera& camera, Table& table) {
+             table.m_Values[H_ROI_PIXELS] = 9;
+             table.m_Values[H_ROI_ORIGIN] = 8;
+             ColorStepTest::Picture(camera, table);
+         }},
+        {"Again", "Demosaic again because of scratchpad pipeline invocation!", kLogTrace, 1,
+         [](Camera& camera, Table& table) {
+             camera.SetScratchpadCallback([](ZelColorImage*, void*) { return 1; }, nullptr);
+             ColorStepTest::Picture(camera, table);
+         }},
+        {"InputTable", "Color input linearization step failed!", kLogError, 1,
+         [](Camera& camera, Table& table) {
+             const unsigned short entries[4] = {};
+             camera.SetInputLinearizationTable(entries, 1, 4);
+             ColorStepTest::Picture(camera, table);
+         }},
+        {"OutputTable", "Color output non-linearization step failed!", kLogError, 1,
+         [](Camera& camera, Table& table) {
+             const unsigned short entries[4] = {};
+             camera.SetOutputNonLinearizationTable(entries, 1, 1);
+             ColorStepTest::Picture(camera, table);
+         }},
+        {"Number", "GetPendingColorImage() returned frame number: 42", kLogTrace, 1, picture},
+        {"None", "GetPendingColorImage() returned 0", kLogTrace, 1,
+         [](Camera& camera, Table&) { camera.GetPendingColorImage(); }},
+        {"LastNone", "GetLastPendingColorImage() returned 0", kLogTrace, 1,
+         [](Camera& camera, Table&) { camera.GetLastPendingColorImage(); }},
+    };
+}
+
+class ColorLogTest : public ColorStepTest, public testing::WithParamInterface<ColorLine> {};
+
+TEST_P(ColorLogTest, Line) {
+    const ColorLine& line = GetParam();
+    line.act(*m_Camera, m_Table);
+    EXPECT_EQ(m_Log.Count(line.message, line.level), line.count) << line.message;
+}
+
+INSTANTIATE_TEST_SUITE_P(, ColorLogTest, testing::ValuesIn(ColorLines()),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(ColorStepTest, EachStepIsTimed) {
+    for (const bool scratchpad : {false, true}) {
+        const ZelScratchpadCallback callback = [](ZelColorImage*, void*) { return 0; };
+        m_Camera->SetScratchpadCallback(scratchpad ? callback : nullptr, nullptr);
+        m_Log.Clear();
+        Picture(*m_Camera, m_Table);
+        for (const char* step :
+             {"PostProcessTapBalance", "PostProcessSubImage", "DemosaicColorImage", "PostProcessColorImage"}) {
+            EXPECT_EQ(m_Log.CountContaining(step + std::string(" takes ")), 1) << step;
+        }
+        for (const char* step : {"ApplyInputLinearization", "ApplyColorTransform", "ApplyOutputNonLinearization"}) {
+            EXPECT_EQ(m_Log.CountContaining(step + std::string(" takes ")), scratchpad ? 2 : 1) << "per pipeline";
+        }
+    }
 }
 
 TEST_F(CameraLogTest, RetriesAreCountedFromTwo) {

@@ -367,6 +367,148 @@ TEST_F(ColorTest, AFrameAtTheScratchpadIsWaitedFor) {
     EXPECT_EQ(seen, Demosaiced(image, 1));
 }
 
+// What a scratchpad callback does to the camera object that it was called by, and what becomes of the frame.
+struct Inside {
+    const char* name;
+    void (*action)(ZelCameraControl& camera, ZelColorImage* image);
+    bool called_back, delivered;
+    ZelCameraControl* camera = nullptr;
+};
+class InsideTest : public ColorTest, public testing::WithParamInterface<Inside> {
+  protected:
+    void BeginWith(Inside& inside) {
+        inside.camera = m_Camera.get();
+        Begin();
+        m_Camera->SetScratchpadCallback(
+            [](ZelColorImage* image, void* context) {
+                const auto* self = static_cast<Inside*>(context);
+                self->action(*self->camera, image);
+                return 1;
+            },
+            &inside);
+    }
+};
+
+TEST_P(InsideTest, OnTheTransportsThread) {
+    Inside inside = GetParam();
+    BeginWith(inside);
+    bool called_back = false;
+    m_Camera->SetImageCallback([](ZelImage*, void* context) { *static_cast<bool*>(context) = true; }, &called_back);
+    m_Transport.EmitImage(Deliver());
+    EXPECT_EQ(called_back, inside.called_back);
+    const ZelColorImage* image = m_Camera->GetPendingColorImage();
+    ASSERT_EQ(image != nullptr, inside.delivered);
+    if (image) {
+        EXPECT_EQ(Content(image), Demosaiced(image, 1));
+    }
+}
+
+TEST_P(InsideTest, OnTheApplicationsThread) {
+    Inside inside = GetParam();
+    BeginWith(inside);
+    const ZelColorImage* image = Picture();
+    ASSERT_EQ(image != nullptr, inside.delivered);
+    if (image) {
+        EXPECT_EQ(Content(image), Demosaiced(image, 1));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , InsideTest,
+    testing::Values(Inside{"Stop", [](ZelCameraControl& camera, ZelColorImage*) { camera.Stop(); }, false, true},
+                    Inside{"Close", [](ZelCameraControl& camera, ZelColorImage*) { camera.Close(); }, false, false},
+                    Inside{"AnotherPool",
+                           [](ZelCameraControl& camera, ZelColorImage*) {
+                               camera.SetParameterValue(ZEL_PARAM_NUM_IMAGE_BUFFERS, 3);
+                               camera.Start();
+                           },
+                           false, false},
+                    Inside{"ForgetsItself",
+                           [](ZelCameraControl& camera, ZelColorImage*) {
+                               camera.SetScratchpadCallback(nullptr, nullptr);
+                               camera.FreeScratchBuffers();
+                           },
+                           true, true}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+// A transport that stops waits for its own thread, and that thread may be waiting for the frame.
+TEST_F(ColorTest, StoppingAtTheScratchpadDoesNotWaitForAThreadThatWaitsForTheFrame) {
+    static std::atomic<bool> inside, handler_done;
+    static bool waited;
+    inside = handler_done = waited = false;
+    Begin();
+    m_Camera->SetImageCallback([](ZelImage*, void*) {}, nullptr);
+    m_Camera->SetScratchpadCallback(
+        [](ZelColorImage*, void* camera) {
+            inside = true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            static_cast<ZelCameraControl*>(camera)->Stop();
+            return 0;
+        },
+        m_Camera.get());
+    m_Transport.SetHandler([this](const Bytes& datagram) {
+        for (int i = 0; i < 2000 && !handler_done; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        waited = handler_done;
+        return m_Table.Answer(datagram);
+    });
+    ZelImage* image = Deliver();
+    std::thread transport([&] {
+        while (!inside) std::this_thread::yield();
+        m_Transport.EmitImage(image);
+        handler_done = true;
+    });
+    EXPECT_EQ(m_Camera->GetPendingColorImage(), image);
+    transport.join();
+    EXPECT_TRUE(waited) << "Stop() could not end";
+}
+
+// What a transport or a callback writes into a record's geometry reaches nothing outside the buffers.
+TEST_F(ColorTest, GeometryThatDoesNotFitTheBuffers) {
+    m_Transport.m_Answers.interface_type = CAMERA_TYPE_PLEORA_EBUS;
+    m_Table.m_Values[SENSOR_TAPS_VAL] = 2;
+    SetSize(300, 200);
+    Begin();
+    for (int i = 0; i < 8; ++i) Picture();
+    m_Camera->FreeAllInUseImages();
+    // A larger frame, packed, fits the buffer; unpacked it asks for another one.
+    std::vector<ZelColorImage*> pictures;
+    for (unsigned short i = 0; i < 8; ++i) {
+        ZelImage* image = Deliver(i);
+        ASSERT_NE(image, nullptr);
+        image->h = 266;
+        image->num_pixels = image->w * image->h;
+        pictures.push_back(m_Camera->GetPendingColorImage());
+    }
+    for (const ZelColorImage* picture : pictures) EXPECT_TRUE(Content(picture) == Demosaiced(picture, 1));
+    m_Camera->FreeAllInUseImages();
+    m_Table.m_Values[SENSOR_TAPS_VAL] = 1;
+    Begin();
+    ZelImage* image = Deliver(0);
+    image->size_in_bytes = 1u << 30;
+    ZelColorImage* picture = m_Camera->GetPendingColorImage();
+    ASSERT_NE(picture, nullptr);
+    EXPECT_EQ(picture->color_size_in_bytes, 0u);
+    m_Camera->SetScratchpadCallback(
+        [](ZelColorImage* record, void*) {
+            record->w = record->h = record->num_pixels = record->size_in_bytes = 50000;
+            record->color_pixels = nullptr;
+            return 1;
+        },
+        nullptr);
+    picture = Picture(0);
+    ASSERT_NE(picture, nullptr);
+    EXPECT_EQ(picture->color_size_in_bytes, 300u * 200 * 6);
+}
+
+TEST_F(ColorTest, APictureOfAnEarlierFrameIsNotThisFrames) {
+    Begin();
+    for (int i = 0; i < 8; ++i) m_Camera->FreeColorImage(Picture());
+    Deliver();
+    const auto* image = static_cast<const ZelColorImage*>(static_cast<ZelCamera&>(*m_Camera).GetPendingImage());
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(image->color_size_in_bytes, 0u) << "taken as a raw frame before it arrived in color";
+}
+
 // Each frame has one complete transform, however fast another thread changes it.
 TEST_F(ColorTest, AFrameNeverMixesTwoSettings) {
     SetSize(64, 32);

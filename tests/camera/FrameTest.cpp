@@ -125,6 +125,24 @@ TEST_F(FrameTest, CloseReleasesThePool) {
     EXPECT_EQ(Next(), nullptr);
 }
 
+// The notification comes before the image callback of the same frame.
+TEST_F(FrameTest, StoppingOrClosingInTheNotificationIsTheLastCallback) {
+    for (const bool close : {false, true}) {
+        ASSERT_EQ(m_Camera->StartCommon(), 0);
+        m_Seen = 0;
+        m_Camera->SetImageCallback(CountImage, this);
+        m_Camera->SetImageNotificationCallback(
+            [](int, void* camera) { static_cast<ZelCameraControl*>(camera)->Stop(); }, m_Camera.get());
+        if (close) {
+            m_Camera->SetImageNotificationCallback(
+                [](int, void* camera) { static_cast<ZelCameraControl*>(camera)->Close(); }, m_Camera.get());
+        }
+        Deliver(1);
+        EXPECT_EQ(m_Seen, 0);
+        EXPECT_EQ(Next() != nullptr, !close);
+    }
+}
+
 // The transport's thread delivers while two application threads take frames in both ways.
 TEST_F(FrameTest, ThreadsShareFramesWithoutLosingARecord) {
     ASSERT_TRUE(m_Camera->SetImageCallback([](ZelImage*, void*) {}, nullptr));

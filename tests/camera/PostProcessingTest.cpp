@@ -119,6 +119,21 @@ TEST_F(PostProcessingTest, EBusFramesAreUnpackedIntoASpareBuffer) {
     EXPECT_EQ(platform::LivePageReservations(), live) << "no memory from the system per frame";
 }
 
+// A transport may hand over less than the full frame: the next frame finds the record's buffer as large as ever.
+TEST_F(PostProcessingTest, ASmallerPackedFrameLeavesTheRecordItsBuffer) {
+    m_Processor.m_Type = kEBus;
+    for (const auto& [w, h, taps] : {std::array{0u, 4u, 2u}, {2u, 2u, 2u}, {3u, 1u, 2u}, {2u, 2u, 4u}, {0u, 0u, 4u}}) {
+        ZelImageInternal* image = Frame(4, 4, Counting(16), static_cast<int>(taps));
+        image->w = w;
+        image->h = h;
+        m_Processor.PostProcessTapBalance(image);
+        EXPECT_NE(image->pixels, nullptr);
+        EXPECT_EQ(image->buffer_size, 32u) << w << " x " << h;
+        EXPECT_EQ(image->size_in_bytes, 2 * w * h);
+        m_Processor.Pool().ReleaseImage(image);
+    }
+}
+
 TEST_F(PostProcessingTest, AFailedUnpackAllocationKeepsThePackedFrame) {
     m_Processor.m_Type = kEBus;
     ZelImageInternal* image = Frame(2, 1, {7, 9}, 2);

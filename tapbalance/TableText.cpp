@@ -42,6 +42,7 @@ int ParseNumbers(std::string_view line, std::span<Number> numbers) {
     int count = 0;
     for (Number& number : numbers) {
         line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
+        if (line.starts_with('+') && !line.starts_with("+-")) line.remove_prefix(1);
         const auto [stop, error] = std::from_chars(line.data(), line.data() + line.size(), number);
         if (error != std::errc()) break;
         const bool separated = stop == line.data() + line.size() || kBlanks.find(*stop) != std::string_view::npos;

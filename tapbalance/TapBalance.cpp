@@ -9,6 +9,7 @@ namespace zel {
 namespace {
 constexpr const char* kEnable = "TapBalance::Enable";
 constexpr const char* kBits = "TapBalance::SetBitsPerPixel";
+constexpr const char* kSelect = "TapBalance::SelectTable";
 constexpr const char* kSetGain = "TapBalance::SetGain";
 constexpr const char* kCalculate = "TapBalance::CalculateLUT";
 constexpr const char* kAllocate = "TapBalance::AllocateTable";
@@ -43,7 +44,9 @@ bool TapBalance::SetBitsPerPixel(int bits_per_pixel) {
 bool TapBalance::SelectTable(int select) {
     const std::lock_guard lock(m_Lock);
     m_TableSelect = select;
-    return IsTable(select);
+    if (IsTable(select)) return true;
+    ZEL_LOG(m_Logger, kLogError, kSelect, "***ERROR***: table %d is none", select);
+    return false;
 }
 
 bool TapBalance::SetGain(float gain) {
@@ -74,7 +77,7 @@ bool TapBalance::CalculateLUT() {
 // A table that gives no lookup tables leaves none behind: the old ones belong to other data or another gain.
 bool TapBalance::MakeLUT(int select) {
     const Slot& slot = m_TapBalanceData[Index(select)];
-    if (!slot.data) return true;
+    if (!slot.data || !slot.filled) return true;
     const platform::TimerResolution resolution;
     const int entries = 1 << m_BitsPerPixel;
     ZEL_LOG(m_Logger, kLogTrace, kCalculate, "CalculateLUT() gain:%f num_entries:%d num_taps:%d m_MaxNumPixelValues:%d",
@@ -102,6 +105,7 @@ bool TapBalance::AllocateTable(int select, const TableEntry& entry) {
     }
     DropTable(select);
     slot.data.reset();
+    slot.filled = false;
     if (entry.columns != 3 && entry.columns != 5) {
         ZEL_LOG(m_Logger, kLogError, kAllocate, "***ERROR***: m_Numcols is invalid");
         return false;
@@ -118,6 +122,7 @@ bool TapBalance::StoreTable(int select, TapTable table) {
     Slot& slot = m_TapBalanceData[Index(select)];
     slot.data = std::move(table);
     slot.configured = true;
+    slot.filled = true;
     return MakeLUT(select);
 }
 

@@ -68,7 +68,7 @@ class TapBalance {
     bool GetTableData(int row, float* millivolts, float* tap_gains);  // as many gains as the table has taps
     bool GetTableHashFromCamera(int select, Sha1::Digest& digest);
     bool LoadDataTableFromCamera(int select);
-    // Both tables. `table_begins` is called before the rows of each.
+    // Both tables or, when a row can't be had, neither. `table_begins` is called before the rows of each.
     bool LoadDataFromCamera(TableCallback table_begins = nullptr, void* context = nullptr);
     // Whether both tables in memory are the ones that the camera's directory names. Those that differ came damaged over
     // the link, or lie damaged in the flash, and are not used.
@@ -86,6 +86,9 @@ class TapBalance {
     bool LoadDataFromFile(const char* file_name, bool check_camera);
     // A name that contains "20MHz" or "40MHz" selects the table.
     bool LoadDataFromMasterFile(const char* file_name);
+    // Both tables from the calibration folder's "CameraTable_20MHz.txt" and "CameraTable_40MHz.txt", for cameras that
+    // hold none of their own.
+    bool LoadGeneralTables();
 
     // ---- Tables to the camera ----
     // Begins a table anew, all zeros, and lays the tables out in flash: the first from page 1 on, the second from the
@@ -105,6 +108,7 @@ class TapBalance {
     struct Slot {
         std::optional<TapTable> data;
         bool configured = false;
+        bool filled = false;       // loaded or written; a table of zeros is not corrected with
         std::uint32_t offset = 0;  // in flash
     };
 
@@ -118,7 +122,7 @@ class TapBalance {
     void LogDirectory(const TableDirectory& directory);
     bool ReadTableConfig(TableDirectory& directory);
     bool ReadRow(int select, int row, TapRow& values);
-    bool ReadTable(int select, const TableEntry& entry);
+    std::optional<TapTable> ReadTable(int select, const TableEntry& entry);
     void ReportProgress(int done, int total);
     bool CheckAgainstCamera(const char* file_name, int select, const Sha1::Digest& file_digest, const TapTable& table);
     bool StoreTable(int select, TapTable table);
@@ -127,6 +131,7 @@ class TapBalance {
     void Publish(int select, std::shared_ptr<const LookupTables> tables);
     std::shared_ptr<const LookupTables> Published(int select) const;
     void LayOut();
+    bool FitsFlash() const;
     bool ReadyToWrite(const char* function_name);
     std::uint64_t TablesEnd() const;
     bool TestPage(int page, std::span<const std::uint8_t> content);

@@ -86,7 +86,7 @@ bool TapBalance::LoadDataFromFile(const char* file_name, bool check_camera) {
     return Guarded(kLoad, [&] {
         std::string text;
         if (!file_name || !platform::ReadTextFile(file_name, kLargestFile, text)) {
-            ZEL_LOG(m_Logger, kLogWarning, kLoad, "%s can't be read", file_name ? file_name : "(null)");
+            ZEL_LOG(m_Logger, kLogError, kLoad, "***ERROR***: %s can't be read", file_name ? file_name : "(null)");
             return false;
         }
         std::string error;
@@ -123,6 +123,17 @@ bool TapBalance::CheckAgainstCamera(const char* file_name, int select, const Sha
     ZEL_LOG(m_Logger, kLogError, kLoad, "hash : %s", DigestText(file_digest).c_str());
     DropTable(select);
     return false;
+}
+
+bool TapBalance::LoadGeneralTables() {
+    return Guarded(kLoadMaster, [&] {
+        for (const char* speed : kSpeeds) {
+            const std::string name = std::string("CameraTable_") + speed + ".txt";
+            const std::string path = platform::CalibrationFolder() + platform::PathSeparator() + name;
+            if (!LoadDataFromMasterFile(path.c_str())) return false;
+        }
+        return true;
+    });
 }
 
 bool TapBalance::LoadDataFromMasterFile(const char* file_name) {

@@ -96,7 +96,10 @@ bool TapBalance::GetTableConfig(int* rows, int* num_taps) {
 }
 
 bool TapBalance::GetTableHashFromCamera(int select, Sha1::Digest& digest) {
-    if (!IsTable(select)) return false;
+    if (!IsTable(select)) {
+        ZEL_LOG(m_Logger, kLogError, kHash, "***ERROR***: table %d is none", select);
+        return false;
+    }
     const std::lock_guard lock(m_Lock);
     return Guarded(kHash, [&] {
         TableDirectory directory;
@@ -191,30 +194,29 @@ void TapBalance::ReportProgress(int done, int total) {
     callback(context, done, total);
 }
 
-// Reads a whole table aside; it takes the old one's place when it is complete.
-bool TapBalance::ReadTable(int select, const TableEntry& entry) {
+// Reads a whole table aside: a table in use keeps its place until this one is complete.
+std::optional<TapTable> TapBalance::ReadTable(int select, const TableEntry& entry) {
     const int rows = entry.rows;
     const int taps = entry.columns - 1;
     if (rows <= 0 || rows > TapTable::kMostRows || taps <= 0 || taps > kMostTaps) {
         ZEL_LOG(m_Logger, kLogError, kLoadTable,
                 "***ERROR***: rows:%d (<= 0 || > 1000) || num_taps:%d (<= 0 || > 4) is out of bounds returning false",
                 rows, taps);
-        return false;
+        return std::nullopt;
     }
     TapTable table(rows, taps);
     for (int row = 0; row < rows; ++row) {
         TapRow values;
-        if (!ReadRow(select, row, values)) return false;
+        if (!ReadRow(select, row, values)) return std::nullopt;
         if (!IsGoodRow(values, taps)) {
             // On purpose: the second reading is taken whatever it holds.
             LogBadRow(m_Logger, values, taps);
-            if (!ReadRow(select, row, values)) return false;
+            if (!ReadRow(select, row, values)) return std::nullopt;
         }
         table.SetRow(row, values);
         ReportProgress(row, rows);
     }
-    const std::lock_guard lock(m_Lock);
-    return StoreTable(select, std::move(table));
+    return table;
 }
 
 bool TapBalance::LoadDataTableFromCamera(int select) {
@@ -223,14 +225,21 @@ bool TapBalance::LoadDataTableFromCamera(int select) {
         ZEL_LOG(m_Logger, kLogError, kLoadTable, "***ERROR***: GetTableConfig()");
         return false;
     }
-    return Guarded(kLoadTable, [&] { return ReadTable(select, directory.entries[Index(select)]); });
+    return Guarded(kLoadTable, [&] {
+        std::optional<TapTable> table = ReadTable(select, directory.entries[Index(select)]);
+        const std::lock_guard lock(m_Lock);
+        return table && StoreTable(select, std::move(*table));
+    });
 }
 
 // The directory is read once: nothing changes it while the tables come.
 bool TapBalance::LoadDataFromCamera(TableCallback table_begins, void* context) {
     ZEL_LOG(m_Logger, kLogTrace, kLoad, "TapBalance::LoadDataFromCamera()\n");
     TableDirectory directory;
-    SelectTable(TAP_BALANCE_SELECT_20MHZ);
+    if (!SelectTable(TAP_BALANCE_SELECT_20MHZ)) {
+        ZEL_LOG(m_Logger, kLogError, kLoad, "SelectTable(TAP_BALANCE_SELECT_20MHZ) failed");
+        return false;
+    }
     if (!ReadTableConfig(directory)) {
         ZEL_LOG(m_Logger, kLogError, kLoad, "***ERROR***: GetTableConfig()");
         return false;
@@ -247,14 +256,21 @@ bool TapBalance::LoadDataFromCamera(TableCallback table_begins, void* context) {
             return false;
         }
     }
-    for (int select = 0; select < kTapTables; ++select) {
-        SelectTable(select);
-        if (table_begins) table_begins(context, select);
-        const TableEntry& entry = directory.entries[Index(select)];
-        if (!Guarded(kLoad, [&] { return ReadTable(select, entry); })) return false;
-    }
-    m_DataValid = true;
-    return true;
+    return Guarded(kLoad, [&] {
+        std::array<std::optional<TapTable>, kTapTables> tables;
+        for (int select = 0; select < kTapTables; ++select) {
+            SelectTable(select);
+            if (table_begins) table_begins(context, select);
+            tables[Index(select)] = ReadTable(select, directory.entries[Index(select)]);
+            if (!tables[Index(select)]) return false;
+        }
+        const std::lock_guard lock(m_Lock);
+        for (int select = 0; select < kTapTables; ++select) {
+            if (!StoreTable(select, std::move(*tables[Index(select)]))) return false;
+        }
+        m_DataValid = true;
+        return true;
+    });
 }
 
 bool TapBalance::CheckDownload() {

@@ -39,6 +39,11 @@ std::uint64_t TapBalance::TablesEnd() const {
     return end;
 }
 
+// The directory fits page 0, and the tables the flash.
+bool TapBalance::FitsFlash() const {
+    return m_Flash.PageSize() >= static_cast<int>(TableDirectory::kSize) && TablesEnd() <= m_Flash.Size();
+}
+
 bool TapBalance::SetTableConfig(int table, int rows, int num_taps) {
     const std::lock_guard lock(m_Lock);
     if (!IsTable(table) || rows < 1 || rows > TapTable::kMostRows) {
@@ -55,7 +60,7 @@ bool TapBalance::SetTableConfig(int table, int rows, int num_taps) {
         Slot& slot = m_TapBalanceData[Index(table)];
         slot.data.swap(fresh);
         LayOut();
-        if (m_Flash.PageSize() < static_cast<int>(TableDirectory::kSize) || TablesEnd() > m_Flash.Size()) {
+        if (!FitsFlash()) {
             ZEL_LOG(m_Logger, kLogError, kSetConfig, "***ERROR***: table:%d rows:%d num_taps:%d does not fit the flash",
                     table, rows, num_taps);
             slot.data.swap(fresh);
@@ -63,6 +68,7 @@ bool TapBalance::SetTableConfig(int table, int rows, int num_taps) {
             return false;
         }
         slot.configured = true;
+        slot.filled = false;
         Publish(table, nullptr);
         return true;
     });
@@ -93,8 +99,8 @@ bool TapBalance::ReadyToWrite(const char* function_name) {
     if (!m_Flash.Prepare()) return false;
     LayOut();
     for (const Slot& slot : m_TapBalanceData) {
-        if (slot.configured && slot.data && TablesEnd() <= m_Flash.Size()) continue;
-        ZEL_LOG(m_Logger, kLogError, function_name, "***ERROR***: table %d is not configured",
+        if (slot.configured && slot.data && FitsFlash()) continue;
+        ZEL_LOG(m_Logger, kLogError, function_name, "***ERROR***: table %d is not configured or does not fit the flash",
                 static_cast<int>(&slot - m_TapBalanceData.data()));
         return false;
     }
@@ -120,9 +126,10 @@ bool TapBalance::WriteDataToCamera() {
     const std::lock_guard lock(m_Lock);
     return Guarded(kWriteData, [&] {
         if (!ReadyToWrite(kWriteData)) return false;
-        for (const Slot& slot : m_TapBalanceData) {
+        for (Slot& slot : m_TapBalanceData) {
             const int first_page = static_cast<int>(slot.offset / static_cast<unsigned>(m_Flash.PageSize()));
             if (!m_Flash.WritePages(first_page, slot.data->FlashBytes())) return false;
+            slot.filled = true;
         }
         return CalculateLUT();
     });
@@ -141,6 +148,10 @@ bool TapBalance::FlashTest() {
     if (!m_Flash.Prepare()) return false;
     return Guarded(kTest, [&] {
         const int page = m_Flash.NumPages() - 1;
+        if (page == 0) {
+            ZEL_LOG(m_Logger, kLogError, kTest, "***ERROR***: a flash of one page has none for the test");
+            return false;
+        }
         const auto page_size = static_cast<std::size_t>(m_Flash.PageSize());
         const std::uint64_t start = std::uint64_t{static_cast<unsigned>(page)} * page_size;
         TableDirectory directory;
@@ -157,7 +168,7 @@ bool TapBalance::FlashTest() {
             }
         }
         std::vector<std::uint8_t> before(page_size);
-        if (page == 0 || !m_Flash.ReadAt(start, before)) return false;
+        if (!m_Flash.ReadAt(start, before)) return false;
         std::vector<std::uint8_t> pattern(page_size);
         bool passed = true;
         for (const unsigned first : {0x55u, 0xAAu}) {

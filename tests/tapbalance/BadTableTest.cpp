@@ -1,4 +1,6 @@
 // Directories and files that lie: each gives its message, and nothing is corrected with it.
+#include <functional>
+
 #include "tests/support/RecordedLog.h"
 #include "tests/tapbalance/TapBalanceFixture.h"
 
@@ -161,6 +163,8 @@ INSTANTIATE_TEST_SUITE_P(
                 "***PARSE ERROR***. Row:5 Expected 5 cols of data and got 3"},
         BadFile{"NoNumber", kDigest + "4 2\n1 x 1 0 0\n", "***PARSE ERROR***. Row:1 Expected 5 cols of data and got 1"},
         BadFile{"Comma", kDigest + "4 2\n1,5 1 1 0 0\n", "***PARSE ERROR***. Row:1 Expected 5 cols of data and got 0"},
+        BadFile{"TwoSigns", kDigest + "4 2\n1 +-1 1 0 0\n",
+                "***PARSE ERROR***. Row:1 Expected 5 cols of data and got 1"},
         BadFile{"NotANumber", kDigest + "4 2\nnan 1 1 0 0\n" + kRows,
                 "***PARSE ERROR***. Row:1 holds a value that no table can have"},
         BadFile{"Infinity", kDigest + "4 2\n1 1 -inf 0 0\n" + kRows,
@@ -210,6 +214,41 @@ TEST_F(TapBalanceTest, TheLogTellsWhyNothingIsCorrected) {
     EXPECT_FALSE(tap_balance.TranslatePixels(1, 1, 2, 0, &pixel));
     EXPECT_EQ(log.Count("m_DataFault == true", kLogError), 1);
     std::remove(path.c_str());
+}
+
+// Whatever answers false says why, at the level of errors.
+TEST_F(TapBalanceTest, EveryFailureIsAnErrorLine) {
+    RecordedLog log;
+    TapBalance tap_balance(m_TextProtocol, "recorded");
+    m_Flash = ScriptedFlash(256, 1);
+    const auto with = [&](int selected, auto operation) {
+        return [&tap_balance, selected, operation] {
+            tap_balance.SelectTable(selected);
+            return operation();
+        };
+    };
+    const std::string none = testing::TempDir() + "zel_none_20MHz.txt";
+    Sha1::Digest digest{};
+    const struct {
+        std::function<bool()> operation;
+        std::string message;
+    } cases[] = {
+        {[&] { return tap_balance.SelectTable(2); }, "***ERROR***: table 2 is none"},
+        {[&] { return tap_balance.GetTableHashFromCamera(-1, digest); }, "***ERROR***: table -1 is none"},
+        {with(0, [&] { return tap_balance.LoadDataFromFile(none.c_str(), true); }),
+         "***ERROR***: " + none + " can't be read"},
+        {[&] { return tap_balance.LoadDataFromMasterFile(none.c_str()); }, "***ERROR***: " + none + " can't be read"},
+        {with(0, [&] { return tap_balance.WriteDataToFile(); }),
+         "***ERROR***: there is no table to write to " + CachePath(0)},
+        {with(3, [&] { return tap_balance.WriteDataToFile(); }), "***ERROR***: select is not set to valid value"},
+        {[&] { return tap_balance.FlashTest(); }, "***ERROR***: a flash of one page has none for the test"},
+    };
+    tap_balance.SetCameraTexts("test model", "EveryFailureIsAnErrorLine");
+    for (const auto& c : cases) {
+        log.Clear();
+        EXPECT_FALSE(c.operation()) << c.message;
+        EXPECT_EQ(log.Count(c.message, kLogError), 1) << testing::PrintToString(log.Messages("TapBalance"));
+    }
 }
 
 TEST_F(TapBalanceTest, AMismatchIsLoggedWithAllThreeDigests) {

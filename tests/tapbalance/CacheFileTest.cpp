@@ -144,7 +144,7 @@ TEST_F(CacheFileTest, MasterFilesSelectTheirTable) {
     const std::string folder = testing::TempDir() + "40MHz_masters";
     std::filesystem::create_directories(folder);
     const std::string path = folder + "/CameraTable_20MHz.txt";
-    WriteText(path, "4 2\n0 1 1 0 0\n100.5 1.1 0.9 0 0\r\n 200\t1 1 0 0\n300 1e0 1 0 0 and more\n");
+    WriteText(path, "4 2\n0 1 +1 0 0\n100.5 1.1 0.9 0 0\r\n 200\t1 1 0 0\n300 1e0 1 0 0 and more\n");
     m_TapBalance.SelectTable(1);
     EXPECT_TRUE(m_TapBalance.LoadDataFromMasterFile(path.c_str())) << "the folder's name does not count";
     EXPECT_EQ(m_TapBalance.SelectedTable(), 0);

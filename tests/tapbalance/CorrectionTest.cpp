@@ -98,6 +98,21 @@ TEST_F(CorrectionTest, AFrameKeepsTheSetThatItBegan) {
     EXPECT_EQ(Entries(m_TapBalance.TablesFor(0), 2), entries) << "the old gain gives the old tables";
 }
 
+// Room is made for tables of the camera's shape; nothing is in them yet.
+TEST_F(CorrectionTest, ATableWithoutDataIsNotCorrectedWith) {
+    LoadAndEnable(MakeTable(25, 2), MakeTable(25, 2));
+    m_Flash.Install(MakeTable(30, 2), MakeTable(25, 2));
+    ASSERT_TRUE(m_TapBalance.GetTableConfig(nullptr, nullptr));
+    ASSERT_TRUE(m_TapBalance.SetTableConfig(1, 40, 2));
+    EXPECT_TRUE(m_TapBalance.SetGain(100));
+    const Frame before = Ramp(16, 4);
+    Frame frame = before;
+    for (const int select : {0, 1}) EXPECT_FALSE(m_TapBalance.TranslatePixels(16, 4, 2, select, frame.data()));
+    EXPECT_EQ(frame, before);
+    ASSERT_TRUE(m_TapBalance.LoadDataFromCamera());
+    EXPECT_TRUE(m_TapBalance.TablesFor(0) && m_TapBalance.TablesFor(1));
+}
+
 TEST_F(CorrectionTest, NonsenseGainsAndDepthsAreRefused) {
     LoadAndEnable(MakeTable(25, 4), MakeTable(25, 4));
     const TapTables before = m_TapBalance.TablesFor(1);

@@ -133,17 +133,19 @@ TEST_F(FlashTest, ReadsAreRetriedOnceWhateverWentWrong) {
 TEST_F(FlashTest, AFaultInTheMiddleKeepsTheTablesThatWereThere) {
     const TapTable good = MakeTable(20, 2);
     LoadAndEnable(good, good);
-    const TapTables before = m_TapBalance.TablesFor(1);
+    const TapTables before[] = {m_TapBalance.TablesFor(0), m_TapBalance.TablesFor(1)};
     m_Flash.Install(MakeTable(20, 2, 5), MakeTable(20, 2, 6));
-    m_Flash.m_Fault = [](const std::string& command) -> std::optional<std::string> {
-        if (command == "tb g 2") return "";
-        return std::nullopt;
-    };
-    EXPECT_FALSE(m_TapBalance.LoadDataFromCamera());
-    EXPECT_EQ(m_TapBalance.TablesFor(1).owner, before.owner);
+    for (const char* lost : {"tb g 1", "tb g 2"}) {  // in the first table, in the second
+        m_Flash.m_Fault = [&](const std::string& command) -> std::optional<std::string> {
+            if (command == lost) return "";
+            return std::nullopt;
+        };
+        EXPECT_FALSE(m_TapBalance.LoadDataFromCamera());
+        for (const int select : {0, 1}) EXPECT_EQ(m_TapBalance.TablesFor(select).owner, before[select].owner) << lost;
+    }
     m_Flash.m_Fault = nullptr;
     EXPECT_TRUE(m_TapBalance.LoadDataFromCamera());
-    EXPECT_NE(m_TapBalance.TablesFor(1).owner, before.owner);
+    for (const int select : {0, 1}) EXPECT_NE(m_TapBalance.TablesFor(select).owner, before[select].owner);
 }
 
 // A silent camera costs one budget, not one for each row.

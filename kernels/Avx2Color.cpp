@@ -10,9 +10,6 @@
 #pragma GCC push_options
 #pragma GCC target("avx2")
 
-// Keeps constants in registers across what would be calls in the loops below.
-#define ZEL_INLINE __attribute__((always_inline)) inline
-
 namespace zel::kernels::avx2 {
 
 std::uint16_t AllBits(std::span<const std::uint16_t> samples) {

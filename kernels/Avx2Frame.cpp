@@ -172,11 +172,10 @@ void UnpackRowPairFourTaps(std::span<const std::uint8_t> packed, std::span<std::
 template <class Fetch>
 void LookUp(std::span<std::uint16_t> samples, const std::uint16_t* table, std::uint16_t index_mask,
             std::uint16_t value_mask) {
-    const __m256i index = _mm256_set1_epi16(static_cast<short>(index_mask));
     const __m256i value = _mm256_set1_epi16(static_cast<short>(value_mask));
     std::size_t i = 0;
     for (; i + kLane <= samples.size(); i += kLane) {
-        const __m256i entries = Fetch::Entries(table, _mm256_and_si256(Load(samples.data() + i), index));
+        const __m256i entries = Fetch::Entries(table, samples.data() + i, index_mask);
         Store(samples.data() + i, _mm256_and_si256(entries, value));
     }
     scalar::LookUp(samples.subspan(i), table, index_mask, value_mask);

@@ -6,6 +6,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+
+// Keeps constants in registers across what would be calls in the loops.
+#define ZEL_INLINE __attribute__((always_inline)) inline
 
 #pragma GCC push_options
 #pragma GCC target("avx2")
@@ -22,10 +26,10 @@ static inline __m256i Narrow(__m256i low, __m256i high) {
     return _mm256_permute4x64_epi64(_mm256_packus_epi32(low, high), _MM_SHUFFLE(3, 1, 2, 0));
 }
 
-// The table's entries at sixteen indices, two ways: by gathers, which fetch four bytes at each entry, and one by one,
-// which is faster on processors that take their gathers apart.
+// A table's entries at sixteen indices, two ways: by gathers, which fetch four bytes at each entry, and one by one,
+// which is faster on processors that take their gathers apart. Indices come in a vector, or from memory with a mask.
 struct Gathers {
-    __attribute__((always_inline)) static inline __m256i Entries(const std::uint16_t* table, __m256i at) {
+    ZEL_INLINE static __m256i Entries(const std::uint16_t* table, __m256i at) {
         const int* const entries = reinterpret_cast<const int*>(table);
         const __m256i zero = _mm256_setzero_si256();
         const __m256i low_half = _mm256_set1_epi32(0xFFFF);
@@ -33,27 +37,38 @@ struct Gathers {
         const __m256i high = _mm256_i32gather_epi32(entries, _mm256_unpackhi_epi16(at, zero), 2);
         return _mm256_packus_epi32(_mm256_and_si256(low, low_half), _mm256_and_si256(high, low_half));
     }
+    ZEL_INLINE static __m256i Entries(const std::uint16_t* table, const std::uint16_t* at, std::uint16_t mask) {
+        return Entries(table, _mm256_and_si256(Load(at), _mm256_set1_epi16(static_cast<short>(mask))));
+    }
 };
 
 struct Inserts {
-    __attribute__((always_inline)) static inline __m256i Entries(const std::uint16_t* table, __m256i at) {
-        alignas(32) std::uint32_t pairs[8];
-        _mm256_store_si256(reinterpret_cast<__m256i*>(pairs), at);
-        return _mm256_inserti128_si256(_mm256_castsi128_si256(Eight(table, pairs)), Eight(table, pairs + 4), 1);
+    ZEL_INLINE static __m256i Entries(const std::uint16_t* table, __m256i at) {
+        alignas(32) std::uint16_t indices[kLane];
+        _mm256_store_si256(reinterpret_cast<__m256i*>(indices), at);
+        return Entries(table, indices, 0xFFFF);
+    }
+    ZEL_INLINE static __m256i Entries(const std::uint16_t* table, const std::uint16_t* at, std::uint16_t mask) {
+        const std::uint32_t pair_mask = mask * 0x00010001u;
+        return _mm256_inserti128_si256(_mm256_castsi128_si256(Eight(table, at, pair_mask)),
+                                       Eight(table, at + 8, pair_mask), 1);
     }
 
   private:
-    __attribute__((always_inline)) static inline __m128i Eight(const std::uint16_t* table, const std::uint32_t* pairs) {
-        const auto low = [&](int i) { return table[pairs[i] & 0xFFFF]; };
-        const auto high = [&](int i) { return table[pairs[i] >> 16]; };
-        __m128i v = _mm_cvtsi32_si128(low(0));
-        v = _mm_insert_epi16(v, high(0), 1);
-        v = _mm_insert_epi16(v, low(1), 2);
-        v = _mm_insert_epi16(v, high(1), 3);
-        v = _mm_insert_epi16(v, low(2), 4);
-        v = _mm_insert_epi16(v, high(2), 5);
-        v = _mm_insert_epi16(v, low(3), 6);
-        return _mm_insert_epi16(v, high(3), 7);
+    // Two indices are loaded at a time.
+    ZEL_INLINE static __m128i Eight(const std::uint16_t* table, const std::uint16_t* at, std::uint32_t mask) {
+        std::uint32_t pairs[4];
+        std::memcpy(pairs, at, sizeof pairs);
+        for (std::uint32_t& pair : pairs) pair &= mask;
+        __m128i v = _mm_setzero_si128();
+        v = _mm_insert_epi16(v, table[pairs[0] & 0xFFFF], 0);
+        v = _mm_insert_epi16(v, table[pairs[0] >> 16], 1);
+        v = _mm_insert_epi16(v, table[pairs[1] & 0xFFFF], 2);
+        v = _mm_insert_epi16(v, table[pairs[1] >> 16], 3);
+        v = _mm_insert_epi16(v, table[pairs[2] & 0xFFFF], 4);
+        v = _mm_insert_epi16(v, table[pairs[2] >> 16], 5);
+        v = _mm_insert_epi16(v, table[pairs[3] & 0xFFFF], 6);
+        return _mm_insert_epi16(v, table[pairs[3] >> 16], 7);
     }
 };
 

@@ -44,19 +44,6 @@ class ImageListTest : public testing::Test {
     ZelImageInternal m_Records[kRecords];
 };
 
-TEST_F(ImageListTest, FirstInFirstOutAndNewestFirst) {
-    EnqueueAll("abcd");
-    EXPECT_EQ(4, m_List.Count());
-    EXPECT_EQ('d', Name(DequeueTail(&m_List)));
-    EXPECT_EQ('a', Name(Dequeue(&m_List)));
-    EXPECT_EQ(2, m_List.Count());
-    EnqueueAll("e");
-    EXPECT_EQ("bce", Drain());
-    EXPECT_EQ(0, m_List.Count());
-    EnqueueAll("abc");
-    EXPECT_EQ("cba", DrainFromTail());
-}
-
 // The list's own lock is all there is here.
 TEST_F(ImageListTest, ThreadsOnOneListLoseNothing) {
     for (ZelImageInternal& image : m_Records) Enqueue(&m_List, &image);
@@ -93,42 +80,12 @@ TEST_F(ImageListTest, NullAndEmptyAnswerNothing) {
     EXPECT_EQ(0, m_List.Count());
 }
 
-TEST_F(ImageListTest, RemoveTakesAnyElement) {
-    for (char name : std::string("abc")) {
-        EnqueueAll("abc");
-        EXPECT_TRUE(Remove(&m_List, Record(name)));
-        EXPECT_FALSE(Remove(&m_List, Record(name)));
-        EXPECT_EQ(2, m_List.Count());
-        std::string rest = "abc";
-        rest.erase(rest.find(name), 1);
-        EXPECT_EQ(rest, Drain());
-    }
-}
-
 // After Remove took the tail, the next element appended stands before the older ones.
 TEST_F(ImageListTest, RemovingTheTailMakesTheNextElementTheFirst) {
     EnqueueAll("abc");
     ASSERT_TRUE(Remove(&m_List, Record('c')));
     EnqueueAll("de");
     EXPECT_EQ("deab", Drain());
-}
-
-TEST_F(ImageListTest, DequeueTailAfterTheTailWasRemovedTakesTheNewestAndKeepsTheRest) {
-    EnqueueAll("abc");
-    ASSERT_TRUE(Remove(&m_List, Record('c')));
-    EXPECT_EQ('b', Name(DequeueTail(&m_List)));
-    EnqueueAll("d");
-    EXPECT_EQ("ad", Drain());
-}
-
-TEST_F(ImageListTest, DequeueTailKeepsElementsBehindTheTail) {
-    EnqueueAll("abc");
-    ASSERT_TRUE(Remove(&m_List, Record('c')));
-    EnqueueAll("de");
-    EXPECT_EQ('e', Name(DequeueTail(&m_List)));
-    EXPECT_EQ('d', Name(DequeueTail(&m_List)));
-    EXPECT_EQ(2, m_List.Count());
-    EXPECT_EQ("ba", DrainFromTail());
 }
 
 // An element that is in the list already is appended all the same and counted twice.

@@ -24,6 +24,14 @@ class ImageManagerTest : public testing::Test {
         for (int i = 0; i < count; ++i) images.push_back(m_Pool.GetFreeImage());
         return images;
     }
+    static void ExpectFullFrame(const ZelImageInternal& image) {
+        EXPECT_EQ(8u, image.w);
+        EXPECT_EQ(4u, image.h);
+        EXPECT_EQ(12u, image.bit_depth);
+        EXPECT_EQ(2u, image.bytes_per_pixel);
+        EXPECT_EQ(32u, image.num_pixels);
+        EXPECT_EQ(64u, image.size_in_bytes);
+    }
     // A pool whose records all wait, in the order of the result.
     std::vector<ZelImageInternal*> MakePending(int count) {
         EXPECT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(count));
@@ -41,12 +49,7 @@ TEST_F(ImageManagerTest, RecordsAreBornZeroedWithTheirGeometryAndBuffer) {
     EXPECT_EQ(300, Counts());
     EXPECT_EQ(3, m_Pool.RegisteredCount());
     for (ZelImageInternal* image : TakeFree(3)) {
-        EXPECT_EQ(8u, image->w);
-        EXPECT_EQ(4u, image->h);
-        EXPECT_EQ(12u, image->bit_depth);
-        EXPECT_EQ(2u, image->bytes_per_pixel);
-        EXPECT_EQ(32u, image->num_pixels);
-        EXPECT_EQ(64u, image->size_in_bytes);
+        ExpectFullFrame(*image);
         EXPECT_EQ(64u, image->buffer_size);
         EXPECT_EQ(0u, image->image_number);
         EXPECT_EQ(nullptr, image->color_pixels);
@@ -64,12 +67,7 @@ TEST_F(ImageManagerTest, RestoreGeometryGivesARecordItsFullFrameBack) {
     image->bit_depth = image->bytes_per_pixel = image->num_pixels = image->size_in_bytes = 1;
     image->image_number = 77;
     m_Pool.RestoreGeometry(image);
-    EXPECT_EQ(8u, image->w);
-    EXPECT_EQ(4u, image->h);
-    EXPECT_EQ(12u, image->bit_depth);
-    EXPECT_EQ(2u, image->bytes_per_pixel);
-    EXPECT_EQ(32u, image->num_pixels);
-    EXPECT_EQ(64u, image->size_in_bytes);
+    ExpectFullFrame(*image);
     EXPECT_EQ(77u, image->image_number);
 }
 
@@ -171,27 +169,6 @@ TEST_F(ImageManagerTest, FreeImagesDestroysRecordsInEveryStateWithAllTheyOwn) {
     EXPECT_TRUE(m_Pool.FreeImages());
 }
 
-TEST_F(ImageManagerTest, ARecordGoesRoundInOrder) {
-    const std::vector<ZelImageInternal*> images = MakePending(3);
-    EXPECT_EQ(30, Counts());
-    EXPECT_EQ(nullptr, m_Pool.GetFreeImage());
-    for (ZelImageInternal* image : images) EXPECT_EQ(image, m_Pool.GetPendingImage());
-    EXPECT_EQ(nullptr, m_Pool.GetPendingImage());
-    EXPECT_EQ(3, Counts());
-    for (ZelImageInternal* image : images) EXPECT_TRUE(m_Pool.ReleaseImage(image));
-    EXPECT_EQ(300, Counts());
-    EXPECT_EQ(images, TakeFree(3));
-}
-
-TEST_F(ImageManagerTest, TheNewestPendingRecordDiscardsTheOlderOnes) {
-    const std::vector<ZelImageInternal*> images = MakePending(3);
-    EXPECT_EQ(images[2], m_Pool.GetLastPendingImage());
-    EXPECT_EQ(201, Counts());
-    EXPECT_EQ(nullptr, m_Pool.GetLastPendingImage());
-    EXPECT_EQ(201, Counts());
-    EXPECT_EQ((std::vector{images[0], images[1]}), TakeFree(2));
-}
-
 TEST_F(ImageManagerTest, RecordsInAnotherStateAreRefusedAndStayWhereTheyAre) {
     ASSERT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(3));
     ZelImageInternal* const pending = m_Pool.GetFreeImage();
@@ -204,19 +181,6 @@ TEST_F(ImageManagerTest, RecordsInAnotherStateAreRefusedAndStayWhereTheyAre) {
         EXPECT_FALSE(m_Pool.SetPendingImage(image));
         EXPECT_EQ(210, Counts());
     }
-}
-
-TEST_F(ImageManagerTest, FreeingAllOfAStateMovesItToTheFreeList) {
-    MakePending(4);
-    m_Pool.GetPendingImage();
-    m_Pool.FreeAllPendingImages();
-    EXPECT_EQ(301, Counts());
-    m_Pool.SetPendingImage(m_Pool.GetFreeImage());
-    EXPECT_EQ(211, Counts());
-    m_Pool.FreeAllInUseImages();
-    EXPECT_EQ(400, Counts());
-    const std::vector<ZelImageInternal*> images = TakeFree(4);
-    EXPECT_EQ(4u, std::set(images.begin(), images.end()).size());
 }
 
 // Completing the record that was taken last makes the next one taken stand first in the in-use list.

@@ -3,7 +3,6 @@
 #define TESTS_IMAGE_MODELLIST_H
 
 #include <algorithm>
-#include <cstddef>
 #include <vector>
 
 #include "image/ZelImageInternal.h"
@@ -14,7 +13,6 @@ class ModelList {
   public:
     int Count() const { return static_cast<int>(m_Items.size()); }
     bool Holds(const ZelImageInternal* image) const { return Find(image) != m_Items.end(); }
-    ZelImageInternal* At(std::size_t index) const { return m_Items[index]; }
 
     // Behind the tail; at the front when there is none.
     void Enqueue(ZelImageInternal* image) {

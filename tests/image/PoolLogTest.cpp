@@ -91,6 +91,8 @@ TEST_F(PoolLogTest, Failures) {
     EXPECT_EQ(2, m_Log.Count(NotRemoved(&stranger, "m_ImageListInUse"), 0));
     EXPECT_EQ(1, m_Log.Count("***ERROR***:ImageManager::SetPendingImage() - Remove() failed\n", 0));
     EXPECT_EQ(1, m_Log.Count("ImageManager::ReleaseImage() - Remove() failed\n", 0));
+    EXPECT_EQ(nullptr, Dequeue(nullptr));
+    EXPECT_EQ(1, m_Log.Count("list == 0, returning 0", 2));
 }
 
 TEST_F(PoolLogTest, NewestPendingAndFreeingAll) {
@@ -136,12 +138,6 @@ TEST_F(PoolLogTest, DuplicatesAreLoggedUnlessTheyAreTheLastElement) {
     Enqueue(&list, &images[0]);
     EXPECT_EQ(1, m_Log.Count(duplicate, 2));
     EXPECT_EQ(1, m_Log.Count(Changed("m_ImageListFree", &images[0], 3), 2));
-}
-
-TEST_F(PoolLogTest, NullLists) {
-    EXPECT_EQ(nullptr, Dequeue(nullptr));
-    EXPECT_EQ(nullptr, DequeueTail(nullptr));
-    EXPECT_EQ(2, m_Log.Count("list == 0, returning 0", 2));
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// A table on a scripted transport. After each test no timer resolution may be left raised and the lock must be free.
+// A table and a lock on a scripted transport. After each test no timer resolution may be left raised and the lock must
+// be free.
 #ifndef TESTS_LINK_SYNCTABLEFIXTURE_H
 #define TESTS_LINK_SYNCTABLEFIXTURE_H
 

@@ -22,12 +22,6 @@ TEST_F(SyncTableGetTest, ValueGoesOverTheWireLittleEndian) {
     EXPECT_EQ(value, CachedValue(EXPOSURE_TIME));
 }
 
-TEST_F(SyncTableGetTest, ValueWithoutABufferIsStillCached) {
-    m_Camera.QueueReply(ValueReply(640));
-    EXPECT_TRUE(m_Table.Get(H_SIZE, nullptr));
-    EXPECT_EQ(640, CachedValue(H_SIZE));
-}
-
 TEST_F(SyncTableGetTest, ExchangeRunsUnderTheLockWithRaisedTimerResolution) {
     bool was_free = true;
     int raised = 0;
@@ -247,11 +241,6 @@ TEST_F(SyncTableGetTest, WithoutATransportExchangesFail) {
     EXPECT_FALSE(table.Set(H_SIZE, 1));
     EXPECT_FALSE(table.Set(CAMERA_NAME, block.data(), 6));
     EXPECT_FALSE(table.GetAttribute(H_SIZE, &record));
-}
-
-TEST_F(SyncTableGetTest, ReservedOperationsAnswerTheirConstants) {
-    EXPECT_TRUE(m_Table.Reserved4(1, 2));
-    EXPECT_EQ(0, m_Table.Reserved7(5));
 }
 
 }  // namespace

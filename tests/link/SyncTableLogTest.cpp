@@ -85,7 +85,7 @@ TEST_F(SyncTableLogTest, FailuresOfARead) {
                             "TIME :SyncTable::Get(index:H_SIZE) CommandSend(SYNC_TABLE_CMD_GET) failed\n"));
 }
 
-TEST_F(SyncTableLogTest, EachTimeOutHasItsWord) {
+TEST_F(SyncTableLogTest, EachTimeOutAndExceptionHasItsWord) {
     const std::string failed = "TIME :SyncTable::Set(index:H_BIN, value:2) CommandRecv() failed\n";
     const Bytes reply = TableReply(78, {1, 2});
     struct Case {
@@ -98,6 +98,8 @@ TEST_F(SyncTableLogTest, EachTimeOutHasItsWord) {
         {Bytes(reply.begin(), reply.end() - 1), {"timeout", failed}},
         {reply, {"timeout in exception", failed}},
         {reply + Bytes{0, 0, 3, 0}, {failed}},
+        {reply + Exception(0x12), {"INCOMPLETE DATA EXCEPTION", failed}},
+        {reply + Exception(0x13), {"WRITE TO CONST EXCEPTION", failed}},
         {reply + Exception(0x77), {"UNKNOWN EXCEPTION 119 (0x77)", failed}},
         {reply + Datagram(0, {1}), {"UNKNOWN EXCEPTION 0 (0x00)", failed}},
     };

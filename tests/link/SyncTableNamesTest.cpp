@@ -4,6 +4,7 @@
 
 #include <set>
 #include <string>
+#include <utility>
 
 #include "link/SyncTableIndex.h"
 
@@ -27,24 +28,6 @@ TEST(SyncTableNamesTest, CfaPhaseAndHwVersionAreValuesAmongBlocks) {
     for (int i = 67; i <= 88; ++i) blocks.insert(i);
     blocks.erase(78);
     for (int i = -1; i <= 90; ++i) EXPECT_EQ(blocks.count(i) == 1, SyncTableIsBlock(i)) << i;
-}
-
-TEST(SyncTableNamesTest, CommandsAndExceptions) {
-    const char* const commands[] = {"SYNC_TABLE_CMD_GET",
-                                    "SYNC_TABLE_CMD_SET",
-                                    "SYNC_TABLE_CMD_UNREAD_COUNT",
-                                    "SYNC_TABLE_CMD_UNREAD_INDICES",
-                                    "SYNC_TABLE_CMD_GET_ATTRIBUTES",
-                                    "SYNC_TABLE_CMD_GET_DATAFLAGS"};
-    for (int i = 0; i < 6; ++i) EXPECT_STREQ(commands[i], SyncTableCommandText(77 + i).text);
-    EXPECT_STREQ("UNKNOWN SYNC TABLE CMD:83", SyncTableCommandText(83).text);
-    EXPECT_STREQ("UNKNOWN SYNC TABLE CMD:-2147483648", SyncTableCommandText(-2147483647 - 1).text);
-
-    const char* const exceptions[] = {"CHANGE EXCEPTION",    "INCOMPLETE DATA EXCEPTION",    "WRITE TO CONST EXCEPTION",
-                                      "BAD INDEX EXCEPTION", "WRITE TO READ ONLY EXCEPTION", "REQUIRES CALC EXCEPTION"};
-    for (int i = 0; i < 6; ++i) EXPECT_STREQ(exceptions[i], SyncTableExceptionText(0x11 + i).text);
-    EXPECT_STREQ("UNKNOWN EXCEPTION 16 (0x10)", SyncTableExceptionText(0x10).text);
-    EXPECT_STREQ("UNKNOWN EXCEPTION 255 (0xff)", SyncTableExceptionText(255).text);
 }
 
 }  // namespace

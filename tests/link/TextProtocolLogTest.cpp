@@ -22,17 +22,6 @@ class TextProtocolLogTest : public testing::Test {
     std::array<char, TextProtocol::kReplyCapacity> m_Out{"before"};
 };
 
-TEST_F(TextProtocolLogTest, LinesNameSourceInstanceAndFunction) {
-    m_Protocol.Send("info");
-    const std::vector<RecordedLine> lines = m_Log.Lines();
-    ASSERT_EQ(3u, lines.size());
-    EXPECT_EQ("TextProtocol", lines[0].source);
-    EXPECT_EQ("camera 3", lines[0].instance);
-    EXPECT_EQ("TextProtocol.cpp", lines[0].file);
-    EXPECT_EQ("TextProtocol::Send", lines[0].function);
-    EXPECT_GT(lines[1].line, lines[0].line);
-}
-
 TEST_F(TextProtocolLogTest, CommandAndReply) {
     m_Protocol.Send("info");
     m_Camera.Feed(Datagram(5, TextBytes("OK") + Bytes{'\r', '\n', 0}));
@@ -66,17 +55,6 @@ TEST_F(TextProtocolLogTest, TimeOutsOfBothStagesAndBadLength) {
     m_Camera.Feed({9, 0x10, 0});
     m_Protocol.Recv(m_Out.data(), 1);
     EXPECT_THAT(m_Log.Messages("", 0), ElementsAre("***ERROR***: TextProtocol::Recv() - bad length value 4096\n"));
-}
-
-TEST(LoggerLifeTest, OwnersGiveTheirLogsBack) {
-    RecordedLog log;
-    const int before = log.LiveLogs();
-    {
-        platform::RecursiveLock lock;
-        TextProtocol protocol(nullptr, "one", lock);
-        EXPECT_EQ(before + 1, log.LiveLogs());
-    }
-    EXPECT_EQ(before, log.LiveLogs());
 }
 
 }  // namespace

@@ -1,24 +1,17 @@
 #include "link/TextProtocol.h"
 
-#include <gmock/gmock.h>
-
 #include <array>
-#include <atomic>
 #include <string>
-#include <thread>
 
-#include "tests/support/ScriptedTransport.h"
+#include "tests/link/SyncTableFixture.h"
 
 namespace zel::test {
 namespace {
 
 using testing::ElementsAre;
 
-class TextProtocolTest : public testing::Test {
+class TextProtocolTest : public SyncTableFixture {
   protected:
-    FakeClock m_Clock;
-    ScriptedTransport m_Camera{&m_Clock};
-    platform::RecursiveLock m_Lock;
     TextProtocol m_Protocol{&m_Camera, "test", m_Lock};
     std::array<char, TextProtocol::kReplyCapacity> m_Out = Filled();
 
@@ -35,6 +28,8 @@ TEST_F(TextProtocolTest, SendAddsNothingToTheText) {
     EXPECT_TRUE(m_Protocol.Send(""));
     EXPECT_THAT(m_Camera.Sent(), ElementsAre(Bytes{9, 0, 4, 'i', 'n', 'f', 'o'},
                                              Bytes{9, 0, 13} + TextBytes("trig sw off\r\n"), Bytes{9, 0, 0}));
+    m_Camera.SetShortSend(7);
+    EXPECT_TRUE(m_Protocol.Send("info")) << "whatever the transport answers";
 }
 
 TEST_F(TextProtocolTest, CommandsAreCutAt252Characters) {
@@ -45,11 +40,6 @@ TEST_F(TextProtocolTest, CommandsAreCutAt252Characters) {
         const std::size_t sent = std::min<std::size_t>(length, 252);
         EXPECT_THAT(m_Camera.Sent(), ElementsAre(TextRequest(text.substr(0, sent)))) << length;
     }
-}
-
-TEST_F(TextProtocolTest, SendIgnoresTheTransportsAnswer) {
-    m_Camera.SetShortSend(7);
-    EXPECT_TRUE(m_Protocol.Send("info"));
 }
 
 TEST_F(TextProtocolTest, WithoutATransportEverythingFails) {
@@ -163,23 +153,15 @@ TEST_F(TextProtocolTest, CountsThatATransportInventsKeepTheBuffer) {
 }
 
 TEST_F(TextProtocolTest, ExchangeHoldsTheLockFromCommandToReply) {
-    std::atomic<bool> was_free{true};
+    bool was_free = true;
     m_Camera.SetHandler([&](const Bytes&) {
-        std::thread([&] {
-            was_free = m_Lock.try_lock();
-            if (was_free) m_Lock.unlock();
-        }).join();
+        was_free = LockIsFree();
         return TextReply("MODEL 1");
     });
     EXPECT_TRUE(m_Protocol.Exchange("info", m_Out.data()));
     EXPECT_FALSE(was_free);
     EXPECT_STREQ("MODEL 1", m_Out.data());
     EXPECT_THAT(m_Camera.Sent(), ElementsAre(TextRequest("info")));
-    std::thread([&] {
-        was_free = m_Lock.try_lock();
-        if (was_free) m_Lock.unlock();
-    }).join();
-    EXPECT_TRUE(was_free);
 }
 
 TEST_F(TextProtocolTest, FailedExchangeLeavesAnEmptyText) {

@@ -85,12 +85,14 @@ TEST_F(LoggingLibrary, IsQuietUnlessAsked) {
 }
 
 TEST_F(LoggingLibrary, PrintsTheLevelsAskedForToTheErrorStream) {
-    const char* values[] = {"error", "warning", "trace"};
+    const std::string values[] = {"error", "warning", "trace"};
     for (std::size_t level = 0; level < 3; ++level) {
-        Ask(values[level]);
-        const std::vector<std::string> lines = ErrorLines(LogOneOfEachLevel);
-        ASSERT_EQ(level + 1, lines.size()) << values[level];
-        EXPECT_THAT(lines[level], HasSubstr(std::string("Z ") + values[level] + " Source[instance] Class::"));
+        for (const char* no_file : {"", ":"}) {
+            Ask(values[level] + no_file);
+            const std::vector<std::string> lines = ErrorLines(LogOneOfEachLevel);
+            ASSERT_EQ(level + 1, lines.size()) << values[level] << no_file;
+            EXPECT_THAT(lines[level], HasSubstr("Z " + values[level] + " Source[instance] Class::"));
+        }
     }
 }
 
@@ -153,15 +155,17 @@ TEST_F(LoggingLibrary, KeepsLinesOfSeveralThreadsApart) {
 }
 
 TEST_F(LoggingLibrary, NamesTheKnownValuesOnceWhenAnotherIsSet) {
-    const Logger keep_loaded("Source");
-    Ask("everything");
-    const std::vector<std::string> lines = ErrorLines([] {
-        LogOneOfEachLevel();
-        EXPECT_FALSE(Logger("Source").Enabled()) << "the value counts as not asked for";
-    });
-    ASSERT_EQ(1u, lines.size());
-    for (const char* word : {"ZEL_LOG=everything", "error", "warning", "trace", ":FILE"}) {
-        EXPECT_THAT(lines[0], HasSubstr(word));
+    for (const std::string value : {"everything", "Trace", "trace ", "1", "errors", ":zel.log", "debug:zel.log"}) {
+        Ask(value);
+        const std::vector<std::string> lines = ErrorLines([] {
+            const Logger keep_loaded("Source");
+            LogOneOfEachLevel();
+            EXPECT_FALSE(Logger("Source").Enabled()) << "the value counts as not asked for";
+        });
+        ASSERT_EQ(1u, lines.size()) << value;
+        for (const std::string& word : {"ZEL_LOG=" + value, std::string("error, warning"), std::string(":FILE")}) {
+            EXPECT_THAT(lines[0], HasSubstr(word));
+        }
     }
 }
 

@@ -40,17 +40,6 @@ TEST_F(ProcessLoggers, AreMadeOnFirstUseUnderTheirNames) {
     EXPECT_THAT(sources, ElementsAre("ZEL_SDK/", "ZelCameraManager/", "ZelCameraControl/"));
 }
 
-TEST_F(ProcessLoggers, AreMadeAfreshAfterTheyWereDestroyed) {
-    for (int i = 0; i < 100; ++i) {
-        EXPECT_TRUE(SdkLogger().Get().Log(kLogError, "f", 1, "g", "again"));
-        EXPECT_EQ(1, m_Log.LiveLogs());
-        SdkLogger().Destroy();
-        EXPECT_EQ(0, m_Log.LiveLogs());
-        SdkLogger().Destroy();  // nothing left to destroy
-    }
-    EXPECT_EQ(100, m_Log.Count("again"));
-}
-
 TEST_F(ProcessLoggers, CanBeDestroyedUnderAThreadThatStillHoldsOne) {
     Logger& held = SdkLogger().Get();
     SdkLogger().Destroy();

@@ -19,21 +19,6 @@ class Memory : public testing::Test {
     }
 };
 
-TEST_F(Memory, IsZeroedWritableAndAligned) {
-    for (const std::size_t bytes : {std::size_t{1}, std::size_t{4096}, std::size_t{4097}, std::size_t{9000000}}) {
-        auto* pages = static_cast<unsigned char*>(ReservePages(bytes));
-        ASSERT_NE(nullptr, pages) << bytes;
-        EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(pages) % 4096) << bytes;
-        EXPECT_EQ(bytes, static_cast<std::size_t>(std::count(pages, pages + bytes, 0)));
-        std::memset(pages, 0x5a, bytes);
-        EXPECT_EQ(bytes, static_cast<std::size_t>(std::count(pages, pages + bytes, 0x5a)));
-        EXPECT_EQ(1, LivePageReservations());
-        ReleasePages(pages);
-        EXPECT_EQ(0, LivePageReservations());
-    }
-    ReleasePages(nullptr);
-}
-
 TEST_F(Memory, RefusesWhatTheSystemDoesNotHave) {
     constexpr std::size_t kMost = std::numeric_limits<std::size_t>::max();
     for (const std::size_t bytes : {std::size_t{0}, kMost, kMost - 4096, kMost / 2}) {
@@ -49,20 +34,6 @@ TEST_F(Memory, IsGivenBackWhole) {
         ASSERT_NE(nullptr, pages) << "round " << i;
         ReleasePages(pages);
     }
-}
-
-TEST_F(Memory, FailsOnDemandAfterTheGivenNumberOfReservations) {
-    SetPageReservationLimit(2);
-    std::vector<void*> pages{ReservePages(100), ReservePages(100)};
-    EXPECT_TRUE(pages[0] && pages[1]);
-    EXPECT_EQ(nullptr, ReservePages(100));
-    EXPECT_EQ(2, LivePageReservations());
-    ReleasePages(pages.back());
-    EXPECT_EQ(nullptr, ReservePages(100)) << "a release does not lift the limit";
-    SetPageReservationLimit(-1);
-    pages.back() = ReservePages(100);
-    EXPECT_NE(nullptr, pages.back());
-    for (void* page : pages) ReleasePages(page);
 }
 
 TEST_F(Memory, KnowsHowMuchIsAvailable) {

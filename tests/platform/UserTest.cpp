@@ -11,18 +11,6 @@
 namespace zel::platform {
 namespace {
 
-TEST(Environment, SetsAndRemovesAVariable) {
-    constexpr const char* kName = "ZEL_PLATFORM_TEST";
-    SetEnvironment(kName, "some value");
-    ASSERT_NE(nullptr, std::getenv(kName));
-    EXPECT_STREQ("some value", std::getenv(kName));
-    SetEnvironment(kName, nullptr);
-    EXPECT_EQ(nullptr, std::getenv(kName));
-    SetEnvironment(kName, "again");
-    SetEnvironment(kName, "");
-    EXPECT_EQ(nullptr, std::getenv(kName));
-}
-
 // Points the local data folder of this user at a folder of the test's own where the system lets a program do that.
 class CalibrationFolderTest : public testing::Test {
   protected:

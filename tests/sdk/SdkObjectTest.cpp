@@ -70,28 +70,12 @@ TEST(SdkObject, BuildVersionIsFixed) {
     zel_destroy_sdk(sdk);
 }
 
-TEST(SdkInterface, DefaultAnswers) {
-    ZelSDK base;
-    EXPECT_TRUE(base.Open());
-    EXPECT_TRUE(base.Close());
-    EXPECT_EQ(0, base.GetNumberOfCameras());
-    EXPECT_EQ(nullptr, base.GetCamera(0));
-    EXPECT_EQ(nullptr, base.GetCameraInterfaceTypeStr(0));
-    EXPECT_EQ(nullptr, base.GetCameraAddressStr(0, 0));
-    EXPECT_EQ(nullptr, base.GetCameraName(0));
-    EXPECT_EQ(nullptr, base.GetCameraSerialNumStr(0));
-    EXPECT_EQ(0, base.Reserved1(1, 2));
-    EXPECT_EQ(0, base.Reserved2());
-    EXPECT_EQ(0, base.Reserved3());
-    EXPECT_TRUE(base.Reserved4());
-    EXPECT_TRUE(base.Reserved5(1, 2, 3));
-    ASSERT_NE(nullptr, base.GetUtil());
-
-    // The SDK object leaves the reserved operations and the utility object as they are.
+TEST(SdkObject, UtilityAndReservedOperationsNeedNoOpen) {
     ZelSDK* sdk = zel_create_sdk();
-    EXPECT_EQ(base.GetUtil(), sdk->GetUtil());
-    EXPECT_EQ(0, sdk->Reserved1(1, 2));
-    EXPECT_TRUE(sdk->Reserved5(1, 2, 3));
+    EXPECT_NE(nullptr, sdk->GetUtil());
+    EXPECT_EQ(ZelSDK().GetUtil(), sdk->GetUtil());
+    EXPECT_TRUE(sdk->Reserved1(1, 2) == 0 && sdk->Reserved2() == 0 && sdk->Reserved3() == 0);
+    EXPECT_TRUE(sdk->Reserved4() && sdk->Reserved5(1, 2, 3));
     zel_destroy_sdk(sdk);
 }
 

@@ -30,12 +30,5 @@ TEST_F(VersionText, IsCutAt1023Characters) {
     EXPECT_EQ((m_Own + "\n" + text + "\n" + text).substr(0, 1023), get_version_str());
 }
 
-TEST_F(VersionText, LivesInOneBuffer) {
-    char* const first = get_version_str();
-    first[0] = '?';
-    EXPECT_EQ(first, get_version_str());
-    EXPECT_EQ(m_Own, first);
-}
-
 }  // namespace
 }  // namespace zel::test

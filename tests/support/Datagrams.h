@@ -74,13 +74,12 @@ inline SyncTableAttributes MakeAttributes(int index, std::string_view name, int 
 
 // Requests as the host sends them.
 inline Bytes TextRequest(std::string_view text) { return Datagram(9, TextBytes(text)); }
-inline Bytes TableRequest(int command, int index) {
-    return Bytes{0, 0, 7, static_cast<unsigned char>(command), 0, 4} + LittleEndian(index);
+inline Bytes TableRequest(int command, int index, const Bytes& data = {}) {
+    return Datagram(0, Bytes{static_cast<unsigned char>(command), 0, static_cast<unsigned char>(data.size() + 4)} +
+                           LittleEndian(index) + data);
 }
 inline Bytes GetRequest(int index) { return TableRequest(SYNC_TABLE_CMD_GET, index); }
-inline Bytes SetRequest(int index, int value) {
-    return Bytes{0, 0, 11, SYNC_TABLE_CMD_SET, 0, 8} + LittleEndian(index) + LittleEndian(value);
-}
+inline Bytes SetRequest(int index, int value) { return TableRequest(SYNC_TABLE_CMD_SET, index, LittleEndian(value)); }
 
 }  // namespace zel::test
 

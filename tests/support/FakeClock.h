@@ -1,4 +1,4 @@
-// A clock for tests: time passes only when somebody sleeps, or by a set step with each reading.
+// A clock for tests: time passes only when somebody sleeps or advances it.
 //
 //     FakeClock clock;                       // installed until it goes out of scope
 //     ... five seconds of waiting cost nothing ...
@@ -25,9 +25,7 @@ class FakeClock : public platform::ClockSource {
 
     std::uint32_t Milliseconds() override {
         const std::lock_guard lock(m_Lock);
-        const std::uint32_t now = m_Now;
-        m_Now += m_StepPerReading;
-        return now;
+        return m_Now;
     }
 
     void Sleep(std::uint32_t milliseconds) override {
@@ -40,12 +38,6 @@ class FakeClock : public platform::ClockSource {
     void Advance(std::uint32_t milliseconds) {
         const std::lock_guard lock(m_Lock);
         m_Now += milliseconds;
-    }
-
-    // Each reading costs this much from now on: bounds loops that neither sleep nor receive.
-    void SetStepPerReading(std::uint32_t milliseconds) {
-        const std::lock_guard lock(m_Lock);
-        m_StepPerReading = milliseconds;
     }
 
     std::uint32_t Elapsed() const {
@@ -68,7 +60,6 @@ class FakeClock : public platform::ClockSource {
     mutable std::mutex m_Lock;
     const std::uint32_t m_Start;
     std::uint32_t m_Now;
-    std::uint32_t m_StepPerReading = 0;
     std::vector<std::uint32_t> m_Sleeps;
 };
 

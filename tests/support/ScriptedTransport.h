@@ -32,9 +32,8 @@ namespace zel::test {
 class ScriptedTransport : public ICameraInterface {
   public:
     enum class Delivery {
-        kWhole,    // as many bytes as are asked for
-        kOneByte,  // one byte per receive call
-        kSilent    // nothing, though replies keep piling up
+        kWhole,   // as many bytes as are asked for
+        kOneByte  // one byte per receive call
     };
     // Answers one datagram; an empty result is no answer.
     using Handler = std::function<Bytes(const Bytes& datagram)>;
@@ -179,7 +178,6 @@ class ScriptedTransport : public ICameraInterface {
         if (m_FalseCount) return *m_FalseCount;
         std::size_t count = std::min(static_cast<std::size_t>(std::max(len, 0)), m_Stream.size());
         if (m_Delivery == Delivery::kOneByte) count = std::min<std::size_t>(count, 1);
-        if (m_Delivery == Delivery::kSilent) count = 0;
         if (count == 0 && len > 0) Pass(static_cast<std::uint32_t>(timeout_ms));
         std::copy_n(m_Stream.begin(), count, buffer);
         m_Stream.erase(m_Stream.begin(), m_Stream.begin() + static_cast<std::ptrdiff_t>(count));

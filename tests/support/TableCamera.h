@@ -24,8 +24,7 @@ class TableCamera {
     std::map<int, Bytes> m_Blocks;
     std::map<int, SyncTableAttributes> m_Attributes;
     std::map<int, int> m_Exceptions;
-    std::map<std::string, std::string> m_Texts;  // command without its line end, to its reply
-    std::string m_OtherText = "OK";              // reply to every other command
+    std::map<std::string, std::string> m_Texts;  // command without its line end, to its reply; others answer "OK"
 
     ScriptedTransport::Handler Handler() {
         return [this](const Bytes& datagram) { return Answer(datagram); };
@@ -61,7 +60,7 @@ class TableCamera {
     Bytes AnswerText(std::string command) const {
         while (!command.empty() && (command.back() == '\r' || command.back() == '\n')) command.pop_back();
         const auto found = m_Texts.find(command);
-        return TextReply(found != m_Texts.end() ? found->second : m_OtherText);
+        return TextReply(found != m_Texts.end() ? found->second : "OK");
     }
 
     Bytes AnswerGet(int index) const {

@@ -4,9 +4,7 @@
 #include <libdeflate.h>
 
 #include <algorithm>
-#include <cmath>
 #include <memory>
-#include <numeric>
 #include <random>
 #include <vector>
 
@@ -93,29 +91,6 @@ TEST(LiteralDeflate, WritesNothingBehindABufferThatIsTooSmall) {
                                 [](std::uint8_t byte) { return byte == 0xCD; }));
     }
     EXPECT_EQ(0u, LiteralZlibCompress({}, out));
-}
-
-// Lengths form a complete code and none is too long.
-TEST(HuffmanLengths, AreACompleteCodeOfBoundedLength) {
-    LiteralCounts fibonacci{}, equal{}, two{};
-    std::uint32_t before = 1, count = 1;
-    for (std::size_t i = 0; i < 40; ++i) {
-        fibonacci[i] = count;
-        before = std::exchange(count, count + before);
-    }
-    equal.fill(1000);
-    two[7] = 1000000;
-    fibonacci[kEndMark] = two[kEndMark] = 1;
-    for (const LiteralCounts& counts : {fibonacci, equal, two}) {
-        const LiteralLengths lengths = MakeLiteralLengths(counts);
-        double kraft = 0;
-        for (std::size_t i = 0; i < kLiteralSymbols; ++i) {
-            EXPECT_EQ(counts[i] != 0, lengths[i] != 0) << i;
-            EXPECT_LE(lengths[i], kMaxLiteralLength);
-            if (lengths[i]) kraft += std::ldexp(1.0, -lengths[i]);
-        }
-        EXPECT_EQ(1.0, kraft);
-    }
 }
 
 TEST(HuffmanLengths, AreTheBestThereAre) {

@@ -60,10 +60,5 @@ TEST_P(SaveFailureTest, APngFrameThatNoMemoryHoldsIsRefused) {
 INSTANTIATE_TEST_SUITE_P(Writers, SaveFailureTest, testing::Values(&ZelUtil::SaveTIFF, &ZelUtil::SavePNG),
                          [](const auto& writer) { return writer.index == 0 ? "Tiff" : "Png"; });
 
-TEST(UtilInstance, IsOneForTheProcess) {
-    EXPECT_NE(nullptr, UtilInstance());
-    EXPECT_EQ(UtilInstance(), UtilInstance());
-}
-
 }  // namespace
 }  // namespace zel

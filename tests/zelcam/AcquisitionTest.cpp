@@ -83,6 +83,19 @@ TEST_F(AcquisitionTest, FramesGoBackToThePool) {
     }
 }
 
+TEST_F(AcquisitionTest, FramesOfAnEarlierRunAreNotTaken) {
+    unsigned first = 0;
+    for (int run = 0; run < 2; ++run) {
+        Acquisition acquisition(*m_Camera, FrameMode::kEvery, StartMode::kFree, m_Settings);
+        const unsigned number = acquisition.Next()->image_number;
+        if (run == 0) first = number;
+        EXPECT_EQ(number, first) << "run " << run;
+        // Later ones stay behind.
+        for (int i = 0; i < 3; ++i) acquisition.Next();
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+}
+
 TEST_F(AcquisitionTest, LinkLossIsNamedAndStopReturns) {
     ASSERT_TRUE(SimCommand("fault 0 unplug-frame after=3"));
     {

@@ -75,26 +75,18 @@ TEST_F(CalibrationCameraTest, ADownloadSurvivesABadRowAndAGarbledNumber) {
 }
 
 TEST_F(CalibrationCameraTest, ALinkThatDiesInTheMiddleEndsInOneClearFailure) {
-    {
-        OpenCamera camera(*m_Session, "0");
-        ASSERT_TRUE(SimCommand("fault 0 exception 1 text=tb_r after=60 times=0"));
-        EXPECT_THAT(FailureOf([&] { ReadTables(camera); }), HasSubstr("can't be read: row "));
-        ASSERT_TRUE(SimCommand("fault 0 clear"));
-        const CalibrationTables tables = ReadTables(camera);
-        ASSERT_TRUE(SimCommand("fault 0 exception 1 text=tb_s after=1 times=0"));
-        EXPECT_THAT(FailureOf([&] { WriteTables(camera, tables); }), HasSubstr("may now hold half a table"));
-        ASSERT_TRUE(SimCommand("fault 0 clear"));
-        WriteTables(camera, tables);
-        EXPECT_EQ(ReadTables(camera), tables);
-        ASSERT_TRUE(SimCommand("fault 0 exception 1 text=tb_g"));
-        EXPECT_FALSE(ReadDirectory(camera));
-    }
-    // The camera opens all the same, without correction.
-    ASSERT_TRUE(SimCommand("fault 0 exception 1 text=tb_r after=100 times=0"));
-    WishForCalibration(*m_Session, "0");
     OpenCamera camera(*m_Session, "0");
-    EXPECT_FALSE(Internal(camera.Get()).TapBalanceEnable(true));
-    EXPECT_TRUE(CacheFile(camera.Entry(), 0).empty());
+    ASSERT_TRUE(SimCommand("fault 0 exception 1 text=tb_r after=60 times=0"));
+    EXPECT_THAT(FailureOf([&] { ReadTables(camera); }), HasSubstr("can't be read: row "));
+    ASSERT_TRUE(SimCommand("fault 0 clear"));
+    const CalibrationTables tables = ReadTables(camera);
+    ASSERT_TRUE(SimCommand("fault 0 exception 1 text=tb_s after=1 times=0"));
+    EXPECT_THAT(FailureOf([&] { WriteTables(camera, tables); }), HasSubstr("may now hold half a table"));
+    ASSERT_TRUE(SimCommand("fault 0 clear"));
+    WriteTables(camera, tables);
+    EXPECT_EQ(ReadTables(camera), tables);
+    ASSERT_TRUE(SimCommand("fault 0 exception 1 text=tb_g"));
+    EXPECT_FALSE(ReadDirectory(camera));
 }
 
 }  // namespace zelcam

@@ -53,6 +53,4 @@ TEST(CameraSelector, RefusesASerialNumberThatTwoCamerasHave) {
     EXPECT_THAT(FailureOf(Cameras({"A100", "a100"}), "A100"), HasSubstr("more than one camera"));
 }
 
-TEST(CameraSelector, SaysThatThereIsNoCamera) { EXPECT_THAT(FailureOf({}, "0"), HasSubstr("no camera found")); }
-
 }  // namespace zelcam

@@ -3,57 +3,13 @@
 #include <gtest/gtest.h>
 #include <lodepng.h>
 
-#include <algorithm>
+#include <cstring>
 
 #include "include/ZelImage.h"
 #include "tests/zelcam/ToolProcess.h"
 #include "tools/zelcam/Failure.h"
 
 namespace zelcam {
-
-TEST(ColorTables, BlackLevelIsTakenOffAndNothingGetsNegative) {
-    const auto table = BlackLevelTable(12, 64);
-    ASSERT_EQ(table.size(), 3u * 4096);
-    const std::pair<std::size_t, unsigned> expected[] = {{0, 0}, {63, 0}, {64, 0}, {65, 1}, {4095, 4031}};
-    for (const auto& [value, result] : expected) {
-        for (std::size_t channel = 0; channel < 3; ++channel) EXPECT_EQ(table[3 * value + channel], result) << value;
-    }
-}
-
-struct Curve {
-    ColorFormat format;
-    unsigned bits;
-    unsigned black_level;
-};
-
-class ColorCurve : public testing::TestWithParam<Curve> {};
-
-// Half of the encoded range belongs to 21.4 per cent of the light.
-TEST_P(ColorCurve, RunsFromBlackToWhiteThroughTheKnownMiddle) {
-    const Curve& c = GetParam();
-    const ColorSetting setting{c.format, ColorSpace::kSrgb, c.bits, c.black_level};
-    const auto table = CurveTable(setting);
-    const bool wide = c.format == ColorFormat::k16;
-    const std::size_t values = wide ? std::size_t{1} << c.bits : 256;
-    ASSERT_EQ(table.size(), values * 3);
-    const unsigned white = wide ? 65535 : 255;
-    EXPECT_EQ(table.front(), 0u);
-    EXPECT_EQ(table.back(), white);
-    EXPECT_TRUE(std::is_sorted(table.begin(), table.end()));
-    const double full = static_cast<double>((1u << c.bits) - 1);
-    const double whitest = static_cast<double>(values - 1) * (full - c.black_level) / full;
-    const auto middle = static_cast<std::size_t>(0.21404 * whitest + 0.5);
-    EXPECT_NEAR(table[3 * middle], white / 2.0, wide ? 0.01 * white : 2.0);
-    EXPECT_EQ(
-        table[static_cast<std::size_t>(whitest + 1.0) * 3 < table.size() ? static_cast<std::size_t>(whitest + 1.0) * 3
-                                                                         : table.size() - 1],
-        white);
-}
-
-INSTANTIATE_TEST_SUITE_P(Zelcam, ColorCurve,
-                         testing::Values(Curve{ColorFormat::k16, 14, 64}, Curve{ColorFormat::k16, 12, 0},
-                                         Curve{ColorFormat::k16, 16, 1000}, Curve{ColorFormat::k8, 14, 64},
-                                         Curve{ColorFormat::kRgba8, 12, 64}));
 
 // A frame of 2 x 1 pixels: blue 0x0102, green 0x0304, red 0x0506 in the first, larger values in the second.
 struct SmallFrame {

@@ -34,23 +34,4 @@ TEST(FrameProcessing, RegionMustLieInTheFrameAndLeaveAPixel) {
     }
 }
 
-TEST(FrameProcessing, AFrameOfAnotherSizeIsAFailureOnlyWhenASizeWasAskedFor) {
-    ZelColorImage image{};
-    image.w = 32;
-    image.h = 12;
-    image.x_pixels = 64;
-    image.y_pixels = 48;
-    image.x_bin = 2;
-    image.y_bin = 4;
-    FrameProcessing processing;
-    processing.binning = "2,4";
-    EXPECT_NO_THROW(processing.CheckSize(image));
-    image.h = 48;
-    EXPECT_THROW(processing.CheckSize(image), Failure);
-    processing.binning = "";
-    EXPECT_NO_THROW(processing.CheckSize(image));
-    processing.region = "0,0,64,48";
-    EXPECT_THROW(processing.CheckSize(image), Failure);
-}
-
 }  // namespace zelcam

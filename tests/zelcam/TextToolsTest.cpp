@@ -19,12 +19,6 @@ TEST(TextTools, TablesLineUpAndEndWithoutBlanks) {
               "           y\n");
 }
 
-TEST(TextTools, TrimTakesLineEndsAway) {
-    EXPECT_EQ(Trim(" OK\r\n"), "OK");
-    EXPECT_EQ(Trim("\r\n \t"), "");
-    EXPECT_EQ(Trim("a b"), "a b");
-}
-
 TEST(UtcTime, IsIso8601) {
     using namespace std::chrono;
     EXPECT_EQ(UtcText(sys_days(2024y / February / 29) + 12h + 34min + 56s + 789ms), "2024-02-29T12:34:56.789Z");

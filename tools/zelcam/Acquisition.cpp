@@ -67,6 +67,7 @@ Acquisition::Acquisition(OpenCamera& camera, FrameMode frames, StartMode start, 
       m_Waiter(camera.Get(), frames, settings.color.color),
       m_Processing(settings.processing) {
     m_ExposureUs = ReadNumber(camera.Get(), ZEL_PARAM_EXPOSURE_TIME_US);
+    camera->FreeAllPendingImages();  // those of an earlier run
     camera->ClearLastError();
     m_Running = start == StartMode::kFree ? camera->Start() : camera->StartTriggerAcquisition();
     if (!m_Running) FailToStart();

@@ -35,7 +35,8 @@ struct AcquisitionSettings {
 
 enum class StartMode { kFree, kTriggered };
 
-// An acquisition that runs while this object lives.
+// An acquisition that runs while this object lives. Its frames are its own: those that an earlier run left waiting go
+// back to the pool.
 class Acquisition {
   public:
     // Throws Failure when the camera does not start.

@@ -56,7 +56,6 @@ class SeamsAction : public Command {
   private:
     SeamMeter Measure(const Session& session, OpenCamera& camera, bool corrected) const {
         SeamMeter meter;
-        camera->FreeAllPendingImages();  // those of the run before are of the other kind
         Acquisition acquisition(camera, FrameMode::kEvery, StartMode::kFree, m_Settings);
         Progress progress(corrected ? "with correction" : "without", !m_Json);
         while (meter.Frames() < static_cast<std::uint64_t>(m_Frames)) {

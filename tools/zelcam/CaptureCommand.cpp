@@ -34,9 +34,7 @@ class CaptureCommand : public Command {
 
     void Declare(CLI::App& command) override {
         DeclareCamera(command);
-        command.add_option("-n,--frames", m_Frames, "How many frames")
-            ->check(CLI::Range(1, 1000000))
-            ->capture_default_str();
+        DeclareFrames(command, m_Frames);
         m_Settings.Declare(command);
         m_Pictures.Declare(command);
         DeclareJson(command);

@@ -28,6 +28,11 @@ class Command {
         command.add_option("-c,--camera", m_Camera, "Number or serial number, see 'zelcam list'")
             ->capture_default_str();
     }
+    static void DeclareFrames(CLI::App& command, int& frames) {
+        command.add_option("-n,--frames", frames, "How many frames")
+            ->check(CLI::Range(1, 1000000))
+            ->capture_default_str();
+    }
 
     bool m_Json = false;
     std::string m_Camera = "0";

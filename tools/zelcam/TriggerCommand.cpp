@@ -25,9 +25,7 @@ class TriggerCommand : public Command {
 
     void Declare(CLI::App& command) override {
         DeclareCamera(command);
-        command.add_option("-n,--frames", m_Frames, "How many frames")
-            ->check(CLI::Range(1, 1000000))
-            ->capture_default_str();
+        DeclareFrames(command, m_Frames);
         command.add_option("--interval", m_IntervalMs, "Milliseconds from one trigger to the next")
             ->check(CLI::Range(0, 3600000))
             ->capture_default_str();

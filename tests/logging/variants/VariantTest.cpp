@@ -16,7 +16,6 @@ class VariantLibrary {
     VariantLibrary(const VariantLibrary&) = delete;
     VariantLibrary& operator=(const VariantLibrary&) = delete;
 
-    bool Found() const { return m_Library != nullptr; }
     std::vector<int> Counts() const {
         std::vector<int> counts(3, 0);
         using CountsFunction = void(ZEL_CALL*)(int*);
@@ -32,25 +31,16 @@ class VariantLibrary {
 
 const std::vector<int> kCountsOfOneLife{kVariant.gets, kVariant.lines, kVariant.frees};
 
-int CountEvaluation(int& evaluations) { return ++evaluations; }
-
-TEST(LoggerVariant, FindsTheLibraryOfItsFolder) { EXPECT_EQ(kVariant.library, VariantLibrary().Found()); }
-
 TEST(LoggerVariant, LogsWhatTheLibraryAllows) {
     const VariantLibrary library;
+    int evaluations = 0;
     {
         Logger logger("Source", "instance");
         EXPECT_EQ(kVariant.enabled, logger.Enabled()) << kVariant.name;
-        EXPECT_EQ(kVariant.delivered, logger.Log(kLogError, "File.cpp", 1, "Class::Operation", "%d", 5));
+        ZEL_LOG(logger, kLogTrace, "Class::Operation", "%d", ++evaluations);
     }
+    EXPECT_EQ(kVariant.enabled ? 1 : 0, evaluations) << "arguments are computed for a log that is there only";
     EXPECT_EQ(kCountsOfOneLife, library.Counts()) << kVariant.name;
-}
-
-TEST(LoggerVariant, EvaluatesArgumentsOnlyWhenEnabled) {
-    Logger logger("Source");
-    int evaluations = 0;
-    ZEL_LOG(logger, kLogTrace, "Class::Operation", "%d", CountEvaluation(evaluations));
-    EXPECT_EQ(kVariant.enabled ? 1 : 0, evaluations);
 }
 
 // With nobody else holding the library its counts start anew after every logger.

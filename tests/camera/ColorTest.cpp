@@ -2,6 +2,7 @@
 #include <atomic>
 #include <cstring>
 #include <limits>
+#include <numeric>
 #include <thread>
 
 #include "kernels/Kernels.h"
@@ -76,6 +77,11 @@ class ColorTest : public CameraTest {
         const auto* words = static_cast<const std::uint16_t*>(image->color_pixels);
         return Words(words, words + image->w * image->h * 3);
     }
+    void ExpectMosaicOf(int phase) {
+        const ZelColorImage* image = Picture();
+        ASSERT_NE(image, nullptr);
+        EXPECT_EQ(Content(image), Demosaiced(image, phase)) << image->w << " x " << image->h;
+    }
     Matrix Transform() {
         Matrix matrix{};
         EXPECT_TRUE(m_Camera->GetColorTransform(matrix.data()));
@@ -89,49 +95,42 @@ TEST_F(ColorTest, APictureIsTheDemosaicedFrameUntilATransformIsSet) {
     ASSERT_NE(image, nullptr);
     EXPECT_EQ(image->color_size_in_bytes, kW * kH * 6);
     EXPECT_EQ(Content(image), Demosaiced(image, 1));
-    EXPECT_EQ(image->pixels[7], 170) << "the mosaic stays";
     EXPECT_EQ(m_Camera->GetPendingColorImage(), nullptr);
     EXPECT_EQ(m_Camera->GetLastPendingColorImage(), nullptr);
+    m_Table.m_Values[CFA_PHASE] = 5;
+    Begin();
+    ExpectMosaicOf(0);  // grey without a phase
 }
 
-TEST_F(ColorTest, TheCamerasMatricesAndPhaseAreParameters) {
-    Begin();
-    double matrix[9] = {};
-    EXPECT_TRUE(m_Camera->GetParameter(ZEL_PARAM_COLOR_CAMERA_CORRECTION_MATRIX, sizeof matrix, matrix));
-    EXPECT_THAT(matrix, testing::ElementsAre(2, 0, 0, 0, 1, 0, 0, 0, 1));
-    EXPECT_TRUE(m_Camera->GetParameter(ZEL_PARAM_DEFAULT_WHITE_BALANCE_MATRIX, sizeof matrix, matrix));
-    EXPECT_THAT(matrix, testing::ElementsAre(1, 1, 0, 0, 1, 0, 0, 0, 1));
-    EXPECT_EQ(m_Camera->GetParameterValue(ZEL_PARAM_COLOR_FILTER_PHASE), 1);
-}
-
-// The matrix concatenated last acts first: T x M.
-struct Operation {
-    std::vector<int> operations;
-    bool answer;
-    Matrix transform;
-};
-class OperationTest : public ColorTest, public testing::WithParamInterface<Operation> {};
-
-TEST_P(OperationTest, BuildsATransform) {
-    Begin();
-    bool answer = false;
-    for (const int operation : GetParam().operations) answer = m_Camera->ConcatenateColorTransform(operation, 0);
-    EXPECT_EQ(answer, GetParam().answer);
-    EXPECT_EQ(Transform(), GetParam().transform);
+// The matrix concatenated last acts first: T x M. An operation that does not exist changes nothing.
+TEST_F(ColorTest, OperationsBuildATransform) {
+    const struct {
+        std::vector<int> operations;
+        bool answer;
+        Matrix transform;
+    } rows[] = {{{8, 9}, true, {2, 2, 0, 0, 1, 0, 0, 0, 1}},
+                {{10}, true, {2, 1, 0, 0, 1, 0, 0, 0, 1}},
+                {{8, 0}, true, {1, 0, 0, 0, 1, 0, 0, 0, 1}},
+                {{8, 11}, false, {2, 0, 0, 0, 1, 0, 0, 0, 1}},
+                {{8, -1}, false, {2, 0, 0, 0, 1, 0, 0, 0, 1}}};
+    for (const auto& row : rows) {
+        Begin();
+        m_Camera->ResetColorTransform();
+        bool answer = false;
+        for (const int operation : row.operations) answer = m_Camera->ConcatenateColorTransform(operation, 0);
+        EXPECT_EQ(answer, row.answer) << row.operations.back();
+        EXPECT_EQ(Transform(), row.transform) << row.operations.back();
+    }
     EXPECT_FALSE(m_Camera->GetColorTransform(nullptr));
 }
 
-INSTANTIATE_TEST_SUITE_P(, OperationTest,
-                         testing::Values(Operation{{0}, true, {1, 0, 0, 0, 1, 0, 0, 0, 1}},
-                                         Operation{{8}, true, {2, 0, 0, 0, 1, 0, 0, 0, 1}},
-                                         Operation{{9}, true, {1, 1, 0, 0, 1, 0, 0, 0, 1}},
-                                         Operation{{8, 9}, true, {2, 2, 0, 0, 1, 0, 0, 0, 1}},
-                                         Operation{{10}, true, {2, 1, 0, 0, 1, 0, 0, 0, 1}},
-                                         Operation{{8, 0}, true, {1, 0, 0, 0, 1, 0, 0, 0, 1}},
-                                         Operation{{8, 4}, false, {2, 0, 0, 0, 1, 0, 0, 0, 1}},
-                                         Operation{{8, 7}, false, {2, 0, 0, 0, 1, 0, 0, 0, 1}},
-                                         Operation{{8, 11}, false, {2, 0, 0, 0, 1, 0, 0, 0, 1}},
-                                         Operation{{8, -1}, false, {2, 0, 0, 0, 1, 0, 0, 0, 1}}));
+TEST_F(ColorTest, MatricesThatCannotBeReadAreTheIdentity) {
+    m_Table.m_Exceptions[CCM_2_2] = kExceptionBadIndex;
+    SetMatrix(DWB_1_1, {1, 1, 0, 0, std::numeric_limits<double>::quiet_NaN(), 0, 0, 0, 1});
+    Begin();
+    EXPECT_TRUE(m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_WHITE_BALANCE_AND_CORRECTION, 0));
+    EXPECT_EQ(Transform(), (Matrix{1, 0, 0, 0, 1, 0, 0, 0, 1}));
+}
 
 TEST_F(ColorTest, PicturesInXyzPassThroughTwoConversionsThatAreNotQuiteTheIdentity) {
     m_Table.m_Blocks[CCM_OUTPUT_COLOR_SPACE] = TextBytes("XYZ");
@@ -145,18 +144,6 @@ TEST_F(ColorTest, PicturesInXyzPassThroughTwoConversionsThatAreNotQuiteTheIdenti
     EXPECT_EQ(Transform(), transform);
 }
 
-TEST_F(ColorTest, MatricesThatCannotBeReadAreTheIdentity) {
-    m_Table.m_Exceptions[CCM_2_2] = kExceptionBadIndex;
-    SetMatrix(DWB_1_1, {1, 1, 0, 0, std::numeric_limits<double>::quiet_NaN(), 0, 0, 0, 1});
-    Begin();
-    EXPECT_TRUE(m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_WHITE_BALANCE_AND_CORRECTION, 0));
-    EXPECT_EQ(Transform(), (Matrix{1, 0, 0, 0, 1, 0, 0, 0, 1}));
-    SetMatrix(CCM_1_1, {1e30, 0, 0, 0, 1, 0, 0, 0, 1});
-    m_Camera->ConnectCommon();
-    EXPECT_TRUE(m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_CAMERA_CORRECTION, 0));
-    EXPECT_EQ(Transform()[0], 1.0f);
-}
-
 TEST_F(ColorTest, AMatrixThatLeadsNowhereIsRefused) {
     Begin();
     const Matrix none{std::numeric_limits<float>::infinity(), 0, 0, 0, 1, 0, 0, 0, 1};
@@ -166,14 +153,12 @@ TEST_F(ColorTest, AMatrixThatLeadsNowhereIsRefused) {
     EXPECT_TRUE(m_Camera->ConcatenateColorMatrix(huge.data()));
     EXPECT_FALSE(m_Camera->ConcatenateColorMatrix(huge.data())) << "their product overflows";
     EXPECT_EQ(Transform(), huge);
-    const ZelColorImage* image = Picture();
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(Content(image)[2], 16383) << "clamped";
 }
 
 TEST_F(ColorTest, OutputFormatsAndDepths) {
     Begin();
     ASSERT_TRUE(m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_16_BIT, 12));
+    EXPECT_TRUE(m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_16_BIT, 15)) << "logged; the depth stays";
     const ZelColorImage* image = Picture(300);
     ASSERT_NE(image, nullptr);
     Words expected = Demosaiced(image, 1);
@@ -194,27 +179,17 @@ TEST_F(ColorTest, OutputFormatsAndDepths) {
             }
         }
     }
-    EXPECT_TRUE(m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_16_BIT, 12));
-    EXPECT_TRUE(m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_16_BIT, 15)) << "logged; the depth stays";
-    image = Picture(300);
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(Content(image), expected);
 }
 
 TEST_F(ColorTest, ARegionBeginsAtItsOwnPlaceInTheMosaic) {
-    for (const int type : {CAMERA_TYPE_USB, CAMERA_TYPE_PLEORA_EBUS}) {
+    m_Table.m_Values[H_ROI_PIXELS] = 4;
+    m_Table.m_Values[V_ROI_PIXELS] = 2;
+    for (const auto& [type, x, y, phase] : {std::array{5, 1, 0, 3}, {4, 0, 1, 4}, {5, 0, 1, 4}, {4, 1, 1, 2}}) {
         m_Transport.m_Answers.interface_type = type;
-        for (const auto& [x, y, phase] : {std::array{1, 0, 3}, {0, 1, 4}, {1, 1, 2}, {2, 2, 1}}) {
-            m_Table.m_Values[H_ROI_ORIGIN] = x;
-            m_Table.m_Values[V_ROI_ORIGIN] = y;
-            m_Table.m_Values[H_ROI_PIXELS] = 4;
-            m_Table.m_Values[V_ROI_PIXELS] = 2;
-            Begin();
-            const ZelColorImage* image = Picture();
-            ASSERT_NE(image, nullptr);
-            ASSERT_EQ(image->w, 4u);
-            EXPECT_EQ(Content(image), Demosaiced(image, phase)) << x << ", " << y;
-        }
+        m_Table.m_Values[H_ROI_ORIGIN] = x;
+        m_Table.m_Values[V_ROI_ORIGIN] = y;
+        Begin();
+        ExpectMosaicOf(phase);
     }
 }
 
@@ -224,23 +199,19 @@ TEST_F(ColorTest, OnlyBothBinningFactorsTogetherSwitchColorOff) {
         m_Table.m_Values[H_BIN] = bx;
         m_Table.m_Values[V_BIN] = by;
         Begin();
-        m_Camera->ClearLastError();
         const ZelColorImage* image = Picture();
         ASSERT_NE(image, nullptr);
         EXPECT_EQ(image->w, kW) << "color frames are not binned";
         EXPECT_EQ(Content(image) == Demosaiced(image, 1), color);
-        EXPECT_EQ(m_Camera->GetLastError(), color ? 0 : ZEL_ERROR_INVALID_BINNING_SELECTION);
     }
 }
 
 TEST_F(ColorTest, TablesBeforeAndAfterTheTransform) {
     Begin();
-    // Channel k: value v becomes 2 v + k, and at the end 1000 - v. The last entry goes on beyond the table's end.
-    Words input, output;
-    for (std::uint16_t v = 0; v < 250; ++v) {
-        for (std::uint16_t k = 0; k < 3; ++k) input.push_back(static_cast<std::uint16_t>(2 * v + k));
-    }
-    for (std::uint16_t v = 0; v < 1000; ++v) output.insert(output.end(), 3, static_cast<std::uint16_t>(1000 - v));
+    // Sample v of channel k becomes 3 v + k, and at the end 1000 - v. The last entry goes on beyond the table's end.
+    Words input(750), output(3000);
+    std::iota(input.begin(), input.end(), std::uint16_t{0});
+    for (unsigned i = 0; i < 3000; ++i) output[i] = static_cast<std::uint16_t>(1000 - i / 3);
     EXPECT_TRUE(m_Camera->SetInputLinearizationTable(input.data(), 250, 3));
     EXPECT_TRUE(m_Camera->SetOutputNonLinearizationTable(output.data(), 1000, 3));
     const ZelColorImage* image = Picture();
@@ -250,51 +221,24 @@ TEST_F(ColorTest, TablesBeforeAndAfterTheTransform) {
         expected[i] = output[3 * input[3 * std::min<std::size_t>(expected[i], 249) + i % 3]];
     }
     EXPECT_EQ(Content(image), expected);
-    // A table that has not three channels is not applied; none is passed through.
+    // Tables that have not three channels are not applied.
     EXPECT_TRUE(m_Camera->SetInputLinearizationTable(input.data(), 100, 4));
-    EXPECT_TRUE(m_Camera->SetOutputNonLinearizationTable(nullptr, 0, 3));
-    image = Picture();
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(Content(image), Demosaiced(image, 1));
-}
-
-TEST_F(ColorTest, WithoutAPhaseThePictureIsGrey) {
-    m_Table.m_Values[CFA_PHASE] = 5;
-    Begin();
-    EXPECT_EQ(m_Camera->GetParameterValue(ZEL_PARAM_COLOR_FILTER_PHASE), 0);
-    const ZelColorImage* image = Picture();
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(Content(image), Demosaiced(image, 0));
+    EXPECT_TRUE(m_Camera->SetOutputNonLinearizationTable(output.data(), 100, 1));
+    ExpectMosaicOf(1);
 }
 
 TEST_F(ColorTest, TheSmallestMosaics) {
     for (const auto& [w, h] : {std::pair(1, 1), {1, 5}, {5, 1}, {2, 2}}) {
         SetSize(w, h);
         Begin();
-        const ZelColorImage* image = Picture();
-        ASSERT_NE(image, nullptr);
-        EXPECT_EQ(Content(image), Demosaiced(image, 1)) << w << " x " << h;
+        ExpectMosaicOf(1);
     }
-}
-
-TEST_F(ColorTest, FramesTakeTheColorPathWhenTheyArrive) {
-    static int seen;
-    seen = 0;
-    Begin();
-    m_Camera->SetImageCallback(
-        [](ZelImage* image, void*) { seen = static_cast<ZelColorImage*>(image)->color_pixels ? 2 : 1; }, nullptr);
-    m_Transport.EmitImage(Deliver());
-    EXPECT_EQ(seen, 2);
-    ZelImage* image = static_cast<ZelCamera&>(*m_Camera).GetPendingImage();
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(Content(static_cast<ZelColorImage*>(image)), Demosaiced(image, 1)) << "processed once";
 }
 
 // What the callback is handed, and what it may do meanwhile.
 struct Scratchpad {
     ZelCameraControl* camera;
     int calls = 0;
-    int again = 0;
     std::uint16_t first = 0;
     bool taken_inside = false;
 
@@ -308,34 +252,28 @@ struct Scratchpad {
         static_cast<ZelImageInternal*>(image)->color_planes.planes[2][0] = 0;
         // The frame itself can be taken from inside.
         self->taken_inside = static_cast<ZelCamera*>(self->camera)->GetPendingImage() == image;
-        return self->again;
+        return 0;
     }
 };
 
 TEST_F(ColorTest, TheScratchpadSeesEachFrameInItsOwnColors) {
-    for (const int again : {0, 1}) {
-        Scratchpad scratchpad{m_Camera.get(), 0, again};
-        Begin();
-        const Matrix half{0.5f, 0, 0, 0, 0.5f, 0, 0, 0, 0.5f};
-        m_Camera->ResetScratchpadTransform();
-        EXPECT_TRUE(m_Camera->ConcatenateScratchpadMatrix(half.data()));
-        EXPECT_TRUE(m_Camera->SetScratchpadCallback(Scratchpad::Call, &scratchpad));
-        m_Camera->SetImageCallback([](ZelImage*, void*) {}, nullptr);
-        const ZelImage* image = Deliver();
-        m_Transport.EmitImage(const_cast<ZelImage*>(image));
-        EXPECT_EQ(scratchpad.calls, 1);
-        EXPECT_EQ(scratchpad.first, 50) << "100 through the scratchpad's transform";
-        EXPECT_TRUE(scratchpad.taken_inside);
-        Words expected = Demosaiced(image, 1);
-        if (!again) expected[2] = 0;  // what the callback did to the planes
-        for (auto& word : expected) word = static_cast<std::uint16_t>(word >> 2);
-        EXPECT_EQ(Content(static_cast<const ZelColorImage*>(image)), expected)
-            << "what the callback staged is in force for the same frame";
-        Matrix matrix{};
-        EXPECT_TRUE(m_Camera->GetScratchpadTransform(matrix.data()));
-        EXPECT_EQ(matrix, half);
-        m_Camera->SetScratchpadCallback(nullptr, nullptr);
-    }
+    Scratchpad scratchpad{m_Camera.get()};
+    Begin();
+    const Matrix half{0.5f, 0, 0, 0, 0.5f, 0, 0, 0, 0.5f};
+    m_Camera->ResetScratchpadTransform();
+    EXPECT_TRUE(m_Camera->ConcatenateScratchpadMatrix(half.data()));
+    EXPECT_TRUE(m_Camera->SetScratchpadCallback(Scratchpad::Call, &scratchpad));
+    m_Camera->SetImageCallback([](ZelImage*, void*) {}, nullptr);
+    ZelImage* image = Deliver();
+    m_Transport.EmitImage(image);
+    EXPECT_EQ(scratchpad.calls, 1);
+    EXPECT_EQ(scratchpad.first, 50) << "100 through the scratchpad's transform";
+    EXPECT_TRUE(scratchpad.taken_inside);
+    Words expected = Demosaiced(image, 1);
+    expected[2] = 0;  // what the callback did to the planes
+    for (auto& word : expected) word = static_cast<std::uint16_t>(word >> 2);
+    EXPECT_EQ(Content(static_cast<const ZelColorImage*>(image)), expected)
+        << "what the callback staged is in force for the same frame";
 }
 
 // A thread that wants the frame gets it when the callback is through with it.
@@ -374,10 +312,13 @@ struct Inside {
     bool called_back, delivered;
     ZelCameraControl* camera = nullptr;
 };
-class InsideTest : public ColorTest, public testing::WithParamInterface<Inside> {
-  protected:
-    void BeginWith(Inside& inside) {
+class InsideTest : public ColorTest, public testing::WithParamInterface<Inside> {};
+
+TEST_P(InsideTest, OnTheTransportsAndOnTheApplicationsThread) {
+    for (const bool arrives : {true, false}) {
+        Inside inside = GetParam();
         inside.camera = m_Camera.get();
+        m_Camera->SetParameterValue(ZEL_PARAM_NUM_IMAGE_BUFFERS, 8);
         Begin();
         m_Camera->SetScratchpadCallback(
             [](ZelColorImage* image, void* context) {
@@ -386,30 +327,14 @@ class InsideTest : public ColorTest, public testing::WithParamInterface<Inside> 
                 return 1;
             },
             &inside);
-    }
-};
-
-TEST_P(InsideTest, OnTheTransportsThread) {
-    Inside inside = GetParam();
-    BeginWith(inside);
-    bool called_back = false;
-    m_Camera->SetImageCallback([](ZelImage*, void* context) { *static_cast<bool*>(context) = true; }, &called_back);
-    m_Transport.EmitImage(Deliver());
-    EXPECT_EQ(called_back, inside.called_back);
-    const ZelColorImage* image = m_Camera->GetPendingColorImage();
-    ASSERT_EQ(image != nullptr, inside.delivered);
-    if (image) {
-        EXPECT_EQ(Content(image), Demosaiced(image, 1));
-    }
-}
-
-TEST_P(InsideTest, OnTheApplicationsThread) {
-    Inside inside = GetParam();
-    BeginWith(inside);
-    const ZelColorImage* image = Picture();
-    ASSERT_EQ(image != nullptr, inside.delivered);
-    if (image) {
-        EXPECT_EQ(Content(image), Demosaiced(image, 1));
+        bool called_back = false;
+        m_Camera->SetImageCallback([](ZelImage*, void* context) { *static_cast<bool*>(context) = true; }, &called_back);
+        ZelImage* delivered = Deliver();
+        if (arrives) m_Transport.EmitImage(delivered);
+        EXPECT_EQ(called_back, arrives && inside.called_back);
+        const ZelColorImage* image = m_Camera->GetPendingColorImage();
+        ASSERT_EQ(image != nullptr, inside.delivered);
+        EXPECT_TRUE(!image || Content(image) == Demosaiced(image, 1));
     }
 }
 
@@ -523,20 +448,16 @@ TEST_F(ColorTest, AFrameNeverMixesTwoSettings) {
             m_Camera->SetOutputNonLinearizationTable(i % 2 ? table.data() : nullptr, 16384, 3);
         }
     });
-    std::array<int, 3> seen{};
     for (int frame = 0; frame < 400; ++frame) {
         ZelColorImage* image = Picture(0);
         ASSERT_NE(image, nullptr);
         const Words content = Content(image);
         EXPECT_THAT(content[0], testing::AnyOf(100, 300, 7));
-        ++seen[content[0] == 100 ? 0 : content[0] == 300 ? 1 : 2];
         EXPECT_EQ(std::count(content.begin(), content.end(), content[0]), static_cast<std::ptrdiff_t>(content.size()));
         m_Camera->FreeColorImage(image);
     }
     stop = true;
     settings.join();
-    RecordProperty("identity", seen[0]);
-    RecordProperty("three", seen[1]);
 }
 
 }  // namespace

@@ -25,7 +25,11 @@ TEST_F(ConnectionTest, OpensOnceAndClosesAgain) {
     EXPECT_THAT(m_Transport.Calls(), testing::ElementsAre("Connect", "Stop"));
     EXPECT_TRUE(m_Camera->IsOpen(&open));
     EXPECT_EQ(open, 1);
-    EXPECT_TRUE(SentTexts().empty()) << "a plain connection needs no text command";
+    m_Transport.m_Answers.disconnect = ZEL_ERROR_UNKNOWN;
+    EXPECT_FALSE(m_Camera->Close());
+    m_Camera->IsOpen(&open);
+    EXPECT_EQ(open, 1) << "a failed close leaves the camera open";
+    m_Transport.m_Answers.disconnect = 0;
     EXPECT_TRUE(m_Camera->Close());
     m_Camera->IsOpen(&open);
     EXPECT_EQ(open, 0);
@@ -35,55 +39,31 @@ TEST_F(ConnectionTest, TransportFailuresAreKeptAsLastError) {
     m_Transport.m_Answers.connect = ZEL_ERROR_CAMERA_COMM_FAILURE;
     EXPECT_FALSE(m_Camera->Open());
     EXPECT_EQ(m_Camera->GetLastError(), ZEL_ERROR_CAMERA_COMM_FAILURE);
-    EXPECT_STREQ(m_Camera->GetLastErrorStr(), "ZEL_ERROR_CAMERA_COMM_FAILURE");
     m_Transport.m_Answers.connect = 0;
     m_Transport.m_Answers.stop = ZEL_ERROR_UNSUPPORTED;
     EXPECT_FALSE(m_Camera->Open());
     EXPECT_EQ(m_Camera->GetLastError(), ZEL_ERROR_UNSUPPORTED);
-    m_Transport.m_Answers.stop = 0;
-    EXPECT_TRUE(m_Camera->Open());
-    m_Transport.m_Answers.disconnect = ZEL_ERROR_UNKNOWN;
-    EXPECT_FALSE(m_Camera->Close());
-    int open = 0;
-    m_Camera->IsOpen(&open);
-    EXPECT_EQ(open, 1) << "a failed close leaves the camera open";
-    EXPECT_EQ(m_Camera->GetLastErrorStr(), nullptr) << "the last code has no name";
-    EXPECT_TRUE(m_Camera->ClearLastError());
-    EXPECT_EQ(m_Camera->GetLastError(), 0);
 }
 
 TEST_F(ConnectionTest, ErrorNames) {
-    const std::pair<int, const char*> names[] = {{0, "ZEL_NO_ERROR"},
-                                                 {15, "ZEL_ERROR_TOO_MANY_IMAGE_BUFFERS"},
-                                                 {16, "ZEL_ERROR_INVALID_BINNING_SELECTIONZEL_ERROR_UNKNOWN"}};
-    for (const auto& [code, name] : names) {
-        *m_Camera->GetLastErrorPtr() = code;
-        EXPECT_STREQ(m_Camera->GetLastErrorStr(), name);
-    }
-    for (const int code : {17, 18, -1, 1000}) {
+    *m_Camera->GetLastErrorPtr() = 16;
+    EXPECT_STREQ(m_Camera->GetLastErrorStr(), "ZEL_ERROR_INVALID_BINNING_SELECTIONZEL_ERROR_UNKNOWN");
+    for (const int code : {17, -1, 1000}) {
         *m_Camera->GetLastErrorPtr() = code;
         EXPECT_EQ(m_Camera->GetLastErrorStr(), nullptr);
     }
 }
 
 TEST_F(ConnectionTest, TheFirstModelCodeOfTheTableWins) {
-    const std::pair<const char*, std::uint64_t> models[] = {
-        {"ZEL D800 A30", 35000000}, {"B150-C", 34700000}, {"xC400", 34300000}, {"D800", 37000000}};
-    for (const auto& [text, value] : models) {
+    m_Transport.m_Answers.interface_type = CAMERA_TYPE_PLEORA_EBUS;
+    EXPECT_EQ(m_Camera->ConnectCommon(), 0);
+    EXPECT_EQ(FirstModelValue(), kNoModelValue) << "one kind of link alone looks the model up";
+    m_Transport.m_Answers.interface_type = CAMERA_TYPE_USB;
+    // An unknown model leaves the values as they were.
+    for (const auto& [text, value] : {std::pair("ZEL D800 A30", 35000000u), {"D800", 37000000u}, {"a30", 37000000u}}) {
         m_Table.m_Blocks[HW_MODEL] = TextBytes(text);
         EXPECT_EQ(m_Camera->ConnectCommon(), 0);
         EXPECT_EQ(FirstModelValue(), value) << text;
-    }
-    m_Table.m_Blocks[HW_MODEL] = TextBytes("a30");
-    EXPECT_EQ(m_Camera->ConnectCommon(), 0);
-    EXPECT_EQ(FirstModelValue(), 37000000u) << "an unknown model leaves the values as they were";
-}
-
-TEST_F(ConnectionTest, OnlyOneKindOfLinkLooksTheModelUp) {
-    for (const int type : {CAMERA_TYPE_EDT_CAMERA_LINK, CAMERA_TYPE_PLEORA_EBUS, 0}) {
-        m_Transport.m_Answers.interface_type = type;
-        EXPECT_EQ(m_Camera->ConnectCommon(), 0);
-        EXPECT_EQ(FirstModelValue(), kNoModelValue) << type;
     }
 }
 

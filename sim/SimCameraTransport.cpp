@@ -101,14 +101,22 @@ int SimCameraTransport::Launch(bool triggered) {
 }
 
 // Asks the frame thread to end and waits for it, except on the frame thread itself.
+// The wish to stop and the wait belong together under one lock: between them a launch on another thread would take the
+// wish back, and the wait would have no end. The frame thread itself only wishes.
 void SimCameraTransport::JoinFrames() {
-    {
-        const std::lock_guard lock(m_Camera.Lock());
-        m_StopRequested = true;
+    const auto request = [this] {
+        {
+            const std::lock_guard lock(m_Camera.Lock());
+            m_StopRequested = true;
+        }
+        m_Camera.Changed().notify_all();
+    };
+    if (OnFrameThread()) {
+        request();
+        return;
     }
-    m_Camera.Changed().notify_all();
-    if (OnFrameThread()) return;
     const std::lock_guard lock(m_ThreadLock);
+    request();
     if (m_Frames.joinable()) m_Frames.join();
 }
 

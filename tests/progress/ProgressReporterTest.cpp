@@ -50,11 +50,5 @@ TEST_F(ProgressReporterTest, MayRemoveItselfAndIsNotCalledAfterwards) {
     EXPECT_THAT(m_Reports, ElementsAre("first||-1"));
 }
 
-TEST_F(ProgressReporterTest, ADisplayThatShowedNothingHasNoEnd) {
-    ASSERT_TRUE(StartProgress(&m_Control));
-    EndProgress(&m_Control);
-    EXPECT_THAT(m_Reports, ElementsAre());
-}
-
 }  // namespace
 }  // namespace zel

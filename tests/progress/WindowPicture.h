@@ -5,9 +5,7 @@
 #include <windows.h>
 
 #include <cstdint>
-#include <fstream>
 #include <functional>
-#include <string>
 #include <vector>
 
 namespace zel::test {
@@ -16,7 +14,6 @@ struct Picture {
     int width = 0, height = 0;
     std::vector<std::uint32_t> pixels;  // 0x00RRGGBB, top row first
 
-    std::uint32_t At(int x, int y) const { return pixels[static_cast<std::size_t>(y) * width + x]; }
     bool operator==(const Picture&) const = default;
 
     // A picture of this size that `draw` has drawn into.
@@ -51,18 +48,6 @@ struct Picture {
             BitBlt(memory, 0, 0, client.right, height, screen, corner.x, corner.y, SRCCOPY);
             ReleaseDC(nullptr, screen);
         });
-    }
-
-    void WriteBmp(const std::string& file_name) const {
-        const BITMAPINFO info = Description(width, height);
-        BITMAPFILEHEADER head{};
-        head.bfType = 0x4D42;
-        head.bfOffBits = sizeof(head) + sizeof(info.bmiHeader);
-        head.bfSize = head.bfOffBits + static_cast<DWORD>(pixels.size() * 4);
-        std::ofstream file(file_name, std::ios::binary);
-        file.write(reinterpret_cast<const char*>(&head), sizeof(head));
-        file.write(reinterpret_cast<const char*>(&info.bmiHeader), sizeof(info.bmiHeader));
-        file.write(reinterpret_cast<const char*>(pixels.data()), static_cast<std::streamsize>(pixels.size() * 4));
     }
 
   private:

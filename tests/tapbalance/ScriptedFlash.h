@@ -69,6 +69,14 @@ class ScriptedFlash {
     using Fault = std::function<std::optional<std::string>(const std::string& command)>;
     Fault m_Fault;
     std::vector<std::string> m_Commands;
+    // Answers commands that begin with `start`, `times` times.
+    void Fail(const std::string& start, const std::string& reply, int times = 1 << 30) {
+        m_Fault = [=](const std::string& command) mutable -> std::optional<std::string> {
+            if (!command.starts_with(start) || times == 0) return std::nullopt;
+            --times;
+            return reply;
+        };
+    }
 
     void Put(std::size_t position, const Bytes& bytes) {
         std::copy(bytes.begin(), bytes.end(), m_Content.begin() + static_cast<std::ptrdiff_t>(position));

@@ -1,38 +1,17 @@
-// Datagrams as the host sends them, and the firmware's answers taken apart.
-#ifndef TESTS_SIM_DATAGRAM_H
-#define TESTS_SIM_DATAGRAM_H
+// A host without a link: asks the firmware, and takes its answers apart.
+#ifndef TESTS_SIM_FIRMWAREHOST_H
+#define TESTS_SIM_FIRMWAREHOST_H
 
-#include <bit>
-#include <cstdint>
 #include <string>
-#include <vector>
 
 #include "sim/Firmware.h"
+#include "tests/support/Datagrams.h"
 
 namespace zel::sim {
 
-using Bytes = std::vector<std::uint8_t>;
+using zel::test::Bytes;
+using zel::test::TableRequest;
 
-inline Bytes TableRequest(int command, int index, const Bytes& data = {}) {
-    const std::size_t length = data.size() + 7;
-    Bytes datagram = {0,
-                      static_cast<std::uint8_t>(length >> 8),
-                      static_cast<std::uint8_t>(length),
-                      static_cast<std::uint8_t>(command),
-                      0,
-                      static_cast<std::uint8_t>(data.size() + 4)};
-    AppendLittle32(datagram, static_cast<std::uint32_t>(index));
-    datagram.insert(datagram.end(), data.begin(), data.end());
-    return datagram;
-}
-
-inline Bytes Word(int value) {
-    Bytes bytes;
-    AppendLittle32(bytes, static_cast<std::uint32_t>(value));
-    return bytes;
-}
-
-// Talks to a firmware without a link.
 class FirmwareHost {
   public:
     explicit FirmwareHost(const CameraModel& model, const FirmwareOptions& options = {0, 0.02})
@@ -65,7 +44,7 @@ class FirmwareHost {
     }
     int Set(int index, int value) {
         Bytes reply;
-        return Request(SYNC_TABLE_CMD_SET, index, Word(value), reply);
+        return Request(SYNC_TABLE_CMD_SET, index, zel::test::LittleEndian(value), reply);
     }
     // The reply without its last three bytes.
     std::string Text(const std::string& command) {

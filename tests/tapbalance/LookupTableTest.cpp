@@ -1,5 +1,4 @@
 #include "tapbalance/LookupTables.h"
-#include "tapbalance/TableText.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,10 @@
-// The tap readout of a frame: packed samples are unpacked, the samples of two or four taps put into image order.
+// The tap readout of a frame: packed samples are unpacked, the samples of two or four taps put into image order and
+// evened out.
 //
-// A packed frame goes row by row (or row pair by row pair) through a scratch that stays in the processor's cache, and
-// is put together in a spare buffer that changes places with the record's: every sample is read and written once, and
-// no page comes from the system. Where rows do not begin on a whole byte, the steps run one after the other.
+// All of it happens in one go, row by row (or row pair by row pair). A packed frame is put together in a spare buffer
+// that changes places with the record's: every sample is read and written once, and no page comes from the system.
+// Where rows do not begin on a whole byte, the steps run one after the other; while somebody reads the log, correction
+// is a step of its own, so that its lines are true.
 #include <algorithm>
 #include <cstring>
 #include <utility>
@@ -21,7 +23,7 @@ namespace {
 constexpr int kSlowReadoutMhz = 20;  // the readout speeds that cameras are calibrated for
 constexpr int kFastReadoutMhz = 40;
 
-// Half a row starts on a whole byte in every row, and taps cover all of them.
+// Every row begins on a whole byte, and the taps cover all of the frame.
 bool RowsAreWhole(const ZelImageInternal& image, int taps) {
     return image.w % 2 == 0 && (taps == 2 || (taps == 4 && image.h % 2 == 0)) && image.h > 0 && image.w > 0;
 }

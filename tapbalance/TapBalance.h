@@ -15,6 +15,7 @@
 #include <array>
 #include <atomic>
 #include <exception>
+#include <initializer_list>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -122,6 +123,7 @@ class TapBalance {
     void LogDirectory(const TableDirectory& directory);
     bool ReadTableConfig(TableDirectory& directory);
     bool ReadRow(int select, int row, TapRow& values);
+    bool GetRowOfTaps(int row, float* millivolts, std::initializer_list<float*> taps);
     std::optional<TapTable> ReadTable(int select, const TableEntry& entry);
     void ReportProgress(int done, int total);
     bool CheckAgainstCamera(const char* file_name, int select, const Sha1::Digest& file_digest, const TapTable& table);

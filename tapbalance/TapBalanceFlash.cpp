@@ -146,32 +146,29 @@ bool TapBalance::GetTableData(int row, float* millivolts, float* tap_gains) {
 }
 
 bool TapBalance::GetTableData(int row, float* millivolts, float* tap1, float* tap2) {
-    const std::lock_guard lock(m_Lock);
-    const int select = m_TableSelect;
-    if (IsTable(select) && m_TapBalanceData[Index(select)].data && m_TapBalanceData[Index(select)].data->Taps() != 2) {
-        ZEL_LOG(m_Logger, kLogError, kData, "***ERROR***: m_Numcols is invalid");
-        return false;
-    }
-    std::array<float, kMostTaps> gains{};
-    if (!GetTableData(row, millivolts, gains.data())) return false;
-    if (tap1) *tap1 = gains[0];
-    if (tap2) *tap2 = gains[1];
-    return true;
+    return GetRowOfTaps(row, millivolts, {tap1, tap2});
 }
 
 bool TapBalance::GetTableData(int row, float* millivolts, float* tap1, float* tap2, float* tap3, float* tap4) {
+    return GetRowOfTaps(row, millivolts, {tap1, tap2, tap3, tap4});
+}
+
+// A row of a table that has exactly as many taps as there are places for gains; null places are left out.
+bool TapBalance::GetRowOfTaps(int row, float* millivolts, std::initializer_list<float*> taps) {
     const std::lock_guard lock(m_Lock);
     const int select = m_TableSelect;
-    if (IsTable(select) && m_TapBalanceData[Index(select)].data && m_TapBalanceData[Index(select)].data->Taps() != 4) {
+    if (IsTable(select) && m_TapBalanceData[Index(select)].data &&
+        m_TapBalanceData[Index(select)].data->Taps() != static_cast<int>(taps.size())) {
         ZEL_LOG(m_Logger, kLogError, kData, "***ERROR***: m_Numcols is invalid");
         return false;
     }
     std::array<float, kMostTaps> gains{};
     if (!GetTableData(row, millivolts, gains.data())) return false;
-    if (tap1) *tap1 = gains[0];
-    if (tap2) *tap2 = gains[1];
-    if (tap3) *tap3 = gains[2];
-    if (tap4) *tap4 = gains[3];
+    const float* gain = gains.data();
+    for (float* const tap : taps) {
+        if (tap) *tap = *gain;
+        ++gain;
+    }
     return true;
 }
 

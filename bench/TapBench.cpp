@@ -39,7 +39,7 @@ class Calibration {
     bool Loaded() const { return m_Loaded; }
 
   private:
-    platform::RecursiveLock m_Lock;
+    ExchangeLock m_Lock;
     TextProtocol m_Text{nullptr, "", m_Lock};
     bool m_Loaded = true;
 

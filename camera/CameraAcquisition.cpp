@@ -23,6 +23,15 @@ constexpr std::uint64_t kLargestFrameBytes = 1u << 30;
 
 bool ZelCameraControl::Start() {
     if (!m_Camera) return false;
+    const bool inside = Inside();
+    const Operation entry(*this);
+    if (!entry) return false;
+    const Turn turn(*this, ControlTurns::Wish::kStart, inside);
+    return turn.Taken() && StartNow();
+}
+
+// Whoever wants to stop or close meanwhile has the transport stopped as soon as this has ended.
+bool ZelCameraControl::StartNow() {
     LeaveScratchpad();
     if (StoreError(m_Camera->Start()) != 0) return false;
     if (IsUsbOrCameraLink(m_Camera->GetInterfaceType())) {
@@ -34,7 +43,9 @@ bool ZelCameraControl::Start() {
     } else if (m_Camera->GetInterfaceType() == CAMERA_TYPE_PLEORA_EBUS) {
         m_SyncTable.Set(CAMERA_STATE, kCameraRunning);
     }
-    return true;
+    if (!m_Turns.Interrupted()) return true;
+    StoreError(ZEL_ERROR_UNSUPPORTED);
+    return false;
 }
 
 bool ZelCameraControl::Start(int frame_count) { return Start() && SetTransportValue(frame_count); }
@@ -44,7 +55,7 @@ bool ZelCameraControl::Start(int frame_count) { return Start() && SetTransportVa
 bool ZelCameraControl::SetWithRetries(int index, int value, const char* function_name, const char* retry_line,
                                       int source_line) {
     bool done = m_SyncTable.Set(index, value);
-    for (int attempt = 2; !done && attempt <= kAttempts; ++attempt) {
+    for (int attempt = 2; !done && attempt <= kAttempts && !m_Turns.Interrupted(); ++attempt) {
         platform::SleepMilliseconds(100);
         ZEL_LOG(m_Logger, kLogError, function_name, retry_line, attempt, source_line);
         done = m_SyncTable.Set(index, value);
@@ -54,6 +65,16 @@ bool ZelCameraControl::SetWithRetries(int index, int value, const char* function
 
 bool ZelCameraControl::Stop() {
     if (!m_Camera) return false;
+    const bool inside = Inside();
+    const Operation entry(*this);
+    if (!entry) return false;
+    const Turn turn(*this, ControlTurns::Wish::kStop, inside);
+    if (turn.Taken()) return StopNow();
+    if (turn.Left()) m_Stopped = true;
+    return turn.Left();
+}
+
+bool ZelCameraControl::StopNow() {
     ZEL_LOG(m_Logger, kLogTrace, kStop, "ZelCameraControl::Stop() calling m_Camera->Stop()");
     LeaveScratchpad();
     if (StoreError(m_Camera->Stop()) != 0) return false;
@@ -62,6 +83,7 @@ bool ZelCameraControl::Stop() {
 }
 
 int ZelCameraControl::StopCommon() {
+    const Callee entry(*this);
     if (!m_Camera) return 1;
     if (m_SyncTable.Set(CAMERA_STATE, kCameraStopped)) return 0;
     return m_SyncTable.Set(CAMERA_STATE, kCameraStopped) ? 0 : 1;
@@ -80,11 +102,13 @@ bool ZelCameraControl::WaitForCalculation() {
         m_SyncTable.Get(CALC_STATE, &state);
         if (platform::MillisecondClock() - start > kCalculationBudgetMs) return false;
         platform::SleepMilliseconds(20);
+        if (m_Turns.Interrupted()) return false;
     } while (state != kCalculationDone);
     return true;
 }
 
 int ZelCameraControl::StartCommon() {
+    const Callee entry(*this);
     if (!m_Camera) return 1;
     platform::TimerResolution resolution;
     const int type = m_Camera->GetInterfaceType();

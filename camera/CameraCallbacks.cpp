@@ -37,36 +37,48 @@ void ZelCameraControl::StoreCallback(const char* function_name, Function Callbac
 }
 
 bool ZelCameraControl::SetTextCommandCallback(ZelTextCommandCallback callback, void* context) {
+    const Operation entry(*this);
+    if (!entry) return false;
     StoreCallback("ZelCameraControl::SetTextCommandCallback", &Callbacks::text, &Callbacks::text_context, callback,
                   context);
     return true;
 }
 
 bool ZelCameraControl::SetCameraControlCallback(ZelCameraControlCallback callback, void* context) {
+    const Operation entry(*this);
+    if (!entry) return false;
     StoreCallback("ZelCameraControl::SetCameraControlCallback", &Callbacks::control, &Callbacks::control_context,
                   callback, context);
     return RegisterEventHandler();
 }
 
 bool ZelCameraControl::SetCameraControlCallbackEx(ZelCameraControlCallbackEx callback, void* context) {
+    const Operation entry(*this);
+    if (!entry) return false;
     StoreCallback("ZelCameraControl::SetCameraControlCallbackEx", &Callbacks::control_ex, &Callbacks::control_context,
                   callback, context);
     return RegisterEventHandler();
 }
 
 bool ZelCameraControl::SetImageNotificationCallback(ZelImageNotificationCallback callback, void* context) {
+    const Operation entry(*this);
+    if (!entry) return false;
     StoreCallback("ZelCameraControl::SetImageNotificationCallback", &Callbacks::notification,
                   &Callbacks::notification_context, callback, context);
     return RegisterEventHandler();
 }
 
 bool ZelCameraControl::SetImageCallback(ZelImageCallback callback, void* context) {
+    const Operation entry(*this);
+    if (!entry) return false;
     StoreCallback("ZelCameraControl::SetImageCallback", &Callbacks::image, &Callbacks::image_context, callback,
                   context);
     return m_Camera && m_Camera->SetImageHandler(zel_image_handler, this);
 }
 
 void ZelCameraControl::ImageCallback(ZelImage* image) {
+    const Callee entry(*this, Gate::Kind::kOperation);
+    if (!entry) return;
     ZEL_LOG(m_Logger, kLogTrace, "zel_image_handler", "Handling an image callback!");
     const Callbacks callbacks = CopyCallbacks();
     if (!callbacks.image || !image || m_Stopped) return;
@@ -83,6 +95,8 @@ void ZelCameraControl::ImageCallback(ZelImage* image) {
 }
 
 void ZelCameraControl::EventCallback(const ZelCameraEvent* event) {
+    const Callee entry(*this, Gate::Kind::kOperation);
+    if (!entry) return;
     if (!event || event->id > kLastEventId) return;
     const Callbacks callbacks = CopyCallbacks();
     if (event->id < CAMERA_EVENT_IMAGE_READY) {

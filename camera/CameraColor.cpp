@@ -82,58 +82,85 @@ void ZelCameraControl::SetProcessingStatus(int status) {
 // ZelColorCamera: the main pipeline.
 
 bool ZelCameraControl::ConcatenateColorTransform(int operation, int bit_depth) {
-    return ConcatenateTransform(kMainPipeline, operation, bit_depth);
+    const Operation entry(*this);
+    return entry && ConcatenateTransform(kMainPipeline, operation, bit_depth);
 }
-bool ZelCameraControl::ConcatenateColorMatrix(const float* matrix) { return ConcatenateMatrix(kMainPipeline, matrix); }
+bool ZelCameraControl::ConcatenateColorMatrix(const float* matrix) {
+    const Operation entry(*this);
+    return entry && ConcatenateMatrix(kMainPipeline, matrix);
+}
 bool ZelCameraControl::ResetColorTransform() {
+    const Operation entry(*this);
+    if (!entry) return false;
     ResetTransform(kMainPipeline);
     return true;
 }
 bool ZelCameraControl::SetInputLinearizationTable(const unsigned short* entries, unsigned num_values,
                                                   unsigned channels) {
-    return SetColorTable(kMainPipeline, &ColorSettings::input_linearization, entries, num_values, channels);
+    const Operation entry(*this);
+    return entry && SetColorTable(kMainPipeline, &ColorSettings::input_linearization, entries, num_values, channels);
 }
 bool ZelCameraControl::SetOutputNonLinearizationTable(const unsigned short* entries, unsigned num_values,
                                                       unsigned channels) {
-    return SetColorTable(kMainPipeline, &ColorSettings::output_non_linearization, entries, num_values, channels);
+    const Operation entry(*this);
+    return entry &&
+           SetColorTable(kMainPipeline, &ColorSettings::output_non_linearization, entries, num_values, channels);
 }
-bool ZelCameraControl::GetColorTransform(float* matrix) { return CopyTransform(kMainPipeline, matrix); }
+bool ZelCameraControl::GetColorTransform(float* matrix) {
+    const Operation entry(*this);
+    return entry && CopyTransform(kMainPipeline, matrix);
+}
 
 // ZelCameraInternal: the scratchpad's.
 
 bool ZelCameraControl::SetScratchpadCallback(ZelScratchpadCallback callback, void* context) {
+    const Operation entry(*this);
+    if (!entry) return false;
     SetScratchpad(callback, context);
     return true;
 }
 bool ZelCameraControl::ConcatenateScratchpadTransform(int operation, int bit_depth) {
-    return ConcatenateTransform(kScratchpadPipeline, operation, bit_depth);
+    const Operation entry(*this);
+    return entry && ConcatenateTransform(kScratchpadPipeline, operation, bit_depth);
 }
 bool ZelCameraControl::ConcatenateScratchpadMatrix(const float* matrix) {
-    return ConcatenateMatrix(kScratchpadPipeline, matrix);
+    const Operation entry(*this);
+    return entry && ConcatenateMatrix(kScratchpadPipeline, matrix);
 }
 bool ZelCameraControl::ResetScratchpadTransform() {
+    const Operation entry(*this);
+    if (!entry) return false;
     ResetTransform(kScratchpadPipeline);
     return true;
 }
 bool ZelCameraControl::SetScratchpadInputLinearizationTable(const unsigned short* entries, unsigned num_values,
                                                             unsigned channels) {
-    return SetColorTable(kScratchpadPipeline, &ColorSettings::input_linearization, entries, num_values, channels);
+    const Operation entry(*this);
+    return entry &&
+           SetColorTable(kScratchpadPipeline, &ColorSettings::input_linearization, entries, num_values, channels);
 }
 bool ZelCameraControl::SetScratchpadOutputNonLinearizationTable(const unsigned short* entries, unsigned num_values,
                                                                 unsigned channels) {
-    return SetColorTable(kScratchpadPipeline, &ColorSettings::output_non_linearization, entries, num_values, channels);
+    const Operation entry(*this);
+    return entry &&
+           SetColorTable(kScratchpadPipeline, &ColorSettings::output_non_linearization, entries, num_values, channels);
 }
-bool ZelCameraControl::GetScratchpadTransform(float* matrix) { return CopyTransform(kScratchpadPipeline, matrix); }
+bool ZelCameraControl::GetScratchpadTransform(float* matrix) {
+    const Operation entry(*this);
+    return entry && CopyTransform(kScratchpadPipeline, matrix);
+}
 
 // Frames.
 
 ZelColorImage* ZelCameraControl::GetPendingColorImage() {
-    ZelImageInternal* const image = m_Camera ? GetPendingImageImpl() : nullptr;
+    const Operation entry(*this);
+    ZelImageInternal* const image = entry && m_Camera ? GetPendingImageImpl() : nullptr;
     return HandOverColor(image, "GetPendingColorImage");
 }
 
 ZelColorImage* ZelCameraControl::GetLastPendingColorImage() {
-    ZelImageInternal* const image = m_Camera ? m_ImageManager.GetLastPendingImage() : nullptr;
+    const Operation entry(*this);
+    ZelImageInternal* const image = entry && m_Camera ? m_ImageManager.GetLastPendingImage() : nullptr;
     return HandOverColor(image, "GetLastPendingColorImage");
 }
 

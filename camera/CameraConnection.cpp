@@ -14,6 +14,14 @@ constexpr const char* kConnect = "ZelCameraControl::ConnectCommon";
 bool ZelCameraControl::Open() {
     ZEL_LOG(m_Logger, kLogTrace, kOpen, "ZelCameraControl::Open() - ENTRY");
     if (!m_Camera) return false;
+    const bool inside = Inside();
+    const Operation entry(*this);
+    if (!entry) return false;
+    const Turn turn(*this, ControlTurns::Wish::kStart, inside);
+    return turn.Taken() && OpenNow();
+}
+
+bool ZelCameraControl::OpenNow() {
     if (m_CameraOpened == 1) {
         ZEL_LOG(m_Logger, kLogTrace, kOpen, "ZelCameraControl::Open() - m_CameraOpened == 1");
         return true;
@@ -22,12 +30,16 @@ bool ZelCameraControl::Open() {
         ZEL_LOG(m_Logger, kLogError, kOpen, "ZelCameraControl::Open() - m_Camera->Connect() failed");
         return false;
     }
+    if (m_Turns.Closing()) {  // whoever closes disconnects
+        StoreError(ZEL_ERROR_CAMERA_COMM_FAILURE);
+        return false;
+    }
     LogAttributeTranslations(kOpen);
     if (StoreError(m_Camera->Stop()) != 0) {
         ZEL_LOG(m_Logger, kLogError, kOpen, "ZelCameraControl::Open() - m_Camera->Stop() failed");
         return false;
     }
-    m_CameraOpened = 1;
+    m_CameraOpened = 1;  // when somebody closes meanwhile, that comes next
     ZEL_LOG(m_Logger, kLogTrace, kOpen, "ZelCameraControl::Open() - EXIT");
     return true;
 }
@@ -35,14 +47,35 @@ bool ZelCameraControl::Open() {
 bool ZelCameraControl::Close() {
     ZEL_LOG(m_Logger, kLogTrace, kClose, "ZelCameraControl::Close() - ENTRY");
     if (!m_Camera) return false;
+    const bool inside = Inside();
+    const Gate::Entry entry(m_Gate, Gate::Kind::kCloser);
+    // A connection that is under way, and whoever waits for a reply, gives up.
+    m_Gate.Shut(kClosing);
+    m_Gate.Cancel();
+    const Turn turn(*this, ControlTurns::Wish::kClose, inside);
+    if (turn.Taken()) return CloseNow(inside);
+    m_Stopped = true;
+    return true;
+}
+
+// With the turn in control. A thread inside a callback waits for nobody: operations of others that are still under way
+// keep the frames alive that they work on.
+bool ZelCameraControl::CloseNow(bool inside) {
+    m_Gate.Shut(kClosing);
+    m_Gate.Cancel();
+    if (!inside) m_Gate.AwaitOthers(false);
+    const Gate::Entry entry(m_Gate, Gate::Kind::kCloser);  // not meant by what was cancelled
     LeaveScratchpad();
-    if (StoreError(m_Camera->Disconnect()) != 0) {
+    const bool reachable = TransportIsOurs();
+    if (reachable && StoreError(m_Camera->Disconnect()) != 0) {
         ZEL_LOG(m_Logger, kLogError, kClose, "ZelCameraControl::Close() - m_Camera->Disconnect() failed");
+        m_Gate.Open(kClosing);
         return false;
     }
     m_Stopped = true;
     ReleaseImagePool();
     m_CameraOpened = 0;
+    m_Gate.Open(kClosing);
     ZEL_LOG(m_Logger, kLogTrace, kClose, "ZelCameraControl::Close() - EXIT");
     return true;
 }
@@ -58,6 +91,7 @@ bool ZelCameraControl::ReadText(int index, Text& text) {
 }
 
 int ZelCameraControl::ConnectCommon() {
+    const Callee entry(*this);
     if (!m_Camera) return ZEL_ERROR_NULL_POINTER_SUPPLIED;
     m_TapBalance.ForgetFlash();
     int bits_per_pixel = 0;

@@ -11,6 +11,8 @@ ZelImageInternal* Internal(ZelImage* image) { return static_cast<ZelImageInterna
 // The transport's side.
 
 ZelImage* ZelCameraControl::GetFreeImage() {
+    const Callee entry(*this, Gate::Kind::kOperation);
+    if (!entry) return nullptr;
     ZelImageInternal* image = m_ImageManager.GetFreeImage();
     if (!image) return nullptr;
     m_ImageManager.RestoreGeometry(image);
@@ -20,16 +22,27 @@ ZelImage* ZelCameraControl::GetFreeImage() {
 }
 
 bool ZelCameraControl::SetPendingImage(ZelImage* image) {
+    const Callee entry(*this);
     return m_ImageManager.SetPendingImage(Internal(image), platform::MillisecondClock());
 }
 
-bool ZelCameraControl::ReleaseImage(ZelImage* image) { return m_ImageManager.ReleaseImage(Internal(image)); }
+bool ZelCameraControl::ReleaseImage(ZelImage* image) {
+    const Callee entry(*this);
+    return m_ImageManager.ReleaseImage(Internal(image));
+}
 
-ZelImage* ZelCameraControl::GetPendingImageForTransport() { return m_ImageManager.GetPendingImage(); }
+ZelImage* ZelCameraControl::GetPendingImageForTransport() {
+    const Callee entry(*this, Gate::Kind::kOperation);
+    return entry ? m_ImageManager.GetPendingImage() : nullptr;
+}
 
-void ZelCameraControl::FreeAllInUseImages() { m_ImageManager.FreeAllInUseImages(); }
+void ZelCameraControl::FreeAllInUseImages() {
+    const Callee entry(*this);
+    m_ImageManager.FreeAllInUseImages();
+}
 
 void ZelCameraControl::FillImageInfo(ZelImage* image) {
+    const Callee entry(*this);
     if (!image) return;
     const FrameGeometry geometry = Geometry();
     image->x_origin = geometry.roi.XOrigin;
@@ -44,6 +57,8 @@ void ZelCameraControl::FillImageInfo(ZelImage* image) {
 // The application's side.
 
 ZelImage* ZelCameraControl::GetPendingImageForApplication() {
+    const Operation entry(*this);
+    if (!entry) return nullptr;
     constexpr const char* kGetPending = "ZelCameraControl::GetPendingImage";
     if (!m_Camera) {
         ZEL_LOG(m_Logger, kLogTrace, kGetPending, "m_Camera == 0");
@@ -65,6 +80,8 @@ ZelImage* ZelCameraControl::GetPendingImageForApplication() {
 }
 
 ZelImage* ZelCameraControl::GetLastPendingImage() {
+    const Operation entry(*this);
+    if (!entry) return nullptr;
     if (!m_Camera) return nullptr;
     ZelImageInternal* image = m_ImageManager.GetLastPendingImage();
     if (!image) return nullptr;
@@ -78,12 +95,14 @@ ZelImage* ZelCameraControl::GetLastPendingImage() {
 }
 
 bool ZelCameraControl::FreeImage(ZelImage* image) {
+    const Visit entry(*this);
     if (!m_Camera) return false;
     ZEL_LOG(m_Logger, kLogTrace, "ZelCameraControl::FreeImage", "free image!");
     return image && m_ImageManager.ReleaseImage(Internal(image));
 }
 
 bool ZelCameraControl::FreeAllPendingImages() {
+    const Visit entry(*this);
     m_ImageManager.FreeAllPendingImages();
     return true;
 }

@@ -131,6 +131,7 @@ bool ZelCameraControl::UpdateParameters() {
         if (platform::MillisecondClock() - start > kCalculationBudgetMs) break;
         platform::SleepMilliseconds(20);
         if (state == kCalculationDone) return true;
+        if (m_Gate.Cancelled()) return false;
     }
     ZEL_LOG(m_Logger, kLogError, kSet, "***ERROR***: - CALC_STATE_DONE timed out, Start() failed\n");
     return false;

@@ -21,6 +21,8 @@ bool IsTriggerParameter(int param_id) {
 }  // namespace
 
 bool ZelCameraControl::GetParameter(unsigned param_id, unsigned size, void* data) {
+    const Operation entry(*this);
+    if (!entry) return false;
     if (param_id > 0x80000000u) {
         const unsigned number = param_id - ZEL_PARAM_MODEL_VALUE_1;
         if (data && number < m_ModelValues.size()) std::memcpy(data, &m_ModelValues[number], sizeof m_ModelValues[0]);
@@ -76,6 +78,8 @@ bool ZelCameraControl::SetParameterValue(int param_id, int value) {
 }
 
 bool ZelCameraControl::SetParameter(int param_id, const void* data) {
+    const Operation entry(*this);
+    if (!entry) return false;
     ZEL_LOG(m_Logger, kLogTrace, kSet, "%s", ParameterName(param_id));
     const Parameter* parameter = FindParameter(param_id);
     if (!parameter) return false;

@@ -12,45 +12,70 @@ constexpr const char* kConnect = "ZelCameraControl::ConnectCommon";
 
 // Without tables the answer is false; a camera that is opened later gets its tables then.
 bool ZelCameraControl::TapBalanceEnable(bool enable) {
+    const Operation entry(*this);
+    if (!entry) return false;
     m_TapBalanceWanted = enable;
     return m_TapBalance.Enable(enable);
 }
 
-bool ZelCameraControl::TapBalanceSelectTable(int select) { return m_TapBalance.SelectTable(select); }
+bool ZelCameraControl::TapBalanceSelectTable(int select) {
+    const Operation entry(*this);
+    return entry && m_TapBalance.SelectTable(select);
+}
 
 // Tables are calculated for a gain: the one that the camera has now.
 bool ZelCameraControl::TapBalanceLoadDataFromCamera() {
+    const Operation entry(*this);
+    if (!entry) return false;
     if (m_CameraOpened == 1) SyncTapBalanceGain();
     return m_Camera && m_TapBalance.LoadDataFromCamera();
 }
 
 bool ZelCameraControl::TapBalanceLoadDataFromMasterFile(const char* file_name) {
+    const Operation entry(*this);
+    if (!entry) return false;
     if (m_CameraOpened == 1) SyncTapBalanceGain();
     return m_TapBalance.LoadDataFromMasterFile(file_name);
 }
 
 bool ZelCameraControl::TapBalanceGetTableConfig(int* rows, int* num_taps) {
+    const Operation entry(*this);
+    if (!entry) return false;
     return m_Camera && m_TapBalance.GetTableConfig(rows, num_taps);
 }
 
 bool ZelCameraControl::TapBalanceGetTableData(int row, float* millivolts, float* tap_gains) {
+    const Operation entry(*this);
+    if (!entry) return false;
     return m_Camera && m_TapBalance.GetTableData(row, millivolts, tap_gains);
 }
 
 bool ZelCameraControl::TapBalanceSetTableConfig(int table, int rows, int num_taps) {
+    const Operation entry(*this);
+    if (!entry) return false;
     return m_Camera && m_TapBalance.SetTableConfig(table, rows, num_taps);
 }
 
 bool ZelCameraControl::TapBalanceSetTableData(int row, float millivolts, const float* tap_gains) {
+    const Operation entry(*this);
+    if (!entry) return false;
     return m_TapBalance.SetTableData(row, millivolts, tap_gains);
 }
 
 bool ZelCameraControl::TapBalanceWriteTableConfigToCamera() {
+    const Operation entry(*this);
+    if (!entry) return false;
     return m_Camera && m_TapBalance.WriteTableConfigToCamera();
 }
 
-bool ZelCameraControl::TapBalanceWriteDataToCamera() { return m_Camera && m_TapBalance.WriteDataToCamera(); }
-bool ZelCameraControl::TapBalanceFlashTest() { return m_Camera && m_TapBalance.FlashTest(); }
+bool ZelCameraControl::TapBalanceWriteDataToCamera() {
+    const Operation entry(*this);
+    return entry && m_Camera && m_TapBalance.WriteDataToCamera();
+}
+bool ZelCameraControl::TapBalanceFlashTest() {
+    const Operation entry(*this);
+    return entry && m_Camera && m_TapBalance.FlashTest();
+}
 
 // Both cache files when they hold what the camera holds, otherwise the camera's tables, which then go into the files;
 // for a camera that has none, general master files.

@@ -49,6 +49,8 @@ void ZelCameraControl::SendText(const char* text) { SendText(text, nullptr); }
 void ZelCameraControl::SendText(const char* text, char* reply) { m_TextProtocol.Exchange(text, reply); }
 
 const char* ZelCameraControl::GetCameraName() {
+    const Operation entry(*this);
+    if (!entry) return nullptr;
     if (!m_Camera) return nullptr;
     char reply[TextProtocol::kReplyCapacity] = {};
     SendText("name\r\n", reply);
@@ -58,6 +60,8 @@ const char* ZelCameraControl::GetCameraName() {
 }
 
 bool ZelCameraControl::SetCameraName(const char* name) {
+    const Operation entry(*this);
+    if (!entry) return false;
     if (!m_Camera || !name) return false;
     char command[TextProtocol::kLongestCommand + 1];
     std::snprintf(command, sizeof command, "name %.*s\r\n", TextProtocol::kLongestCommand - 7, name);
@@ -65,6 +69,7 @@ bool ZelCameraControl::SetCameraName(const char* name) {
 }
 
 int ZelCameraControl::TextCommandCommon(const char* text, bool expect_reply) {
+    const Callee entry(*this);
     if (!m_Camera || !text) return 1;
     const std::lock_guard exchange(m_ExchangeLock);
     if (!m_TextProtocol.Send(text)) return 1;
@@ -73,6 +78,8 @@ int ZelCameraControl::TextCommandCommon(const char* text, bool expect_reply) {
 
 // The line goes over the wire as it stands, without a datagram header.
 bool ZelCameraControl::SetTextCommand(const char* text) {
+    const Operation entry(*this);
+    if (!entry) return false;
     if (!m_Camera || !text) return false;
     ZEL_LOG(m_Logger, kLogTrace, kSetText, "ZelCameraControl::SetTextCommand(\"%s\")\n", text);
     char command[kCommandCapacity];
@@ -89,6 +96,7 @@ bool ZelCameraControl::SetTextCommand(const char* text) {
             } else {
                 platform::SleepMilliseconds(kPieceMs);
             }
+            if (m_Gate.Cancelled()) return false;
             if (!reply.Complete() && platform::MillisecondClock() - start > kTextBudgetMs) {
                 ZEL_LOG(m_Logger, kLogError, kSetText,
                         "***ERROR***: SetTextCommand() failed to receive data timed out.");
@@ -103,6 +111,8 @@ bool ZelCameraControl::SetTextCommand(const char* text) {
 }
 
 int ZelCameraControl::SendData(const unsigned char* data, int num_tx_bytes) {
+    const Operation entry(*this);
+    if (!entry) return 0;
     constexpr const char* kSend = "ZelCameraControl::SendData";
     if (!m_Camera) {
         ZEL_LOG(m_Logger, kLogTrace, kSend, "m_Camera == 0, returning 0");
@@ -115,6 +125,8 @@ int ZelCameraControl::SendData(const unsigned char* data, int num_tx_bytes) {
 }
 
 int ZelCameraControl::RecvData(unsigned char* buffer, int num_rx_bytes, int timeout_ms) {
+    const Operation entry(*this);
+    if (!entry) return 0;
     constexpr const char* kRecv = "ZelCameraControl::RecvData";
     if (!m_Camera) {
         ZEL_LOG(m_Logger, kLogTrace, kRecv, "m_Camera == 0, returning 0");
@@ -128,18 +140,20 @@ int ZelCameraControl::RecvData(unsigned char* buffer, int num_rx_bytes, int time
 }
 
 bool ZelCameraControl::GetCameraParameter(int index, int* value) {
+    const Callee entry(*this);
     // A block entry stores up to 32 bytes; the transport gets the first word.
-    alignas(int) char entry[SyncTable::kBlockCapacity] = {};
-    if (!m_Camera || !value || !m_SyncTable.Get(index, entry)) {
+    alignas(int) char value_or_block[SyncTable::kBlockCapacity] = {};
+    if (!m_Camera || !value || !m_SyncTable.Get(index, value_or_block)) {
         ZEL_LOG(m_Logger, kLogError, "ZelCameraControlImpl::GetCameraParameter",
                 "***ERROR***: ZelCameraControlImpl::GetCameraParameter() - m_SyncTable.Get() failed\n");
         return false;
     }
-    std::memcpy(value, entry, sizeof *value);
+    std::memcpy(value, value_or_block, sizeof *value);
     return true;
 }
 
 bool ZelCameraControl::SyncTapBalanceGain() {
+    const Callee entry(*this);
     int gain = 0;
     if (!m_Camera || !m_SyncTable.Get(VGA_GAIN, &gain)) return false;
     m_TapBalance.SetGain(static_cast<float>(gain));

@@ -29,6 +29,7 @@ void ZelCameraControl::ArmBySoftware() {
 }
 
 int ZelCameraControl::StartTriggerCommon() {
+    const Callee entry(*this);
     if (!m_Camera) return 1;
     platform::TimerResolution resolution;
     const int type = m_Camera->GetInterfaceType();
@@ -38,7 +39,7 @@ int ZelCameraControl::StartTriggerCommon() {
     do {
         m_SyncTable.Get(CALC_STATE, &state);
         platform::SleepMilliseconds(20);
-        if (platform::MillisecondClock() - start >= kTriggerCalculationLimitMs) return 1;
+        if (m_Turns.Interrupted() || platform::MillisecondClock() - start >= kTriggerCalculationLimitMs) return 1;
     } while (state != kCalculationDone);
     if (const int code = PrepareAcquisition()) return code;
     if (type == CAMERA_TYPE_PLEORA_EBUS) return StartTriggerEBus();
@@ -88,8 +89,7 @@ int ZelCameraControl::StartTriggerUsbOrCameraLink(int interface_type) {
     ZEL_LOG(m_Logger, kLogTrace, kStartTrigger, "CAMERA_TYPE_USB or CAMERA_TYPE_EDT_CAMERA_LINK\n");
     ZEL_LOG(m_Logger, kLogTrace, kStartTrigger, "CAMERA_TYPE_USB or CAMERA_TYPE_EDT_CAMERA_LINK\n");
     if (m_HWTriggerEnabled) {
-        EnableTriggerUsbOrCameraLink(interface_type);
-        return 0;
+        return EnableTriggerUsbOrCameraLink(interface_type) ? 0 : 1;
     }
     if (!m_SyncTable.Set(HW_TRIG_SOURCE, 0)) {
         // On purpose: the line names HW_TRIG_CL although 0 is written.
@@ -100,14 +100,15 @@ int ZelCameraControl::StartTriggerUsbOrCameraLink(int interface_type) {
     return 0;
 }
 
-void ZelCameraControl::EnableTriggerUsbOrCameraLink(int interface_type) {
+bool ZelCameraControl::EnableTriggerUsbOrCameraLink(int interface_type) {
     SetWithRetries(CALC_STATE, 1, kStartTrigger,
                    "***ERROR***: EDTCameraLinkInterface::Start() - m_SyncTable.Set(CALC_STATE, 1) failed - retry "
                    "attempt #%d  line:%d\n",
                    __LINE__);
-    // On purpose: this wait has no limit, unlike the others.
+    // On purpose: this wait has no limit, unlike the others. Who stops or closes the camera ends it.
     int state = 0;
     do {
+        if (m_Turns.Interrupted()) return false;
         platform::SleepMilliseconds(100);
         if (!m_SyncTable.Get(CALC_STATE, &state)) {
             ZEL_LOG(m_Logger, kLogError, kStartTrigger,
@@ -128,12 +129,25 @@ void ZelCameraControl::EnableTriggerUsbOrCameraLink(int interface_type) {
     const bool low = polarity == kPolarityActiveLow;
     SendText(low ? "trig cl low\r\n" : "trig cl hi\r\n");
     if (usb) SendText(low ? "trig a lo\r\n" : "trig a hi\r\n");
+    return true;
 }
 
 bool ZelCameraControl::StartTriggerAcquisition() {
     if (!m_Camera) return false;
+    const bool inside = Inside();
+    const Operation entry(*this);
+    if (!entry) return false;
+    const Turn turn(*this, ControlTurns::Wish::kStart, inside);
+    return turn.Taken() && StartTriggerNow();
+}
+
+bool ZelCameraControl::StartTriggerNow() {
     LeaveScratchpad();
     bool result = StoreError(m_Camera->StartTrigger()) == 0;
+    if (m_Turns.Interrupted()) {
+        if (result) StoreError(ZEL_ERROR_UNSUPPORTED);
+        return false;
+    }
     if (IsUsbOrCameraLink(m_Camera->GetInterfaceType())) {
         result = m_SyncTable.Set(TRIGGER_STATE, 1);
         if (!result) {
@@ -149,6 +163,12 @@ bool ZelCameraControl::StartTriggerAcquisition() {
 
 bool ZelCameraControl::StopTriggerAcquisition(int flag) {
     if (!m_Camera) return false;
+    const bool inside = Inside();
+    const Operation entry(*this);
+    if (!entry) return false;
+    const Turn turn(*this, ControlTurns::Wish::kStop, inside);
+    if (turn.Left()) m_Stopped = true;
+    if (!turn.Taken()) return turn.Left();
     CameraCommand("cam.stop");
     if (flag == 1) {
         ArmBySoftware();
@@ -160,6 +180,9 @@ bool ZelCameraControl::StopTriggerAcquisition(int flag) {
     return true;
 }
 
-bool ZelCameraControl::SoftwareTrigger() { return m_Camera && m_SyncTable.Set(SW_TRIG, 1); }
+bool ZelCameraControl::SoftwareTrigger() {
+    const Operation entry(*this);
+    return entry && m_Camera && m_SyncTable.Set(SW_TRIG, 1);
+}
 
 }  // namespace zel

@@ -20,14 +20,6 @@ ZelCameraControl::ZelCameraControl(ICameraInterface* camera, const char* instanc
     LogAttributeTranslations("ZelCameraControl::ZelCameraControl");
 }
 
-// The transport is not closed here; it only forgets this object.
-ZelCameraControl::~ZelCameraControl() {
-    if (!m_Camera) return;
-    m_Camera->SetImageHandler(nullptr, nullptr);
-    m_Camera->SetEventHandler(nullptr, nullptr);
-    m_Camera->SetCameraCommon(nullptr);
-}
-
 bool ZelCameraControl::IsOpen(int* is_open) {
     if (!is_open) return false;
     *is_open = m_CameraOpened == 1 ? 1 : 0;
@@ -54,6 +46,8 @@ int ZelCameraControl::GetDataTypeSize(int data_type) {
 }
 
 bool ZelCameraControl::ResetCamera() {
+    const Operation entry(*this);
+    if (!entry) return false;
     if (!m_Camera) return false;
     m_SyncTable.Set(CAMERA_RESET, 1);
     platform::SleepMilliseconds(100);
@@ -62,11 +56,19 @@ bool ZelCameraControl::ResetCamera() {
     return true;
 }
 
-int ZelCameraControl::QueryTransportValue() { return m_Camera ? m_Camera->GetStatusValue() : 0; }
+int ZelCameraControl::QueryTransportValue() {
+    const Operation entry(*this);
+    return entry && m_Camera ? m_Camera->GetStatusValue() : 0;
+}
 
-bool ZelCameraControl::SetTransportValue(int value) { return m_Camera && m_Camera->SetStatusValue(value); }
+bool ZelCameraControl::SetTransportValue(int value) {
+    const Operation entry(*this);
+    return entry && m_Camera && m_Camera->SetStatusValue(value);
+}
 
 bool ZelCameraControl::SetExposureToDefault() {
+    const Operation entry(*this);
+    if (!entry) return false;
     if (!m_Camera) return false;
     SyncTableAttributes record{};
     if (m_SyncTable.GetAttribute(EXPOSURE_TIME, &record)) m_SyncTable.Set(EXPOSURE_TIME, record.default_value);
@@ -89,14 +91,20 @@ int ZelCameraControl::StoreError(int code) {
 
 int ZelCameraControl::LoadLastError() { return std::atomic_ref<int>(m_LastError).load(); }
 
-double ZelCameraControl::GetLinkThroughput() { return m_Camera ? m_Camera->GetLinkThroughput() : 0.0; }
-double ZelCameraControl::GetLinkFrameRate() { return m_Camera ? m_Camera->GetLinkFrameRate() : 0.0; }
-double ZelCameraControl::GetLinkLatency() { return m_Camera ? m_Camera->GetLinkLatency() : 0.0; }
-double ZelCameraControl::GetLinkUtilization() { return m_Camera ? m_Camera->GetLinkUtilization() : 0.0; }
+double ZelCameraControl::LinkFigure(double (ICameraInterface::*figure)()) {
+    const Operation entry(*this);
+    return entry && m_Camera ? (m_Camera->*figure)() : 0.0;
+}
+
+double ZelCameraControl::GetLinkThroughput() { return LinkFigure(&ICameraInterface::GetLinkThroughput); }
+double ZelCameraControl::GetLinkFrameRate() { return LinkFigure(&ICameraInterface::GetLinkFrameRate); }
+double ZelCameraControl::GetLinkLatency() { return LinkFigure(&ICameraInterface::GetLinkLatency); }
+double ZelCameraControl::GetLinkUtilization() { return LinkFigure(&ICameraInterface::GetLinkUtilization); }
 
 int ZelCameraControl::TransportInterfaceType() { return m_InterfaceType; }
 
 int ZelCameraControl::GetCameraInterfaceType() {
+    const Visit entry(*this);
     switch (m_Camera ? m_Camera->GetInterfaceType() : 0) {
         case CAMERA_TYPE_EDT_CAMERA_LINK:
             return 1;
@@ -110,9 +118,14 @@ int ZelCameraControl::GetCameraInterfaceType() {
     }
 }
 
-int ZelCameraControl::GetScratchBufferCount() { return ScratchBufferCount(); }
+int ZelCameraControl::GetScratchBufferCount() {
+    const Operation entry(*this);
+    return entry ? ScratchBufferCount() : 0;
+}
 
 bool ZelCameraControl::FreeScratchBuffers() {
+    const Operation entry(*this);
+    if (!entry) return false;
     ReleaseScratchBuffers();
     return true;
 }
@@ -120,6 +133,8 @@ bool ZelCameraControl::FreeScratchBuffers() {
 bool ZelCameraControl::IsMonochrome() { return std::strcmp(m_FilterType.data(), "mono") == 0; }
 
 bool ZelCameraControl::SetImageAveraging(int frame_count_max, int reset) {
+    const Operation entry(*this);
+    if (!entry) return false;
     if (frame_count_max < 0) return false;
     SetAveraging(frame_count_max, reset != 0);
     return true;
@@ -149,6 +164,11 @@ ZelCamera* zel_camera_control_create(ICameraInterface* camera, const char* insta
 
 void zel_camera_control_destroy(ZelCamera* camera) { ZelDelete(camera); }
 
-ICameraInterface* zel_camera_control_interface(ZelCamera* camera) {
-    return camera ? static_cast<zel::ZelCameraControl*>(camera)->GetCameraInterface() : nullptr;
+bool zel_camera_control_inside(ZelCamera* camera) { return static_cast<zel::ZelCameraControl*>(camera)->Inside(); }
+void zel_camera_control_begin_end(ZelCamera* camera) { static_cast<zel::ZelCameraControl*>(camera)->BeginEnd(); }
+bool zel_camera_control_retire(ZelCamera* camera) { return static_cast<zel::ZelCameraControl*>(camera)->Retire(); }
+void zel_camera_control_suspend(ZelCamera* camera) { static_cast<zel::ZelCameraControl*>(camera)->Suspend(); }
+bool zel_camera_control_transport_is_gone(ZelCamera* camera) {
+    return static_cast<zel::ZelCameraControl*>(camera)->Suspended();
 }
+void zel_camera_control_resume(ZelCamera* camera) { static_cast<zel::ZelCameraControl*>(camera)->Resume(); }

@@ -7,6 +7,7 @@
 //     CameraTrigger.cpp        triggering                         CameraText.cpp         text and raw exchanges
 //     CameraFrames.cpp         frame hand-over                    CameraCallbacks.cpp    callbacks and events
 //     CameraTapBalance.cpp     calibration of the taps            CameraColor.cpp        color set-up and pictures
+//     CameraLifetime.cpp       what keeps the object alive, and its end
 #ifndef CAMERA_ZELCAMERACONTROL_H
 #define CAMERA_ZELCAMERACONTROL_H
 
@@ -16,6 +17,7 @@
 #include <mutex>
 
 #include "camera/CameraModels.h"
+#include "camera/ControlTurns.h"
 #include "camera/ParameterTable.h"
 #include "image/ZelCameraControlImpl.h"
 #include "include/ZelCameraInternal.h"
@@ -23,7 +25,7 @@
 #include "link/IZelCameraCommon.h"
 #include "link/SyncTable.h"
 #include "link/TextProtocol.h"
-#include "platform/Locks.h"
+#include "platform/OperationGate.h"
 #include "tapbalance/TapBalance.h"
 #include "util/ProgressControl.h"
 
@@ -153,6 +155,14 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     void ImageCallback(ZelImage* image);
     void EventCallback(const ZelCameraEvent* event);
 
+    // For the manager, see ZelCameraFactory.h.
+    bool Inside() { return m_Gate.Inside(); }
+    void BeginEnd();
+    bool Retire();
+    void Suspend();
+    bool Suspended() const { return m_Suspended; }
+    void Resume();
+
     // How many image notification calls were made in this process.
     static unsigned NotificationCount();
 
@@ -170,7 +180,46 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     static constexpr int kTextCapacity = 64;
     using Text = std::array<char, kTextCapacity>;
 
+    // Life-time. Why the gate is shut:
+    static constexpr unsigned kClosing = 1;
+    static constexpr unsigned kEnding = 2;           // the SDK is being closed
+    static constexpr unsigned kRetired = 4;          // another object has the transport
+    static constexpr unsigned kLibraryShutDown = 8;  // the transport may be gone with its library
+    using Gate = platform::OperationGate;
+
+    // A stay of the application in this object; refused while the gate is shut, which leaves an error code.
+    struct Operation : Gate::Entry {
+        explicit Operation(ZelCameraControl& camera);
+    };
+    // One that is always granted, for operations that only read or give back.
+    struct Visit : Gate::Entry {
+        explicit Visit(ZelCameraControl& camera) : Entry(camera.m_Gate, Gate::Kind::kAlways) {}
+    };
+    // A stay of the transport, which shows that it lives.
+    struct Callee : Gate::Entry {
+        explicit Callee(ZelCameraControl& camera, Gate::Kind kind = Gate::Kind::kAlways)
+            : Entry((camera.Resume(), camera.m_Gate), kind) {}
+    };
+    // A turn in control of the camera. At its end what others left for it is done.
+    class Turn {
+      public:
+        Turn(ZelCameraControl& camera, ControlTurns::Wish wish, bool inside);
+        ~Turn();
+        Turn(const Turn&) = delete;
+        Turn& operator=(const Turn&) = delete;
+        bool Taken() const { return m_Answer == ControlTurns::Answer::kTurn; }
+        bool Left() const { return m_Answer == ControlTurns::Answer::kLeft; }
+
+      private:
+        ZelCameraControl& m_Camera;
+        const bool m_Inside;
+        const ControlTurns::Answer m_Answer;
+    };
+    bool TransportIsOurs() { return !m_Gate.IsShut(kRetired | kLibraryShutDown); }
+
     // Connection
+    bool OpenNow();
+    bool CloseNow(bool inside);
     bool ReadText(int index, Text& text);
     void RecogniseModel();
     void SetUpColor();
@@ -195,6 +244,9 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     void LogSelection(const char* function_name);
 
     // Acquisition
+    bool StartNow();
+    bool StartTriggerNow();
+    bool StopNow();
     int StoreError(int code);
     int LoadLastError();
     int ReadGeometry();
@@ -209,10 +261,15 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     void ArmBySoftware();
     int StartTriggerEBus();
     int StartTriggerUsbOrCameraLink(int interface_type);
-    void EnableTriggerUsbOrCameraLink(int interface_type);
+    bool EnableTriggerUsbOrCameraLink(int interface_type);
+
+    double LinkFigure(double (ICameraInterface::*figure)());
 
     ICameraInterface* const m_Camera;
-    platform::RecursiveLock m_ExchangeLock;  // one exchange with the camera at a time, text or table
+    Gate m_Gate;
+    std::atomic<bool> m_Suspended{false};
+    ControlTurns m_Turns;
+    ExchangeLock m_ExchangeLock{&m_Gate};  // one exchange with the camera at a time, text or table
     SyncTable m_SyncTable;
     TextProtocol m_TextProtocol;
     TapBalance m_TapBalance;

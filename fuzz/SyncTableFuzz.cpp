@@ -43,7 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     camera.SetDelivery(data[0] & 1 ? ScriptedTransport::Delivery::kOneByte : ScriptedTransport::Delivery::kWhole);
     camera.SetReceiveCost(data[0] & 2 ? 100 : 0);
     camera.Feed(Bytes(data + 2, data + size));
-    platform::RecursiveLock lock;
+    ExchangeLock lock;
     SyncTable table(&camera, "fuzz", lock);
     const int index = data[1] % 91 - 1;
     const Bytes block(20, 0x42);

@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     camera.SetDelivery(data[0] & 1 ? ScriptedTransport::Delivery::kOneByte : ScriptedTransport::Delivery::kWhole);
     camera.SetReceiveCost(data[0] & 2 ? 100 : 0);
     camera.Feed(Bytes(data + 1, data + size));
-    platform::RecursiveLock lock;
+    ExchangeLock lock;
     TextProtocol protocol(&camera, "fuzz", lock);
 
     // Exactly what the contract asks for, so that a sanitizer sees a byte too much.

@@ -1,5 +1,15 @@
 // The exports of a camera interface library (a plug-in), bound by name. Texts are zero-terminated and stay the
 // library's.
+//
+// Life-times. A transport lives from create_camera_interface, which answers the same one for a camera until then, to
+// destroy_camera_interface: whatever lib_unload and unplugging do in between. lib_unload shuts the library down when a
+// search finds no camera in it, and when the SDK is closed. It ends the connection events, and must not wait for one
+// that is under way. Every export works again when the library is asked again after it.
+//
+// Threads. The SDK calls the exports from one search at a time and from inside connection events, on any thread.
+// Connection events come from a thread of the library's own, one after the other, while the library holds no lock: the
+// application may search, open, close and destroy inside them. destroy_camera_interface and the last lib_unload come
+// after all events have returned.
 #ifndef LINK_CAMERAINTERFACELIBRARY_H
 #define LINK_CAMERAINTERFACELIBRARY_H
 

@@ -8,7 +8,7 @@
 
 namespace zel {
 
-SyncTable::SyncTable(ICameraInterface* camera, const char* instance_name, platform::RecursiveLock& exchange_lock)
+SyncTable::SyncTable(ICameraInterface* camera, const char* instance_name, ExchangeLock& exchange_lock)
     : m_Camera(camera),
       m_ExchangeLock(exchange_lock),
       m_State(new (std::nothrow) State),

@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "link/ExchangeLock.h"
 #include "link/SyncTableIndex.h"
-#include "platform/Locks.h"
 #include "sdk/Logger.h"
 
 class ICameraInterface;
@@ -27,7 +27,7 @@ class SyncTable {
     static constexpr int kBlockCapacity = 32;    // bytes that Get of a block entry may store
     static constexpr int kBlockDataOffset = 10;  // where the data start in the buffer given to the block form of Set
 
-    SyncTable(ICameraInterface* camera, const char* instance_name, platform::RecursiveLock& exchange_lock);
+    SyncTable(ICameraInterface* camera, const char* instance_name, ExchangeLock& exchange_lock);
     virtual ~SyncTable();
     SyncTable(const SyncTable&) = delete;
     SyncTable& operator=(const SyncTable&) = delete;
@@ -68,7 +68,7 @@ class SyncTable {
     bool ReceivePart(unsigned char* into, int length);
 
     ICameraInterface* m_Camera;
-    platform::RecursiveLock& m_ExchangeLock;
+    ExchangeLock& m_ExchangeLock;
     std::unique_ptr<State> m_State;
     Logger m_Logger;
 };

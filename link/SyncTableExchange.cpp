@@ -88,7 +88,7 @@ bool SyncTable::CommandSend(int command, int index, int value) {
 
     State::m_CommandTimeMs = platform::MillisecondClock();
     ZEL_LOG(m_Logger, kLogTrace, "SyncTable::CommandSend", "calling m_Camera->SendData(len:%d)", size);
-    if (!m_Camera || m_Camera->SendData(size, datagram.data()) != size) {
+    if (!m_Camera || m_ExchangeLock.Cancelled() || m_Camera->SendData(size, datagram.data()) != size) {
         ZEL_LOG(m_Logger, kLogError, "SyncTable::CommandSend",
                 "***ERROR***:command:%s index:%s value:%d) - m_Camera->SendData(len:%d) failed", name.text,
                 SyncTableName(index), value, size);
@@ -104,7 +104,7 @@ bool SyncTable::CommandSend(int index, const void* buffer, int num_bytes) {
     const SyncTableCommandText name(SYNC_TABLE_CMD_SET);
     ZEL_LOG(m_Logger, kLogTrace, "SyncTable::CommandSend", "command:%s index:%s num_bytes:%d - entry", name.text,
             SyncTableName(index), num_bytes);
-    if (!m_Camera || num_bytes < 0 || num_bytes > kLongestBlock) return false;
+    if (!m_Camera || m_ExchangeLock.Cancelled() || num_bytes < 0 || num_bytes > kLongestBlock) return false;
     const int size = kRequestHead + num_bytes;
     const std::unique_ptr<unsigned char[]> datagram(new (std::nothrow) unsigned char[static_cast<std::size_t>(size)]);
     if (!datagram) return false;
@@ -173,7 +173,7 @@ bool SyncTable::ReceiveException() {
 
 bool SyncTable::ReceivePart(unsigned char* into, int length) {
     int received = 0;
-    return ReceiveBytes(*m_Camera, into, length, received, [this](int bytes_to_recv) {
+    return ReceiveBytes(*m_Camera, m_ExchangeLock, into, length, received, [this](int bytes_to_recv) {
         ZEL_LOG(m_Logger, kLogTrace, "SyncTable::CommandRecv", "calling m_Camera->RecvData(bytes_to_recv:%d)",
                 bytes_to_recv);
     });

@@ -78,6 +78,7 @@ bool SyncTable::GetFromCamera(int index, int* value_out, void* block_out) {
             ZEL_LOG(m_Logger, kLogError, "SyncTable::Get", "BAD INDEX EXCEPTION");
             return false;
         }
+        if (m_ExchangeLock.Cancelled()) return false;
         if (retry > kRetries) {
             ZEL_LOG(m_Logger, kLogError, "SyncTable::Get",
                     "%s: SyncTable::Get(index:%s) CommandRecv() failed - no retry, exiting with failure\n",

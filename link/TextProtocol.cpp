@@ -23,7 +23,7 @@ const char* TextOrNull(const char* text) { return text ? text : "(null)"; }
 
 }  // namespace
 
-TextProtocol::TextProtocol(ICameraInterface* camera, const char* instance_name, platform::RecursiveLock& exchange_lock)
+TextProtocol::TextProtocol(ICameraInterface* camera, const char* instance_name, ExchangeLock& exchange_lock)
     : m_Camera(camera), m_Logger("TextProtocol", instance_name), m_ExchangeLock(exchange_lock) {}
 
 // On purpose: nothing is added to the text on its way to the wire, so a command carries a line end only when its caller
@@ -55,7 +55,7 @@ bool TextProtocol::Recv(char* out, int /*timeout_ms*/) {
     unsigned char* const payload = buffer.data() + kDatagramHeaderSize;
     int received = 0;
 
-    if (!ReceiveBytes(*m_Camera, buffer.data(), kDatagramHeaderSize, received, NoCallLine)) {
+    if (!ReceiveBytes(*m_Camera, m_ExchangeLock, buffer.data(), kDatagramHeaderSize, received, NoCallLine)) {
         ZEL_LOG(m_Logger, kLogError, "TextProtocol::Recv",
                 "\n***ERROR***: TextProtocol::Recv() - stage 1, timeout (timeout_ms:%d) bytes_to_recv:%d rx_index:%d "
                 "str:\"%.*s\"\n",
@@ -71,7 +71,7 @@ bool TextProtocol::Recv(char* out, int /*timeout_ms*/) {
         return false;
     }
 
-    if (!ReceiveBytes(*m_Camera, payload, length, received, NoCallLine)) {
+    if (!ReceiveBytes(*m_Camera, m_ExchangeLock, payload, length, received, NoCallLine)) {
         ZEL_LOG(m_Logger, kLogError, "TextProtocol::Recv",
                 "***ERROR***: stage 2, timeout (timeout_ms:%d) bytes_to_recv:%d rx_index:%d str:\"%.*s\"",
                 kReceiveStageMs, length - received, kDatagramHeaderSize + received, kReplyCapacity, TextOrNull(out));
@@ -89,7 +89,7 @@ bool TextProtocol::Recv(char* out, int /*timeout_ms*/) {
 bool TextProtocol::Exchange(const char* text, char* out) {
     const std::lock_guard lock(m_ExchangeLock);
     if (out) out[0] = 0;
-    return Send(text) && Recv(out, kReceiveStageMs);
+    return !m_ExchangeLock.Cancelled() && Send(text) && Recv(out, kReceiveStageMs);
 }
 
 }  // namespace zel

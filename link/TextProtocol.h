@@ -9,7 +9,7 @@
 #ifndef LINK_TEXTPROTOCOL_H
 #define LINK_TEXTPROTOCOL_H
 
-#include "platform/Locks.h"
+#include "link/ExchangeLock.h"
 #include "sdk/Logger.h"
 
 class ICameraInterface;
@@ -22,7 +22,7 @@ class TextProtocol {
     static constexpr int kReplyCapacity = 4096;  // bytes that a buffer given to Recv or Exchange must hold
 
     // camera may be null. exchange_lock serialises this camera's exchanges of both protocols.
-    TextProtocol(ICameraInterface* camera, const char* instance_name, platform::RecursiveLock& exchange_lock);
+    TextProtocol(ICameraInterface* camera, const char* instance_name, ExchangeLock& exchange_lock);
 
     // Sends one command; text beyond 252 characters is cut off. False only without a transport, whatever the transport
     // answers. Takes no lock.
@@ -32,13 +32,13 @@ class TextProtocol {
     // and payload each have 5000 ms. True when a whole datagram of at most 4095 bytes came in time. Takes no lock.
     bool Recv(char* out, int timeout_ms);
 
-    // Send and Recv as one exchange under the camera's exchange lock.
+    // Send and Recv as one exchange under the camera's exchange lock. Nothing is sent when exchanges are to end.
     bool Exchange(const char* text, char* out);
 
   private:
     ICameraInterface* m_Camera;
     Logger m_Logger;
-    platform::RecursiveLock& m_ExchangeLock;
+    ExchangeLock& m_ExchangeLock;
 };
 
 }  // namespace zel

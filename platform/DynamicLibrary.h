@@ -25,6 +25,10 @@ void DiscardLoadError();
 // good, so a library that is loaded again and again calls this once. Does nothing elsewhere.
 void KeepThisLibraryLoaded();
 
+// Keeps the library that this code is part of in memory until the process ends, on every system: for one that has a
+// thread of its own under way which nobody will wait for.
+void PinThisLibrary();
+
 template <class Function>
 Function FindFunction(LibraryHandle library, const char* name) {
     return reinterpret_cast<Function>(FindExport(library, name));

@@ -59,6 +59,13 @@ void UnloadSharedLibrary(LibraryHandle library) {
 
 void KeepThisLibraryLoaded() {}
 
+// A program that this code is linked into has no file to be found by and stays anyway.
+void PinThisLibrary() {
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<void*>(&LoadSharedLibrary), &info) && info.dli_fname)
+        dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+}
+
 void DiscardLoadError() { dlerror(); }
 
 }  // namespace zel::platform

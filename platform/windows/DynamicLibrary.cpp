@@ -23,6 +23,8 @@ void KeepThisLibraryLoaded() {
     GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN, &inside, &library);
 }
 
+void PinThisLibrary() { KeepThisLibraryLoaded(); }
+
 void DiscardLoadError() {
     char* text = nullptr;
     FormatMessageA(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,

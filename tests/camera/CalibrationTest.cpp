@@ -64,7 +64,7 @@ class CalibrationTest : public CameraTest {
         return std::string(std::istreambuf_iterator<char>(file), {});
     }
 
-    platform::RecursiveLock m_NoLock;
+    ExchangeLock m_NoLock;
     TextProtocol m_NoProtocol{nullptr, "none", m_NoLock};
     ScriptedFlash m_Flash;
     std::vector<std::string> m_Shown;

@@ -282,7 +282,7 @@ class TapCorrectionTest : public PostProcessingTest, public testing::WithParamIn
 
 TEST_P(TapCorrectionTest, EachQuadrantGoesThroughItsTapsTable) {
     const Readout& readout = GetParam();
-    platform::RecursiveLock lock;
+    ExchangeLock lock;
     TextProtocol text(nullptr, "", lock);
     TapBalance balance(text, "");
     balance.SetBitsPerPixel(12);

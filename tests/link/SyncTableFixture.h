@@ -17,7 +17,7 @@ class SyncTableFixture : public testing::Test {
   protected:
     FakeClock m_Clock;
     ScriptedTransport m_Camera{&m_Clock};
-    platform::RecursiveLock m_Lock;
+    ExchangeLock m_Lock;
     SyncTable m_Table{&m_Camera, "test", m_Lock};
 
     // Whether a thread that holds nothing could take the lock now.

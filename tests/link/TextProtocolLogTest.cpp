@@ -17,7 +17,7 @@ class TextProtocolLogTest : public testing::Test {
     RecordedLog m_Log;
     FakeClock m_Clock;
     ScriptedTransport m_Camera{&m_Clock};
-    platform::RecursiveLock m_Lock;
+    ExchangeLock m_Lock;
     TextProtocol m_Protocol{&m_Camera, "camera 3", m_Lock};
     std::array<char, TextProtocol::kReplyCapacity> m_Out{"before"};
 };

@@ -50,7 +50,7 @@ class TapBalanceTest : public testing::Test {
     FakeClock m_Clock;
     ScriptedTransport m_Transport{&m_Clock};
     ScriptedFlash m_Flash;
-    platform::RecursiveLock m_ExchangeLock;
+    ExchangeLock m_ExchangeLock;
     TextProtocol m_TextProtocol{&m_Transport, "test", m_ExchangeLock};
     TapBalance m_TapBalance{m_TextProtocol, "test"};
 };

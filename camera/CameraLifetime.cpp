@@ -1,0 +1,65 @@
+// What keeps the camera object alive while somebody is inside of it, and how it comes to its end.
+#include "camera/ZelCameraControl.h"
+
+namespace zel {
+
+ZelCameraControl::Operation::Operation(ZelCameraControl& camera) : Entry(camera.m_Gate) {
+    if (!*this) camera.StoreError(ZEL_ERROR_CAMERA_COMM_FAILURE);
+}
+
+ZelCameraControl::Turn::Turn(ZelCameraControl& camera, ControlTurns::Wish wish, bool inside)
+    : m_Camera(camera), m_Inside(inside), m_Answer(camera.m_Turns.Take(wish, inside)) {
+    if (m_Answer == ControlTurns::Answer::kRefused) camera.StoreError(ZEL_ERROR_UNSUPPORTED);
+}
+
+ZelCameraControl::Turn::~Turn() {
+    ControlTurns::Wish left{};
+    while (Taken() && m_Camera.m_Turns.HandBack(left)) {
+        if (left == ControlTurns::Wish::kClose) {
+            m_Camera.CloseNow(m_Inside);
+        } else {
+            m_Camera.StopNow();
+        }
+    }
+}
+
+void ZelCameraControl::BeginEnd() {
+    m_Gate.Shut(kEnding);
+    m_Gate.Cancel();
+}
+
+// A camera that is open, or that somebody is busy with, is not retired. What it keeps is small from then on.
+bool ZelCameraControl::Retire() {
+    if (!m_Gate.ShutWhenEmpty(kRetired)) return false;
+    if (m_CameraOpened == 1) {
+        m_Gate.Open(kRetired);
+        return false;
+    }
+    ReleaseImagePool();
+    ReleaseScratchBuffers();
+    return true;
+}
+
+void ZelCameraControl::Suspend() {
+    m_Suspended = true;
+    m_Gate.Shut(kLibraryShutDown);
+    m_Gate.Cancel();
+}
+
+void ZelCameraControl::Resume() {
+    if (m_Suspended && m_Suspended.exchange(false)) m_Gate.Open(kLibraryShutDown);
+}
+
+// The transport is not closed here; it only forgets this object, and whoever is still inside leaves first.
+ZelCameraControl::~ZelCameraControl() {
+    m_Gate.Shut(kEnding);
+    m_Gate.Cancel();
+    if (m_Camera && TransportIsOurs()) {
+        m_Camera->SetImageHandler(nullptr, nullptr);
+        m_Camera->SetEventHandler(nullptr, nullptr);
+        m_Camera->SetCameraCommon(nullptr);
+    }
+    m_Gate.AwaitOthers(true);
+}
+
+}  // namespace zel

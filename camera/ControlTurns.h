@@ -1,0 +1,48 @@
+// The turns of the control operations of a camera: opening, starting, stopping and closing, one at a time.
+//
+// Who wants to stop or close does not wait for a start to come to its own end: Interrupted() ends the start's waits.
+// Who is inside an operation or callback of the camera waits for nobody, because the holder of the turn may be waiting
+// for exactly that callback: the wish is left for the holder, which carries it out before it hands the turn back.
+#ifndef CAMERA_CONTROLTURNS_H
+#define CAMERA_CONTROLTURNS_H
+
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+namespace zel {
+
+class ControlTurns {
+  public:
+    enum class Wish : unsigned char { kStart, kStop, kClose };
+    enum class Answer {
+        kTurn,     // the caller has the turn; it ends with HandBack
+        kLeft,     // the holder stops or closes in the caller's place
+        kRefused,  // the camera is being closed, or somebody else has the turn and the caller can't wait
+    };
+
+    Answer Take(Wish wish, bool inside);
+
+    // What was left for the holder: true, with the turn still held, when something was; else the turn is over.
+    bool HandBack(Wish& left);
+
+    // Whether a start, or a connection, is to end: somebody wants to stop or close, or to close.
+    bool Interrupted();
+    bool Closing();
+
+  private:
+    Answer Wait(std::unique_lock<std::mutex>& lock, Wish wish);
+
+    std::mutex m_Lock;
+    std::condition_variable m_Changed;
+    bool m_Taken = false;
+    int m_Stoppers = 0;  // waiting
+    int m_Closers = 0;   // waiting, or with the turn
+    bool m_HolderCloses = false;
+    bool m_StopLeft = false;
+    bool m_CloseLeft = false;
+};
+
+}  // namespace zel
+
+#endif

@@ -24,10 +24,26 @@ bool CameraRegister::Add(const RegisteredCamera& entry) try {
     return false;
 }
 
-bool CameraRegister::Holds(const ZelCamera* camera, const ICameraInterface* camera_interface) const {
-    return std::any_of(m_Entries.begin(), m_Entries.end(), [&](const RegisteredCamera& entry) {
-        return entry.camera == camera && entry.camera_interface == camera_interface;
+void CameraRegister::Remove(const ZelCamera* camera) {
+    std::erase_if(m_Entries, [=](const RegisteredCamera& entry) { return entry.camera == camera; });
+}
+
+ZelCamera* CameraRegister::Current(const ICameraInterface* camera_interface) const {
+    const auto newest = std::find_if(m_Entries.rbegin(), m_Entries.rend(), [=](const RegisteredCamera& entry) {
+        return entry.camera_interface == camera_interface;
     });
+    return newest == m_Entries.rend() ? nullptr : newest->camera;
+}
+
+void CameraRegister::HandOut(const ZelCamera* camera) {
+    for (RegisteredCamera& entry : m_Entries) {
+        if (entry.camera == camera) entry.handed_out = true;
+    }
+}
+
+bool CameraRegister::HandedOut(const ZelCamera* camera) const {
+    return std::any_of(m_Entries.begin(), m_Entries.end(),
+                       [=](const RegisteredCamera& entry) { return entry.camera == camera && entry.handed_out; });
 }
 
 bool CameraRegister::Knows(const ICameraInterface* camera_interface) const {
@@ -56,8 +72,13 @@ void DestroyCameras(const std::vector<RegisteredCamera>& cameras) {
         };
         if (std::any_of(cameras.begin(), entry, shares)) continue;  // destroyed together with an earlier one
 
-        for (auto other = entry; other != cameras.end(); ++other)
-            if (shares(*other) && other->camera) other->camera->Close();
+        bool gone = false;
+        for (auto other = entry; other != cameras.end(); ++other) {
+            if (!shares(*other) || !other->camera) continue;
+            gone = gone || zel_camera_control_transport_is_gone(other->camera);
+            other->camera->Close();
+        }
+        if (gone) entry->destroy_camera_interface(entry->camera_interface);
         for (auto other = entry; other != cameras.end(); ++other) {
             if (!shares(*other) || !other->camera) continue;
             ZEL_LOG(CameraControlLogger().Get(), kLogTrace, "ZelSDKImpl::Close",
@@ -65,7 +86,7 @@ void DestroyCameras(const std::vector<RegisteredCamera>& cameras) {
             zel_camera_control_destroy(other->camera);
             CameraControlLogger().Destroy();
         }
-        entry->destroy_camera_interface(entry->camera_interface);
+        if (!gone) entry->destroy_camera_interface(entry->camera_interface);
     }
 }
 

@@ -12,7 +12,6 @@ CameraTables& Tables() {
 
 void CameraTables::Init() {
     const std::lock_guard guard(lock);
-    closing = false;
     _zel_camera_array.fill(nullptr);
     _icamera_libs.fill(LibraryRecord{});
     cameras.ForgetClosed();
@@ -57,32 +56,32 @@ ICameraInterface* CameraTables::CreateInterface(CreateCameraInterfaceFunction cr
     return camera_interface;
 }
 
+ZelCamera* CameraTables::HandOutCamera(std::size_t number) {
+    const std::lock_guard guard(lock);
+    ZelCamera* const camera = _zel_camera_array[number];
+    if (camera) cameras.HandOut(camera);
+    return camera;
+}
+
+void CameraTables::ReplaceCamera(const ZelCamera* old, ZelCamera* camera) {
+    for (ZelCamera*& place : _zel_camera_array) {
+        if (old && place == old) place = camera;
+    }
+}
+
 const std::vector<RegisteredCamera>& CameraTables::TakeCameras() {
     const std::lock_guard guard(lock);
-    ++session;
-    closing = true;
     const std::vector<RegisteredCamera>& taken = cameras.CloseAll(_zel_camera_array.data(), kMaxCameras);
     _zel_camera_array.fill(nullptr);
     return taken;
 }
 
-bool MakeRegisteredCamera(unsigned session, ICameraInterface* camera_interface, const char* text,
-                          DestroyCameraInterfaceFunction destroy_camera_interface, ZelCamera*& camera) {
-    camera = zel_camera_control_create(camera_interface, text);
-    if (!camera_interface) return true;
-    bool shared = false;
-    {
-        CameraTables& tables = Tables();
-        const std::lock_guard guard(tables.lock);
-        if (!tables.closing && tables.session == session &&
-            tables.cameras.Add({camera, camera_interface, destroy_camera_interface}))
-            return true;
-        shared = tables.cameras.Knows(camera_interface);
-    }
-    zel_camera_control_destroy(camera);
-    camera = nullptr;
-    if (!shared) destroy_camera_interface(camera_interface);
-    return false;
+bool CameraTables::CallerIsInside() {
+    if (gate.Inside()) return true;
+    const std::lock_guard guard(lock);
+    bool inside = false;
+    cameras.ForEach([&](const RegisteredCamera& entry) { inside = inside || zel_camera_control_inside(entry.camera); });
+    return inside;
 }
 
 }  // namespace zel

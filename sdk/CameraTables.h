@@ -2,14 +2,19 @@
 //
 // A camera search writes them under the manager's mutex; hot-plug events write them without it, on a plug-in's thread.
 // `lock` keeps the two from mixing their bytes. It is never held while an application, a plug-in or a camera is called.
+//
+// Who works with the tables is inside `gate`, which is open while the SDK is.
 #ifndef SDK_CAMERATABLES_H
 #define SDK_CAMERATABLES_H
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <vector>
 
+#include "platform/Locks.h"
+#include "platform/OperationGate.h"
 #include "sdk/CameraRegister.h"
 #include "sdk/InterfaceLibrary.h"
 #include "sdk/TextSlot.h"
@@ -33,9 +38,16 @@ struct CameraTables {
 
     std::mutex lock;
 
-    ZelCameraManager* manager = nullptr;  // the one instance
-    unsigned session = 0;                 // changes when the manager starts to close
-    bool closing = false;                 // from then until the next Open: no camera object is entered any more
+    // Why `gate` is shut.
+    static constexpr unsigned kNotOpen = 1;
+    static constexpr unsigned kClosing = 2;
+    platform::OperationGate gate;
+    // Hot-plug events of each library that are under way.
+    std::array<platform::OperationGate, kNumInterfaceLibraries> events;
+    // One thread at a time gives a transport a camera object. Held while the transport stores the pointers to it.
+    platform::RecursiveLock adopting;
+
+    std::atomic<ZelCameraManager*> manager{nullptr};  // the one instance
 
     std::array<ZelCamera*, kMaxCameras> _zel_camera_array{};
     std::array<TextSlot, kNameSlots> names;
@@ -68,18 +80,19 @@ struct CameraTables {
     // writes without the lock; what it writes goes into the slot.
     ICameraInterface* CreateInterface(CreateCameraInterfaceFunction create_camera_interface, int cam_index,
                                       TextSlot& slot, TextSlot& handed);
-    // Hands out every camera object, those in the tables first, and ends the session.
+    // The camera object with this number, which the application may hold from then on.
+    ZelCamera* HandOutCamera(std::size_t number);
+    // Puts a camera object into the place of another one, wherever that stands.
+    void ReplaceCamera(const ZelCamera* old, ZelCamera* camera);
+    // Hands out every camera object, those in the tables first; none is entered any more.
     const std::vector<RegisteredCamera>& TakeCameras();
+    // Whether the calling thread is inside the tables or any camera object: it may be waited for.
+    bool CallerIsInside();
+
+    CameraTables() { gate.Shut(kNotOpen); }
 };
 
 CameraTables& Tables();
-
-// Makes a camera object around a transport and enters both in the register. `camera` is null when the object can't be
-// made; for a null transport nothing is entered. `session` is the one in which the transport was asked for: when the
-// manager has started to close since, or the register has no room, both are destroyed on the spot and the result is
-// false.
-bool MakeRegisteredCamera(unsigned session, ICameraInterface* camera_interface, const char* text,
-                          DestroyCameraInterfaceFunction destroy_camera_interface, ZelCamera*& camera);
 
 }  // namespace zel
 

@@ -2,8 +2,8 @@
 #include "include/ZelProgress.h"
 #include "include/ZelSDK.h"
 #include "sdk/Logger.h"
+#include "sdk/ManagerUse.h"
 #include "sdk/VersionText.h"
-#include "sdk/ZelCameraManager.h"
 #include "sdk/ZelSDKImpl.h"
 #include "util/ProgressReporter.h"
 
@@ -14,7 +14,7 @@ ZelSDK* ZEL_CALL zel_create_sdk() { return zel::ZelSDKImpl::CreateZelSDK(); }
 void ZEL_CALL zel_destroy_sdk(ZelSDK* sdk) { zel::ZelSDKImpl::DestroyZelSDK(sdk); }
 
 int ZEL_CALL zel_set_camera_connect_callback(ZelCameraConnectCallback callback, void* context) {
-    zel::ZelCameraManager* manager = zel::_zel_camera_manager;
+    const zel::ManagerUse manager;
     if (!manager) return 0;
     ZEL_LOG(zel::SdkLogger().Get(), zel::kLogTrace, "zel_set_camera_connect_callback",
             "zel_sdk.dll - calling _zel_camera_manager->SetCameraConnectCallback()");

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "camera/ZelCameraFactory.h"
+#include "sdk/CameraTables.h"
 #include "sdk/Logger.h"
 
 namespace zel {
@@ -31,6 +33,18 @@ void BindExports(BoundLibrary& bound) {
     Bind(record.module, "get_camera_port_type", record.get_camera_port_type);
     Bind(record.module, "lib_unload", record.lib_unload);
     Bind(record.module, "set_camera_connection_event_callback", bound.set_camera_connection_event_callback);
+}
+
+// The library's transports may go with it, although they must not: their camera objects leave them alone until they
+// show that they live. False while an event of the library is under way.
+bool ShutDownBegins(int library) {
+    CameraTables& tables = Tables();
+    if (!tables.events[static_cast<std::size_t>(library)].Empty()) return false;
+    const std::lock_guard guard(tables.lock);
+    tables.cameras.ForEach([&](const RegisteredCamera& entry) {
+        if (entry.library == library) zel_camera_control_suspend(entry.camera);
+    });
+    return true;
 }
 
 }  // namespace
@@ -64,7 +78,9 @@ int CountCameras(int library, const BoundLibrary& bound) {
     const int count = std::max(answer, 0);
     if (count > 0 || library == kUsbLibrary) return count;
 
-    if (bound.record.lib_unload) {
+    // A library is not shut down while it reports an event: it may be waiting for that report, or the report for us.
+    // The next search does it.
+    if (bound.record.lib_unload && ShutDownBegins(library)) {
         ZEL_LOG(log, kLogTrace, kFunction, "num_cameras == 0: calling lib_unload() on \"%s\" \n", kNames[library]);
         bound.record.lib_unload();
     }

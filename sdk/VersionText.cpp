@@ -6,8 +6,8 @@
 #include <cstring>
 #include <mutex>
 
-#include "sdk/CameraTables.h"
 #include "sdk/InterfaceLibrary.h"
+#include "sdk/ManagerUse.h"
 
 namespace zel {
 
@@ -36,7 +36,9 @@ char* ComposeVersionText() {
     // On purpose: nine blanks, and a point at the end of the version.
     std::snprintf(buffer.data(), buffer.size(), "%s         - %s", "zel_sdk.dll", "3.6.0.0.");
     for (int library = 0; library < kNumInterfaceLibraries; ++library) {
-        if (platform::LibraryHandle recorded = Tables().Library(library).module) {
+        // A record's library stays loaded as long as somebody is inside.
+        const ManagerUse manager;
+        if (platform::LibraryHandle recorded = manager ? Tables().Library(library).module : nullptr) {
             AppendVersionOf(recorded, buffer);
         } else if (platform::LibraryHandle loaded = platform::LoadSharedLibrary(InterfaceLibraryName(library))) {
             AppendVersionOf(loaded, buffer);

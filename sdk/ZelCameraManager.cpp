@@ -19,8 +19,8 @@ ZelCameraManager* ZelCameraManager::Create() try {
     ZelCameraManager* manager = nullptr;
     {
         const std::lock_guard guard(tables.lock);
-        if (!tables.manager) tables.manager = new ZelCameraManager;
         manager = tables.manager;
+        if (!manager) tables.manager = manager = new ZelCameraManager;
     }
     ZEL_LOG(log, kLogTrace, "ZelCameraManager::Create", "Exit");
     return manager;
@@ -33,7 +33,7 @@ bool ZelCameraManager::Destroy() {
     ZelCameraManager* manager = nullptr;
     {
         const std::lock_guard guard(tables.lock);
-        if (tables.manager == _zel_camera_manager) {
+        if (tables.manager.load() == _zel_camera_manager.load()) {
             manager = tables.manager;
             tables.manager = nullptr;
         }

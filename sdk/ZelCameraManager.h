@@ -49,9 +49,8 @@ class ZelCameraManager {
     bool Lock();
     void Unlock();
     void SearchLibrary(int library);
-    bool AddCamera(const BoundLibrary& bound, int cam_index);
-    static bool HasManager();
-    static void CallApplication(int event_id, int index, bool in_tables);
+    bool AddCamera(int library, const BoundLibrary& bound, int cam_index);
+    void CallApplication(int event_id, int index, bool in_tables);
     const char* PortType(int camera_number);
 
     [[maybe_unused]] unsigned m_Reserved = 0;

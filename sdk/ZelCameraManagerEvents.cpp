@@ -2,9 +2,9 @@
 // held while a plug-in, a camera or the application is called.
 #include <cstring>
 
-#include "sdk/CameraTables.h"
+#include "sdk/Adoption.h"
 #include "sdk/Logger.h"
-#include "sdk/ZelCameraManager.h"
+#include "sdk/ManagerUse.h"
 
 namespace zel {
 
@@ -20,7 +20,6 @@ struct Connection {
     int cam_index;            // within the library
     int context;              // the library's index
     std::size_t index;        // camera number, 0 to 7
-    unsigned session;         // of the manager when the event came
     TextSlot* name_at_count;  // name slot at the number of cameras
 };
 
@@ -76,14 +75,12 @@ void CreateCamera(const Connection& connection, const char* text) {
     ICameraInterface* camera_interface = CreateInterface(connection);
     ZEL_LOG(log, kLogTrace, kFunction, "calling zel_camera_control_create(camera:%s, str:%s)",
             PointerText(camera_interface).text, TextOrEmpty(text));
-    ZelCamera* camera = nullptr;
-    if (!MakeRegisteredCamera(connection.session, camera_interface, text, connection.library.destroy_camera_interface,
-                              camera))
-        return;
+    ZelCamera* const camera =
+        AdoptConnected({camera_interface, connection.context, connection.library.destroy_camera_interface}, text);
     {
-        // The object that had this place stays in the register until the SDK is closed.
+        // An object that had this place stays in the register until the SDK is closed.
         const std::lock_guard guard(tables.lock);
-        if (tables.session == connection.session) tables._zel_camera_array[connection.index] = camera;
+        tables._zel_camera_array[connection.index] = camera;
     }
     ZEL_LOG(log, kLogTrace, kFunction,
             "returned from zel_camera_control_create(camera:%s, str:%s) _zel_camera_array[%d]:%s",
@@ -122,7 +119,6 @@ Connection FindPlace(int cam_index, int context, int& index) {
                       cam_index,
                       context,
                       static_cast<std::size_t>(index),
-                      tables.session,
                       &tables.names[static_cast<std::size_t>(tables.number_of_cameras)]};
     }
     ZEL_LOG(CameraManagerLogger().Get(), kLogTrace, kFunction, "_zel_camera_index_offset[offset:%d]:%d\n", context,
@@ -137,7 +133,8 @@ void ZEL_CALL ZelCameraManager::HandleCameraConnectionEvent(int event_id, int ca
     ZEL_LOG(log, kLogTrace, kFunction,
             "ZelCameraManager::HandleConnectionEvent(event_id:%d, offset:%d, cam_index:%d)\n", event_id, context,
             cam_index);
-    if (!HasManager()) return;
+    const ManagerUse manager;
+    if (!manager) return;
     if (context == kNoContext) {
         ZEL_LOG(log, kLogTrace, kFunction,
                 "ZelCameraManagerConnectionEvent(event_id:%d, offset:%d) offset is -1 so we bail\n", event_id, context);
@@ -145,6 +142,7 @@ void ZEL_CALL ZelCameraManager::HandleCameraConnectionEvent(int event_id, int ca
     }
     if (context < 0 || context >= kNumInterfaceLibraries) return;
 
+    const platform::OperationGate::Entry event(Tables().events[static_cast<std::size_t>(context)]);
     int index = 0;
     const Connection connection = FindPlace(cam_index, context, index);
     const bool in_tables = index >= 0 && index < kMaxCameras;
@@ -154,12 +152,7 @@ void ZEL_CALL ZelCameraManager::HandleCameraConnectionEvent(int event_id, int ca
     } else if (event_id == ICAMERA_INTERFACE_EVENT_ID_DISCONNECT) {
         ZEL_LOG(log, kLogTrace, kFunction, "---------ICAMERA_INTERFACE_EVENT_ID_DISCONNECT-------------");
     }
-    CallApplication(event_id, index, in_tables);
-}
-
-bool ZelCameraManager::HasManager() {
-    const std::lock_guard guard(Tables().lock);
-    return Tables().manager != nullptr;
+    manager->CallApplication(event_id, index, in_tables);
 }
 
 void ZelCameraManager::CallApplication(int event_id, int index, bool in_tables) {
@@ -170,9 +163,8 @@ void ZelCameraManager::CallApplication(int event_id, int index, bool in_tables) 
     unsigned counter = 0;
     {
         const std::lock_guard guard(tables.lock);
-        if (!tables.manager) return;
-        callback = tables.manager->m_CameraConnectCallback;
-        context = tables.manager->m_ConnectContext;
+        callback = m_CameraConnectCallback;
+        context = m_ConnectContext;
         counter = tables.callback_counter;
     }
     ZEL_LOG(log, kLogTrace, kFunction, "ZelCameraManager::HandleCameraConnectionEvent() - event_id:%d index:%d ",
@@ -180,7 +172,7 @@ void ZelCameraManager::CallApplication(int event_id, int index, bool in_tables) 
     ZEL_LOG(log, kLogTrace, kFunction,
             "ZelCameraManager::HandleCameraConnectionEvent() - _zelCameraManager->m_CameraConnectCallback:%s",
             PointerText(callback).text);
-    if (!callback) return;
+    if (!callback || tables.gate.IsShut(CameraTables::kClosing)) return;
 
     // A number outside the tables has empty texts.
     const auto number = static_cast<std::size_t>(index);

@@ -24,11 +24,7 @@ ZelCamera* ZelCameraManager::GetCamera(int camera_number) {
     ZEL_LOG(log, kLogTrace, "ZelCameraManager::GetCamera", "Enter : camera_number:%d [0-%d]", camera_number,
             kMaxCameras);
     if (!IsCameraNumber(camera_number)) return nullptr;
-    ZelCamera* camera = nullptr;
-    {
-        const std::lock_guard guard(Tables().lock);
-        camera = Tables()._zel_camera_array[static_cast<std::size_t>(camera_number)];
-    }
+    ZelCamera* const camera = Tables().HandOutCamera(static_cast<std::size_t>(camera_number));
     ZEL_LOG(log, kLogTrace, "ZelCameraManager::GetCamera", "Exit - camera: %s", PointerText(camera).text);
     return camera;
 }

@@ -1,7 +1,8 @@
 // The camera search: asks every interface library for its cameras and builds the tables from scratch.
+#include <algorithm>
 #include <cstdint>
 
-#include "link/ICameraInterface.h"
+#include "sdk/Adoption.h"
 #include "sdk/CameraTables.h"
 #include "sdk/Logger.h"
 #include "sdk/VersionText.h"
@@ -12,6 +13,10 @@ namespace zel {
 namespace {
 
 constexpr const char* kFunction = "ZelCameraManager::GetNumberOfCameras";
+
+// As many as the table of indices, one byte each, can tell apart: a library that invents cameras which it then does not
+// make keeps the search no longer than that.
+constexpr int kMaxCamerasOfLibrary = 256;
 
 const char* TextOrEmpty(const char* text) { return text ? text : ""; }
 
@@ -49,22 +54,6 @@ void StoreDetails(const BoundLibrary& bound, int cam_index, std::size_t number) 
     }
 }
 
-// Finds the camera object bound to a transport that an earlier search met; otherwise makes one and binds it. False when
-// the transport had to be destroyed.
-bool BindCamera(unsigned session, ICameraInterface* camera_interface, const char* name,
-                DestroyCameraInterfaceFunction destroy_camera_interface, ZelCamera*& camera) {
-    camera = camera_interface->GetCameraObject();
-    if (camera) {
-        CameraTables& tables = Tables();
-        const std::lock_guard guard(tables.lock);
-        // A transport may have outlived the camera object that it names.
-        if (tables.cameras.Holds(camera, camera_interface)) return true;
-    }
-    if (!MakeRegisteredCamera(session, camera_interface, name, destroy_camera_interface, camera)) return false;
-    camera_interface->SetCameraObject(camera);
-    return true;
-}
-
 }  // namespace
 
 int ZelCameraManager::GetNumberOfCameras(int, int, int) {
@@ -73,7 +62,9 @@ int ZelCameraManager::GetNumberOfCameras(int, int, int) {
     int number = 0;
     if (Lock()) {
         tables.ClearForSearch();
-        for (int library = 0; library < kNumInterfaceLibraries; ++library) SearchLibrary(library);
+        for (int library = 0; library < kNumInterfaceLibraries; ++library) {
+            if (!tables.gate.IsShut(CameraTables::kClosing)) SearchLibrary(library);
+        }
         {
             const std::lock_guard guard(tables.lock);
             number = tables.number_of_cameras;
@@ -107,21 +98,20 @@ void ZelCameraManager::SearchLibrary(int library) {
     ZEL_LOG(CameraManagerLogger().Get(), kLogTrace, kFunction,
             "ZelCameraManager::GetNumberOfCameras() [%s] - returned %d cameras\n", InterfaceLibraryName(library),
             count);
-    for (int cam_index = 0; cam_index < count && AddCamera(bound, cam_index); ++cam_index) {
+    for (int cam_index = 0; cam_index < std::min(count, kMaxCamerasOfLibrary); ++cam_index) {
+        if (tables.gate.IsShut(CameraTables::kClosing) || !AddCamera(library, bound, cam_index)) break;
     }
     if (bound.set_camera_connection_event_callback)
         bound.set_camera_connection_event_callback(&HandleCameraConnectionEvent, library);
 }
 
 // Describes one camera and makes its camera object. False when there is no room for further cameras.
-bool ZelCameraManager::AddCamera(const BoundLibrary& bound, int cam_index) {
+bool ZelCameraManager::AddCamera(int library, const BoundLibrary& bound, int cam_index) {
     CameraTables& tables = Tables();
     std::size_t number = 0;
-    unsigned session = 0;
     {
         const std::lock_guard guard(tables.lock);
         number = static_cast<std::size_t>(tables.number_of_cameras);
-        session = tables.session;
         tables.camera_library_index[number] = static_cast<std::uint8_t>(cam_index);
         if (number >= kMaxCameras) return false;
     }
@@ -134,7 +124,8 @@ bool ZelCameraManager::AddCamera(const BoundLibrary& bound, int cam_index) {
 
     StoreInterfaceType(bound, cam_index, tables._zel_camera_interface_type_str[number]);
     ZelCamera* camera = nullptr;
-    if (!BindCamera(session, camera_interface, name.Data(), bound.record.destroy_camera_interface, camera)) return true;
+    if (!AdoptFound({camera_interface, library, bound.record.destroy_camera_interface}, name.Data(), camera))
+        return true;
     {
         const std::lock_guard guard(tables.lock);
         tables._zel_camera_array[number] = camera;

@@ -1,15 +1,17 @@
 #include "sdk/ZelSDKImpl.h"
 
+#include <atomic>
 #include <new>
 
 #include "sdk/Logger.h"
-#include "sdk/ZelCameraManager.h"
+#include "sdk/ManagerUse.h"
+#include "sdk/SdkSession.h"
 
 namespace zel {
 
 namespace {
 
-ZelSDK* s_ZelSDK = nullptr;
+std::atomic<ZelSDK*> s_ZelSDK{nullptr};
 
 }  // namespace
 
@@ -34,37 +36,25 @@ void ZelSDKImpl::DestroyZelSDK(ZelSDK* sdk) {
 bool ZelSDKImpl::Open() {
     Logger& log = SdkLogger().Get();
     ZEL_LOG(log, kLogTrace, "ZelSDKImpl::Open", "Calling ZelSDKImpl::Open");
-    if (_zel_camera_manager) return true;
-    ZelCameraManager* manager = ZelCameraManager::Create();
-    if (!manager) {
-        ZEL_LOG(log, kLogError, "ZelSDKImpl::Open", "ZelCameraManager::Create() failed");
-        return false;
-    }
-    manager->Init();
-    _zel_camera_manager = manager;
-    return true;
+    return Session().Open();
 }
 
 bool ZelSDKImpl::Close() {
     ZEL_LOG(SdkLogger().Get(), kLogTrace, "ZelSDKImpl::Close", "Calling ZelSDKImpl::Close");
-    ZelCameraManager* manager = _zel_camera_manager;
-    if (!manager) return true;
-    manager->Close();
-    ZelCameraManager::Destroy();
-    _zel_camera_manager = nullptr;
+    Session().Close();
     return true;
 }
 
 int ZelSDKImpl::GetNumberOfCameras() {
     ZEL_LOG(SdkLogger().Get(), kLogTrace, "ZelSDKImpl::GetNumberOfCameras", "Calling GetNumberOfCameras");
-    ZelCameraManager* manager = _zel_camera_manager;
+    const ManagerUse manager;
     return manager ? manager->GetNumberOfCameras(0, 0, 0) : 0;
 }
 
 ZelCamera* ZelSDKImpl::GetCamera(int camera_number) {
     Logger& log = SdkLogger().Get();
     ZEL_LOG(log, kLogTrace, "ZelSDKImpl::GetCamera", "ZelSDK::GetCamera() - camera_number:%d\n", camera_number);
-    ZelCameraManager* manager = _zel_camera_manager;
+    const ManagerUse manager;
     if (!manager) return nullptr;
     ZelCamera* camera = manager->GetCamera(camera_number);
     ZEL_LOG(log, kLogTrace, "ZelSDKImpl::GetCamera", "returning camera:%s", PointerText(camera).text);
@@ -72,22 +62,22 @@ ZelCamera* ZelSDKImpl::GetCamera(int camera_number) {
 }
 
 const char* ZelSDKImpl::GetCameraInterfaceTypeStr(int camera_number) {
-    ZelCameraManager* manager = _zel_camera_manager;
+    const ManagerUse manager;
     return manager ? manager->GetCameraInterfaceTypeStr(camera_number) : nullptr;
 }
 
 const char* ZelSDKImpl::GetCameraAddressStr(int camera_number, int address_select) {
-    ZelCameraManager* manager = _zel_camera_manager;
+    const ManagerUse manager;
     return manager ? manager->GetCameraAddressStr(camera_number, address_select) : nullptr;
 }
 
 const char* ZelSDKImpl::GetCameraName(int camera_number) {
-    ZelCameraManager* manager = _zel_camera_manager;
+    const ManagerUse manager;
     return manager ? manager->GetCameraName(camera_number) : nullptr;
 }
 
 const char* ZelSDKImpl::GetCameraSerialNumStr(int camera_number) {
-    ZelCameraManager* manager = _zel_camera_manager;
+    const ManagerUse manager;
     return manager ? manager->GetCameraSerialNumStr(camera_number) : nullptr;
 }
 

@@ -1,6 +1,8 @@
 // The camera search: numbering, limits, and libraries that fail or have no camera.
 #include "tests/sdk/SdkFixture.h"
 
+#include <climits>
+
 namespace zel::test {
 namespace {
 
@@ -80,6 +82,12 @@ TEST_F(CameraSearch, LeavesOutACameraWithoutATransport) {
     ASSERT_EQ(3, Search(3, 0, 1));
     EXPECT_STREQ("edt_camera_link name 2", m_Sdk->GetCameraName(1));
     EXPECT_STREQ("zel_usb name 0", m_Sdk->GetCameraName(2));
+}
+
+TEST_F(CameraSearch, AsksALibraryForNoMoreCamerasThanItsIndexCanTellApart) {
+    m_Edt->failing_camera = kAllCameras;
+    EXPECT_EQ(0, Search(INT_MAX, 0, 0));
+    EXPECT_EQ(256, m_Edt->created);
 }
 
 TEST_F(CameraSearch, CountsACameraWhoseObjectCannotBeMade) {

@@ -1,4 +1,7 @@
 // Closing: order of destruction, and what becomes of the libraries.
+#include <atomic>
+#include <thread>
+
 #include "tests/sdk/SdkFixture.h"
 
 namespace zel::test {
@@ -35,6 +38,32 @@ TEST_F(Closing, ShutsALibraryDownOnceMoreThatWasReleasedMeanwhile) {
     m_Sdk->Close();
     EXPECT_EQ(2, m_Edt->unloads);
     EXPECT_EQ(0, m_Edt->transports);
+}
+
+TEST_F(Closing, LeavesTransportsAloneThatWentWithTheirLibrary) {
+    ASSERT_EQ(1, Search(1, 0, 0));
+    m_Edt->unload_kills = true;
+    ASSERT_EQ(0, Search(0, 0, 0));
+    m_Sdk->Close();
+    EXPECT_EQ(0, m_Edt->transports);  // and no call of the dead, says the fixture
+}
+
+TEST_F(Closing, WaitsForOperationsOnOtherThreads) {
+    std::atomic<bool> done{false};
+    std::thread searching([&] {
+        while (!done) {
+            m_Sdk->GetNumberOfCameras();
+            m_Sdk->GetCamera(0);
+            m_Sdk->GetCameraName(0);
+        }
+    });
+    m_Edt->num_cameras = 2;
+    for (int i = 0; i < 500; ++i) {
+        m_Sdk->Close();
+        ASSERT_TRUE(m_Sdk->Open());
+    }
+    done = true;
+    searching.join();
 }
 
 TEST_F(Closing, TwiceShutsLibrariesDownOnce) {

@@ -56,6 +56,11 @@ ZelCamera* zel_camera_control_create(ICameraInterface* camera, const char* insta
 
 void zel_camera_control_destroy(ZelCamera* camera) { ZelDelete(camera); }
 
-ICameraInterface* zel_camera_control_interface(ZelCamera* camera) {
-    return static_cast<zel::test::FakeCamera*>(camera)->m_Transport;
+bool zel_camera_control_inside(ZelCamera*) { return false; }
+void zel_camera_control_begin_end(ZelCamera*) {}
+bool zel_camera_control_retire(ZelCamera* camera) { return !static_cast<zel::test::FakeCamera*>(camera)->m_InUse; }
+void zel_camera_control_suspend(ZelCamera* camera) { static_cast<zel::test::FakeCamera*>(camera)->m_Suspended = true; }
+void zel_camera_control_resume(ZelCamera* camera) { static_cast<zel::test::FakeCamera*>(camera)->m_Suspended = false; }
+bool zel_camera_control_transport_is_gone(ZelCamera* camera) {
+    return static_cast<zel::test::FakeCamera*>(camera)->m_Suspended;
 }

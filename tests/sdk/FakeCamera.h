@@ -2,6 +2,7 @@
 #ifndef TESTS_SDK_FAKECAMERA_H
 #define TESTS_SDK_FAKECAMERA_H
 
+#include <atomic>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,9 @@ class FakeCamera final : public ZelCamera {
 
     ICameraInterface* const m_Transport;
     const std::string m_Name;  // the factory's second argument; "(null)" for a null one
+
+    std::atomic<bool> m_InUse{false};  // can't be retired
+    std::atomic<bool> m_Suspended{false};
 
     // What happened since the last call, oldest first: "create NAME", "close NAME", "destroy NAME".
     static std::vector<std::string> TakeJournal();

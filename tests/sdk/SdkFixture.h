@@ -60,6 +60,7 @@ class SdkFixture : public testing::Test {
         for (PluginHold* plugin : {&m_Edt, &m_Pleora, &m_Usb}) {
             EXPECT_EQ(0, (*plugin)->transports);
             EXPECT_EQ(0, (*plugin)->double_destructions);
+            EXPECT_EQ(0, (*plugin)->calls_of_the_dead);
         }
         DrainLoads();
     }
@@ -90,12 +91,14 @@ class SdkFixture : public testing::Test {
             TestPluginControl& control = **plugin;
             control.num_cameras = 0;
             control.failing_camera = -1;
-            control.fresh_transports = control.keep_transports = control.overwrite_name = control.block = false;
+            control.fresh_transports = control.keep_transports = control.overwrite_name = control.block =
+                control.unload_kills = false;
             control.text_kind = TextKind::kIndexed;
             control.port_type = "USB 3.0";
             control.version = nullptr;
             control.blocked = false;
-            control.mark = control.unloads = control.transports = control.double_destructions = 0;
+            control.mark = control.unloads = control.transports = control.created = control.double_destructions =
+                control.calls_of_the_dead = 0;
             control.callback = nullptr;
             control.context = -2;
             control.last_name[0] = '\0';

@@ -17,34 +17,41 @@ constexpr int kMaxTransports = 4096;
 zel::test::TestPluginControl s_Control;
 [[maybe_unused]] std::mutex s_NameLock;  // a search and an event may ask for transports at the same time
 
-// A transport that only remembers the camera object bound to it.
+// A transport that remembers the camera object bound to it, and is seen being used after its end.
 class TestTransport final : public ICameraInterface {
   public:
-    void SetCameraCommon(IZelCameraCommon*) override {}
-    int Connect() override { return 0; }
-    int Disconnect() override { return 0; }
-    int SendData(int, const unsigned char*) override { return 0; }
-    int RecvData(int, unsigned char*, int) override { return 0; }
-    int Start() override { return 0; }
-    int Stop() override { return 0; }
-    int GetInterfaceType() override { return CAMERA_TYPE_USB; }
-    int PrepareAcquisition(int*) override { return 0; }
-    void SetFrameCount(int) override {}
-    bool SetImageHandler(ZelImageHandler, ZelCamera*) override { return true; }
-    bool SetEventHandler(ZelEventHandler, ZelCamera*) override { return true; }
-    bool EnableEvents(int) override { return true; }
-    int GetStatusValue() override { return 0; }
-    int GetDroppedFrames() override { return 0; }
-    int StartTrigger() override { return 0; }
-    bool StopTrigger() override { return true; }
-    bool SetStatusValue(int) override { return true; }
-    bool GetLedState(unsigned char*) override { return false; }
-    bool SetLedState(bool) override { return false; }
-    void SetCameraObject(ZelCamera* camera) override { m_Bound = camera; }
-    ZelCamera* GetCameraObject() override { return m_Bound; }
+    void SetCameraCommon(IZelCameraCommon*) override { Touch(0); }
+    int Connect() override { return Touch(0); }
+    int Disconnect() override { return Touch(0); }
+    int SendData(int, const unsigned char*) override { return Touch(0); }
+    int RecvData(int, unsigned char*, int) override { return Touch(0); }
+    int Start() override { return Touch(0); }
+    int Stop() override { return Touch(0); }
+    int GetInterfaceType() override { return Touch(CAMERA_TYPE_USB); }
+    int PrepareAcquisition(int*) override { return Touch(0); }
+    void SetFrameCount(int) override { Touch(0); }
+    bool SetImageHandler(ZelImageHandler, ZelCamera*) override { return Touch(true); }
+    bool SetEventHandler(ZelEventHandler, ZelCamera*) override { return Touch(true); }
+    bool EnableEvents(int) override { return Touch(true); }
+    int GetStatusValue() override { return Touch(1); }
+    int GetDroppedFrames() override { return Touch(0); }
+    int StartTrigger() override { return Touch(0); }
+    bool StopTrigger() override { return Touch(true); }
+    bool SetStatusValue(int) override { return Touch(true); }
+    bool GetLedState(unsigned char*) override { return Touch(false); }
+    bool SetLedState(bool) override { return Touch(false); }
+    void SetCameraObject(ZelCamera* camera) override { m_Bound = Touch(camera); }
+    ZelCamera* GetCameraObject() override { return Touch(m_Bound.load()); }
 
     std::atomic<bool> m_Alive{false};
     std::atomic<ZelCamera*> m_Bound{nullptr};
+
+  private:
+    template <class Result>
+    Result Touch(Result result) const {
+        if (!m_Alive) ++s_Control.calls_of_the_dead;
+        return result;
+    }
 };
 
 // Transports live in a table and are never freed, so that a second destruction is seen and not suffered.
@@ -92,7 +99,8 @@ ZEL_PLUGIN_EXPORT ICameraInterface* ZEL_CALL create_camera_interface(int cam_ind
     }
     if (s_Control.overwrite_name) std::memset(name, 'o', 64);
     WaitWhileBlocked();
-    if (cam_index == s_Control.failing_camera) return nullptr;
+    ++s_Control.created;
+    if (cam_index == s_Control.failing_camera || s_Control.failing_camera == zel::test::kAllCameras) return nullptr;
     const int slot = s_Control.fresh_transports ? s_NextFresh.fetch_add(1) : cam_index % 256;
     TestTransport* transport = &s_Transports[slot % kMaxTransports];
     if (!transport->m_Alive.exchange(true)) {
@@ -105,7 +113,7 @@ ZEL_PLUGIN_EXPORT ICameraInterface* ZEL_CALL create_camera_interface(int cam_ind
 
 #ifndef PLUGIN_WITHOUT_DESTROY
 ZEL_PLUGIN_EXPORT void ZEL_CALL destroy_camera_interface(ICameraInterface* camera) {
-    if (static_cast<TestTransport*>(camera)->m_Alive.exchange(false))
+    if (static_cast<TestTransport*>(camera)->m_Alive.exchange(false) || s_Control.unload_kills)
         --s_Control.transports;
     else
         ++s_Control.double_destructions;
@@ -137,7 +145,11 @@ ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_address_str(int cam_index, int
 
 ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_version_str() { return s_Control.version; }
 
-ZEL_PLUGIN_EXPORT void ZEL_CALL lib_unload() { ++s_Control.unloads; }
+ZEL_PLUGIN_EXPORT void ZEL_CALL lib_unload() {
+    ++s_Control.unloads;
+    if (!s_Control.unload_kills) return;
+    for (TestTransport& transport : s_Transports) transport.m_Alive = false;
+}
 
 ZEL_PLUGIN_EXPORT void ZEL_CALL set_camera_connection_event_callback(ConnectionEventCallback callback, int context) {
     s_Control.callback = callback;

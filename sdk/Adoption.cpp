@@ -1,0 +1,75 @@
+#include "sdk/Adoption.h"
+
+#include "camera/ZelCameraFactory.h"
+#include "link/ICameraInterface.h"
+#include "sdk/CameraTables.h"
+
+namespace zel {
+
+namespace {
+
+ZelCamera* CurrentOf(const ICameraInterface* camera_interface) {
+    CameraTables& tables = Tables();
+    const std::lock_guard guard(tables.lock);
+    return tables.cameras.Current(camera_interface);
+}
+
+// Makes a camera object and enters it. False, with nothing left of the transport unless others share it, when there is
+// no room in the register.
+bool Make(const MadeTransport& transport, const char* text, ZelCamera*& camera) {
+    camera = zel_camera_control_create(transport.camera_interface, text);
+    if (!transport.camera_interface) return true;
+    CameraTables& tables = Tables();
+    bool shared = false;
+    {
+        const std::lock_guard guard(tables.lock);
+        if (tables.cameras.Add(
+                {camera, transport.camera_interface, transport.destroy_camera_interface, transport.library, false}))
+            return true;
+        shared = tables.cameras.Knows(transport.camera_interface);
+    }
+    zel_camera_control_destroy(camera);
+    camera = nullptr;
+    if (!shared) transport.destroy_camera_interface(transport.camera_interface);
+    return false;
+}
+
+}  // namespace
+
+bool AdoptFound(const MadeTransport& transport, const char* text, ZelCamera*& camera) {
+    const std::lock_guard adopting(Tables().adopting);
+    // What the transport names is not trusted: it may have outlived that object.
+    const ZelCamera* const bound = transport.camera_interface->GetCameraObject();
+    camera = CurrentOf(transport.camera_interface);
+    if (camera) {
+        zel_camera_control_resume(camera);
+        if (bound == camera) return true;
+    } else if (!Make(transport, text, camera)) {
+        return false;
+    }
+    transport.camera_interface->SetCameraObject(camera);
+    return true;
+}
+
+ZelCamera* AdoptConnected(const MadeTransport& transport, const char* text) {
+    CameraTables& tables = Tables();
+    const std::lock_guard adopting(tables.adopting);
+    ZelCamera* const old = transport.camera_interface ? CurrentOf(transport.camera_interface) : nullptr;
+    if (old && !zel_camera_control_retire(old)) {
+        zel_camera_control_resume(old);
+        return old;
+    }
+    ZelCamera* camera = nullptr;
+    Make(transport, text, camera);
+    if (!old) return camera;
+    {
+        const std::lock_guard guard(tables.lock);
+        tables.ReplaceCamera(old, camera);
+        if (tables.cameras.HandedOut(old)) return camera;
+        tables.cameras.Remove(old);
+    }
+    zel_camera_control_destroy(old);
+    return camera;
+}
+
+}  // namespace zel

@@ -38,6 +38,12 @@ SimBus::~SimBus() {
     if (m_Reporter.joinable()) m_Reporter.join();
 }
 
+bool SimBus::ShutDown() {
+    const std::lock_guard lock(m_Lock);
+    m_Callback = nullptr;
+    return !m_Reporting && std::ranges::none_of(m_Slots, [](const Slot& slot) { return slot.transport != nullptr; });
+}
+
 SimBus::Slot* SimBus::Find(int camera) {
     return camera >= 0 && camera < static_cast<int>(m_Slots.size()) ? &m_Slots[static_cast<std::size_t>(camera)]
                                                                     : nullptr;
@@ -75,8 +81,7 @@ const char* SimBus::NameText(int camera) {
     if (!slot) return "";
     const std::string name = slot->camera->Name();
     const std::lock_guard lock(m_Lock);
-    std::snprintf(slot->name.data(), slot->name.size(), "%s", name.c_str());
-    return slot->name.data();
+    return slot->names.insert(name).first->c_str();
 }
 
 const char* SimBus::SerialText(int camera) {

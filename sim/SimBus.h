@@ -10,6 +10,7 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -40,6 +41,10 @@ class SimBus {
     // -1: the library is to look broken. An unplugged camera keeps its number, so this is the number of the last
     // plugged camera plus one.
     int CameraCount();
+    // The library is shut down: no events until a callback is set again. Transports live on until they are destroyed.
+    // True when nothing is left that needs the bus.
+    bool ShutDown();
+
     // The same transport until it is destroyed; null without such a camera or while it is unplugged.
     ICameraInterface* CreateTransport(int camera);
     void DestroyTransport(ICameraInterface* transport);
@@ -60,7 +65,7 @@ class SimBus {
     struct Slot {
         std::unique_ptr<SimCamera> camera;
         std::unique_ptr<SimCameraTransport> transport;
-        std::array<char, 64> name{};
+        std::set<std::string> names;  // every one it ever had, since texts stay where they are
         std::array<std::array<char, 64>, 3> addresses{};
     };
     struct Report {

@@ -22,6 +22,7 @@ void SimCameraTransport::SetCameraCommon(IZelCameraCommon* camera) {
         if (camera != m_Common) {
             m_ImageHandler = nullptr;
             m_EventHandler = nullptr;
+            m_CameraObject = nullptr;
         }
         m_Common = camera;
     }
@@ -46,9 +47,9 @@ int SimCameraTransport::Connect() {
 
 int SimCameraTransport::Disconnect() {
     m_Camera.PassOccasion(FaultOccasion::kClose);
+    m_Connected = false;
     JoinFrames();
     m_Calls.WaitForCalls();
-    m_Connected = false;
     return ZEL_NO_ERROR;
 }
 
@@ -76,6 +77,7 @@ int SimCameraTransport::StartTrigger() { return Launch(true); }
 int SimCameraTransport::Launch(bool triggered) {
     if (OnFrameThread()) return ZEL_ERROR_UNSUPPORTED;
     JoinFrames();
+    const unsigned stops = m_Stops;
     m_Camera.PassOccasion(FaultOccasion::kStart);
     IZelCameraCommon* common = nullptr;
     {
@@ -86,7 +88,7 @@ int SimCameraTransport::Launch(bool triggered) {
     if (const int code = triggered ? common->StartTriggerCommon() : common->StartCommon()) return code;
 
     const std::lock_guard lock(m_ThreadLock);
-    if (m_Frames.joinable()) return ZEL_NO_ERROR;
+    if (m_Stops != stops || !m_Connected) return ZEL_ERROR_CAMERA_COMM_FAILURE;
     {
         const std::lock_guard camera_lock(m_Camera.Lock());
         m_StopRequested = false;
@@ -105,6 +107,7 @@ int SimCameraTransport::Launch(bool triggered) {
 // wish back, and the wait would have no end. The frame thread itself only wishes.
 void SimCameraTransport::JoinFrames() {
     const auto request = [this] {
+        ++m_Stops;
         {
             const std::lock_guard lock(m_Camera.Lock());
             m_StopRequested = true;

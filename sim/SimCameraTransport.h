@@ -99,6 +99,7 @@ class SimCameraTransport final : public ICameraInterface {
 
     SimCamera& m_Camera;
     std::atomic<bool> m_Connected{false};
+    std::atomic<unsigned> m_Stops{0};  // a launch that finds another stop than its own behind it gives up
 
     std::mutex m_BoundLock;
     IZelCameraCommon* m_Common = nullptr;

@@ -1,8 +1,8 @@
 // The exports of a plug-in made of simulated cameras. The bus is made when the library is first asked about its cameras
-// and ends with lib_unload.
+// and ends with the lib_unload that finds no transport alive; until then cameras stay as they are, plugged or not.
 #include <cstdio>
+#include <memory>
 #include <mutex>
-#include <new>
 
 #include "platform/DynamicLibrary.h"
 #include "sim/SimCommands.h"
@@ -14,21 +14,27 @@ namespace zel::sim {
 namespace {
 
 std::mutex g_Lock;
-SimBus* g_Bus = nullptr;  // a plain pointer: a process may end without lib_unload
 
-SimBus* Bus() {
+// Shared with whoever is inside an export. Never destroyed: a process may end without lib_unload.
+std::shared_ptr<SimBus>& TheBus() {
+    static auto& bus = *new std::shared_ptr<SimBus>;
+    return bus;
+}
+
+std::shared_ptr<SimBus> Bus() {
     const std::lock_guard lock(g_Lock);
+    std::shared_ptr<SimBus>& bus = TheBus();
     try {
-        if (!g_Bus) g_Bus = new SimBus(kThisPlugin);
+        if (!bus) bus = std::make_shared<SimBus>(kThisPlugin);
     } catch (const std::exception&) {
     }
-    return g_Bus;
+    return bus;
 }
 
 // Runs an operation on the bus; `failed` when there is none or it threw.
 template <class Result, class Operation>
 Result OnBus(Result failed, Operation operation) {
-    SimBus* const bus = Bus();
+    const std::shared_ptr<SimBus> bus = Bus();
     if (!bus) return failed;
     try {
         return operation(*bus);
@@ -81,9 +87,10 @@ ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_port_type(int cam_index) {
 }
 
 ZEL_PLUGIN_EXPORT void ZEL_CALL lib_unload() {
+    std::shared_ptr<SimBus> ended;  // destroyed after the lock is given back
     const std::lock_guard lock(zel::sim::g_Lock);
-    delete zel::sim::g_Bus;
-    zel::sim::g_Bus = nullptr;
+    std::shared_ptr<SimBus>& bus = zel::sim::TheBus();
+    if (bus && bus->ShutDown()) ended.swap(bus);
 }
 
 ZEL_PLUGIN_EXPORT void ZEL_CALL set_camera_connection_event_callback(ConnectionEventCallback callback, int context) {

@@ -15,6 +15,9 @@ void CheckLink(const PluginLibrary& library, ICameraInterface& transport, HostCa
 // Starting, frames, stopping.
 void CheckAcquisition(ICameraInterface& transport, HostCamera& host, Report& report);
 
+// Whether the transport and the library's exports outlast lib_unload. `count`: what get_num_cameras answered before.
+void CheckLifetime(const PluginLibrary& library, int count, int camera, ICameraInterface& transport, Report& report);
+
 }  // namespace zel::plugin_check
 
 #endif

@@ -10,7 +10,7 @@ namespace {
 
 using namespace zel::plugin_check;
 
-void CheckCamera(const PluginLibrary& library, int camera, Report& report) {
+void CheckCamera(const PluginLibrary& library, int count, int camera, Report& report) {
     std::printf("camera %d\n", camera);
     char name[64] = "";
     if (library.get_camera_name) std::snprintf(name, sizeof(name), "%s", library.get_camera_name(camera));
@@ -24,6 +24,7 @@ void CheckCamera(const PluginLibrary& library, int camera, Report& report) {
         CheckAcquisition(*transport, host, report);
         transport->SetCameraCommon(nullptr);
     }
+    CheckLifetime(library, count, camera, *transport, report);
     library.destroy_camera_interface(transport);
 }
 
@@ -66,7 +67,7 @@ int main(int argc, char** argv) {
     Report report;
     const PluginLibrary library(argv[1]);
     const int count = CheckLibrary(library, report);
-    for (int camera = 0; camera < count; ++camera) CheckCamera(library, camera, report);
+    for (int camera = 0; camera < count; ++camera) CheckCamera(library, count, camera, report);
     report.Check(count > 0, "cameras", count > 0 ? std::to_string(count) + " checked" : "none attached");
     if (library.lib_unload) library.lib_unload();
     std::printf("%d checks passed, %d failed\n", report.Passed(), report.Failed());

@@ -16,7 +16,6 @@ ZelCameraControl::ZelCameraControl(ICameraInterface* camera, const char* instanc
       m_SyncTable(camera, instance_name, m_ExchangeLock),
       m_TextProtocol(camera, instance_name, m_ExchangeLock),
       m_TapBalance(m_TextProtocol, instance_name) {
-    m_ModelValues.fill(kNoModelValue);
     LogAttributeTranslations("ZelCameraControl::ZelCameraControl");
 }
 
@@ -69,7 +68,7 @@ bool ZelCameraControl::SetTransportValue(int value) { return m_Camera && m_Camer
 bool ZelCameraControl::SetExposureToDefault() {
     if (!m_Camera) return false;
     SyncTableAttributes record{};
-    if (m_SyncTable.GetAttribute(EXPOSURE_TIME, &record)) m_SyncTable.Set(EXPOSURE_TIME, record.default_value);
+    if (m_SyncTable.GetAttribute(EXPOSURE_TIME, &record)) WriteExposure(record.default_value);
     return true;
 }
 
@@ -94,8 +93,6 @@ double ZelCameraControl::GetLinkFrameRate() { return m_Camera ? m_Camera->GetLin
 double ZelCameraControl::GetLinkLatency() { return m_Camera ? m_Camera->GetLinkLatency() : 0.0; }
 double ZelCameraControl::GetLinkUtilization() { return m_Camera ? m_Camera->GetLinkUtilization() : 0.0; }
 
-int ZelCameraControl::TransportInterfaceType() { return m_InterfaceType; }
-
 int ZelCameraControl::GetCameraInterfaceType() {
     switch (m_Camera ? m_Camera->GetInterfaceType() : 0) {
         case CAMERA_TYPE_EDT_CAMERA_LINK:
@@ -117,7 +114,7 @@ bool ZelCameraControl::FreeScratchBuffers() {
     return true;
 }
 
-bool ZelCameraControl::IsMonochrome() { return std::strcmp(m_FilterType.data(), "mono") == 0; }
+bool ZelCameraControl::IsMonochrome() { return std::strcmp(m_FilterType.Get().data(), "mono") == 0; }
 
 bool ZelCameraControl::SetImageAveraging(int frame_count_max, int reset) {
     if (frame_count_max < 0) return false;

@@ -59,18 +59,6 @@ TEST_F(ImageManagerTest, RecordsAreBornZeroedWithTheirGeometryAndBuffer) {
     }
 }
 
-TEST_F(ImageManagerTest, RestoreGeometryGivesARecordItsFullFrameBack) {
-    ASSERT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(1));
-    ZelImageInternal* const image = m_Pool.GetFreeImage();
-    image->w = 2;
-    image->h = 1;
-    image->bit_depth = image->bytes_per_pixel = image->num_pixels = image->size_in_bytes = 1;
-    image->image_number = 77;
-    m_Pool.RestoreGeometry(image);
-    ExpectFullFrame(*image);
-    EXPECT_EQ(77u, image->image_number);
-}
-
 TEST_F(ImageManagerTest, SameCountAndFrameSizeKeepTheRecordsWhereverTheyAre) {
     ASSERT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(3));
     const std::vector<ZelImageInternal*> images = TakeFree(2);
@@ -99,17 +87,9 @@ TEST_F(ImageManagerTest, AnotherCountOrFrameSizeBuildsThePoolAnew) {
     // The change is used up: the next call keeps the records, which are in use now.
     ASSERT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(2));
     EXPECT_EQ(2, Counts());
-}
-
-TEST_F(ImageManagerTest, NoRecordsForZeroAndNegativeCounts) {
-    ASSERT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(3));
-    EXPECT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(0));
-    EXPECT_EQ(0, Counts());
-    ASSERT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(3));
     EXPECT_EQ(kPoolNegativeCount, m_Pool.PixelBufferAllocate(-1));
     EXPECT_EQ(0, Counts());
     EXPECT_EQ(0, m_Pool.RegisteredCount());
-    EXPECT_EQ(nullptr, m_Pool.GetFreeImage());
 }
 
 TEST_F(ImageManagerTest, MoreThanTheAvailableMemoryIsRefused) {
@@ -199,16 +179,6 @@ TEST_F(ImageManagerTest, RecordsInAnotherStateAreRefusedAndStayWhereTheyAre) {
         EXPECT_FALSE(m_Pool.SetPendingImage(image));
         EXPECT_EQ(210, Counts());
     }
-}
-
-// Completing the record that was taken last makes the next one taken stand first in the in-use list.
-TEST_F(ImageManagerTest, InUseRecordsAreFreedInListOrder) {
-    ASSERT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(4));
-    const std::vector<ZelImageInternal*> images = TakeFree(3);
-    ASSERT_TRUE(m_Pool.SetPendingImage(images[2]));
-    ZelImageInternal* const last = m_Pool.GetFreeImage();
-    m_Pool.FreeAllInUseImages();
-    EXPECT_EQ((std::vector{images[2], last, images[0], images[1]}), TakeFree(4));
 }
 
 }  // namespace

@@ -26,6 +26,7 @@ TEST_F(TextTest, NamesTravelAsText) {
 // The camera's identity is asked for on several threads while a transport connects anew.
 TEST_F(TextTest, ThreadsReadTextsThatAreRenewed) {
     m_Table.m_Texts["name"] = "left arm";
+    EXPECT_EQ(m_Camera->ConnectCommon(), 0);
     const auto ask = [this] {
         for (int i = 0; i < 200; ++i) {
             EXPECT_STREQ(m_Camera->GetCameraName(), "left arm");

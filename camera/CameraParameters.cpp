@@ -169,7 +169,10 @@ bool ParameterHandlers::ReadRoiBin(ZelCameraControl& camera, unsigned, void* dat
     int fields[6];
     std::memcpy(fields, data, sizeof fields);  // one that can't be read stays as it is
     if (camera.m_Camera) {
-        for (int i = 0; i < 6; ++i) camera.m_SyncTable.Get(kRoiEntries[i], &fields[i]);
+        for (int i = 0; i < 6; ++i) {
+            int value = 0;
+            if (camera.m_SyncTable.Get(kRoiEntries[i], &value)) fields[i] = value;
+        }
     }
     std::memcpy(data, fields, sizeof fields);
     return true;

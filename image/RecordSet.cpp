@@ -42,14 +42,9 @@ RecordSet::~RecordSet() {
     FreePages(m_Slots);
 }
 
-bool RecordSet::Holds(const ZelImageInternal* image) const {
+std::size_t RecordSet::Index(const ZelImageInternal* image) const {
     const auto distance = reinterpret_cast<std::uintptr_t>(image) - reinterpret_cast<std::uintptr_t>(m_Slots);
-    return distance / sizeof(Slot) < m_Count && distance % sizeof(Slot) == 0;
-}
-
-FrameGeometry& RecordSet::Geometry(const ZelImageInternal* image) {
-    const auto distance = reinterpret_cast<std::uintptr_t>(image) - reinterpret_cast<std::uintptr_t>(m_Slots);
-    return m_Slots[distance / sizeof(Slot)].geometry;
+    return distance % sizeof(Slot) == 0 ? distance / sizeof(Slot) : m_Count;
 }
 
 }  // namespace zel

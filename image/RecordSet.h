@@ -3,6 +3,7 @@
 #ifndef IMAGE_RECORDSET_H
 #define IMAGE_RECORDSET_H
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -25,9 +26,9 @@ class RecordSet {
     unsigned Count() const { return m_Count; }
     ZelImageInternal* Image(unsigned i) { return &m_Slots[i].image; }
     // Whether this is one of the records; the pointer is only compared.
-    bool Holds(const ZelImageInternal* image) const;
+    bool Holds(const ZelImageInternal* image) const { return Index(image) < m_Count; }
     // What the frame in one of the records was taken with. Belongs to whoever the record belongs to.
-    FrameGeometry& Geometry(const ZelImageInternal* image);
+    FrameGeometry& Geometry(const ZelImageInternal* image) { return m_Slots[Index(image)].geometry; }
 
   private:
     // On purpose: a record is zeroed memory that is never constructed; its virtual-table pointer is null.
@@ -37,6 +38,7 @@ class RecordSet {
     };
 
     RecordSet() = default;
+    std::size_t Index(const ZelImageInternal* image) const;  // m_Count and above for other pointers
     bool Allocate(unsigned count, unsigned frame_bytes);
 
     Slot* m_Slots = nullptr;  // one piece of page memory for all of them

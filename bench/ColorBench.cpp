@@ -98,6 +98,7 @@ class Processor : public ZelCameraControlImpl {
   public:
     explicit Processor(int operation) : ZelCameraControlImpl("ColorBench") {
         FrameGeometry geometry;
+        geometry.interface_type = kUsb;
         geometry.width = geometry.height = kSide;
         geometry.bit_depth = kBits;
         geometry.bytes_per_pixel = 2;
@@ -108,7 +109,7 @@ class Processor : public ZelCameraControlImpl {
         ConcatenateMatrix(kMainPipeline, kMatrix.data());
         UpdateImagePool(kRing);
         for (auto& record : m_Records) {
-            record = Pool().GetFreeImage();
+            record = GetFreeImageImpl().image;
             Draw({record->pixels, kSamples}, kBits);
         }
     }
@@ -116,11 +117,8 @@ class Processor : public ZelCameraControlImpl {
         ZelImageInternal* const image = m_Records[i];
         Pool().RestoreGeometry(image);
         image->post_processed = 0;
-        PostProcessOnce(image, Path::kColor);
+        PostProcessOnce(Pool().Lease(image), Path::kColor);
     }
-
-  protected:
-    int TransportInterfaceType() override { return kUsb; }
 
   private:
     std::array<ZelImageInternal*, kRing> m_Records{};

@@ -94,6 +94,7 @@ class Processor : public ZelCameraControlImpl {
   public:
     Processor(int taps, ZelRoiBin roi) : ZelCameraControlImpl("FrameBench") {
         FrameGeometry geometry;
+        geometry.interface_type = kEBus;
         geometry.width = geometry.height = kSide;
         geometry.bit_depth = 12;
         geometry.bytes_per_pixel = 2;
@@ -102,7 +103,7 @@ class Processor : public ZelCameraControlImpl {
         SetGeometry(geometry);
         UpdateImagePool(kRing);
         for (auto& record : m_Records) {
-            record = Pool().GetFreeImage();
+            record = GetFreeImageImpl().image;
             Draw({record->pixels, kSamples}, 12);
         }
     }
@@ -110,9 +111,6 @@ class Processor : public ZelCameraControlImpl {
         Pool().RestoreGeometry(m_Records[i]);
         return m_Records[i];
     }
-
-  protected:
-    int TransportInterfaceType() override { return kEBus; }
 
   private:
     std::array<ZelImageInternal*, kRing> m_Records{};
@@ -131,13 +129,14 @@ void WholePath(Report& report, FrameBench& bench) {
     Processor readout(2, {0, 0, kSide, kSide, 1, 1});
     bench.Stage(
         "frame.unpack_two_taps", {0.70, 0.65}, 1,
-        [&](std::size_t i) { readout.PostProcessTapBalance(readout.Fresh(i)); },
+        [&](std::size_t i) { readout.PostProcessTapBalance(readout.Fresh(i), readout.Geometry()); },
         Peer{"vs_separate", {0, 3}, Separately(packed, frames)});
     Processor four(4, {0, 0, kSide, kSide, 1, 1});
-    bench.Stage("frame.unpack_four_taps", {}, 1, [&](std::size_t i) { four.PostProcessTapBalance(four.Fresh(i)); });
+    bench.Stage("frame.unpack_four_taps", {}, 1,
+                [&](std::size_t i) { four.PostProcessTapBalance(four.Fresh(i), four.Geometry()); });
 
     Processor whole(2, {kSide / 4, kSide / 4, kSide / 2, kSide / 2, 2, 2});
-    const auto process = [&](std::size_t i) { whole.PostProcessImage(whole.Fresh(i)); };
+    const auto process = [&](std::size_t i) { whole.PostProcessImage(whole.Fresh(i), whole.Geometry()); };
     bench.Stage("frame.whole", {0.55, 0.50}, 1, process);
     for (std::size_t i = 0; i < 16; ++i) process(i % kRing);
     const long before = PageFaults();

@@ -66,6 +66,7 @@ class Processor : public ZelCameraControlImpl {
   public:
     explicit Processor(TapBalance& balance) : ZelCameraControlImpl("TapBench"), m_Balance(balance) {
         FrameGeometry geometry;
+        geometry.interface_type = kEBus;
         geometry.width = geometry.height = kSide;
         geometry.bit_depth = kBits;
         geometry.bytes_per_pixel = 2;
@@ -74,17 +75,16 @@ class Processor : public ZelCameraControlImpl {
         SetGeometry(geometry);
         UpdateImagePool(kRing);
         for (auto& record : m_Records) {
-            record = Pool().GetFreeImage();
+            record = GetFreeImageImpl().image;
             Draw({record->pixels, kSamples}, kBits);
         }
     }
     void Process(std::size_t i) {
         Pool().RestoreGeometry(m_Records[i]);
-        PostProcessTapBalance(m_Records[i]);
+        PostProcessTapBalance(m_Records[i], Geometry());
     }
 
   protected:
-    int TransportInterfaceType() override { return kEBus; }
     TapBalance* Taps() override { return &m_Balance; }
 
   private:

@@ -133,7 +133,6 @@ int ZelCameraControl::StartCommon() {
 // The transport's set-up and the three of the post-processing; the first code other than 0 ends the start.
 int ZelCameraControl::PrepareAcquisition() {
     m_Stopped = false;
-    m_InterfaceType = m_Camera->GetInterfaceType();
     m_BuffersOfAcquisition = m_NumImageBuffers;
     if (const int code = StoreError(m_Camera->PrepareAcquisition(&m_BuffersOfAcquisition))) return code;
     if (const int code = StoreError(ReadGeometry())) return code;
@@ -145,6 +144,7 @@ int ZelCameraControl::PrepareAcquisition() {
 // frame costs no exchange with the camera.
 int ZelCameraControl::ReadGeometry() {
     FrameGeometry geometry;
+    geometry.interface_type = m_Camera->GetInterfaceType();
     const struct {
         int index;
         unsigned* value;
@@ -159,13 +159,14 @@ int ZelCameraControl::ReadGeometry() {
         {V_ROI_PIXELS, &geometry.roi.YPixels},
         {H_BIN, &geometry.roi.XBin},
         {V_BIN, &geometry.roi.YBin},
-        {EXPOSURE_TIME, &geometry.exposure_time_us},
     };
     for (const auto& entry : entries) {
         int value = 0;
         if (!m_SyncTable.Get(entry.index, &value)) return ZEL_ERROR_CAMERA_COMM_FAILURE;
         *entry.value = static_cast<unsigned>(value);
     }
+    int exposure_time_us = 0;
+    if (!ReadExposure(exposure_time_us)) return ZEL_ERROR_CAMERA_COMM_FAILURE;
     if (!m_SyncTable.Get(SENSOR_TAPS_VAL, &geometry.taps)) return ZEL_ERROR_CAMERA_COMM_FAILURE;
     if (!m_SyncTable.Get(CLOCK_SPEED_VAL, &geometry.readout_mhz)) return ZEL_ERROR_CAMERA_COMM_FAILURE;
 

@@ -80,29 +80,40 @@ void ZelCameraControl::ImageCallback(ZelImage* image) {
     const Callee entry(*this, Gate::Kind::kOperation);
     if (!entry) return;
     ZEL_LOG(m_Logger, kLogTrace, "zel_image_handler", "Handling an image callback!");
-    const Callbacks callbacks = CopyCallbacks();
-    if (!callbacks.image || !image || m_Stopped) return;
+    if (!CopyCallbacks().image || m_Stopped) return;
+    // Held until the callback has returned: the application may close the camera inside.
+    const FrameLease frame = m_ImageManager.Lease(static_cast<ZelImageInternal*>(image));
+    if (!frame) return;
     m_FrameOfAcquisitionSeen = true;
-    auto* record = static_cast<ZelImageInternal*>(image);
     const Path path = m_HasColorFilter ? Path::kColor : Path::kMonochrome;
-    const Outcome outcome = PostProcessOnce(record, path, Caller::kTransport);
-    // Stop() in the scratchpad callback makes that one the last.
-    if (outcome == Outcome::kGone || m_Stopped) return;
+    const Outcome outcome = PostProcessOnce(frame, path, Caller::kTransport);
     if (outcome == Outcome::kFailed) {
-        ZEL_LOG(m_Logger, kLogError, "zel_image_handler", "Failed to post process image %d!", record->image_number);
+        ZEL_LOG(m_Logger, kLogError, "zel_image_handler", "Failed to post process image %d!", frame->image_number);
     }
+    // What was stopped or switched off meanwhile is not called once more.
+    const Callbacks callbacks = CopyCallbacks();
+    if (outcome == Outcome::kGone || m_Stopped || !callbacks.image) return;
     callbacks.image(image, callbacks.image_context);
+}
+
+// Whether the camera has been stopped or closed meanwhile.
+bool ZelCameraControl::EndedSince(bool stopped, bool open) const {
+    return (!stopped && m_Stopped) || (open && m_CameraOpened != 1);
 }
 
 void ZelCameraControl::EventCallback(const ZelCameraEvent* event) {
     const Callee entry(*this, Gate::Kind::kOperation);
     if (!entry) return;
     if (!event || event->id > kLastEventId) return;
-    const Callbacks callbacks = CopyCallbacks();
+    Callbacks callbacks = CopyCallbacks();
     if (event->id < CAMERA_EVENT_IMAGE_READY) {
         const int id = static_cast<int>(event->id);
+        const bool stopped = m_Stopped;
+        const bool open = m_CameraOpened == 1;
         if (callbacks.control) callbacks.control(id, callbacks.control_context);
-        if (!callbacks.control_ex) return;
+        // The first callback may have changed the second one or ended it.
+        callbacks = CopyCallbacks();
+        if (!callbacks.control_ex || EndedSince(stopped, open)) return;
         ZelCameraControlRecord record{};
         record.value = event->value;
         for (int i = 0; i < 8; ++i) record.values[i] = event->values[i];

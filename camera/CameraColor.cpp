@@ -55,7 +55,7 @@ int ZelCameraControl::ReadColorFilterPhase() {
     return phase;
 }
 
-void ZelCameraControl::SetUpColor() {
+void ZelCameraControl::SetUpColor(int bits_per_pixel) {
     LogExtendedInstructionSetPresence("AVX2");
     LogExtendedInstructionSetPresence("FMA");
     const ColorMatrix correction = ReadColorMatrix(CCM_1_1);
@@ -69,7 +69,7 @@ void ZelCameraControl::SetUpColor() {
             settings.transform.camera_correction = correction;
             settings.transform.white_balance = white_balance;
             settings.transform.through_color_space = xyz;
-            // The input's depth is known at the start of an acquisition, and may still be that of the one before.
+            if (bits_per_pixel > 0) settings.transform.SetInputBitDepth(static_cast<unsigned>(bits_per_pixel));
             settings.transform.PreferOutputBitDepth(kDefaultOutputBits);
         });
     }
@@ -154,23 +154,21 @@ bool ZelCameraControl::GetScratchpadTransform(float* matrix) {
 
 ZelColorImage* ZelCameraControl::GetPendingColorImage() {
     const Operation entry(*this);
-    ZelImageInternal* const image = entry && m_Camera ? GetPendingImageImpl() : nullptr;
-    return HandOverColor(image, "GetPendingColorImage");
+    return HandOverColor(entry && m_Camera ? GetPendingImageImpl() : FrameLease{}, "GetPendingColorImage");
 }
 
 ZelColorImage* ZelCameraControl::GetLastPendingColorImage() {
     const Operation entry(*this);
-    ZelImageInternal* const image = entry && m_Camera ? m_ImageManager.GetLastPendingImage() : nullptr;
-    return HandOverColor(image, "GetLastPendingColorImage");
+    return HandOverColor(entry && m_Camera ? GetLastPendingImageImpl() : FrameLease{}, "GetLastPendingColorImage");
 }
 
-ZelColorImage* ZelCameraControl::HandOverColor(ZelImageInternal* image, const char* operation) {
-    if (!image || PostProcessOnce(image, Path::kColor) == Outcome::kGone) {
+ZelColorImage* ZelCameraControl::HandOverColor(const FrameLease& frame, const char* operation) {
+    if (!frame || PostProcessOnce(frame, Path::kColor) == Outcome::kGone) {
         ZEL_LOG(m_Logger, kLogTrace, operation, "%s() returned 0", operation);
         return nullptr;
     }
-    ZEL_LOG(m_Logger, kLogTrace, operation, "%s() returned frame number: %d", operation, image->image_number);
-    return image;
+    ZEL_LOG(m_Logger, kLogTrace, operation, "%s() returned frame number: %d", operation, frame->image_number);
+    return frame.image;
 }
 
 bool ZelCameraControl::FreeColorImage(ZelColorImage* image) { return FreeImage(image); }

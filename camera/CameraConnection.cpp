@@ -98,10 +98,14 @@ int ZelCameraControl::ConnectCommon() {
     if (m_SyncTable.Get(BITS_PER_PIXEL, &bits_per_pixel)) m_TapBalance.SetBitsPerPixel(bits_per_pixel);
     SyncTableAttributes binning{};
     m_SyncTable.GetAttribute(V_BIN, &binning);
-    ReadText(SVN_REVISION, m_FirmwareRevision);
-    ReadText(HW_MODEL, m_Model);
-    if (!ReadText(CFA_TYPE, m_FilterType)) std::strcpy(m_FilterType.data(), "mono");
-    SetUpColor();
+    Text revision, model, filter;
+    ReadText(SVN_REVISION, revision);
+    m_FirmwareRevision.Set(revision);
+    ReadText(HW_MODEL, model);
+    m_Model.Set(model);
+    if (!ReadText(CFA_TYPE, filter)) std::strcpy(filter.data(), "mono");
+    m_FilterType.Set(filter);
+    SetUpColor(bits_per_pixel);
     ZEL_LOG(m_Logger, kLogTrace, kConnect, "Checking for Interface type\n");
     if (m_Camera->GetInterfaceType() == CAMERA_TYPE_USB) RecogniseModel();
     // A camera that can't be calibrated is connected all the same.
@@ -111,14 +115,15 @@ int ZelCameraControl::ConnectCommon() {
 }
 
 void ZelCameraControl::RecogniseModel() {
-    ZEL_LOG(m_Logger, kLogTrace, kConnect, "CameraModelStr:%s\n", m_Model.data());
-    const CameraModel* model = FindCameraModel(m_Model.data());
+    const Text text = m_Model.Get();
+    ZEL_LOG(m_Logger, kLogTrace, kConnect, "CameraModelStr:%s\n", text.data());
+    const CameraModel* model = FindCameraModel(text.data());
     if (!model) {
         ZEL_LOG(m_Logger, kLogError, kConnect, "***ERROR****: uknown camera type\n");
         return;
     }
     ZEL_LOG(m_Logger, kLogTrace, kConnect, "%s", model->log_line);
-    m_ModelValues = model->values;
+    m_KnownModel = model;
 }
 
 }  // namespace zel

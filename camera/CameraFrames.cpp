@@ -12,13 +12,7 @@ ZelImageInternal* Internal(ZelImage* image) { return static_cast<ZelImageInterna
 
 ZelImage* ZelCameraControl::GetFreeImage() {
     const Callee entry(*this, Gate::Kind::kOperation);
-    if (!entry) return nullptr;
-    ZelImageInternal* image = m_ImageManager.GetFreeImage();
-    if (!image) return nullptr;
-    m_ImageManager.RestoreGeometry(image);
-    image->post_processed = 0;
-    image->color_size_in_bytes = 0;  // what `color_pixels` holds is an earlier frame's picture
-    return image;
+    return entry ? GetFreeImageImpl().image : nullptr;
 }
 
 bool ZelCameraControl::SetPendingImage(ZelImage* image) {
@@ -43,15 +37,17 @@ void ZelCameraControl::FreeAllInUseImages() {
 
 void ZelCameraControl::FillImageInfo(ZelImage* image) {
     const Callee entry(*this);
-    if (!image) return;
+    const FrameLease frame = m_ImageManager.Lease(Internal(image));
+    if (!frame) return;
     const FrameGeometry geometry = Geometry();
+    frame.Geometry() = geometry;
     image->x_origin = geometry.roi.XOrigin;
     image->y_origin = geometry.roi.YOrigin;
     image->x_pixels = geometry.roi.XPixels;
     image->y_pixels = geometry.roi.YPixels;
     image->x_bin = geometry.roi.XBin;
     image->y_bin = geometry.roi.YBin;
-    image->exposure_time_us = geometry.exposure_time_us;
+    image->exposure_time_us = m_ExposureTimeUs;
 }
 
 // The application's side.
@@ -64,34 +60,34 @@ ZelImage* ZelCameraControl::GetPendingImageForApplication() {
         ZEL_LOG(m_Logger, kLogTrace, kGetPending, "m_Camera == 0");
         return nullptr;
     }
-    ZelImageInternal* image = GetPendingImageImpl();
-    if (!image) {
+    const FrameLease frame = GetPendingImageImpl();
+    if (!frame) {
         ZEL_LOG(m_Logger, kLogTrace, kGetPending, "GetPendingImage() returned 0");
         return nullptr;
     }
-    const Outcome outcome = PostProcessOnce(image, Path::kMonochrome);
+    const Outcome outcome = PostProcessOnce(frame, Path::kMonochrome);
     if (outcome == Outcome::kGone) return nullptr;
     if (outcome == Outcome::kFailed) {
-        ZEL_LOG(m_Logger, kLogError, kGetPending, "Failed to post process image %d!", image->image_number);
+        ZEL_LOG(m_Logger, kLogError, kGetPending, "Failed to post process image %d!", frame->image_number);
     }
     ZEL_LOG(m_Logger, kLogTrace, kGetPending, "ZelCameraControl::GetPendingImage() - image:%s w:%d h:%d",
-            PointerText(image).text, image->w, image->h);
-    return image;
+            PointerText(frame.image).text, frame->w, frame->h);
+    return frame.image;
 }
 
 ZelImage* ZelCameraControl::GetLastPendingImage() {
     const Operation entry(*this);
     if (!entry) return nullptr;
     if (!m_Camera) return nullptr;
-    ZelImageInternal* image = m_ImageManager.GetLastPendingImage();
-    if (!image) return nullptr;
-    const Outcome outcome = PostProcessOnce(image, Path::kMonochrome);
+    const FrameLease frame = GetLastPendingImageImpl();
+    if (!frame) return nullptr;
+    const Outcome outcome = PostProcessOnce(frame, Path::kMonochrome);
     if (outcome == Outcome::kGone) return nullptr;
     if (outcome == Outcome::kFailed) {
         ZEL_LOG(m_Logger, kLogError, "ZelCameraControl::GetLastPendingImage", "Failed to post process image %d!",
-                image->image_number);
+                frame->image_number);
     }
-    return image;
+    return frame.image;
 }
 
 bool ZelCameraControl::FreeImage(ZelImage* image) {

@@ -1,6 +1,8 @@
 // Reading and writing parameters: the steps that all of them share. What a single parameter does stands in its row of
 // ParameterTable.cpp.
+#include <algorithm>
 #include <cstring>
+#include <tuple>
 
 #include "camera/RawValue.h"
 #include "camera/ZelCameraControl.h"
@@ -25,7 +27,11 @@ bool ZelCameraControl::GetParameter(unsigned param_id, unsigned size, void* data
     if (!entry) return false;
     if (param_id > 0x80000000u) {
         const unsigned number = param_id - ZEL_PARAM_MODEL_VALUE_1;
-        if (data && number < m_ModelValues.size()) std::memcpy(data, &m_ModelValues[number], sizeof m_ModelValues[0]);
+        const CameraModel* const model = m_KnownModel;
+        if (data && number < std::tuple_size_v<ModelValues>) {
+            const std::uint64_t value = model ? model->values[number] : kNoModelValue;
+            std::memcpy(data, &value, sizeof value);
+        }
         return true;
     }
     // On purpose: 73 passes this test; it has no row and is refused below without a log line.
@@ -80,9 +86,9 @@ bool ZelCameraControl::SetParameterValue(int param_id, int value) {
 bool ZelCameraControl::SetParameter(int param_id, const void* data) {
     const Operation entry(*this);
     if (!entry) return false;
-    ZEL_LOG(m_Logger, kLogTrace, kSet, "%s", ParameterName(param_id));
     const Parameter* parameter = FindParameter(param_id);
     if (!parameter) return false;
+    ZEL_LOG(m_Logger, kLogTrace, kSet, "%s", parameter->name);
     if (parameter->direct_write) return parameter->write(*this, data);
     const bool read_only = parameter->translation == kParameterHost && !parameter->write;
     if (!data && param_id != ZEL_PARAM_UPDATE_PARAMETERS && !read_only) return false;
@@ -110,24 +116,37 @@ void ZelCameraControl::LogAttributeTranslations(const char* function_name) {
 
 // Parameters of the camera's table with something of their own.
 
+bool ZelCameraControl::ReadExposure(int& microseconds) {
+    if (!m_Camera || !m_SyncTable.Get(EXPOSURE_TIME, &microseconds)) return false;
+    m_ExposureTimeUs = static_cast<unsigned>(microseconds);
+    return true;
+}
+
+bool ZelCameraControl::WriteExposure(int microseconds) {
+    if (!m_Camera || !m_SyncTable.Set(EXPOSURE_TIME, microseconds)) return false;
+    m_ExposureTimeUs = static_cast<unsigned>(microseconds);
+    return true;
+}
+
+// Exposure times are unsigned throughout, as wide as the camera's entry.
 bool ParameterHandlers::ReadExposureTime(ZelCameraControl& camera, unsigned, void* data) {
     int time = 0;
-    if (!camera.m_Camera || !camera.m_SyncTable.Get(EXPOSURE_TIME, &time)) return false;
-    StoreInt(data, camera.m_ExposureUnit == 1 ? time / 1000 : time);
+    if (!camera.ReadExposure(time)) return false;
+    StoreInt(data, camera.m_ExposureUnit == 1 ? static_cast<int>(static_cast<unsigned>(time) / 1000) : time);
     ZEL_LOG(camera.m_Logger, kLogTrace, kGet, "Returning true");
     return true;
 }
 
 bool ParameterHandlers::WriteExposureTime(ZelCameraControl& camera, const void* data) {
-    const unsigned factor = camera.m_ExposureUnit == 1 ? 1000u : 1u;
-    const unsigned microseconds = static_cast<unsigned>(LoadInt(data)) * factor;
-    if (camera.m_Camera) camera.m_SyncTable.Set(EXPOSURE_TIME, static_cast<int>(microseconds));
+    const std::uint64_t factor = camera.m_ExposureUnit == 1 ? 1000 : 1;
+    const std::uint64_t microseconds = static_cast<unsigned>(LoadInt(data)) * factor;
+    camera.WriteExposure(static_cast<int>(std::min<std::uint64_t>(microseconds, UINT32_MAX)));
     return true;
 }
 
 bool ParameterHandlers::ReadExposureTimeUs(ZelCameraControl& camera, unsigned, void* data) {
     int microseconds = 0;
-    if (!camera.m_Camera || !camera.m_SyncTable.Get(EXPOSURE_TIME, &microseconds) || !data) {
+    if (!camera.ReadExposure(microseconds) || !data) {
         ZEL_LOG(camera.m_Logger, kLogError, kGet, "ZEL_PARAM_EXPOSURE_TIME_US - failed");
         return false;
     }
@@ -142,7 +161,7 @@ bool ParameterHandlers::WriteExposureTimeUs(ZelCameraControl& camera, const void
         ZEL_LOG(camera.m_Logger, kLogError, kSet, "ZEL_PARAM_EXPOSURE_TIME_US - data is 0");
         return false;
     }
-    if (!camera.m_Camera || !camera.m_SyncTable.Set(EXPOSURE_TIME, LoadInt(data))) {
+    if (!camera.WriteExposure(LoadInt(data))) {
         ZEL_LOG(camera.m_Logger, kLogError, kSet, "ZEL_PARAM_EXPOSURE_TIME_US - Set(EXPOSURE_TIME) failed");
         return false;
     }
@@ -151,9 +170,13 @@ bool ParameterHandlers::WriteExposureTimeUs(ZelCameraControl& camera, const void
 }
 
 bool ParameterHandlers::ReadRoiBin(ZelCameraControl& camera, unsigned, void* data) {
-    int fields[6] = {};
+    int fields[6];
+    std::memcpy(fields, data, sizeof fields);  // one that can't be read stays as it is
     if (camera.m_Camera) {
-        for (int i = 0; i < 6; ++i) camera.m_SyncTable.Get(kRoiEntries[i], &fields[i]);
+        for (int i = 0; i < 6; ++i) {
+            int value = 0;
+            if (camera.m_SyncTable.Get(kRoiEntries[i], &value)) fields[i] = value;
+        }
     }
     std::memcpy(data, fields, sizeof fields);
     return true;

@@ -106,7 +106,7 @@ void ZelCameraControl::LogFpgaVersion() {
 void ZelCameraControl::NameCacheFiles() {
     Text serial_number{};
     ReadText(SERIAL_NUMBER, serial_number);
-    m_TapBalance.SetCameraTexts(m_Model.data(), serial_number.data());
+    m_TapBalance.SetCameraTexts(m_Model.Get().data(), serial_number.data());
 }
 
 bool ZelCameraControl::LoadCacheFiles() {

@@ -54,9 +54,10 @@ const char* ZelCameraControl::GetCameraName() {
     if (!m_Camera) return nullptr;
     char reply[TextProtocol::kReplyCapacity] = {};
     SendText("name\r\n", reply);
-    m_CameraName.fill('\0');
-    std::memcpy(m_CameraName.data(), reply, strnlen(reply, m_CameraName.size() - 1));
-    return m_CameraName.data();
+    Text name{};
+    std::memcpy(name.data(), reply, strnlen(reply, name.size() - 1));
+    m_CameraName.Set(name);
+    return m_CameraName.Address();
 }
 
 bool ZelCameraControl::SetCameraName(const char* name) {

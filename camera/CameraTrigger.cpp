@@ -49,11 +49,12 @@ int ZelCameraControl::StartTriggerCommon() {
 
 int ZelCameraControl::StartTriggerEBus() {
     ZEL_LOG(m_Logger, kLogTrace, kStartTrigger, "CAMERA_TYPE_PLEORA_EBUS\n");
-    const bool old_firmware = static_cast<unsigned char>(m_FirmwareRevision[0]) < '2';
+    const bool old_firmware = static_cast<unsigned char>(m_FirmwareRevision.Get()[0]) < '2';
+    const Text model = m_Model.Get();
     if (m_HWTriggerEnabled) {
         ZEL_LOG(m_Logger, kLogTrace, kStartTrigger, "m_HWTriggerEnabled is true\n");
         SendText("trig sw off\r\n");
-        if (old_firmware || std::strncmp(m_Model.data(), "E150", 4) == 0) {
+        if (old_firmware || std::strncmp(model.data(), "E150", 4) == 0) {
             ZEL_LOG(m_Logger, kLogTrace, kStartTrigger, "turning on trig a");
         } else {
             ZEL_LOG(m_Logger, kLogTrace, kStartTrigger, "turning on trig cl");
@@ -69,7 +70,7 @@ int ZelCameraControl::StartTriggerEBus() {
         return 0;
     }
     ZEL_LOG(m_Logger, kLogTrace, kStartTrigger, "m_HWTriggerEnabled is false\n");
-    if (old_firmware || m_Model[0] == '1') {
+    if (old_firmware || model[0] == '1') {
         SendText("trig a off\r\n");
     } else {
         if (!m_SyncTable.Set(HW_TRIG_SOURCE, 0)) {

@@ -16,7 +16,6 @@ ZelCameraControl::ZelCameraControl(ICameraInterface* camera, const char* instanc
       m_SyncTable(camera, instance_name, m_ExchangeLock),
       m_TextProtocol(camera, instance_name, m_ExchangeLock),
       m_TapBalance(m_TextProtocol, instance_name) {
-    m_ModelValues.fill(kNoModelValue);
     LogAttributeTranslations("ZelCameraControl::ZelCameraControl");
 }
 
@@ -71,7 +70,7 @@ bool ZelCameraControl::SetExposureToDefault() {
     if (!entry) return false;
     if (!m_Camera) return false;
     SyncTableAttributes record{};
-    if (m_SyncTable.GetAttribute(EXPOSURE_TIME, &record)) m_SyncTable.Set(EXPOSURE_TIME, record.default_value);
+    if (m_SyncTable.GetAttribute(EXPOSURE_TIME, &record)) WriteExposure(record.default_value);
     return true;
 }
 
@@ -101,8 +100,6 @@ double ZelCameraControl::GetLinkFrameRate() { return LinkFigure(&ICameraInterfac
 double ZelCameraControl::GetLinkLatency() { return LinkFigure(&ICameraInterface::GetLinkLatency); }
 double ZelCameraControl::GetLinkUtilization() { return LinkFigure(&ICameraInterface::GetLinkUtilization); }
 
-int ZelCameraControl::TransportInterfaceType() { return m_InterfaceType; }
-
 int ZelCameraControl::GetCameraInterfaceType() {
     const Visit entry(*this);
     switch (m_Camera ? m_Camera->GetInterfaceType() : 0) {
@@ -130,7 +127,7 @@ bool ZelCameraControl::FreeScratchBuffers() {
     return true;
 }
 
-bool ZelCameraControl::IsMonochrome() { return std::strcmp(m_FilterType.data(), "mono") == 0; }
+bool ZelCameraControl::IsMonochrome() { return std::strcmp(m_FilterType.Get().data(), "mono") == 0; }
 
 bool ZelCameraControl::SetImageAveraging(int frame_count_max, int reset) {
     const Operation entry(*this);

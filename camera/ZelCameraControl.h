@@ -19,6 +19,7 @@
 #include "camera/CameraModels.h"
 #include "camera/ControlTurns.h"
 #include "camera/ParameterTable.h"
+#include "camera/SharedText.h"
 #include "image/ZelCameraControlImpl.h"
 #include "include/ZelCameraInternal.h"
 #include "link/ICameraInterface.h"
@@ -169,16 +170,14 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
   protected:
     ZelImage* GetPendingImageForApplication() override;
     ZelImage* GetPendingImageForTransport() override;
-    int TransportInterfaceType() override;
     TapBalance* Taps() override { return &m_TapBalance; }
     void SetProcessingStatus(int status) override;
-    ZelColorImage* HandOverColor(ZelImageInternal* image, const char* operation);
+    ZelColorImage* HandOverColor(const FrameLease& frame, const char* operation);
 
   private:
     friend struct ParameterHandlers;  // the rows of the parameter table
 
-    static constexpr int kTextCapacity = 64;
-    using Text = std::array<char, kTextCapacity>;
+    using Text = SharedText::Text;
 
     // Life-time. Why the gate is shut:
     static constexpr unsigned kClosing = 1;
@@ -222,7 +221,7 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     bool CloseNow(bool inside);
     bool ReadText(int index, Text& text);
     void RecogniseModel();
-    void SetUpColor();
+    void SetUpColor(int bits_per_pixel);
     bool GetColorMatrixCoefficient(int index, double& value);
     ColorMatrix ReadColorMatrix(int first);
     bool ConfigureColorPipelineOutputColorSpace();
@@ -235,6 +234,8 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
 
     // Parameters
     bool ReadTableParameter(int index, void* data);
+    bool ReadExposure(int& microseconds);
+    bool WriteExposure(int microseconds);
     bool ReadAttribute(void* data);
     bool ReadTableAttribute(int attribute, void* data);
     bool ReadRoiAttribute(int attribute, void* data);
@@ -284,11 +285,11 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     std::atomic<bool> m_Stopped{false};  // from a stop to the next start no image callback is made
     std::atomic<bool> m_FrameOfAcquisitionSeen{false};  // cleared by Start before the camera is set running
 
-    Text m_CameraName{};
-    Text m_FirmwareRevision{};
-    Text m_Model{};
-    Text m_FilterType{};
-    ModelValues m_ModelValues{};
+    SharedText m_CameraName;
+    SharedText m_FirmwareRevision;
+    SharedText m_Model;
+    SharedText m_FilterType;
+    std::atomic<const CameraModel*> m_KnownModel{nullptr};  // a row of the model table
 
     // Selection for the attribute answers and values kept in the host. Shared by the application's threads as plain
     // registers: the last write holds.
@@ -302,8 +303,9 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     std::atomic<bool> m_HWTriggerEnabled{false};
     std::atomic<int> m_HWTriggerSource{0};  // chosen last by the application
     std::atomic<int> m_NumImageBuffers{8};
-    int m_BuffersOfAcquisition = 0;       // what the transport was told at the last start
-    std::atomic<int> m_InterfaceType{0};  // as of then, so that no lock is held while the transport is asked
+    int m_BuffersOfAcquisition = 0;  // what the transport was told at the last start
+    // Of the frames that come in now: EXPOSURE_TIME as it was last read or written with success.
+    std::atomic<unsigned> m_ExposureTimeUs{0};
 
     // The application's callbacks. The lock covers reading and changing them, never a call.
     struct Callbacks {
@@ -319,6 +321,7 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
         void* text_context = nullptr;
     };
     Callbacks CopyCallbacks();
+    bool EndedSince(bool stopped, bool open) const;
     void ReportConnection(const Callbacks& callbacks, int code, const char* what);
     template <class Function>
     void StoreCallback(const char* function_name, Function Callbacks::*slot, void* Callbacks::*context_slot,

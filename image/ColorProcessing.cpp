@@ -94,12 +94,13 @@ void Apply(const KernelTable& kernel, const ColorTable& table, const PlanarRow& 
 }  // namespace
 
 // The steps' results are logged; the frame is delivered with what was done.
-ZelImageInternal* ZelCameraControlImpl::PostProcessColorImage(ZelImageInternal* image, int pipeline,
+ZelImageInternal* ZelCameraControlImpl::PostProcessColorImage(const FrameLease& lease, int pipeline,
                                                               std::unique_lock<std::mutex>& processing) {
     constexpr const char* kFunction = "ZelCameraControlImpl::PostProcessColorImage";
     ZEL_SCOPE_TIMER(timer, "PostProcessColorImage", m_Logger, kFunction);
-    const FrameGeometry geometry = Geometry();
-    if (!PostProcessTapBalance(image)) {
+    ZelImageInternal* const image = lease.image;
+    const FrameGeometry& geometry = lease.Geometry();
+    if (!PostProcessTapBalance(image, geometry)) {
         ZEL_LOG(m_Logger, kLogError, kFunction, "Failed to tap balance the image!");
     }
     // On purpose: one factor of 1 is enough to keep the color stages going.
@@ -112,7 +113,7 @@ ZelImageInternal* ZelCameraControlImpl::PostProcessColorImage(ZelImageInternal* 
     }
     const unsigned full_w = image->w;
     const unsigned full_h = image->h;
-    if (!CropToRegion(image, geometry.roi)) {
+    if (!CropToRegion(image, geometry)) {
         ZEL_LOG(m_Logger, kLogWarning, kFunction, "ROI processing was not done!");
     }
     if (m_ImageAvgFrameCountMax > 0) PostProcessAverageImage(image);
@@ -129,6 +130,7 @@ ZelImageInternal* ZelCameraControlImpl::PostProcessColorImage(ZelImageInternal* 
                            image->h,
                            image->num_pixels,
                            image->size_in_bytes,
+                           geometry.bit_depth,
                            phase,
                            Samples(*image, Area(image->w, image->h)),
                            static_cast<std::uint8_t*>(image->color_pixels)};
@@ -136,9 +138,8 @@ ZelImageInternal* ZelCameraControlImpl::PostProcessColorImage(ZelImageInternal* 
     bool in_planes = hook.callback && DemosaicColorImage(frame, pipeline);
     if (in_planes) {
         RunColorSteps(frame, kScratchpadPipeline, in_planes);
-        const unsigned generation = m_ImageManager.Generation();
         const bool again = CallScratchpad(hook, image, processing);
-        if (m_ImageManager.Generation() != generation) return nullptr;
+        if (!m_ImageManager.IsCurrent(lease)) return nullptr;
         if (again) {
             in_planes = DemosaicColorImage(frame, pipeline);
             ZEL_LOG(m_Logger, kLogTrace, kFunction, "Demosaic again because of scratchpad pipeline invocation!");
@@ -184,7 +185,7 @@ void ZelCameraControlImpl::RunColorSteps(const ColorFrame& frame, int pipeline, 
     constexpr const char* kFunction = "ZelCameraControlImpl::PostProcessColorImage";
     const KernelTable& kernel = ColorKernels(pipeline);
     const ColorSettings& settings = Pipeline(pipeline).Prepare();
-    const kernels::ColorTransform transform = settings.transform.Kernel();
+    const kernels::ColorTransform transform = settings.transform.Kernel(frame.bit_depth);
     const ColorFormat format = settings.transform.Format();
     const ColorTable* const input =
         CanApply(settings.input_linearization) ? settings.input_linearization.get() : nullptr;

@@ -15,7 +15,7 @@ bool ZelCameraControlImpl::ConcatenateColorTransformImpl(ZelColorTransformMatrix
                                                          int bit_depth) {
     const auto apply = [&](const ColorMatrix& matrix, const char* failure) {
         if (transform.Concatenate(matrix)) return true;
-        ZEL_LOG(m_Logger, kLogError, kConcatenate, "%s", failure);
+        ZEL_LOG(m_TransformLogger, kLogError, kConcatenate, "%s", failure);
         return false;
     };
     const auto correct = [&] {
@@ -54,7 +54,8 @@ bool ZelCameraControlImpl::ConcatenateColorTransformImpl(ZelColorTransformMatrix
 
 void ZelCameraControlImpl::SetOutputBitDepth(ZelColorTransformMatrix& transform, int bits) {
     if (bits < 0 || !transform.SetOutputBitDepth(static_cast<unsigned>(bits))) {
-        ZEL_LOG(m_Logger, kLogError, "ZelCameraControlImpl::SetOutputBitDepth", "Invalid bit depth specified!");
+        ZEL_LOG(m_TransformLogger, kLogError, "ZelCameraControlImpl::SetOutputBitDepth",
+                "Invalid bit depth specified!");
     }
 }
 
@@ -63,7 +64,7 @@ bool ZelCameraControlImpl::ConcatenateTransform(int pipeline, int operation, int
     return Pipeline(pipeline).Stage([&](ColorSettings& settings) {
         const bool done = ConcatenateColorTransformImpl(settings.transform, operation, bit_depth);
         const ColorMatrix& matrix = settings.transform.Matrix();
-        ZEL_LOG(m_Logger, kLogTrace, kConcatenate, "Color transform coefficients (diagonal): %f, %f, %f",
+        ZEL_LOG(m_TransformLogger, kLogTrace, kConcatenate, "Color transform coefficients (diagonal): %f, %f, %f",
                 static_cast<double>(matrix[0]), static_cast<double>(matrix[4]), static_cast<double>(matrix[8]));
         return done;
     });
@@ -133,14 +134,6 @@ const ZelCameraControlImpl::AtScratchpad* ZelCameraControlImpl::ScratchpadElsewh
         if (entry->image == image) return entry->thread != std::this_thread::get_id() ? entry : nullptr;
     }
     return nullptr;
-}
-
-void ZelCameraControlImpl::AwaitScratchpads(std::unique_lock<std::mutex>& processing) {
-    m_ScratchpadDone.wait(processing, [&] {
-        const AtScratchpad* entry = m_AtScratchpad;
-        while (entry && entry->thread == std::this_thread::get_id()) entry = entry->next;
-        return !entry;
-    });
 }
 
 void ZelCameraControlImpl::LeaveScratchpad() {

@@ -1,4 +1,5 @@
-// The settings a frame is taken with, read from the camera once at the start of an acquisition and kept until the next.
+// The settings a frame is taken with, read from the camera once at the start of an acquisition. Each record keeps those
+// of its own frame.
 #ifndef IMAGE_FRAMEGEOMETRY_H
 #define IMAGE_FRAMEGEOMETRY_H
 
@@ -7,7 +8,8 @@
 namespace zel {
 
 struct FrameGeometry {
-    unsigned width = 0;  // of the full frame that the camera sends
+    int interface_type = 0;  // the kind of link, one of CAMERA_TYPE_..., or another number without one
+    unsigned width = 0;      // of the full frame that the camera sends
     unsigned height = 0;
     unsigned bit_depth = 0;
     unsigned bytes_per_pixel = 0;
@@ -15,7 +17,6 @@ struct FrameGeometry {
     int readout_mhz = 0;  // tap readout mode: 20 or 40 allow tap balancing
     int cfa_phase = 0;    // color filter at the full frame's top-left pixel, 1 to 4; 0: none
     ZelRoiBin roi{};      // region and binning, done on the host
-    unsigned exposure_time_us = 0;
 };
 
 }  // namespace zel

@@ -161,13 +161,4 @@ bool Remove(ImageList* list, ZelImageInternal* image) {
     return true;
 }
 
-bool Contains(ImageList* list, const ZelImageInternal* image) {
-    Guard guard(list->m_Lock);
-    const ZelImageInternal* element = list->m_Head->next;
-    for (int step = 0; step < list->m_Num && element != list->m_Head; ++step, element = element->next) {
-        if (element == image) return true;
-    }
-    return false;
-}
-
 }  // namespace zel

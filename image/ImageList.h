@@ -23,7 +23,6 @@ class ImageList {
     friend ZelImageInternal* Dequeue(ImageList* list);
     friend ZelImageInternal* DequeueTail(ImageList* list);
     friend bool Remove(ImageList* list, ZelImageInternal* image);
-    friend bool Contains(ImageList* list, const ZelImageInternal* image);
 
     // Log lines, apart from the operations: with logging off a frame runs past them.
     [[gnu::cold]] static void LogNull(const char* function_name);
@@ -52,7 +51,6 @@ ZelImageInternal* Dequeue(ImageList* list);
 ZelImageInternal* DequeueTail(ImageList* list);
 // Takes this element out, wherever it is. False when it is not in the list.
 bool Remove(ImageList* list, ZelImageInternal* image);
-bool Contains(ImageList* list, const ZelImageInternal* image);
 
 }  // namespace zel
 

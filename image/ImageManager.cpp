@@ -1,10 +1,6 @@
 #include "image/ImageManager.h"
 
-#include <algorithm>
 #include <cstdint>
-#include <cstring>
-#include <iterator>
-#include <memory>
 #include <mutex>
 
 #include "platform/Memory.h"
@@ -14,13 +10,6 @@ namespace zel {
 namespace {
 
 using Guard = std::lock_guard<platform::RecursiveLock>;
-
-// What one record costs in the memory test below, whatever the product.
-constexpr unsigned kRecordCost = 144;
-
-struct TableDeleter {
-    void operator()(ZelImageInternal** table) const { FreePages(table); }
-};
 
 }  // namespace
 
@@ -54,63 +43,23 @@ int ImageManager::PixelBufferAllocate(int count) {
     return kPoolOk;
 }
 
-// The need counts a record at its size on the 32-bit product. It is computed in 64 bits: one that wrapped in 32 bits
-// would pass the test, only for the allocation to fail after it took all the memory there is.
+// The need is computed in 64 bits and in whole pages: one that wrapped, or that counted small frames at their size
+// alone, would pass the test, only for the allocation to fail after it took all the memory there is.
 bool ImageManager::EnoughMemory(unsigned count) {
     const std::uint64_t frame_size = std::uint64_t{m_Width} * m_Height * m_BytesPerPixel;
     if (std::uint64_t{m_Width} * m_Height > UINT32_MAX || frame_size > UINT32_MAX) return false;
-    return (frame_size + kRecordCost) * count < platform::AvailablePhysicalMemory();
+    return RecordSet::MemoryNeed(count, frame_size) < platform::AvailablePhysicalMemory();
 }
 
 bool ImageManager::CreateRecords(unsigned count) {
-    if (count > SIZE_MAX / sizeof(ZelImageInternal*)) return false;
-    std::unique_ptr<ZelImageInternal*[], TableDeleter> table(
-        static_cast<ZelImageInternal**>(AllocatePages(count * sizeof(ZelImageInternal*), kTableAlignment)));
-    if (!table) return false;
+    if (count == 0) return true;
+    m_Records = RecordSet::Make(count, m_FrameSizeInBytes);
+    if (!m_Records) return false;
     for (unsigned i = 0; i < count; ++i) {
-        table[i] = CreateRecord();
-        if (table[i]) continue;
-        while (i > 0) DestroyRecord(table[--i]);
-        return false;
+        RestoreGeometry(m_Records->Image(i));
+        Enqueue(&m_ImageListFree, m_Records->Image(i));
     }
-    for (unsigned i = 0; i < count; ++i) Enqueue(&m_ImageListFree, table[i]);
     return true;
-}
-
-// On purpose: a record is zeroed memory that is never constructed; its virtual-table pointer is null.
-ZelImageInternal* ImageManager::CreateRecord() {
-    auto* image = static_cast<ZelImageInternal*>(AllocatePages(sizeof(ZelImageInternal), kRecordAlignment));
-    if (!image) return nullptr;
-    RestoreGeometry(image);
-    image->pixels = static_cast<unsigned short*>(AllocatePixels(image->size_in_bytes));
-    if (!image->pixels) {
-        FreePages(image);
-        return nullptr;
-    }
-    image->buffer_size = image->size_in_bytes;
-
-    // A record beyond the registry's capacity is used all the same.
-    for (ZelImageInternal*& slot : m_Registry) {
-        if (slot) continue;
-        slot = image;
-        break;
-    }
-    ++m_RegisteredCount;
-    return image;
-}
-
-void ImageManager::DestroyRecord(ZelImageInternal* image) {
-    FreePixels(image->pixels);
-    FreePixels(image->color_pixels);
-    image->color_planes.Resize(0);
-    std::memset(static_cast<void*>(image), 0, sizeof *image);
-    FreePages(image);
-    for (ZelImageInternal*& slot : m_Registry) {
-        if (slot != image) continue;
-        slot = nullptr;
-        break;
-    }
-    --m_RegisteredCount;
 }
 
 void ImageManager::RestoreGeometry(ZelImageInternal* image) {
@@ -140,21 +89,35 @@ int ImageManager::InUseCount() {
 
 int ImageManager::RegisteredCount() {
     Guard guard(m_Lock);
-    return m_RegisteredCount;
+    return m_Records ? static_cast<int>(m_Records->Count()) : 0;
 }
 
-unsigned ImageManager::Generation() {
+FrameLease ImageManager::Lease(ZelImageInternal* image) {
     Guard guard(m_Lock);
-    return m_Generation;
+    if (!image || !m_Records || !m_Records->Holds(image)) return {};
+    return {m_Records, image};
 }
 
-bool ImageManager::Holds(const ZelImageInternal* image) {
-    if (!image) return false;
+bool ImageManager::IsCurrent(const FrameLease& frame) {
     Guard guard(m_Lock);
-    if (std::ranges::find(m_Registry, image) != std::end(m_Registry)) return true;
-    if (m_RegisteredCount <= kRegistryCapacity) return false;
-    return Contains(&m_ImageListFree, image) || Contains(&m_ImageListPending, image) ||
-           Contains(&m_ImageListInUse, image);
+    return frame.set && frame.set == m_Records;
+}
+
+FrameLease ImageManager::TakeFree() {
+    Guard guard(m_Lock);
+    FrameLease frame = Lease(GetFreeImage());
+    if (frame) RestoreGeometry(frame.image);
+    return frame;
+}
+
+FrameLease ImageManager::TakePending() {
+    Guard guard(m_Lock);
+    return Lease(GetPendingImage());
+}
+
+FrameLease ImageManager::TakeLastPending() {
+    Guard guard(m_Lock);
+    return Lease(GetLastPendingImage());
 }
 
 bool ImageManager::Keeps(int count) {
@@ -263,14 +226,14 @@ bool ImageManager::FreeImages() {
     static constexpr char kName[] = "ImageManager::FreeImages";
     ZEL_LOG(m_Logger, kLogTrace, kName, "flags: 0x%08x ", 7u);
     Guard guard(m_Lock);
-    ++m_Generation;
     ZEL_LOG(m_Logger, kLogTrace, kName, ">>>> FREE_IMAGES <<<<");
     ZEL_LOG(m_Logger, kLogTrace, kName, "Dequeueing m_ImageListFree");
-    while (ZelImageInternal* image = Dequeue(&m_ImageListFree)) DestroyRecord(image);
+    while (Dequeue(&m_ImageListFree)) continue;
     ZEL_LOG(m_Logger, kLogTrace, kName, "Dequeueing m_ImageListPending");
-    while (ZelImageInternal* image = Dequeue(&m_ImageListPending)) DestroyRecord(image);
+    while (Dequeue(&m_ImageListPending)) continue;
     ZEL_LOG(m_Logger, kLogTrace, kName, "Dequeueing m_ImageListInUse");
-    while (ZelImageInternal* image = Dequeue(&m_ImageListInUse)) DestroyRecord(image);
+    while (Dequeue(&m_ImageListInUse)) continue;
+    m_Records.reset();
     ZEL_LOG(m_Logger, kLogTrace, kName, " FINISHED \n");
     return true;
 }

@@ -1,12 +1,14 @@
-// The image buffer pool: owns every image record of one camera and moves them between three lists as frames are filled
+// The image buffer pool: has every image record of one camera and moves them between three lists as frames are filled
 // by the transport, wait for the application, are held by it and come back.
 //
 //     free --GetFreeImage--> in use --SetPendingImage--> pending --GetPendingImage--> in use --ReleaseImage--> free
 #ifndef IMAGE_IMAGEMANAGER_H
 #define IMAGE_IMAGEMANAGER_H
 
+#include <memory>
+
 #include "image/ImageList.h"
-#include "image/ZelImageInternal.h"
+#include "image/RecordSet.h"
 #include "platform/Locks.h"
 #include "sdk/Logger.h"
 
@@ -21,7 +23,7 @@ inline constexpr int kPoolNotEnoughMemory = 18;
 class ImageManager {
   public:
     explicit ImageManager(const char* instance_name);
-    ~ImageManager();  // destroys every record
+    ~ImageManager();
     ImageManager(const ImageManager&) = delete;
     ImageManager& operator=(const ImageManager&) = delete;
 
@@ -30,7 +32,7 @@ class ImageManager {
     void SetFrameGeometry(unsigned width, unsigned height, unsigned bit_depth, unsigned bytes_per_pixel);
 
     // Sizes the pool: keeps every record when the count is the present one and the frame size has not changed, else
-    // destroys them all and makes `count` new ones. Answers kPoolOk or why the pool is empty.
+    // gives them all up and makes `count` new ones. Answers kPoolOk or why the pool is empty.
     int PixelBufferAllocate(int count);
 
     ZelImageInternal* GetFreeImage();
@@ -42,7 +44,7 @@ class ImageManager {
     bool ReleaseImage(ZelImageInternal* image);
     void FreeAllPendingImages();
     void FreeAllInUseImages();
-    // Destroys every record.
+    // Gives every record up. Their memory goes now, or with the last lease of one of them.
     bool FreeImages();
 
     // Gives a record the full-frame geometry that records are made with.
@@ -53,20 +55,19 @@ class ImageManager {
     int InUseCount();
     int RegisteredCount();
 
-    // How often every record was destroyed.
-    unsigned Generation();
-    // Whether this is a record of the pool; the pointer is only compared.
-    bool Holds(const ZelImageInternal* image);
-    // Whether PixelBufferAllocate(count) would keep the records.
-    bool Keeps(int count);
+    // The same moves for those who go on to work on the frame; empty when there is none.
+    FrameLease TakeFree();  // has its full-frame geometry
+    FrameLease TakePending();
+    FrameLease TakeLastPending();
+    // For a pointer that somebody gives: empty unless it is a record of the pool. It is only compared.
+    FrameLease Lease(ZelImageInternal* image);
+    // Whether the pool still has the records that this one belongs to.
+    bool IsCurrent(const FrameLease& frame);
 
   private:
-    static constexpr int kRegistryCapacity = 64;
-
+    bool Keeps(int count);
     bool EnoughMemory(unsigned count);
     bool CreateRecords(unsigned count);  // all of them or none
-    ZelImageInternal* CreateRecord();
-    void DestroyRecord(ZelImageInternal* image);
     ZelImageInternal* HandOver(ZelImageInternal* image, const char* function_name);
 
     // Log lines, apart from the operations: with logging off a frame runs past them.
@@ -81,9 +82,7 @@ class ImageManager {
     unsigned m_FrameSizeInBytes = 0;
     bool m_SizeChanged = false;
     platform::RecursiveLock m_Lock;
-    int m_RegisteredCount = 0;
-    unsigned m_Generation = 0;
-    ZelImageInternal* m_Registry[kRegistryCapacity] = {};
+    std::shared_ptr<RecordSet> m_Records;  // null: none
     Logger m_Logger;
     ImageList m_ImageListFree;
     ImageList m_ImageListPending;

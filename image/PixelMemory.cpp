@@ -10,6 +10,7 @@ namespace zel {
 namespace {
 
 constexpr std::size_t kWord = sizeof(void*);
+constexpr std::uint64_t kPage = 4096;  // of both systems
 
 // The word just below a usable pointer holds the address of the reservation it was cut from.
 char* WordBelow(void* usable) { return static_cast<char*>(usable) - kWord; }
@@ -27,6 +28,10 @@ void* AllocatePages(std::size_t bytes, std::size_t alignment) {
     void* usable = raw + (usable_address - address);
     std::memcpy(WordBelow(usable), &raw, kWord);
     return usable;
+}
+
+std::uint64_t PagesTaken(std::uint64_t bytes, std::size_t alignment) {
+    return (bytes + alignment + kWord + kPage - 1) / kPage * kPage;
 }
 
 void FreePages(void* usable) {

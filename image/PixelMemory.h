@@ -9,15 +9,17 @@
 #define IMAGE_PIXELMEMORY_H
 
 #include <cstddef>
+#include <cstdint>
 
 namespace zel {
 
 inline constexpr std::size_t kPixelAlignment = 4096;
 inline constexpr std::size_t kRecordAlignment = 128;
-inline constexpr std::size_t kTableAlignment = 32;
 
 // Zeroed memory of `bytes` bytes; null when there is none. `alignment` is a power of two.
 void* AllocatePages(std::size_t bytes, std::size_t alignment);
+// What the system gives for such a request: whole pages.
+std::uint64_t PagesTaken(std::uint64_t bytes, std::size_t alignment);
 // Gives it back. Null is allowed.
 void FreePages(void* usable);
 

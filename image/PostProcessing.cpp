@@ -13,35 +13,47 @@ namespace {
 constexpr int kLargestBinning = 128;
 constexpr int kEBus = 4;
 constexpr const char* kDashes = "----------------------------------------------------------------";
+
+// Camera Link and USB records keep the full frame's size, so that what binning leaves behind its result can be seen
+// there: zeros where samples were taken, the left-over columns and rows as they were.
+void BinFrame(std::span<std::uint16_t> frame, unsigned w, unsigned h, unsigned bx, unsigned by, unsigned ceiling,
+              bool rest_is_seen) {
+    if (rest_is_seen && (w % bx != 0 || h % by != 0)) {
+        kernels::scalar::Bin(frame, w, h, bx, by, ceiling);
+        return;
+    }
+    kernels::Kernels().bin(frame, w, h, bx, by, ceiling);
+    if (rest_is_seen) std::ranges::fill(frame.subspan(std::size_t{w / bx} * (h / by)), std::uint16_t{0});
+}
 }  // namespace
 
-bool ZelCameraControlImpl::PostProcessImage(ZelImageInternal* image) {
+bool ZelCameraControlImpl::PostProcessImage(ZelImageInternal* image, const FrameGeometry& geometry) {
     constexpr const char* kFunction = "ZelCameraControlImpl::PostProcessImage";
     ZEL_SCOPE_TIMER(timer, "PostProcessImage", m_Logger, kFunction);
-    const ZelRoiBin roi = Geometry().roi;
-    if (!PostProcessTapBalance(image)) {
+    if (!PostProcessTapBalance(image, geometry)) {
         ZEL_LOG(m_Logger, kLogError, kFunction, "Failed to tap balance the image!");
     }
-    CropToRegion(image, roi);
-    PostProcessBinning(image, static_cast<int>(roi.YBin), static_cast<int>(roi.XBin));
+    CropToRegion(image, geometry);
+    PostProcessBinning(image, geometry.interface_type, static_cast<int>(geometry.roi.YBin),
+                       static_cast<int>(geometry.roi.XBin));
     if (m_ImageAvgFrameCountMax > 0) PostProcessAverageImage(image);
     return true;
 }
 
 // The two kinds of link take the region in different words.
-bool ZelCameraControlImpl::CropToRegion(ZelImageInternal* image, const ZelRoiBin& roi) {
-    if (TransportInterfaceType() == kEBus) {
-        return PostProcessSubImage(image, roi.XOrigin, roi.YOrigin, roi.XPixels, roi.YPixels);
-    }
-    return PostProcessSubImage(image, roi.XOrigin, roi.YOrigin, roi.XOrigin + roi.XPixels, roi.YOrigin + roi.YPixels);
+bool ZelCameraControlImpl::CropToRegion(ZelImageInternal* image, const FrameGeometry& geometry) {
+    const int type = geometry.interface_type;
+    const ZelRoiBin& roi = geometry.roi;
+    if (type == kEBus) return PostProcessSubImage(image, type, roi.XOrigin, roi.YOrigin, roi.XPixels, roi.YPixels);
+    return PostProcessSubImage(image, type, roi.XOrigin, roi.YOrigin, roi.XOrigin + roi.XPixels,
+                               roi.YOrigin + roi.YPixels);
 }
 
-bool ZelCameraControlImpl::PostProcessSubImage(ZelImageInternal* image, unsigned c0, unsigned r0, unsigned c1,
-                                               unsigned r1) {
+bool ZelCameraControlImpl::PostProcessSubImage(ZelImageInternal* image, int interface_type, unsigned c0, unsigned r0,
+                                               unsigned c1, unsigned r1) {
     ZEL_SCOPE_TIMER(timer, "PostProcessSubImage", m_Logger, "ZelCameraControlImpl::PostProcessSubImage");
-    const int type = TransportInterfaceType();
-    if (IsUsbOrCameraLink(type)) return CropByCorners(image, c0, r0, c1, r1);
-    if (type == kEBus) return CropBySize(image, c0, r0, c1, r1);
+    if (IsUsbOrCameraLink(interface_type)) return CropByCorners(image, c0, r0, c1, r1);
+    if (interface_type == kEBus) return CropBySize(image, c0, r0, c1, r1);
     return true;
 }
 
@@ -87,20 +99,8 @@ bool ZelCameraControlImpl::CropBySize(ZelImageInternal* image, unsigned c0, unsi
     return true;
 }
 
-// Camera Link and USB records keep the full frame's size, so that what binning leaves behind its result can be seen
-// there: zeros where samples were taken, the left-over columns and rows as they were.
-void ZelCameraControlImpl::BinFrame(std::span<std::uint16_t> frame, unsigned w, unsigned h, unsigned bx, unsigned by,
-                                    unsigned ceiling) {
-    const bool rest_is_seen = IsUsbOrCameraLink(TransportInterfaceType());
-    if (rest_is_seen && (w % bx != 0 || h % by != 0)) {
-        kernels::scalar::Bin(frame, w, h, bx, by, ceiling);
-        return;
-    }
-    kernels::Kernels().bin(frame, w, h, bx, by, ceiling);
-    if (rest_is_seen) std::ranges::fill(frame.subspan(std::size_t{w / bx} * (h / by)), std::uint16_t{0});
-}
-
-bool ZelCameraControlImpl::PostProcessBinning(ZelImageInternal* image, int vertical, int horizontal) {
+bool ZelCameraControlImpl::PostProcessBinning(ZelImageInternal* image, int interface_type, int vertical,
+                                              int horizontal) {
     if (!image) return false;
     const int by = std::max(vertical, 1);
     const int bx = std::max(horizontal, 1);
@@ -110,10 +110,11 @@ bool ZelCameraControlImpl::PostProcessBinning(ZelImageInternal* image, int verti
     const std::span frame = Samples(*image, Area(image->w, image->h));
     if (frame.empty()) return false;
     const unsigned ceiling = image->bit_depth >= 16 ? 0xFFFFu : (1u << image->bit_depth) - 1;
-    BinFrame(frame, image->w, image->h, static_cast<unsigned>(bx), static_cast<unsigned>(by), ceiling);
+    const bool full_size = IsUsbOrCameraLink(interface_type);
+    BinFrame(frame, image->w, image->h, static_cast<unsigned>(bx), static_cast<unsigned>(by), ceiling, full_size);
     image->w /= static_cast<unsigned>(bx);
     image->h /= static_cast<unsigned>(by);
-    if (!IsUsbOrCameraLink(TransportInterfaceType())) {
+    if (!full_size) {
         image->num_pixels = image->w * image->h;
         image->size_in_bytes = image->bytes_per_pixel * image->num_pixels;
     }

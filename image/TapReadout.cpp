@@ -29,16 +29,15 @@ bool RowsAreWhole(const ZelImageInternal& image, int taps) {
 }
 }  // namespace
 
-bool ZelCameraControlImpl::PostProcessTapBalance(ZelImageInternal* image) {
+bool ZelCameraControlImpl::PostProcessTapBalance(ZelImageInternal* image, const FrameGeometry& geometry) {
     ZEL_SCOPE_TIMER(timer, "PostProcessTapBalance", m_Logger, "ZelCameraControlImpl::PostProcessTapBalance");
     if (!image) return false;
-    const FrameGeometry geometry = Geometry();
     const int taps = geometry.taps;
     const bool fast = geometry.readout_mhz == kFastReadoutMhz;
     TapBalance* const balance = taps > 1 && (fast || geometry.readout_mhz == kSlowReadoutMhz) ? Taps() : nullptr;
     const TapRows rows(balance && !m_Logger.Enabled() ? balance->TablesFor(fast) : TapTables(), taps, image->h);
     bool corrected = false;
-    const bool answer = ReadOut(image, taps, rows, corrected);
+    const bool answer = ReadOut(image, geometry, rows, corrected);
     const std::span frame = Samples(*image, Area(image->w, image->h));
     if (balance && !corrected && !frame.empty()) {
         balance->TranslatePixels(static_cast<int>(image->w), static_cast<int>(image->h), taps, fast, frame.data());
@@ -47,8 +46,10 @@ bool ZelCameraControlImpl::PostProcessTapBalance(ZelImageInternal* image) {
 }
 
 // Unpacks and reorders; tells whether the rows were corrected on the way.
-bool ZelCameraControlImpl::ReadOut(ZelImageInternal* image, int taps, const TapRows& rows, bool& corrected) {
-    if (taps < 2 || IsUsbOrCameraLink(TransportInterfaceType())) return ReorderTaps(image, taps, rows, corrected);
+bool ZelCameraControlImpl::ReadOut(ZelImageInternal* image, const FrameGeometry& geometry, const TapRows& rows,
+                                   bool& corrected) {
+    const int taps = geometry.taps;
+    if (taps < 2 || IsUsbOrCameraLink(geometry.interface_type)) return ReorderTaps(image, taps, rows, corrected);
     const std::uint64_t count = Area(image->w, image->h);
     // A packed sample takes more than a byte: the first test keeps the second from overflowing.
     if (!image->pixels || count > image->buffer_size) return false;

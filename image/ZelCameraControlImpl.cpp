@@ -2,6 +2,7 @@
 #include "image/ZelCameraControlImpl.h"
 
 #include <exception>
+#include <utility>
 
 #include "image/FrameSamples.h"
 
@@ -12,6 +13,8 @@ namespace zel {
 
 namespace {
 
+constexpr std::size_t kHeapOverhead = 64;  // of one allocation
+
 // The pool's answers as public error codes.
 int PublicPoolCode(int answer) {
     if (answer == kPoolNegativeCount) return ZEL_ERROR_INVALID_NUMBER_OF_IMAGE_BUFFERS;
@@ -21,7 +24,9 @@ int PublicPoolCode(int answer) {
 }  // namespace
 
 ZelCameraControlImpl::ZelCameraControlImpl(const char* instance_name)
-    : m_Logger("ZelCameraControl", instance_name), m_ImageManager(instance_name) {}
+    : m_Logger("ZelCameraControl", instance_name),
+      m_TransformLogger("ZelColorTransformMatrix", instance_name),
+      m_ImageManager(instance_name) {}
 
 ZelCameraControlImpl::~ZelCameraControlImpl() = default;
 
@@ -40,22 +45,17 @@ FrameGeometry ZelCameraControlImpl::Geometry() {
 
 int ZelCameraControlImpl::UpdateImagePool(int num_image_buffers) {
     const FrameGeometry geometry = Geometry();
-    std::unique_lock processing(m_ProcessingLock);
     m_ImageManager.SetFrameGeometry(geometry.width, geometry.height, geometry.bit_depth, geometry.bytes_per_pixel);
-    if (!m_ImageManager.Keeps(num_image_buffers)) AwaitScratchpads(processing);
     const int code = PublicPoolCode(m_ImageManager.PixelBufferAllocate(num_image_buffers));
     if (code == 0 && geometry.taps == 4) {
+        const std::lock_guard processing(m_ProcessingLock);
         // A scratch that can't be had makes the tap step of each frame answer false.
         m_ReorderBuffer.Reserve(std::size_t{geometry.width} * geometry.height * geometry.bytes_per_pixel);
     }
     return code;
 }
 
-void ZelCameraControlImpl::ReleaseImagePool() {
-    std::unique_lock processing(m_ProcessingLock);
-    AwaitScratchpads(processing);
-    m_ImageManager.FreeImages();
-}
+void ZelCameraControlImpl::ReleaseImagePool() { m_ImageManager.FreeImages(); }
 
 bool ZelCameraControlImpl::PageBuffer::Reserve(std::size_t bytes) {
     if (capacity >= bytes) return true;
@@ -85,31 +85,48 @@ void ZelCameraControlImpl::ReleaseScratchBuffers() {
     m_ColorRows = {};
 }
 
-ZelImageInternal* ZelCameraControlImpl::GetPendingImageImpl() {
-    ZelImageInternal* image = m_ImageManager.GetPendingImage();
-    if (!image) return nullptr;
+FrameLease ZelCameraControlImpl::GetFreeImageImpl() {
+    FrameLease frame = m_ImageManager.TakeFree();
+    if (!frame) return frame;
+    frame.Geometry() = Geometry();
+    frame->post_processed = 0;
+    frame->color_size_in_bytes = 0;  // what `color_pixels` holds is an earlier frame's picture
+    return frame;
+}
+
+FrameLease ZelCameraControlImpl::GetPendingImageImpl() { return Stamp(m_ImageManager.TakePending()); }
+
+FrameLease ZelCameraControlImpl::GetLastPendingImageImpl() { return Stamp(m_ImageManager.TakeLastPending()); }
+
+FrameLease ZelCameraControlImpl::Stamp(FrameLease frame) {
+    if (!frame) return frame;
     const platform::TimerResolution resolution;
     const std::uint32_t first = platform::MillisecondClock();
     const std::uint32_t now = platform::MillisecondClock();
     // On purpose: the difference of two readings in a row.
-    image->hand_over_delta_ms = now - first;
-    image->queue_delay_ms = now - image->arrival_time_ms;
-    image->hand_over_time_ms = now;
-    return image;
+    frame->hand_over_delta_ms = now - first;
+    frame->queue_delay_ms = now - frame->arrival_time_ms;
+    frame->hand_over_time_ms = now;
+    return frame;
 }
 
-ZelCameraControlImpl::Outcome ZelCameraControlImpl::PostProcessOnce(ZelImageInternal* image, Path path, Caller caller) {
+ZelCameraControlImpl::Outcome ZelCameraControlImpl::PostProcessOnce(const FrameLease& frame, Path path, Caller caller) {
     std::unique_lock processing(m_ProcessingLock);
     const AtScratchpad* elsewhere = nullptr;
     m_ScratchpadDone.wait(processing, [&] {
-        elsewhere = ScratchpadElsewhere(image);
+        elsewhere = ScratchpadElsewhere(frame.image);
         return !elsewhere || (elsewhere->leaving && caller == Caller::kTransport);
     });
-    if (elsewhere || !m_ImageManager.Holds(image)) return Outcome::kGone;
-    if (image->post_processed) return Outcome::kDone;
-    image->post_processed = 1;
-    if (path == Path::kMonochrome) return PostProcessImage(image) ? Outcome::kDone : Outcome::kFailed;
-    return PostProcessColorImage(image, kMainPipeline, processing) ? Outcome::kDone : Outcome::kGone;
+    if (elsewhere || !m_ImageManager.IsCurrent(frame)) return Outcome::kGone;
+    if (std::exchange(frame->post_processed, 1u)) return Outcome::kDone;
+    bool done = true;
+    if (path == Path::kMonochrome) {
+        done = PostProcessImage(frame.image, frame.Geometry());
+    } else {
+        PostProcessColorImage(frame, kMainPipeline, processing);
+    }
+    if (!m_ImageManager.IsCurrent(frame)) return Outcome::kGone;
+    return done ? Outcome::kDone : Outcome::kFailed;
 }
 
 void ZelCameraControlImpl::SetAveraging(int frame_count_max, bool reset) {
@@ -134,11 +151,10 @@ bool ZelCameraControlImpl::AllocateAvgBuffer(unsigned pixels) {
     m_ImageAvgRingPixels = pixels;
     m_ImageAvgRingBytes = pixels * kBytesPerSample;
     const auto slots = static_cast<std::size_t>(m_ImageAvgFrameCountMax);
-    const std::uint64_t sums = std::uint64_t{pixels} * sizeof m_ImageAvgSums[0];
-    if (sums + std::uint64_t{slots} * (m_ImageAvgRingBytes + sizeof m_ImageAvgRing[0]) >=
-        platform::AvailablePhysicalMemory()) {
-        return false;
-    }
+    // A slot comes from the heap, in the worst case as pages of its own.
+    const std::uint64_t sums = PagesTaken(std::uint64_t{pixels} * sizeof m_ImageAvgSums[0], kHeapOverhead);
+    const std::uint64_t per_slot = PagesTaken(m_ImageAvgRingBytes, kHeapOverhead) + sizeof m_ImageAvgRing[0];
+    if (sums + slots * per_slot >= platform::AvailablePhysicalMemory()) return false;
     try {
         m_ImageAvgRing.resize(slots);
         for (auto& slot : m_ImageAvgRing) slot.resize(pixels);
@@ -162,6 +178,10 @@ int ZelCameraControlImpl::UpdateImageAvgBuffer() {
         m_ImageAvgFrameCountMax = 0;
         ZEL_LOG(m_Logger, kLogError, kUpdate, "malloc() failed");
         return 1;
+    }
+    if (m_ImageAvgRingPixels < geometry.width * geometry.height) {
+        ZEL_LOG(m_Logger, kLogWarning, kUpdate,
+                "The averaging ring holds smaller frames: full frames are not averaged!");
     }
     ZEL_LOG(m_Logger, kLogTrace, kUpdate, "returning true");
     return 0;

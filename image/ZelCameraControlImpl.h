@@ -30,43 +30,47 @@ class ZelCameraControlImpl {
     ZelCameraControlImpl(const ZelCameraControlImpl&) = delete;
     ZelCameraControlImpl& operator=(const ZelCameraControlImpl&) = delete;
 
-    // Geometry of the frames to come. Called before an acquisition's first frame.
+    // Geometry of the frames to come, which each of them keeps. Called before an acquisition's first frame.
     void SetGeometry(const FrameGeometry& geometry);
     FrameGeometry Geometry();
 
     // The preparations of a start, in this order; each answers 0 or the error code that ends the start.
     int UpdateImagePool(int num_image_buffers);
     int UpdateImageAvgBuffer();
-    // Destroys the records. Frames that other threads have at the scratchpad callback are waited for.
+    // Gives the records up. Nobody is waited for: a thread that works on one of them keeps its memory.
     void ReleaseImagePool();
 
-    // The oldest pending record, stamped with the hand-over times; null when none waits.
-    ZelImageInternal* GetPendingImageImpl();
+    // A free record for a frame of the present geometry; empty when there is none.
+    FrameLease GetFreeImageImpl();
+    // The oldest or the newest pending record, stamped with the hand-over times; empty when none waits.
+    FrameLease GetPendingImageImpl();
+    FrameLease GetLastPendingImageImpl();
 
     // Post-processes a frame unless that has been done; frames of one camera are processed one at a time. A frame whose
-    // processing failed is delivered all the same; one that is gone must not be touched: the application has closed the
-    // camera or asked for another pool from inside a callback.
+    // processing failed is delivered all the same; one that is gone is not: the camera was closed or got another pool
+    // before the end.
     enum class Path { kMonochrome, kColor };
     enum class Caller { kTransport, kApplication };
     enum class Outcome { kDone, kFailed, kGone };
-    Outcome PostProcessOnce(ZelImageInternal* image, Path path, Caller caller = Caller::kApplication);
+    Outcome PostProcessOnce(const FrameLease& frame, Path path, Caller caller = Caller::kApplication);
 
     // Called before the transport is asked for anything that it may wait for its own thread with: that thread then does
     // not wait for a frame which this thread has at the scratchpad callback.
     void LeaveScratchpad();
 
     // The steps. They rewrite `pixels` and the geometry fields; a step that answers false leaves the frame as it was.
-    bool PostProcessImage(ZelImageInternal* image);
-    bool PostProcessTapBalance(ZelImageInternal* image);
-    bool PostProcessSubImage(ZelImageInternal* image, unsigned c0, unsigned r0, unsigned c1, unsigned r1);
-    bool PostProcessBinning(ZelImageInternal* image, int vertical, int horizontal);
+    bool PostProcessImage(ZelImageInternal* image, const FrameGeometry& geometry);
+    bool PostProcessTapBalance(ZelImageInternal* image, const FrameGeometry& geometry);
+    bool PostProcessSubImage(ZelImageInternal* image, int interface_type, unsigned c0, unsigned r0, unsigned c1,
+                             unsigned r1);
+    bool PostProcessBinning(ZelImageInternal* image, int interface_type, int vertical, int horizontal);
     bool PostProcessAverageImage(ZelImageInternal* image);
 
     // The color path. The lock is the processing lock, which is given up while a scratchpad callback runs.
     static constexpr int kMainPipeline = 1;
     static constexpr int kScratchpadPipeline = 2;
-    // Null when the record is gone after that callback.
-    ZelImageInternal* PostProcessColorImage(ZelImageInternal* image, int pipeline,
+    // Null when the pool gave the record up meanwhile.
+    ZelImageInternal* PostProcessColorImage(const FrameLease& lease, int pipeline,
                                             std::unique_lock<std::mutex>& processing);
 
     // Color settings, staged until the next frame. Any thread.
@@ -88,8 +92,6 @@ class ZelCameraControlImpl {
     ImageManager& Pool() { return m_ImageManager; }
 
   protected:
-    // The kind of link, one of CAMERA_TYPE_..., or another number without one. Called under the processing lock.
-    virtual int TransportInterfaceType() = 0;
     // What evens out the taps; null without it.
     virtual TapBalance* Taps() { return nullptr; }
     // A status that a frame's processing came to, one of kStatus...; called under the processing lock.
@@ -101,6 +103,7 @@ class ZelCameraControlImpl {
     void LogExtendedInstructionSetPresence(const char* name);
 
     Logger m_Logger;
+    Logger m_TransformLogger;
     ImageManager m_ImageManager;
 
   private:
@@ -131,6 +134,7 @@ class ZelCameraControlImpl {
     struct ColorFrame {
         ZelImageInternal* image;
         unsigned w, h, num_pixels, size_in_bytes;
+        unsigned bit_depth;
         int phase;
         std::span<const std::uint16_t> samples;  // w * h
         std::uint8_t* out;                       // room for every format
@@ -140,18 +144,18 @@ class ZelCameraControlImpl {
     ScratchpadHook Scratchpad();
     bool CallScratchpad(const ScratchpadHook& hook, ZelImageInternal* image, std::unique_lock<std::mutex>& processing);
     const AtScratchpad* ScratchpadElsewhere(const ZelImageInternal* image) const;
-    void AwaitScratchpads(std::unique_lock<std::mutex>& processing);
     bool ReserveColorPixels(ZelImageInternal* image);
     bool ReserveColorRows(std::size_t samples);
     static const kernels::KernelTable& ColorKernels(int pipeline);
     bool DemosaicColorImage(const ColorFrame& frame, int pipeline);
     void RunColorSteps(const ColorFrame& frame, int pipeline, bool from_planes);
 
-    bool CropToRegion(ZelImageInternal* image, const ZelRoiBin& roi);
+    static FrameLease Stamp(FrameLease frame);
+    bool CropToRegion(ZelImageInternal* image, const FrameGeometry& geometry);
     bool ReserveSpare(ZelImageInternal* image);
     void SwapBuffer(ZelImageInternal* image, PageBuffer& buffer);
     bool ReserveRows(std::size_t samples);
-    bool ReadOut(ZelImageInternal* image, int taps, const TapRows& rows, bool& corrected);
+    bool ReadOut(ZelImageInternal* image, const FrameGeometry& geometry, const TapRows& rows, bool& corrected);
     void ReadOutByRows(ZelImageInternal* image, int taps, const TapRows& rows);
     void UnpackFrame(ZelImageInternal* image);
     bool ReorderTaps(ZelImageInternal* image, int taps, const TapRows& rows, bool& corrected);
@@ -159,7 +163,6 @@ class ZelCameraControlImpl {
     bool ReorderFourTaps(ZelImageInternal* image, const TapRows& rows, bool& corrected);
     bool CropByCorners(ZelImageInternal* image, unsigned c0, unsigned r0, unsigned c1, unsigned r1);
     bool CropBySize(ZelImageInternal* image, unsigned c0, unsigned r0, unsigned width, unsigned height);
-    void BinFrame(std::span<std::uint16_t> frame, unsigned w, unsigned h, unsigned bx, unsigned by, unsigned ceiling);
     bool AllocateAvgBuffer(unsigned pixels);
     void ReleaseAvgBuffer();
 

@@ -12,6 +12,7 @@ constexpr ColorMatrix kRgbToXyz{0.41214f, 0.3576f,  0.18036f, 0.21251f, 0.71535f
                                 0.07214f, 0.01932f, 0.11923f, 0.94988f};
 constexpr ColorMatrix kXyzToRgb{3.2406f, -1.5372f, -0.4986f, -0.9689f, 1.8758f, 0.0415f, 0.0557f, -0.204f, 1.057f};
 
+constexpr unsigned kBitsOf8BitFormats = 8;
 constexpr std::size_t kTableSize = 65536 + 2;  // every sample, and what a vector gather reads beyond the last entry
 
 ColorMatrix Product(const ColorMatrix& t, const ColorMatrix& m) {
@@ -46,13 +47,13 @@ void ZelColorTransformMatrix::PreferOutputBitDepth(unsigned bits) {
 
 void ZelColorTransformMatrix::SetFormat(kernels::ColorFormat format) {
     m_Format = format;
+    if (format != kernels::ColorFormat::k16 && m_InputBits >= kBitsOf8BitFormats) m_RequestedBits = kBitsOf8BitFormats;
     Derive();
 }
 
 void ZelColorTransformMatrix::Derive() {
-    unsigned wanted = m_RequestedBits;
-    if (m_Format != kernels::ColorFormat::k16) wanted = 8;
-    m_OutputBits = wanted == 0 || wanted > m_InputBits ? m_InputBits : wanted;
+    m_OutputBits = m_RequestedBits == 0 ? m_InputBits : std::min(m_RequestedBits, m_InputBits);
+    if (m_Format != kernels::ColorFormat::k16) m_OutputBits = std::min(m_OutputBits, kBitsOf8BitFormats);
     m_Shift = m_InputBits - m_OutputBits;
 }
 
@@ -77,7 +78,12 @@ void ZelColorTransformMatrix::SetTable(std::vector<std::uint16_t> entries) {
     m_Table = entries.empty() ? nullptr : std::make_shared<const std::vector<std::uint16_t>>(std::move(entries));
 }
 
-kernels::ColorTransform ZelColorTransformMatrix::Kernel() const {
+kernels::ColorTransform ZelColorTransformMatrix::Kernel(unsigned input_bits) const {
+    if (input_bits != m_InputBits) {
+        ZelColorTransformMatrix other = *this;
+        other.SetInputBitDepth(input_bits);
+        return other.Kernel(other.m_InputBits);
+    }
     kernels::ColorTransform kernel{};
     std::ranges::copy(m_Matrix, kernel.matrix);
     kernel.largest = static_cast<std::uint16_t>(Largest());

@@ -23,7 +23,7 @@ class ZelColorTransformMatrix {
     bool SetOutputBitDepth(unsigned bits);
     // As many bits once the input has them, all that the input has until then.
     void PreferOutputBitDepth(unsigned bits);
-    // 8-bit formats put out 8 bits, whatever the input has above that.
+    // 8-bit formats put out 8 bits where the input has as many, and the depth stays there.
     void SetFormat(kernels::ColorFormat format);
 
     // Multiplies a matrix in from the right: the one concatenated last acts on the pixel first. The first one becomes
@@ -42,7 +42,8 @@ class ZelColorTransformMatrix {
     unsigned OutputBits() const { return m_OutputBits; }
     unsigned Shift() const { return m_Shift; }
     unsigned Largest() const { return (1u << m_InputBits) - 1; }
-    kernels::ColorTransform Kernel() const;
+    // For samples of this many bits: a frame may have waited since the camera had another depth.
+    kernels::ColorTransform Kernel(unsigned input_bits) const;
 
     ColorMatrix camera_correction = kIdentityMatrix;
     ColorMatrix white_balance = kIdentityMatrix;

@@ -1,4 +1,4 @@
-// The SDK's own view of an image record. Made by ImageManager alone.
+// The SDK's own view of an image record. Made by RecordSet alone.
 #ifndef IMAGE_ZELIMAGEINTERNAL_H
 #define IMAGE_ZELIMAGEINTERNAL_H
 
@@ -17,6 +17,6 @@ class alignas(8) ZelImageInternal : public ZelColorImage {
 };
 
 static_assert(sizeof(void*) != 4 || sizeof(ZelImageInternal) == 144,
-              "the size of a record is part of the 32-bit product's memory arithmetic");
+              "a record's layout is fixed on the 32-bit product");
 
 #endif

@@ -39,7 +39,8 @@ typedef void(ZEL_CALL* ZelCameraControlCallbackEx)(int event_code, const ZelCame
 typedef void(ZEL_CALL* ZelImageNotificationCallback)(int kind, void* context);
 
 // A finished, post-processed frame. The record is in the pool's pending list while the callback runs: FreeImage()
-// answers false until the application has taken the record with GetPendingImage() or GetLastPendingImage().
+// answers false until the application has taken the record with GetPendingImage() or GetLastPendingImage(). It stays
+// readable until the callback returns, also after Close() inside it.
 typedef void(ZEL_CALL* ZelImageCallback)(ZelImage* image, void* context);
 
 // The camera's reply to ZelCamera::SetTextCommand(), zero-terminated, valid for the call. Called inside that operation,
@@ -55,9 +56,10 @@ typedef void(ZEL_CALL* ZelTextCommandCallback)(const char* reply, void* context)
 // demosaiced again. Geometry and pointers of the record are not to be changed.
 //
 // The camera object may be used inside: color settings, which hold for this very frame; other frames; Stop(), after
-// which no image callback follows; Close() or a start with another pool, after which the record is gone and the
-// operation that was to hand it over answers null. The record itself must not be freed inside. A thread that wants this
-// frame, and Stop() and Close() on another thread, wait until the callback returns, so it must not wait for them.
+// which no image callback follows; Close() or a start with another pool, after which the frame is not handed over: the
+// operation that was to do it answers null. The record stays readable until the callback returns, whoever closes the
+// camera meanwhile, and must not be freed inside. A thread that wants this frame, and Stop() and Close() on another
+// thread, wait until the callback returns, so it must not wait for them.
 typedef int(ZEL_CALL* ZelScratchpadCallback)(ZelColorImage* image, void* context);
 
 #endif

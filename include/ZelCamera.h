@@ -23,7 +23,8 @@ class ZelCamera {
     virtual bool IsOpen(int* is_open);
 
     // The name kept in the camera (a text of up to 63 characters that the camera object owns; empty when the camera
-    // does not reply; null without a transport), and setting it.
+    // does not reply; null without a transport), and setting it. The text stays where it is: once the camera has got
+    // another name, the next call, on whichever thread, replaces it there.
     virtual const char* GetCameraName();
     virtual bool SetCameraName(const char* name);
 
@@ -46,9 +47,10 @@ class ZelCamera {
     // Restarts the camera's firmware and takes back the binning.
     virtual bool ResetCamera();
 
-    // The oldest frame that waits, post-processed, or null. The record is the application's until FreeImage().
+    // The oldest frame that waits, post-processed and stamped with the time of hand-over, or null. The record is the
+    // application's until FreeImage().
     virtual ZelImage* GetPendingImage();
-    // The newest frame that waits; every older one goes back to the pool unseen.
+    // The newest frame that waits, in the same way; every older one goes back to the pool unseen.
     virtual ZelImage* GetLastPendingImage();
     // Gives every waiting frame back to the pool.
     virtual bool FreeAllPendingImages();

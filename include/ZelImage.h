@@ -18,7 +18,9 @@ class ZelImage {
     unsigned num_pixels;       // w * h of the frame as acquired (Camera Link and USB keep it when a region is cut out)
     unsigned size_in_bytes;    // num_pixels * bytes_per_pixel
 
-    // The acquisition settings that were in force when the frame was taken.
+    // The acquisition settings that were in force when the frame was taken. Region and binning are those of the start;
+    // the exposure time, which can be changed meanwhile, is the one last written to the camera or read from it when the
+    // frame came in.
     unsigned x_origin;  // region of interest, in sensor pixels
     unsigned y_origin;
     unsigned x_pixels;
@@ -48,7 +50,7 @@ class ZelColorImage : public ZelImage {
     // Milliseconds of the system's millisecond clock (on Windows timeGetTime, elsewhere the monotonic clock), modulo
     // 2^32.
     unsigned hand_over_delta_ms;  // difference of two clock reads at hand-over, in practice 0
-    unsigned hand_over_time_ms;   // when GetPendingImage handed the record over
+    unsigned hand_over_time_ms;   // when the record was handed over to the application
     unsigned arrival_time_ms;     // when the complete frame arrived from the camera
     unsigned queue_delay_ms;      // hand_over_time_ms - arrival_time_ms
 };

@@ -13,13 +13,14 @@ class ZelUtil {
     // counts: nothing is scaled.
     //   file_name  path of the file, in the system's 8-bit encoding
     //   image      any image handed out by a camera; null is refused
-    // Result: true when the file was written; false for a null image or a file that can't be opened. A write that fails
-    // later (a full disk) is not noticed. May run on any thread; takes no lock.
+    // Result: true when the file was written; false for a null image, one whose geometry doesn't fit its buffer
+    // (logged) and a file that can't be opened. A write that fails later (a full disk) is not noticed. May run on any
+    // thread; takes no lock.
     virtual bool SaveTIFF(const char* file_name, ZelImage* image) = 0;
 
     // Saves `image` as a 16-bit greyscale PNG file, replacing an existing file; raw counts, nothing scaled.
-    // Arguments, threads and locks as in SaveTIFF. Result: false for a null image, when memory runs out, or when the
-    // file can't be opened.
+    // Arguments, threads and locks as in SaveTIFF. Result: false for a null or empty image, one whose geometry doesn't
+    // fit its buffer (logged), when memory runs out, or when the file can't be opened.
     virtual bool SavePNG(const char* file_name, ZelImage* image) = 0;
 
     ZEL_INTERFACE_DESTRUCTOR(ZelUtil)

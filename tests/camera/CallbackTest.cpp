@@ -1,4 +1,6 @@
 // Events of the transport and the callbacks they become.
+#include <functional>
+
 #include "tests/camera/CameraFixture.h"
 
 namespace zel::test {
@@ -6,8 +8,11 @@ namespace {
 
 struct Heard {
     std::vector<std::string> lines;
+    std::function<void()> in_control;
     static void ZEL_CALL Control(int code, void* context) {
-        static_cast<Heard*>(context)->lines.push_back("control " + std::to_string(code));
+        auto* self = static_cast<Heard*>(context);
+        self->lines.push_back("control " + std::to_string(code));
+        if (self->in_control) self->in_control();
     }
     static void ZEL_CALL ControlEx(int code, const ZelCameraControlRecord* record, void* context) {
         std::string line = "extended " + std::to_string(code) + " " + std::to_string(record->value);
@@ -43,6 +48,28 @@ TEST_F(CallbackTest, BothControlCallbacksShareTheContextSetLast) {
     m_Camera->EventCallback(&event);
     EXPECT_THAT(m_Second.lines, testing::ElementsAre("control 3", "extended 3 -70000 1 -2 3 -4 32767 -32768 0 8"));
     EXPECT_TRUE(m_First.lines.empty());
+}
+
+// What the first callback of an event does holds for the second one.
+TEST_F(CallbackTest, TheControlCallbackComesBeforeTheExtendedOne) {
+    const std::function<void()> ends[] = {
+        [this] { m_Camera->SetCameraControlCallbackEx(nullptr, &m_First); },
+        [this] { m_Camera->Stop(); },
+        [this] { m_Camera->Close(); },
+    };
+    for (const auto& end : ends) {
+        ASSERT_TRUE(m_Camera->Open());
+        ASSERT_EQ(m_Camera->StartCommon(), 0);
+        m_First = {{}, end};
+        m_Camera->SetCameraControlCallback(Heard::Control, &m_First);
+        m_Camera->SetCameraControlCallbackEx(Heard::ControlEx, &m_First);
+        m_Transport.EmitEvent(3);
+        EXPECT_THAT(m_First.lines, testing::ElementsAre("control 3")) << &end - ends;
+    }
+    m_Camera->SetCameraControlCallbackEx(Heard::ControlEx, &m_First);
+    m_First.in_control = [this] { m_Camera->SetCameraControlCallback(Heard::Control, &m_Second); };
+    m_Transport.EmitEvent(3);
+    EXPECT_EQ(m_Second.lines.size(), 1u) << "the context set last";
 }
 
 TEST_F(CallbackTest, EventsWithoutCallbacksAreHarmless) {

@@ -30,6 +30,9 @@ TEST_F(CameraLogTest, Parameters) {
     EXPECT_EQ(m_Log.Count(">>> CAMERA SIDE PARAMETER <<< ZEL_PARAM_HSIZE"), 1) << "on purpose: the selection is named";
     m_Camera->GetParameter(99, 4, &value);
     EXPECT_EQ(m_Log.Count("((param_id < 0) || (param_id > ZEL_MAX_PARAMS))", kLogError), 1);
+    m_Log.Clear();
+    m_Camera->SetParameterValue(ZEL_MAX_PARAMS, 1);
+    EXPECT_TRUE(m_Log.Lines().empty());
     m_Camera->SetParameterValue(ZEL_PARAM_DROPPED_FRAMES, 1);
     EXPECT_EQ(m_Log.Count("ZEL_PARAM_DROPPED_FRAMES is a read-only parameter!", kLogWarning), 1);
 }
@@ -53,6 +56,9 @@ TEST_F(CameraLogTest, TapBalanceFollowsTheGain) {
 
 // Why a small color camera's pictures have no colors.
 TEST_F(CameraLogTest, ColorPath) {
+    m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_16_BIT, 17);
+    EXPECT_EQ(m_Log.Messages("ZelColorTransformMatrix", kLogError),
+              std::vector<std::string>{"Invalid bit depth specified!"});
     const auto picture = [this] {
         m_Camera->ConnectCommon();
         m_Camera->StartCommon();

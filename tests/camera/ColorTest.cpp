@@ -181,6 +181,26 @@ TEST_F(ColorTest, OutputFormatsAndDepths) {
     }
 }
 
+// Before its first start, and for frames that waited while the camera was set to another depth.
+TEST_F(ColorTest, TheDepthIsTheCamerasAndTheFrames) {
+    m_Table.m_Values[BITS_PER_PIXEL] = 16;
+    ASSERT_EQ(m_Camera->ConnectCommon(), 0);
+    ASSERT_TRUE(m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_16_BIT, 16));
+    ASSERT_EQ(m_Camera->StartCommon(), 0);
+    const ZelColorImage* image = Picture();
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(Content(image), Demosaiced(image, 1)) << "no bit was shifted out";
+
+    ASSERT_TRUE(m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_8_BIT_RGB, 0));
+    Deliver(300);
+    m_Table.m_Values[BITS_PER_PIXEL] = 12;
+    ASSERT_EQ(m_Camera->StartCommon(), 0);
+    image = m_Camera->GetPendingColorImage();
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(static_cast<const std::uint8_t*>(image->color_pixels)[2], Demosaiced(image, 1)[2] >> 8);
+    EXPECT_EQ(static_cast<const std::uint8_t*>(image->color_pixels)[3 * kW * kH - 1], Demosaiced(image, 1).back() >> 8);
+}
+
 TEST_F(ColorTest, ARegionBeginsAtItsOwnPlaceInTheMosaic) {
     m_Table.m_Values[H_ROI_PIXELS] = 4;
     m_Table.m_Values[V_ROI_PIXELS] = 2;
@@ -348,6 +368,16 @@ INSTANTIATE_TEST_SUITE_P(
                                camera.Start();
                            },
                            false, false},
+                    Inside{"AnotherPoolOnTheTransportsThread",
+                           [](ZelCameraControl& camera, ZelColorImage* image) {
+                               camera.SetParameterValue(ZEL_PARAM_NUM_IMAGE_BUFFERS, 3);
+                               std::thread([&] { camera.StartCommon(); }).join();
+                               EXPECT_EQ(image->pixels[0], 100) << "stays readable";
+                           },
+                           false, false},
+                    Inside{"SwitchesTheImageCallbackOff",
+                           [](ZelCameraControl& camera, ZelColorImage*) { camera.SetImageCallback(nullptr, nullptr); },
+                           false, true},
                     Inside{"ForgetsItself",
                            [](ZelCameraControl& camera, ZelColorImage*) {
                                camera.SetScratchpadCallback(nullptr, nullptr);

@@ -55,6 +55,40 @@ TEST_F(FrameTest, AFrameArrivesProcessedWithItsSettings) {
     EXPECT_EQ(Next(), nullptr);
 }
 
+// However late a frame is fetched, it is processed with what it was taken with.
+TEST_F(FrameTest, AFrameThatWaitsOverARestartKeepsItsSettings) {
+    Deliver(1);
+    m_Table.m_Values[H_BIN] = 1;
+    ASSERT_EQ(m_Camera->StartCommon(), 0);
+    Deliver(2);
+    for (const auto& [w, binning] : {std::pair(8u, 2u), {16u, 1u}}) {
+        const ZelImage* image = Next();
+        EXPECT_EQ(image->w, w);
+        EXPECT_EQ(image->x_bin, binning);
+    }
+}
+
+TEST_F(FrameTest, TheExposureTimeIsTheOneInForceWhenTheFrameCame) {
+    const auto exposure = [this] {
+        const int exchanges = m_Transport.Exchanges();
+        ZelImage* image = Deliver(1);
+        EXPECT_EQ(m_Transport.Exchanges(), exchanges);
+        EXPECT_TRUE(m_Camera->FreeImage(Next()));
+        return image->exposure_time_us;
+    };
+    m_Camera->SetParameterValue(ZEL_PARAM_EXPOSURE_TIME_US, 2000);
+    EXPECT_EQ(exposure(), 2000u);
+    m_Camera->SetParameterValue(ZEL_PARAM_EXPOSURE_TIME, 3000);
+    EXPECT_EQ(exposure(), 3000u);
+    m_Table.m_Values[EXPOSURE_TIME] = 2999;
+    m_Camera->GetParameterValue(ZEL_PARAM_EXPOSURE_TIME_US);
+    EXPECT_EQ(exposure(), 2999u) << "what the camera made of it";
+    Refuse(EXPOSURE_TIME);
+    m_Camera->SetParameterValue(ZEL_PARAM_EXPOSURE_TIME_US, 5000);
+    m_Camera->SetParameterValue(ZEL_PARAM_EXPOSURE_TIME, 6000);
+    EXPECT_EQ(exposure(), 2999u) << "refused";
+}
+
 TEST_F(FrameTest, OldestFirstOrNewestOnly) {
     // A record that comes back has its full geometry again.
     for (unsigned n = 0; n < 5; ++n) {
@@ -64,8 +98,10 @@ TEST_F(FrameTest, OldestFirstOrNewestOnly) {
     EXPECT_EQ(m_Camera->GetFreeImage(), nullptr) << "all three records wait";
     ZelImage* oldest = Next();
     EXPECT_EQ(oldest->image_number, 2u);
+    m_Clock.Advance(40);
     ZelImage* newest = m_Camera->GetLastPendingImage();
     EXPECT_EQ(newest->image_number, 4u);
+    EXPECT_EQ(static_cast<ZelColorImage*>(newest)->queue_delay_ms, 40u);
     EXPECT_EQ(newest->w, 8u) << "processed as well";
     EXPECT_EQ(Next(), nullptr);
     EXPECT_EQ(m_Camera->GetLastPendingImage(), nullptr);
@@ -112,6 +148,22 @@ TEST_F(FrameTest, StoppingOrClosingInTheNotificationIsTheLastCallback) {
         EXPECT_EQ(m_Seen, 0);
         EXPECT_EQ(Next() != nullptr, !close);
     }
+}
+
+// What is taken while another thread makes a new pool is processed in memory that stays.
+TEST_F(FrameTest, FramesAreTakenWhileThePoolChanges) {
+    std::atomic<bool> running{true};
+    std::thread application([&] {
+        for (unsigned n = 0; running; ++n) n % 2 ? Next() : m_Camera->GetLastPendingImage();
+    });
+    for (int n = 0; n < 300; ++n) {
+        m_Camera->SetParameterValue(ZEL_PARAM_NUM_IMAGE_BUFFERS, 3 + n % 2);
+        EXPECT_EQ(m_Camera->StartCommon(), 0);
+        EXPECT_NE(Deliver(1), nullptr);
+        EXPECT_NE(Deliver(2), nullptr);
+    }
+    running = false;
+    application.join();
 }
 
 // The transport's thread delivers while two application threads take frames in both ways.

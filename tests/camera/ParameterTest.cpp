@@ -98,6 +98,10 @@ TEST_F(ParameterTest, ExposureUnitScalesOnlyTheTimeWithoutUnit) {
     EXPECT_EQ(m_Camera->GetParameterValue(ZEL_PARAM_EXPOSURE_TIME), 5);
     EXPECT_EQ(m_Camera->GetParameterValue(ZEL_PARAM_EXPOSURE_TIME_US), 5000);
     EXPECT_TRUE(m_Camera->SetParameter(ZEL_PARAM_EXPOSURE_UNIT, &other));
+    m_Camera->SetParameterValue(ZEL_PARAM_EXPOSURE_TIME, 3000000);
+    EXPECT_EQ(m_Camera->GetParameterValue(ZEL_PARAM_EXPOSURE_TIME), 3000000) << "times are unsigned";
+    m_Camera->SetParameterValue(ZEL_PARAM_EXPOSURE_TIME, 5000000);
+    EXPECT_EQ(m_Table.m_Values[EXPOSURE_TIME], -1) << "too long: as long as can be";
     EXPECT_EQ(m_Camera->GetParameterValue(ZEL_PARAM_EXPOSURE_UNIT), 1);
     EXPECT_TRUE(m_Camera->SetParameterValue(ZEL_PARAM_EXPOSURE_TIME_US, 1999));
     EXPECT_EQ(m_Camera->GetParameterValue(ZEL_PARAM_EXPOSURE_TIME), 1);
@@ -132,6 +136,10 @@ TEST_F(ParameterTest, RegionAndBinningAreSixEntriesInOrder) {
     ZelRoiBin read{};
     EXPECT_TRUE(m_Camera->GetParameter(ZEL_PARAM_ROI_BIN, sizeof read, &read));
     EXPECT_EQ(std::memcmp(&read, &wanted, sizeof read), 0);
+    m_Table.m_Exceptions[H_BIN] = kExceptionBadIndex;
+    read.XBin = 77;
+    EXPECT_TRUE(m_Camera->GetParameter(ZEL_PARAM_ROI_BIN, sizeof read, &read));
+    EXPECT_EQ(read.XBin, 77u) << "stays as it was";
 }
 
 TEST_F(ParameterTest, TextEntriesThatCantBeReadAreEmptyAndTrue) {

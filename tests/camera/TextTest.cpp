@@ -1,4 +1,6 @@
 // Text commands, names and raw bytes.
+#include <thread>
+
 #include "tests/camera/CameraFixture.h"
 
 namespace zel::test {
@@ -19,6 +21,22 @@ TEST_F(TextTest, NamesTravelAsText) {
     m_Transport.SetHandler(nullptr);
     EXPECT_STREQ(m_Camera->GetCameraName(), "") << "no reply, no name";
     EXPECT_FALSE(m_Camera->SetCameraName(nullptr));
+}
+
+// The camera's identity is asked for on several threads while a transport connects anew.
+TEST_F(TextTest, ThreadsReadTextsThatAreRenewed) {
+    m_Table.m_Texts["name"] = "left arm";
+    EXPECT_EQ(m_Camera->ConnectCommon(), 0);
+    const auto ask = [this] {
+        for (int i = 0; i < 200; ++i) {
+            EXPECT_STREQ(m_Camera->GetCameraName(), "left arm");
+            EXPECT_TRUE(m_Camera->IsMonochrome());
+        }
+    };
+    std::thread first(ask), second(ask);
+    for (int i = 0; i < 20; ++i) EXPECT_EQ(m_Camera->ConnectCommon(), 0);
+    first.join();
+    second.join();
 }
 
 struct Reply {

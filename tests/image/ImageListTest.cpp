@@ -8,8 +8,6 @@
 #include <thread>
 #include <vector>
 
-#include "tests/image/ModelList.h"
-
 namespace zel {
 namespace {
 
@@ -104,31 +102,6 @@ TEST_F(ImageListTest, TheTailLinkedASecondTimeComesOutTwice) {
     EXPECT_EQ("aa", DrainFromTail());
     EnqueueAll("bc");
     EXPECT_EQ("bc", Drain());
-}
-
-// Any sequence of operations without duplicates: the list agrees with its model.
-TEST_F(ImageListTest, RandomOperationsAgreeWithTheModel) {
-    std::mt19937 random(20240501);
-    test::ModelList model;
-    for (int step = 0; step < 20000; ++step) {
-        ZelImageInternal* const image = &m_Records[random() % kRecords];
-        switch (random() % 5) {
-            case 0:
-                ASSERT_EQ(Name(model.Dequeue()), Name(Dequeue(&m_List))) << step;
-                break;
-            case 1:
-                ASSERT_EQ(Name(model.DequeueTail()), Name(DequeueTail(&m_List))) << step;
-                break;
-            case 2:
-                ASSERT_EQ(model.Remove(image), Remove(&m_List, image)) << step;
-                break;
-            default:
-                if (model.Holds(image)) break;
-                model.Enqueue(image);
-                ASSERT_TRUE(Enqueue(&m_List, image));
-        }
-        ASSERT_EQ(model.Count(), m_List.Count()) << step;
-    }
 }
 
 // Duplicates may make the list circular: every operation ends all the same, the sentinel never comes out, and the

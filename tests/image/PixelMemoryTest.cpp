@@ -28,7 +28,7 @@ class PixelMemoryTest : public testing::Test {
 };
 
 TEST_F(PixelMemoryTest, MemoryIsAlignedZeroedAndUsableToItsLastByte) {
-    for (std::size_t alignment : {kPixelAlignment, kRecordAlignment, kTableAlignment}) {
+    for (std::size_t alignment : {kPixelAlignment, kRecordAlignment}) {
         for (std::size_t bytes : {std::size_t{0}, std::size_t{1}, sizeof(ZelImageInternal), std::size_t{4096},
                                   std::size_t{4097}, std::size_t{1} << 20}) {
             SCOPED_TRACE(testing::Message() << bytes << " bytes aligned to " << alignment);
@@ -123,34 +123,13 @@ TEST_F(PixelMemoryTest, ConstructionClearsEveryFieldOfARecordAndDestructionFrees
     alignas(ZelImageInternal) static unsigned char memory[sizeof(ZelImageInternal)];
     std::memset(memory, 0xEE, sizeof memory);
     auto* image = new (memory) ZelImageInternal;
-    for (unsigned field : {image->w,
-                           image->h,
-                           image->bit_depth,
-                           image->bytes_per_pixel,
-                           image->num_pixels,
-                           image->size_in_bytes,
-                           image->x_origin,
-                           image->y_origin,
-                           image->x_pixels,
-                           image->y_pixels,
-                           image->x_bin,
-                           image->y_bin,
-                           image->exposure_time_us,
-                           image->image_number,
-                           image->reserved_image[0],
-                           image->reserved_image[1],
-                           image->color_size_in_bytes,
-                           image->reserved_color[0],
-                           image->reserved_color[3],
-                           image->buffer_size,
-                           image->hand_over_delta_ms,
-                           image->hand_over_time_ms,
-                           image->arrival_time_ms,
-                           image->queue_delay_ms,
-                           image->post_processed,
-                           image->color_planes.count}) {
-        EXPECT_EQ(0u, field);
-    }
+    EXPECT_EQ(0u, image->w | image->h | image->bit_depth | image->bytes_per_pixel | image->num_pixels |
+                      image->size_in_bytes | image->x_origin | image->y_origin | image->x_pixels | image->y_pixels |
+                      image->x_bin | image->y_bin | image->exposure_time_us | image->image_number |
+                      image->reserved_image[0] | image->reserved_image[1] | image->color_size_in_bytes |
+                      image->reserved_color[0] | image->reserved_color[3] | image->buffer_size |
+                      image->hand_over_delta_ms | image->hand_over_time_ms | image->arrival_time_ms |
+                      image->queue_delay_ms | image->post_processed | image->color_planes.count);
     EXPECT_EQ(nullptr, image->pixels);
     EXPECT_EQ(nullptr, image->color_pixels);
     EXPECT_EQ(nullptr, image->color_planes.planes[0]);

@@ -29,6 +29,19 @@ TEST_P(SaveFailureTest, ANullImageOrNameIsRefused) {
     EXPECT_FALSE(m_File.Exists());
 }
 
+// What a transport wrote into a record's geometry.
+TEST_P(SaveFailureTest, AFrameLargerThanItsBufferIsRefused) {
+    m_Frame->buffer_size = 8 * 8 * 2;
+    EXPECT_TRUE(Save(m_File.Name(), m_Frame.Image()));
+    for (const auto& [w, h] : {std::pair(8u, 9u), {30000u, 30000u}, {65536u, 32768u}, {0x80000000u, 2u}}) {
+        m_Frame->w = w;
+        m_Frame->h = h;
+        EXPECT_FALSE(Save(m_File.Name(), m_Frame.Image())) << w << " x " << h;
+    }
+    m_Frame->w = 0;
+    EXPECT_EQ(Save(m_File.Name(), m_Frame.Image()), !Png()) << "there is no such PNG file";
+}
+
 TEST_P(SaveFailureTest, AFileThatCannotBeOpenedIsRefused) {
     const long long before = platform::LivePageReservations();
     EXPECT_FALSE(Save((testing::TempDir() + "no/such/folder/image").c_str(), m_Frame.Image()));

@@ -544,9 +544,10 @@ void LifetimeDriver::CheckInside(What what, CallbackKind kind, bool overlapping)
 
 // Closes the camera or the SDK while a call on another thread is inside: in a callback, or waiting for a reply.
 void LifetimeDriver::DoCloseWithCallInside() {
-    constexpr const char* kCalls[] = {"in an image callback", "in a text callback", "late reply", "no reply"};
-    const unsigned call = Roll(20) == 0 ? 3 : Roll(3);
-    const unsigned closes = Roll(3);
+    enum Call { kInImage, kInText, kInConnect, kLateReply, kNoReply };
+    constexpr const char* kCalls[] = {"image callback", "text callback", "connect callback", "late reply", "no reply"};
+    const auto call = static_cast<Call>(Roll(20) == 0 ? unsigned{kNoReply} : Roll(kNoReply));
+    const unsigned closes = call == kInConnect ? 1 + Roll(2) : Roll(3);
     m_Watchdog.Note(std::string("  ") + kCalls[call] +
                     (closes == 0   ? ": camera"
                      : closes == 1 ? ": SDK"
@@ -555,6 +556,11 @@ void LifetimeDriver::DoCloseWithCallInside() {
     DoStop();
     Object().FreeAllPendingImages();
     ZelCamera* const object = Camera().object;
+    if (call == kInConnect) {
+        if (!Tellable()) return;
+        DoClose();
+        Toggle();
+    }
     std::atomic<bool> inside{false};
     std::atomic<bool> closing{false};
     const auto wait_inside = [&, object] {
@@ -564,30 +570,36 @@ void LifetimeDriver::DoCloseWithCallInside() {
         object->Stop();
     };
     std::thread caller;
-    Ending(closes == 2, [&] {
-        if (call < 2) m_Callbacks.Plan(Set().of[call == 0 ? kImage : kText], wait_inside);
+    const auto close_it = [&] {
+        Callback& callback =
+            call == kInConnect ? m_ConnectSet.of[kConnect] : Set().of[call == kInImage ? kImage : kText];
+        if (call <= kInConnect) m_Callbacks.Plan(callback, wait_inside);
         std::string exchanges;
         Control("exchanges #", &exchanges);
-        if (call == 0) {
+        if (call == kInImage) {
             Expect(Launch(kCountless), "it does not start");
-        } else if (call == 1) {
+        } else if (call == kInText) {
             caller = std::thread([object] { object->SetTextCommand("info"); });
+        } else if (call == kInConnect) {
+            caller = std::thread([this] { Control("plug #"); });
         } else {
-            Control(call == 2 ? "fault # delay 20" : "fault # no-reply times=0");
+            Control(call == kLateReply ? "fault # delay 20" : "fault # no-reply times=0");
             caller = std::thread([object] { object->GetParameterValue(ZEL_PARAM_EXPOSURE_TIME); });
         }
         const bool came = WaitFor("the call that is inside", [&] {
             std::string now;
-            return call < 2 ? inside.load() : Control("exchanges #", &now) && now != exchanges;
+            return call <= kInConnect ? inside.load() : Control("exchanges #", &now) && now != exchanges;
         });
         closing = true;
-        if (!came && call < 2 && !m_Callbacks.TakeBack()) WaitFor("its end", [&] { return m_Callbacks.Done(); });
+        if (!came && call <= kInConnect && !m_Callbacks.TakeBack())
+            WaitFor("its end", [&] { return m_Callbacks.Done(); });
         if (closes == 0) Expect(object->Close(), "it closes with a call inside");
         if (closes == 1) Expect(m_Sdk->Close(), "ZelSDK::Close with a call inside");
         if (closes == 2) zel_destroy_sdk(m_Sdk);
-        Expect(Set().Inside(kImage, kText) == 0, "a callback runs on after the end");
+        Expect(callback.inside == 0, "a callback runs on after the end");
         if (caller.joinable()) caller.join();
-    });
+    };
+    Ending(closes == 2, close_it);
     if (closes != 0) return Ended(closes == 2);
     Control("fault # clear");
     Camera().Closed();

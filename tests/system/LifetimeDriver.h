@@ -59,7 +59,7 @@ class LifetimeDriver {
     // The plug-in's answer, and whether it is one.
     bool Control(const std::string& command, std::string* answer = nullptr);
     void Expect(bool holds, const std::string& what);
-    bool WaitFor(const char* what, const std::function<bool()>& holds);
+    bool WaitFor(const char* what, const std::function<bool()>& holds, bool must = false);
 
     int Search();
     void Searched(int found);

@@ -12,24 +12,24 @@ constexpr int kCountless = 0;
 }  // namespace
 
 const LifetimeDriver::Action LifetimeDriver::kActions[] = {
-    {"plug", 6, &LifetimeDriver::Unplugged, &LifetimeDriver::Toggle},
-    {"unplug", 3, &LifetimeDriver::Plugged, &LifetimeDriver::Toggle},
-    {"search", 6, &LifetimeDriver::Always, &LifetimeDriver::DoSearch},
-    {"get cameras", 8, &LifetimeDriver::Always, &LifetimeDriver::DoGetCameras},
-    {"open", 10, &LifetimeDriver::Known, &LifetimeDriver::DoOpen},
-    {"start", 8, &LifetimeDriver::Known, &LifetimeDriver::DoStart},
-    {"take", 12, &LifetimeDriver::Working, &LifetimeDriver::DoTake},
-    {"free", 6, &LifetimeDriver::Holding, &LifetimeDriver::DoFree},
-    {"stop", 5, &LifetimeDriver::Known, &LifetimeDriver::DoStop},
-    {"close", 3, &LifetimeDriver::Known, &LifetimeDriver::DoClose},
-    {"set buffers", 2, &LifetimeDriver::Working, &LifetimeDriver::DoSetBuffers},
-    {"retired", 4, &LifetimeDriver::AnyRetired, &LifetimeDriver::DoProbeRetired},
-    {"count records", 2, &LifetimeDriver::Working, &LifetimeDriver::DoCountRecords},
+    {"plug", 24, &LifetimeDriver::Unplugged, &LifetimeDriver::Toggle},
+    {"unplug", 4, &LifetimeDriver::Plugged, &LifetimeDriver::Toggle},
+    {"search", 16, &LifetimeDriver::Always, &LifetimeDriver::DoSearch},
+    {"get cameras", 30, &LifetimeDriver::Always, &LifetimeDriver::DoGetCameras},
+    {"open", 40, &LifetimeDriver::Known, &LifetimeDriver::DoOpen},
+    {"start", 30, &LifetimeDriver::Known, &LifetimeDriver::DoStart},
+    {"take", 40, &LifetimeDriver::Working, &LifetimeDriver::DoTake},
+    {"free", 16, &LifetimeDriver::Holding, &LifetimeDriver::DoFree},
+    {"stop", 8, &LifetimeDriver::Known, &LifetimeDriver::DoStop},
+    {"close", 5, &LifetimeDriver::Known, &LifetimeDriver::DoClose},
+    {"set buffers", 5, &LifetimeDriver::Working, &LifetimeDriver::DoSetBuffers},
+    {"retired", 8, &LifetimeDriver::AnyRetired, &LifetimeDriver::DoProbeRetired},
+    {"count records", 6, &LifetimeDriver::Working, &LifetimeDriver::DoCountRecords},
     {"reopen SDK", 1, &LifetimeDriver::Always, &LifetimeDriver::DoReopen},
     {"recreate SDK", 1, &LifetimeDriver::Always, &LifetimeDriver::DoRecreate},
-    {"vanish", 2, &LifetimeDriver::Known, &LifetimeDriver::DoVanish},
-    {"inside", 16, &LifetimeDriver::Always, &LifetimeDriver::DoInside},
-    {"close, call inside", 2, &LifetimeDriver::Working, &LifetimeDriver::DoCloseWithCallInside},
+    {"vanish", 4, &LifetimeDriver::Known, &LifetimeDriver::DoVanish},
+    {"inside", 60, &LifetimeDriver::Callable, &LifetimeDriver::DoInside},
+    {"close, call inside", 4, &LifetimeDriver::Working, &LifetimeDriver::DoCloseWithCallInside},
 };
 
 LifetimeDriver::LifetimeDriver(unsigned seed, bool alone, Watchdog& watchdog)
@@ -457,9 +457,10 @@ void LifetimeDriver::Bring(CallbackKind kind) {
 }
 
 void LifetimeDriver::DoInside() {
-    const auto kind = static_cast<CallbackKind>(Roll(kCallbackKinds));
+    auto kind = Working() ? static_cast<CallbackKind>(Roll(kCallbackKinds)) : kConnect;
+    if (kind == kScratchpad && m_At != LifetimeModel::kColor) kind = kImage;
+    if (kind == kConnect && !Tellable()) kind = kText;
     auto what = static_cast<What>(Roll(Roll(4) == 0 ? kWhats : kSdkClose));
-    if (kind == kConnect ? !Tellable() : !Working() || (kind == kScratchpad && m_At != LifetimeModel::kUsb)) return;
     if (kind == kConnect && Camera().plugged && m_Model.At(m_Model.Told(Camera())) != m_At) what = kSearch;
     const std::string name = std::string("inside ") + kCallbackNames[kind] + ": " + kWhatNames[what];
     m_Watchdog.Note("  " + name);

@@ -85,6 +85,7 @@ class LifetimeDriver {
     bool AnyRetired() { return !m_Model.retired.empty(); }
     // Plugging it in or out reaches the connect callback.
     bool Tellable() { return m_Model.Heard(Camera()) && !Camera().unsure && (Camera().plugged || !Camera().open); }
+    bool Callable() { return Working() || Tellable(); }
 
     void DoSearch() { Searched(Search()); }
     void DoGetCameras();

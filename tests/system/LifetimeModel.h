@@ -44,7 +44,7 @@ struct ModelCamera {
 
 class LifetimeModel {
   public:
-    static constexpr int kNone = -1, kLeft = -2, kLibraries = 3, kUsb = 2, kCameras = 4, kNumbers = 8;
+    static constexpr int kNone = -1, kLeft = -2, kLibraries = 3, kUsb = 2, kColor = 2, kCameras = 4, kNumbers = 8;
 
     std::array<ModelCamera, kCameras> cameras{ModelCamera(0, 0), ModelCamera(1, 0), ModelCamera(2, 0),
                                               ModelCamera(2, 1)};

@@ -165,7 +165,10 @@ bool zel_camera_control_inside(ZelCamera* camera) { return static_cast<zel::ZelC
 void zel_camera_control_begin_end(ZelCamera* camera) { static_cast<zel::ZelCameraControl*>(camera)->BeginEnd(); }
 bool zel_camera_control_retire(ZelCamera* camera) { return static_cast<zel::ZelCameraControl*>(camera)->Retire(); }
 void zel_camera_control_suspend(ZelCamera* camera) { static_cast<zel::ZelCameraControl*>(camera)->Suspend(); }
-bool zel_camera_control_transport_is_gone(ZelCamera* camera) {
+bool zel_camera_control_suspended(ZelCamera* camera) {
     return static_cast<zel::ZelCameraControl*>(camera)->Suspended();
+}
+void zel_camera_control_forget_transport(ZelCamera* camera) {
+    static_cast<zel::ZelCameraControl*>(camera)->ForgetTransport();
 }
 void zel_camera_control_resume(ZelCamera* camera) { static_cast<zel::ZelCameraControl*>(camera)->Resume(); }

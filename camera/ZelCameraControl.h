@@ -162,6 +162,7 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     bool Retire();
     void Suspend();
     bool Suspended() const { return m_Suspended; }
+    void ForgetTransport() { m_Gate.Shut(kRetired); }
     void Resume();
 
     // How many image notification calls were made in this process.
@@ -182,7 +183,7 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     // Life-time. Why the gate is shut:
     static constexpr unsigned kClosing = 1;
     static constexpr unsigned kEnding = 2;           // the SDK is being closed
-    static constexpr unsigned kRetired = 4;          // another object has the transport
+    static constexpr unsigned kRetired = 4;          // the transport is not ours any more
     static constexpr unsigned kLibraryShutDown = 8;  // the transport may be gone with its library
     using Gate = platform::OperationGate;
 

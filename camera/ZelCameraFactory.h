@@ -26,6 +26,8 @@ bool zel_camera_control_retire(ZelCamera* camera);
 // transport shows that it lives.
 void zel_camera_control_suspend(ZelCamera* camera);
 void zel_camera_control_resume(ZelCamera* camera);
-bool zel_camera_control_transport_is_gone(ZelCamera* camera);
+bool zel_camera_control_suspended(ZelCamera* camera);
+// The transport is about to be destroyed: the object never touches it again, whatever the transport still calls.
+void zel_camera_control_forget_transport(ZelCamera* camera);
 
 #endif

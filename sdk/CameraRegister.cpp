@@ -73,9 +73,11 @@ void DestroyCameras(const std::vector<RegisteredCamera>& cameras) {
         if (std::any_of(cameras.begin(), entry, shares)) continue;  // destroyed together with an earlier one
 
         bool gone = false;
+        for (auto other = entry; other != cameras.end(); ++other)
+            gone = gone || (shares(*other) && other->camera && zel_camera_control_suspended(other->camera));
         for (auto other = entry; other != cameras.end(); ++other) {
             if (!shares(*other) || !other->camera) continue;
-            gone = gone || zel_camera_control_transport_is_gone(other->camera);
+            if (gone) zel_camera_control_forget_transport(other->camera);
             other->camera->Close();
         }
         if (gone) entry->destroy_camera_interface(entry->camera_interface);

@@ -61,6 +61,7 @@ void zel_camera_control_begin_end(ZelCamera*) {}
 bool zel_camera_control_retire(ZelCamera* camera) { return !static_cast<zel::test::FakeCamera*>(camera)->m_InUse; }
 void zel_camera_control_suspend(ZelCamera* camera) { static_cast<zel::test::FakeCamera*>(camera)->m_Suspended = true; }
 void zel_camera_control_resume(ZelCamera* camera) { static_cast<zel::test::FakeCamera*>(camera)->m_Suspended = false; }
-bool zel_camera_control_transport_is_gone(ZelCamera* camera) {
+bool zel_camera_control_suspended(ZelCamera* camera) {
     return static_cast<zel::test::FakeCamera*>(camera)->m_Suspended;
 }
+void zel_camera_control_forget_transport(ZelCamera*) {}

@@ -126,6 +126,15 @@ bool TapBalance::StoreTable(int select, TapTable table) {
     return MakeLUT(select);
 }
 
+bool TapBalance::StoreTables(std::array<std::optional<TapTable>, kTapTables>& tables) {
+    const std::lock_guard lock(m_Lock);
+    for (int select = 0; select < kTapTables; ++select) {
+        if (!StoreTable(select, std::move(*tables[Index(select)]))) return false;
+    }
+    m_DataValid = true;
+    return true;
+}
+
 // The table is not corrected with any more.
 void TapBalance::DropTable(int select) {
     m_TapBalanceData[Index(select)].configured = false;

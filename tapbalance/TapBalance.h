@@ -61,6 +61,9 @@ class TapBalance {
     int SelectedTable() const { return m_TableSelect; }
     // What is known of the camera's flash belongs to the past: asked for again at the next use.
     void ForgetFlash();
+    // Whether the camera's directory, when it was asked for last, said that no table was ever written. A flash memory
+    // that can't be read says nothing.
+    bool FlashTellsOfNoTables() const { return m_NoTables; }
     // The selected table's rows and taps as the camera's directory tells them, whether they make sense or not.
     bool GetTableConfig(int* rows, int* num_taps);
     // One row of the selected table.
@@ -85,10 +88,12 @@ class TapBalance {
     bool WriteDataToFile();
     // check_camera: digest line, data and the camera's digest must agree.
     bool LoadDataFromFile(const char* file_name, bool check_camera);
+    // Both cache files, checked against the camera, or neither.
+    bool LoadCacheFiles();
     // A name that contains "20MHz" or "40MHz" selects the table.
     bool LoadDataFromMasterFile(const char* file_name);
-    // Both tables from the calibration folder's "CameraTable_20MHz.txt" and "CameraTable_40MHz.txt", for cameras that
-    // hold none of their own.
+    // Both tables or neither, from the calibration folder's "CameraTable_20MHz.txt" and "CameraTable_40MHz.txt", for
+    // cameras that hold none of their own.
     bool LoadGeneralTables();
 
     // ---- Tables to the camera ----
@@ -127,7 +132,10 @@ class TapBalance {
     std::optional<TapTable> ReadTable(int select, const TableEntry& entry);
     void ReportProgress(int done, int total);
     bool CheckAgainstCamera(const char* file_name, int select, const Sha1::Digest& file_digest, const TapTable& table);
+    std::optional<TapTable> ReadCacheFile(const char* file_name, bool check_camera);
+    std::optional<TapTable> ReadMasterFile(const char* file_name);
     bool StoreTable(int select, TapTable table);
+    bool StoreTables(std::array<std::optional<TapTable>, kTapTables>& tables);
     void DropTable(int select);
     bool MakeLUT(int select);
     void Publish(int select, std::shared_ptr<const LookupTables> tables);
@@ -142,6 +150,7 @@ class TapBalance {
     std::atomic<bool> m_Enabled{false};
     std::atomic<bool> m_DataValid{false};
     std::atomic<bool> m_DataFault{false};
+    std::atomic<bool> m_NoTables{false};
     std::atomic<int> m_TableSelect{TAP_BALANCE_SELECT_20MHZ};
 
     mutable platform::RecursiveLock m_Lock;

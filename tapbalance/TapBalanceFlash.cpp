@@ -60,10 +60,12 @@ bool TapBalance::ReadDirectory(TableDirectory& directory) {
     ZEL_LOG(m_Logger, kLogTrace, kConfig, "PAGE_TABLE_ENTRY size:%d", static_cast<int>(TableEntry::kSize));
     ZEL_LOG(m_Logger, kLogTrace, kConfig, "PAGE_TABLE_DIR size:%d", static_cast<int>(TableDirectory::kSize));
     TableDirectory::Bytes bytes{};
+    m_NoTables = false;
     // Page 0 is loaded even when the camera has it in its buffer.
     if (!m_Flash.Prepare() || !m_Flash.ReadPageFromFlash(0) || !m_Flash.ReadAt(0, bytes)) return false;
     directory = TableDirectory::Decode(bytes);
     if (directory.num_tables >= TableDirectory::kEmpty) {
+        m_NoTables = true;
         ZEL_LOG(m_Logger, kLogError, kConfig, "***ERROR***: Invalid table data.");
         return false;
     }
@@ -261,12 +263,7 @@ bool TapBalance::LoadDataFromCamera(TableCallback table_begins, void* context) {
             tables[Index(select)] = ReadTable(select, directory.entries[Index(select)]);
             if (!tables[Index(select)]) return false;
         }
-        const std::lock_guard lock(m_Lock);
-        for (int select = 0; select < kTapTables; ++select) {
-            if (!StoreTable(select, std::move(*tables[Index(select)]))) return false;
-        }
-        m_DataValid = true;
-        return true;
+        return StoreTables(tables);
     });
 }
 

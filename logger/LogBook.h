@@ -19,7 +19,7 @@ struct Log {
 class LogBook {
   public:
     // The log of this name at the outlet that ZEL_LOG asks for now; null when it asks for none. The same names and the
-    // same value get the same log. Logs stay until the library is unloaded: a caller gives one back by its names only,
+    // same value get the same log. Logs stay until the process ends: a caller gives one back by its names only,
     // which several callers may share.
     Log* Find(const char* source_name, const char* instance_name);
 

@@ -5,22 +5,15 @@
 
 #include <array>
 #include <cstdint>
-#include <memory>
 
 #include "link/SyncTableIndex.h"
+#include "link/SyncTableState.h"
 #include "platform/Locks.h"
 #include "sdk/Logger.h"
 
 class ICameraInterface;
 
 namespace zel {
-
-// Flags of an entry.
-inline constexpr int SYNC_TABLE_FLAG_ATTRIBUTES_UNREAD = 0x02;
-inline constexpr int SYNC_TABLE_FLAG_ANSWER_FROM_TARGET = 0x08;  // as 0x20 for reads; writes go to the camera
-inline constexpr int SYNC_TABLE_FLAG_READABLE_FROM_CACHE = 0x10;
-inline constexpr int SYNC_TABLE_FLAG_USE_TARGET_VALUE = 0x20;  // the entry lives in the host only
-inline constexpr int SYNC_TABLE_FLAG_LOCKED = 0x10000000;      // writes are refused (and report success)
 
 class SyncTable {
   public:
@@ -53,8 +46,8 @@ class SyncTable {
     void SetCachedReads(int on);
 
   private:
-    struct Entry;
-    struct State;
+    using Entry = SyncTableEntry;
+    using State = SyncTableState;
 
     Entry* FindEntry(int index);
     void LogLockState(int index, int flags);
@@ -69,7 +62,7 @@ class SyncTable {
 
     ICameraInterface* m_Camera;
     platform::RecursiveLock& m_ExchangeLock;
-    std::unique_ptr<State> m_State;
+    State m_State;
     Logger m_Logger;
 };
 

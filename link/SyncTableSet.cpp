@@ -2,7 +2,6 @@
 #include <mutex>
 
 #include "link/SyncTable.h"
-#include "link/SyncTableState.h"
 #include "platform/Clock.h"
 
 namespace zel {

@@ -3,7 +3,6 @@
 #define PLATFORM_LOCKS_H
 
 #include <cstdint>
-#include <memory>
 
 namespace zel::platform {
 
@@ -25,7 +24,9 @@ class TimedMutex {
 
   private:
     struct State;
-    std::unique_ptr<State> m_State;
+    // In place, so that making it takes no memory.
+    alignas(8) unsigned char m_Storage[112];
+    State* const m_State;
 };
 
 // A recursive lock without a time limit; usable with std::lock_guard.

@@ -19,12 +19,14 @@ struct TimedMutex::State {
     unsigned depth = 0;
 };
 
-TimedMutex::TimedMutex() : m_State(new (std::nothrow) State) {}
-TimedMutex::~TimedMutex() = default;
-bool TimedMutex::Valid() const { return m_State != nullptr; }
+TimedMutex::TimedMutex() : m_State(new (m_Storage) State) {
+    static_assert(sizeof(State) <= sizeof m_Storage && alignof(State) <= alignof(TimedMutex));
+}
+
+TimedMutex::~TimedMutex() { m_State->~State(); }
+bool TimedMutex::Valid() const { return true; }
 
 bool TimedMutex::Lock(std::uint32_t timeout_ms) {
-    if (!m_State) return false;
     const std::thread::id self = std::this_thread::get_id();
     std::unique_lock lock(m_State->lock);
     if (m_State->depth == 0 || m_State->holder != self) {
@@ -37,7 +39,6 @@ bool TimedMutex::Lock(std::uint32_t timeout_ms) {
 }
 
 bool TimedMutex::Unlock() {
-    if (!m_State) return false;
     const std::lock_guard lock(m_State->lock);
     if (m_State->depth == 0 || m_State->holder != std::this_thread::get_id()) return false;
     if (--m_State->depth == 0) m_State->released.notify_one();

@@ -63,7 +63,7 @@ bool ImageManager::EnoughMemory(unsigned count) {
 }
 
 bool ImageManager::CreateRecords(unsigned count) {
-    if (count > SIZE_MAX / sizeof(ZelImageInternal*)) return false;
+    if (std::uint64_t{count} > SIZE_MAX / sizeof(ZelImageInternal*)) return false;
     std::unique_ptr<ZelImageInternal*[], TableDeleter> table(
         static_cast<ZelImageInternal**>(AllocatePages(count * sizeof(ZelImageInternal*), kTableAlignment)));
     if (!table) return false;

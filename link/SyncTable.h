@@ -51,14 +51,14 @@ class SyncTable {
 
     Entry* FindEntry(int index);
     void LogLockState(int index, int flags);
-    bool GetFromCamera(int index, int* value_out, void* block_out);
-    bool ReadAttributes(int index, SyncTableAttributes& attributes);
+    bool GetFromCamera(int index, int* value_out, void* block_out) ZEL_REQUIRES(m_ExchangeLock);
+    bool ReadAttributes(int index, SyncTableAttributes& attributes) ZEL_REQUIRES(m_ExchangeLock);
 
-    bool CommandSend(int command, int index, int value);
-    bool CommandSend(int index, const void* buffer, int num_bytes);
-    bool CommandRecv(int* value_out, void* data_out, int data_capacity);
-    bool ReceiveException();
-    bool ReceivePart(unsigned char* into, int length);
+    bool CommandSend(int command, int index, int value) ZEL_REQUIRES(m_ExchangeLock);
+    bool CommandSend(int index, const void* buffer, int num_bytes) ZEL_REQUIRES(m_ExchangeLock);
+    bool CommandRecv(int* value_out, void* data_out, int data_capacity) ZEL_REQUIRES(m_ExchangeLock);
+    bool ReceiveException() ZEL_REQUIRES(m_ExchangeLock);
+    bool ReceivePart(unsigned char* into, int length) ZEL_REQUIRES(m_ExchangeLock);
 
     ICameraInterface* m_Camera;
     platform::RecursiveLock& m_ExchangeLock;

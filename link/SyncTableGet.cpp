@@ -1,5 +1,4 @@
 #include <cstring>
-#include <mutex>
 
 #include "link/SyncTable.h"
 #include "platform/Clock.h"
@@ -32,7 +31,7 @@ bool SyncTable::Get(int index, void* out) {
         return true;
     }
 
-    const std::lock_guard lock(m_ExchangeLock);
+    const platform::ScopedLock lock(m_ExchangeLock);
     const platform::TimerResolution resolution;
     const bool is_block = SyncTableIsBlock(index);
     int value = 0;

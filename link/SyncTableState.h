@@ -6,9 +6,9 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 
 #include "link/SyncTableIndex.h"
+#include "platform/Mutex.h"
 
 namespace zel {
 
@@ -57,12 +57,12 @@ struct SyncTableState {
 
     // A record lock is held for a copy only, never around a call of the transport or the logger.
     SyncTableAttributes Attributes(const SyncTableEntry& entry) {
-        const std::lock_guard lock(m_RecordLock);
+        const platform::ScopedLock lock(m_RecordLock);
         return entry.m_Attributes;
     }
 
     std::array<SyncTableEntry, SYNC_TABLE_SELECT_MAX> m_Entries;
-    std::mutex m_RecordLock;
+    platform::Mutex m_RecordLock;
     RelaxedInt m_CachedReads;
     // Behind the exchange lock. The requests are kept for a look with a debugger.
     int m_LastException = 0;  // 0, or kExceptionBadIndex

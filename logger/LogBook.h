@@ -3,11 +3,11 @@
 #define LOGGER_LOGBOOK_H
 
 #include <map>
-#include <mutex>
 #include <string>
 #include <utility>
 
 #include "logger/LogOutlet.h"
+#include "platform/Mutex.h"
 
 namespace zel::logger {
 
@@ -24,11 +24,11 @@ class LogBook {
     Log* Find(const char* source_name, const char* instance_name);
 
   private:
-    const LogOutlet& Outlet(const std::string& value);
+    const LogOutlet& Outlet(const std::string& value) ZEL_REQUIRES(m_Lock);
 
-    std::mutex m_Lock;
-    std::map<std::string, LogOutlet> m_Outlets;                      // by the value of ZEL_LOG
-    std::map<std::pair<std::string, const LogOutlet*>, Log> m_Logs;  // by name and outlet
+    platform::Mutex m_Lock;
+    std::map<std::string, LogOutlet> m_Outlets ZEL_GUARDED_BY(m_Lock);                      // by the value of ZEL_LOG
+    std::map<std::pair<std::string, const LogOutlet*>, Log> m_Logs ZEL_GUARDED_BY(m_Lock);  // by name and outlet
 };
 
 }  // namespace zel::logger

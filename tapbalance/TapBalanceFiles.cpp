@@ -36,8 +36,8 @@ std::string_view BaseOf(std::string_view path) {
 }  // namespace
 
 void TapBalance::SetCameraTexts(const char* first, const char* second) {
-    const std::lock_guard lock(m_Lock);
-    Guarded("TapBalance::SetCameraTexts", [&] {
+    const platform::ScopedLock lock(m_Lock);
+    Guarded("TapBalance::SetCameraTexts", [&]() ZEL_REQUIRES(m_Lock) {
         m_CameraTexts = {NamePart(first), NamePart(second)};
         return true;
     });
@@ -45,14 +45,14 @@ void TapBalance::SetCameraTexts(const char* first, const char* second) {
 
 // On purpose: without a folder the path begins with the separator.
 std::string TapBalance::CacheFilePath() {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     const int select = m_TableSelect;
     if (!IsTable(select)) {
         ZEL_LOG(m_Logger, kLogError, kWrite, "***ERROR***: select is not set to valid value");
         return "";
     }
     std::string path;
-    Guarded(kWrite, [&] {
+    Guarded(kWrite, [&]() ZEL_REQUIRES(m_Lock) {
         path = platform::CalibrationFolder() + platform::PathSeparator() + "zel_" + m_CameraTexts[0] + "_" +
                m_CameraTexts[1] + "_" + kSpeeds[select] + ".txt";
         return true;
@@ -61,8 +61,8 @@ std::string TapBalance::CacheFilePath() {
 }
 
 bool TapBalance::WriteDataToFile() {
-    const std::lock_guard lock(m_Lock);
-    return Guarded(kWrite, [&] {
+    const platform::ScopedLock lock(m_Lock);
+    return Guarded(kWrite, [&]() ZEL_REQUIRES(m_Lock) {
         const std::string path = CacheFilePath();
         if (path.empty()) return false;
         const Slot& slot = m_TapBalanceData[Index(m_TableSelect)];
@@ -99,8 +99,8 @@ std::optional<TapTable> TapBalance::ReadCacheFile(const char* file_name, bool ch
 }
 
 bool TapBalance::LoadDataFromFile(const char* file_name, bool check_camera) {
-    const std::lock_guard lock(m_Lock);
-    return Guarded(kLoad, [&] {
+    const platform::ScopedLock lock(m_Lock);
+    return Guarded(kLoad, [&]() ZEL_REQUIRES(m_Lock) {
         std::optional<TapTable> table = ReadCacheFile(file_name, check_camera);
         if (!table || !StoreTable(m_TableSelect, std::move(*table))) return false;
         m_DataValid = true;
@@ -109,8 +109,8 @@ bool TapBalance::LoadDataFromFile(const char* file_name, bool check_camera) {
 }
 
 bool TapBalance::LoadCacheFiles() {
-    const std::lock_guard lock(m_Lock);
-    return Guarded(kLoad, [&] {
+    const platform::ScopedLock lock(m_Lock);
+    return Guarded(kLoad, [&]() ZEL_REQUIRES(m_Lock) {
         std::array<std::optional<TapTable>, kTapTables> tables;
         for (int select = 0; select < kTapTables; ++select) {
             SelectTable(select);
@@ -145,8 +145,8 @@ bool TapBalance::CheckAgainstCamera(const char* file_name, int select, const Sha
 }
 
 bool TapBalance::LoadGeneralTables() {
-    const std::lock_guard lock(m_Lock);
-    return Guarded(kLoadMaster, [&] {
+    const platform::ScopedLock lock(m_Lock);
+    return Guarded(kLoadMaster, [&]() ZEL_REQUIRES(m_Lock) {
         std::array<std::optional<TapTable>, kTapTables> tables;
         for (int select = 0; select < kTapTables; ++select) {
             const std::string name = std::string("CameraTable_") + kSpeeds[select] + ".txt";
@@ -182,7 +182,7 @@ bool TapBalance::LoadDataFromMasterFile(const char* file_name) {
         }
         std::optional<TapTable> table = ReadMasterFile(file_name);
         if (!table) return false;
-        const std::lock_guard lock(m_Lock);
+        const platform::ScopedLock lock(m_Lock);
         SelectTable(select);
         if (!StoreTable(select, std::move(*table))) return false;
         m_DataValid = true;

@@ -154,7 +154,7 @@ TEST_F(ProgramCalibrate, SeamsAreThereWithoutTheCorrectionAndGoneWithIt) {
         ASSERT_EQ(json.size(), 2u);
         ASSERT_EQ(json[0]["seams"].size(), c.seams);
         for (std::size_t i = 0; i < c.seams; ++i) {
-            const auto step = [&](int corrected) {
+            const auto step = [&](std::size_t corrected) {
                 return std::fabs(json[corrected]["seams"][i]["step"].get<double>());
             };
             EXPECT_GT(step(0), c.floor * json[0]["level"].get<double>()) << json[0]["seams"][i];

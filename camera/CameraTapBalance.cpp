@@ -77,17 +77,40 @@ bool ZelCameraControl::TapBalanceFlashTest() {
     return entry && m_Camera && m_TapBalance.FlashTest();
 }
 
-// Both cache files when they hold what the camera holds, otherwise the camera's tables, which then go into the files;
-// for a camera that has none, general master files.
+// What a connection's search for tables found: both of them, and where they came from, or the reason for none.
+struct ZelCameraControl::Calibration {
+    bool found;
+    const char* text;
+};
+
 void ZelCameraControl::LoadCalibration() {
     LogFpgaVersion();
     NameCacheFiles();
     SyncTapBalanceGain();
-    const bool loaded = LoadCacheFiles() || (!m_TapBalance.DataFault() && DownloadTables());
-    if (loaded && m_TapBalance.Enable(true)) return;
+    const Calibration calibration = FindCalibration();
+    if (calibration.found && m_TapBalance.Enable(true)) {
+        ZEL_LOG(m_Logger, kLogTrace, kConnect, "calibration in use: %s", calibration.text);
+        return;
+    }
     m_TapBalance.Enable(false);
     ZEL_LOG(m_Logger, kLogError, kConnect,
-            "***ERROR***: no calibration data, the taps of this camera are not balanced");
+            "***ERROR***: no calibration in use, the taps of this camera are not balanced: %s",
+            calibration.found ? "its digests could not be read before" : calibration.text);
+}
+
+// Both cache files when they hold what the camera holds, otherwise the camera's tables, which then go into the files.
+// General master files serve a camera that says that it has no tables; one that doesn't answer may have its own.
+ZelCameraControl::Calibration ZelCameraControl::FindCalibration() {
+    if (m_TapBalance.LoadCacheFiles()) return {true, "the cache files of this camera"};
+    if (m_TapBalance.DataFault()) return {false, "its digests can't be read"};
+    m_TapBalance.SelectTable(TAP_BALANCE_SELECT_20MHZ);
+    if (m_TapBalance.GetTableConfig(nullptr, nullptr)) {
+        if (DownloadTables()) return {true, "the camera's flash memory"};
+        return {false, "the tables in its flash memory did not come whole"};
+    }
+    if (!m_TapBalance.FlashTellsOfNoTables()) return {false, "its flash memory can't be read"};
+    if (m_TapBalance.LoadGeneralTables()) return {true, "the general files of this computer"};
+    return {false, "its flash memory holds no tables, and the two general files are not there or not good"};
 }
 
 // "... FPGA: 118 ..." in the camera's description.
@@ -109,18 +132,7 @@ void ZelCameraControl::NameCacheFiles() {
     m_TapBalance.SetCameraTexts(m_Model.Get().data(), serial_number.data());
 }
 
-bool ZelCameraControl::LoadCacheFiles() {
-    for (int select = 0; select < kTapTables; ++select) {
-        m_TapBalance.SelectTable(select);
-        if (!m_TapBalance.LoadDataFromFile(m_TapBalance.CacheFilePath().c_str(), true)) return false;
-    }
-    return true;
-}
-
 bool ZelCameraControl::DownloadTables() {
-    // A camera without tables is not worth a display.
-    m_TapBalance.SelectTable(TAP_BALANCE_SELECT_20MHZ);
-    if (!m_TapBalance.GetTableConfig(nullptr, nullptr)) return m_TapBalance.LoadGeneralTables();
     StartProgress(&m_Progress);
     SetProgressText(&m_Progress, 0, "Stopping camera...");
     StopCommon();

@@ -230,7 +230,8 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     void LoadCalibration();
     void LogFpgaVersion();
     void NameCacheFiles();
-    bool LoadCacheFiles();
+    struct Calibration;
+    Calibration FindCalibration();
     bool DownloadTables();
 
     // Parameters

@@ -70,7 +70,10 @@ function(zel_test name)
     target_link_libraries(${name} PRIVATE zel_options GTest::gmock_main ${ARG_LINK})
     # The tests' own code need not be fast; compiling it should be. GoogleTest's headers are parsed once for all.
     # GCC 12 warns of bounds inside its own std::string when texts are concatenated.
-    target_compile_options(${name} PRIVATE -O1 -Wno-restrict -Wno-array-bounds -Wno-stringop-overflow)
+    target_compile_options(${name} PRIVATE -O1)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+        target_compile_options(${name} PRIVATE -Wno-restrict -Wno-array-bounds -Wno-stringop-overflow)
+    endif()
     zel_share_test_headers(${name})
     set_target_properties(${name} PROPERTIES BUILD_RPATH "$ORIGIN" BUILD_RPATH_USE_ORIGIN ON)
     if(ARG_DEPENDS)

@@ -52,7 +52,7 @@ bool PlaneSet::Resize(unsigned new_count) {
     count = 0;
     if (new_count == 0) return true;
 
-    if (new_count > SIZE_MAX / sizeof(unsigned short)) return false;
+    if (std::uint64_t{new_count} > SIZE_MAX / sizeof(unsigned short)) return false;
     count = new_count;
     for (unsigned short*& plane : planes) {
         plane = static_cast<unsigned short*>(AllocatePixels(new_count * sizeof(unsigned short)));

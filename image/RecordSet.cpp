@@ -19,7 +19,7 @@ std::uint64_t RecordSet::MemoryNeed(unsigned count, std::uint64_t frame_bytes) {
 }
 
 bool RecordSet::Allocate(unsigned count, unsigned frame_bytes) {
-    if (count > SIZE_MAX / sizeof(Slot)) return false;
+    if (std::uint64_t{count} > SIZE_MAX / sizeof(Slot)) return false;
     m_Slots = static_cast<Slot*>(AllocatePages(count * sizeof(Slot), kRecordAlignment));
     if (!m_Slots) return false;
     while (m_Count < count) {

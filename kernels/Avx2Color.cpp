@@ -5,10 +5,7 @@
 #include "kernels/Avx2Color.h"
 #include "kernels/Avx2Vectors.h"
 
-// Only what stands below is compiled for AVX2; functions of the headers above are shared with code that runs on every
-// processor.
-#pragma GCC push_options
-#pragma GCC target("avx2")
+ZEL_AVX2_BEGIN
 
 namespace zel::kernels::avx2 {
 
@@ -297,4 +294,4 @@ template void TransformPackRow<Inserts>(const PlanarRow&, const ColorTransform&,
 
 }  // namespace zel::kernels::avx2
 
-#pragma GCC pop_options
+ZEL_AVX2_END

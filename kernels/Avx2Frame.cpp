@@ -6,10 +6,7 @@
 #include "kernels/Avx2Kernels.h"
 #include "kernels/Avx2Vectors.h"
 
-// Only what stands below is compiled for AVX2; functions of the headers above are shared with code that runs on every
-// processor.
-#pragma GCC push_options
-#pragma GCC target("avx2")
+ZEL_AVX2_BEGIN
 
 namespace zel::kernels::avx2 {
 
@@ -332,4 +329,4 @@ const KernelTable kTableWithoutGathers = MakeTable<Inserts>(Variant::kAvx2Withou
 
 }  // namespace zel::kernels::avx2
 
-#pragma GCC pop_options
+ZEL_AVX2_END

@@ -8,11 +8,12 @@
 #include <cstdint>
 #include <cstring>
 
+#include "kernels/Avx2Target.h"
+
 // Keeps constants in registers across what would be calls in the loops.
 #define ZEL_INLINE __attribute__((always_inline)) inline
 
-#pragma GCC push_options
-#pragma GCC target("avx2")
+ZEL_AVX2_BEGIN
 
 namespace zel::kernels::avx2 {
 
@@ -74,6 +75,6 @@ struct Inserts {
 
 }  // namespace zel::kernels::avx2
 
-#pragma GCC pop_options
+ZEL_AVX2_END
 
 #endif

@@ -1,25 +1,16 @@
 #include "link/SyncTable.h"
 
-#include <cstring>
-#include <mutex>
-#include <new>
-
-#include "link/SyncTableState.h"
-
 namespace zel {
 
 SyncTable::SyncTable(ICameraInterface* camera, const char* instance_name, ExchangeLock& exchange_lock)
-    : m_Camera(camera),
-      m_ExchangeLock(exchange_lock),
-      m_State(new (std::nothrow) State),
-      m_Logger("SyncTable", instance_name) {}
+    : m_Camera(camera), m_ExchangeLock(exchange_lock), m_Logger("SyncTable", instance_name) {}
 
 SyncTable::~SyncTable() = default;
 
-// Null for an index outside the table, and for every index when there was no memory for the table.
+// Null for an index outside the table.
 SyncTable::Entry* SyncTable::FindEntry(int index) {
-    if (!m_State || index < 0 || index >= SYNC_TABLE_SELECT_MAX) return nullptr;
-    return &m_State->m_Entries[static_cast<std::size_t>(index)];
+    if (index < 0 || index >= SYNC_TABLE_SELECT_MAX) return nullptr;
+    return &m_State.m_Entries[static_cast<std::size_t>(index)];
 }
 
 bool SyncTable::GetTarget(int index, int* out) {
@@ -41,8 +32,6 @@ bool SyncTable::SetFlags(int index, int flags) {
     return true;
 }
 
-void SyncTable::SetCachedReads(int on) {
-    if (m_State) m_State->m_CachedReads.Store(on);
-}
+void SyncTable::SetCachedReads(int on) { m_State.m_CachedReads.Store(on); }
 
 }  // namespace zel

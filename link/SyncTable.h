@@ -5,22 +5,15 @@
 
 #include <array>
 #include <cstdint>
-#include <memory>
 
 #include "link/ExchangeLock.h"
 #include "link/SyncTableIndex.h"
+#include "link/SyncTableState.h"
 #include "sdk/Logger.h"
 
 class ICameraInterface;
 
 namespace zel {
-
-// Flags of an entry.
-inline constexpr int SYNC_TABLE_FLAG_ATTRIBUTES_UNREAD = 0x02;
-inline constexpr int SYNC_TABLE_FLAG_ANSWER_FROM_TARGET = 0x08;  // as 0x20 for reads; writes go to the camera
-inline constexpr int SYNC_TABLE_FLAG_READABLE_FROM_CACHE = 0x10;
-inline constexpr int SYNC_TABLE_FLAG_USE_TARGET_VALUE = 0x20;  // the entry lives in the host only
-inline constexpr int SYNC_TABLE_FLAG_LOCKED = 0x10000000;      // writes are refused (and report success)
 
 class SyncTable {
   public:
@@ -53,23 +46,23 @@ class SyncTable {
     void SetCachedReads(int on);
 
   private:
-    struct Entry;
-    struct State;
+    using Entry = SyncTableEntry;
+    using State = SyncTableState;
 
     Entry* FindEntry(int index);
     void LogLockState(int index, int flags);
-    bool GetFromCamera(int index, int* value_out, void* block_out);
-    bool ReadAttributes(int index, SyncTableAttributes& attributes);
+    bool GetFromCamera(int index, int* value_out, void* block_out) ZEL_REQUIRES(m_ExchangeLock);
+    bool ReadAttributes(int index, SyncTableAttributes& attributes) ZEL_REQUIRES(m_ExchangeLock);
 
-    bool CommandSend(int command, int index, int value);
-    bool CommandSend(int index, const void* buffer, int num_bytes);
-    bool CommandRecv(int* value_out, void* data_out, int data_capacity);
-    bool ReceiveException();
-    bool ReceivePart(unsigned char* into, int length);
+    bool CommandSend(int command, int index, int value) ZEL_REQUIRES(m_ExchangeLock);
+    bool CommandSend(int index, const void* buffer, int num_bytes) ZEL_REQUIRES(m_ExchangeLock);
+    bool CommandRecv(int* value_out, void* data_out, int data_capacity) ZEL_REQUIRES(m_ExchangeLock);
+    bool ReceiveException() ZEL_REQUIRES(m_ExchangeLock);
+    bool ReceivePart(unsigned char* into, int length) ZEL_REQUIRES(m_ExchangeLock);
 
     ICameraInterface* m_Camera;
     ExchangeLock& m_ExchangeLock;
-    std::unique_ptr<State> m_State;
+    State m_State;
     Logger m_Logger;
 };
 

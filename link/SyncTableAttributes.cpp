@@ -1,8 +1,6 @@
-#include <mutex>
 #include <new>
 
 #include "link/SyncTable.h"
-#include "link/SyncTableState.h"
 #include "platform/Clock.h"
 
 namespace zel {
@@ -12,13 +10,13 @@ bool SyncTable::GetAttribute(int index, SyncTableAttributes* record) {
             SyncTableName(index));
     Entry* entry = FindEntry(index);
     if (!entry) return false;
-    const std::lock_guard lock(m_ExchangeLock);
+    const platform::ScopedLock lock(m_ExchangeLock);
     const platform::TimerResolution resolution;
 
     SyncTableAttributes attributes{};
     bool is_overloaded = false;
     {
-        const std::lock_guard record_lock(m_State->m_RecordLock);
+        const platform::ScopedLock record_lock(m_State.m_RecordLock);
         is_overloaded = entry->m_Overload != nullptr;
         attributes = is_overloaded ? *entry->m_Overload : entry->m_Attributes;
     }
@@ -54,7 +52,7 @@ bool SyncTable::ReadAttributes(int index, SyncTableAttributes& attributes) {
     }
     Entry& entry = *FindEntry(index);
     {
-        const std::lock_guard record_lock(m_State->m_RecordLock);
+        const platform::ScopedLock record_lock(m_State.m_RecordLock);
         entry.m_Attributes = attributes;
     }
     entry.m_Flags.ClearBits(SYNC_TABLE_FLAG_ATTRIBUTES_UNREAD);
@@ -73,7 +71,7 @@ bool SyncTable::OverloadAttr(int index, const SyncTableAttributes* record) {
     ZEL_LOG(m_Logger, kLogTrace, "SyncTable::OverloadAttr", "SyncTable::OverloadAttr(index:%s)\n",
             SyncTableName(index));
     {
-        const std::lock_guard record_lock(m_State->m_RecordLock);
+        const platform::ScopedLock record_lock(m_State.m_RecordLock);
         if (!entry->m_Overload) entry->m_Overload.reset(new (std::nothrow) SyncTableAttributes{});
         if (!entry->m_Overload) return false;
         *entry->m_Overload = *record;

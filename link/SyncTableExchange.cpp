@@ -33,7 +33,6 @@
 #include "link/ReceiveBytes.h"
 #include "link/SyncTable.h"
 #include "link/SyncTableNames.h"
-#include "link/SyncTableState.h"
 
 namespace zel {
 
@@ -117,7 +116,7 @@ bool SyncTable::CommandSend(int index, const void* buffer, int num_bytes) {
 
     State::m_CommandTimeMs = platform::MillisecondClock();
     m_Camera->SendData(size, datagram.get());
-    std::copy_n(datagram.get(), std::min(size, State::kLastRequestSize), m_State->m_LastRequest.begin());
+    std::copy_n(datagram.get(), std::min(size, State::kLastRequestSize), m_State.m_LastRequest.begin());
     ZEL_LOG(m_Logger, kLogTrace, "SyncTable::CommandSend", "command:%s index:%s num_bytes:%d - exit success", name.text,
             SyncTableName(index), num_bytes);
     return true;
@@ -167,7 +166,7 @@ bool SyncTable::ReceiveException() {
     }
     const int code = datagram[kExceptionCodeOffset];
     ZEL_LOG(m_Logger, kLogError, "SyncTable::CommandRecv", "%s", SyncTableExceptionText(code).text);
-    if (code == kExceptionBadIndex) m_State->m_LastException = kExceptionBadIndex;
+    if (code == kExceptionBadIndex) m_State.m_LastException = kExceptionBadIndex;
     return false;
 }
 

@@ -1,8 +1,6 @@
 #include <cstring>
-#include <mutex>
 
 #include "link/SyncTable.h"
-#include "link/SyncTableState.h"
 #include "platform/Clock.h"
 
 namespace zel {
@@ -28,12 +26,12 @@ bool SyncTable::Get(int index, void* out) {
         return true;
     }
     LogLockState(index, flags);
-    if ((flags & SYNC_TABLE_FLAG_READABLE_FROM_CACHE) && m_State->m_CachedReads.Load() == 1) {
+    if ((flags & SYNC_TABLE_FLAG_READABLE_FROM_CACHE) && m_State.m_CachedReads.Load() == 1) {
         StoreInt(out, entry->m_Value.Load());
         return true;
     }
 
-    const std::lock_guard lock(m_ExchangeLock);
+    const platform::ScopedLock lock(m_ExchangeLock);
     const platform::TimerResolution resolution;
     const bool is_block = SyncTableIsBlock(index);
     int value = 0;
@@ -49,7 +47,7 @@ bool SyncTable::Get(int index, void* out) {
 void SyncTable::LogLockState(int index, int flags) {
     if (!m_Logger.Enabled()) return;
     const Entry& entry = *FindEntry(index);
-    const SyncTableAttributes attributes = m_State->Attributes(entry);
+    const SyncTableAttributes attributes = m_State.Attributes(entry);
     if (flags & SYNC_TABLE_FLAG_LOCKED) {
         ZEL_LOG(m_Logger, kLogTrace, "SyncTable::Get",
                 "SyncTable::Get(index:%s) is LOCKED.  min:%d  max:%d  value:%d\n", SyncTableName(index),
@@ -64,7 +62,7 @@ void SyncTable::LogLockState(int index, int flags) {
 // The first attempt and up to three more. Each pause gives the rest of a broken reply time to arrive. Runs behind the
 // exchange lock.
 bool SyncTable::GetFromCamera(int index, int* value_out, void* block_out) {
-    m_State->m_LastGet = {SYNC_TABLE_CMD_GET, index, 0};
+    m_State.m_LastGet = {SYNC_TABLE_CMD_GET, index, 0};
     for (int retry = 1;; ++retry) {
         if (!CommandSend(SYNC_TABLE_CMD_GET, index, 0)) {
             ZEL_LOG(m_Logger, kLogError, "SyncTable::Get",
@@ -72,9 +70,9 @@ bool SyncTable::GetFromCamera(int index, int* value_out, void* block_out) {
                     platform::TimeOfDay().c_str(), SyncTableName(index));
             return false;
         }
-        m_State->m_LastException = 0;
+        m_State.m_LastException = 0;
         if (CommandRecv(value_out, block_out, kBlockCapacity)) return true;
-        if (m_State->m_LastException == kExceptionBadIndex) {
+        if (m_State.m_LastException == kExceptionBadIndex) {
             ZEL_LOG(m_Logger, kLogError, "SyncTable::Get", "BAD INDEX EXCEPTION");
             return false;
         }

@@ -1,8 +1,6 @@
 #include <cstring>
-#include <mutex>
 
 #include "link/SyncTable.h"
-#include "link/SyncTableState.h"
 #include "platform/Clock.h"
 
 namespace zel {
@@ -28,7 +26,7 @@ bool SyncTable::Set(int index, int value) {
         return true;
     }
 
-    const std::lock_guard lock(m_ExchangeLock);
+    const platform::ScopedLock lock(m_ExchangeLock);
     const platform::TimerResolution resolution;
     entry->m_Target.Store(value);
     if (!CommandSend(SYNC_TABLE_CMD_SET, index, value)) {
@@ -64,7 +62,7 @@ bool SyncTable::Set(int index, const void* buffer, int num_bytes) {
         return true;
     }
 
-    const std::lock_guard lock(m_ExchangeLock);
+    const platform::ScopedLock lock(m_ExchangeLock);
     const platform::TimerResolution resolution;
     ZEL_LOG(m_Logger, kLogTrace, "SyncTable::Set",
             "\n%s :SyncTable::Set(index:%3d (%s), num_bytes:%5d) value:%d - enter\n", platform::TimeOfDay().c_str(),

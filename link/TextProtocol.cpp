@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <mutex>
 
 #include "link/ICameraInterface.h"
 #include "link/ReceiveBytes.h"
@@ -87,7 +86,7 @@ bool TextProtocol::Recv(char* out, int /*timeout_ms*/) {
 }
 
 bool TextProtocol::Exchange(const char* text, char* out) {
-    const std::lock_guard lock(m_ExchangeLock);
+    const platform::ScopedLock lock(m_ExchangeLock);
     if (out) out[0] = 0;
     return !m_ExchangeLock.Cancelled() && Send(text) && Recv(out, kReceiveStageMs);
 }

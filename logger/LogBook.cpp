@@ -5,7 +5,7 @@
 namespace zel::logger {
 
 Log* LogBook::Find(const char* source_name, const char* instance_name) {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     const char* value = std::getenv("ZEL_LOG");
     const LogOutlet& outlet = Outlet(value ? value : "");
     if (!outlet.Open()) return nullptr;

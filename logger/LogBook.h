@@ -3,11 +3,11 @@
 #define LOGGER_LOGBOOK_H
 
 #include <map>
-#include <mutex>
 #include <string>
 #include <utility>
 
 #include "logger/LogOutlet.h"
+#include "platform/Mutex.h"
 
 namespace zel::logger {
 
@@ -19,16 +19,16 @@ struct Log {
 class LogBook {
   public:
     // The log of this name at the outlet that ZEL_LOG asks for now; null when it asks for none. The same names and the
-    // same value get the same log. Logs stay until the library is unloaded: a caller gives one back by its names only,
+    // same value get the same log. Logs stay until the process ends: a caller gives one back by its names only,
     // which several callers may share.
     Log* Find(const char* source_name, const char* instance_name);
 
   private:
-    const LogOutlet& Outlet(const std::string& value);
+    const LogOutlet& Outlet(const std::string& value) ZEL_REQUIRES(m_Lock);
 
-    std::mutex m_Lock;
-    std::map<std::string, LogOutlet> m_Outlets;                      // by the value of ZEL_LOG
-    std::map<std::pair<std::string, const LogOutlet*>, Log> m_Logs;  // by name and outlet
+    platform::Mutex m_Lock;
+    std::map<std::string, LogOutlet> m_Outlets ZEL_GUARDED_BY(m_Lock);                      // by the value of ZEL_LOG
+    std::map<std::pair<std::string, const LogOutlet*>, Log> m_Logs ZEL_GUARDED_BY(m_Lock);  // by name and outlet
 };
 
 }  // namespace zel::logger

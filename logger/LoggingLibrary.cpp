@@ -7,8 +7,10 @@
 
 namespace {
 
+// Never destroyed: threads of cameras may log until the process is gone. Every line is written out at once, so nothing
+// is left to be done at the end.
 zel::logger::LogBook& TheBook() {
-    static zel::logger::LogBook book;
+    static zel::logger::LogBook& book = *new zel::logger::LogBook;
     return book;
 }
 
@@ -18,7 +20,7 @@ const char* Text(const char* text) { return text ? text : ""; }
 
 // A handle for zel_log, or null when no lines are asked for.
 ZEL_PLUGIN_EXPORT void* ZEL_CALL zel_get_log(const char* source_name, const char* instance_name) {
-    zel::platform::KeepThisLibraryLoaded();
+    zel::platform::KeepThisLibraryLoaded();  // on Linux the link does the same
     try {
         return TheBook().Find(Text(source_name), Text(instance_name));
     } catch (const std::exception&) {

@@ -11,7 +11,7 @@ using LibraryHandle = void*;
 // is "libzel_usb.so", found through the run path of the library this code is part of. Null when it can't be loaded.
 LibraryHandle LoadSharedLibrary(const char* canonical_name);
 
-// The address of an export, or null. `library` may be null.
+// The address of an export of the library itself, not of those that it needs; or null. `library` may be null.
 void* FindExport(LibraryHandle library, const char* name);
 
 // Releases one load. Null is allowed.

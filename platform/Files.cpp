@@ -15,9 +15,7 @@ struct Closer {
 };
 using File = std::unique_ptr<std::FILE, Closer>;
 
-bool WriteAndFlush(const std::string& path, const std::string& contents) {
-    File file(std::fopen(path.c_str(), "w"));
-    if (!file) return false;
+bool WriteAndFlush(File file, const std::string& contents) {
     const bool written = std::fwrite(contents.data(), 1, contents.size(), file.get()) == contents.size();
     const bool flushed = written && std::fflush(file.get()) == 0 && FlushToDisk(file.get());
     return std::fclose(file.release()) == 0 && flushed;
@@ -25,7 +23,7 @@ bool WriteAndFlush(const std::string& path, const std::string& contents) {
 }  // namespace
 
 bool ReadTextFile(const std::string& path, std::size_t limit, std::string& contents) {
-    const File file(std::fopen(path.c_str(), "r"));
+    const File file(OpenStoredFile(path.c_str()));
     if (!file) return false;
     try {
         contents.clear();
@@ -43,7 +41,9 @@ bool ReadTextFile(const std::string& path, std::size_t limit, std::string& conte
 bool ReplaceTextFile(const std::string& path, const std::string& contents) {
     try {
         const std::string part = path + ".part";
-        if (WriteAndFlush(part, contents) && MoveIntoPlace(part.c_str(), path.c_str())) return true;
+        File file(MakeStoredFile(part.c_str()));
+        if (!file) return false;
+        if (WriteAndFlush(std::move(file), contents) && MoveIntoPlace(part.c_str(), path.c_str())) return true;
         std::remove(part.c_str());
     } catch (const std::exception&) {
     }

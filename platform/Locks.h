@@ -3,12 +3,13 @@
 #define PLATFORM_LOCKS_H
 
 #include <cstdint>
-#include <memory>
+
+#include "platform/Mutex.h"
 
 namespace zel::platform {
 
 // A mutex whose holder is known to the system: releasing one that the calling thread does not hold fails. Recursive for
-// its holder.
+// its holder. Since a release may be refused it is no lock for the check of ThreadSafety.h.
 class TimedMutex {
   public:
     TimedMutex();
@@ -25,20 +26,22 @@ class TimedMutex {
 
   private:
     struct State;
-    std::unique_ptr<State> m_State;
+    // In place, so that making it takes no memory.
+    alignas(8) unsigned char m_Storage[112];
+    State* const m_State;
 };
 
-// A recursive lock without a time limit; usable with std::lock_guard.
-class RecursiveLock {
+// A recursive lock without a time limit, for ScopedLock.
+class ZEL_CAPABILITY("recursive lock") RecursiveLock {
   public:
     RecursiveLock();
     ~RecursiveLock();
     RecursiveLock(const RecursiveLock&) = delete;
     RecursiveLock& operator=(const RecursiveLock&) = delete;
 
-    void lock();
-    void unlock();
-    bool try_lock();
+    void lock() ZEL_ACQUIRE();
+    void unlock() ZEL_RELEASE();
+    bool try_lock() ZEL_TRY_ACQUIRE(true);
 
   private:
     // The system's lock itself: in place, so that taking it follows no pointer and making it can't fail.

@@ -2,7 +2,8 @@
 # Installs what is missing, builds both products and runs every test of both; the Windows ones under Wine.
 #
 #   scripts/test.sh              both products
-#   scripts/test.sh PRESET...    only these presets: linux, windows-i686, linux-asan, linux-tsan
+#   scripts/test.sh PRESET...    only these presets: linux, windows-i686, linux-asan, linux-tsan,
+#                                linux-clang
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 presets=("$@")
 [ ${#presets[@]} -gt 0 ] || presets=(linux windows-i686)

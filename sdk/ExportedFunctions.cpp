@@ -1,11 +1,20 @@
 // The exported entry points with C names.
 #include "include/ZelProgress.h"
 #include "include/ZelSDK.h"
+#include "platform/DynamicLibrary.h"
 #include "sdk/Logger.h"
 #include "sdk/ManagerUse.h"
 #include "sdk/VersionText.h"
 #include "sdk/ZelSDKImpl.h"
 #include "util/ProgressReporter.h"
+
+namespace {
+
+// While the library is loaded, before any call: a host that loads and frees it without one would run out of
+// thread-local slots, too. The system allows this much under its loader lock.
+[[maybe_unused]] const bool s_KeptLoaded = (zel::platform::KeepThisLibraryLoaded(), true);
+
+}  // namespace
 
 extern "C" {
 

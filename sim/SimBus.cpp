@@ -8,8 +8,7 @@
 namespace zel::sim {
 
 SimBus::SimBus(const PluginDescription& plugin)
-    : m_Plugin(plugin),
-      m_Settings(ReadSettings(plugin.cameras_variable, DefaultCameraCount(plugin.interface_type))),
+    : m_Settings(ReadSettings(plugin.cameras_variable, DefaultCameraCount(plugin.interface_type))),
       m_Slots(static_cast<std::size_t>(std::max(m_Settings.cameras, 0))) {
     for (int i = 0; i < static_cast<int>(m_Slots.size()); ++i) {
         Slot& slot = m_Slots[static_cast<std::size_t>(i)];

@@ -81,7 +81,6 @@ class SimBus {
     void ReportLoop();
     void Deliver(const Report& report);
 
-    const PluginDescription& m_Plugin;
     Settings m_Settings;
     std::vector<Slot> m_Slots;  // never changes its size
 

@@ -1,5 +1,6 @@
 #include "tapbalance/TableText.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -12,6 +13,11 @@ namespace zel {
 namespace {
 
 constexpr std::size_t kRowNumbers = 1 + kMostTaps;
+constexpr std::string_view kBlanks = " \t\r";
+constexpr std::string_view kWhiteSpace = " \t\r\n";
+
+// What may stand behind the numbers of a line: nothing in files of the library's own, a remark in those made by hand.
+enum class Remarks { kNone, kAllowed };
 
 void AppendSevenDecimals(std::string& text, float value) {
     std::array<char, 64> digits;
@@ -24,6 +30,7 @@ class Lines {
   public:
     explicit Lines(std::string_view text) : m_Rest(text) {}
 
+    bool AtEnd() const { return m_Rest.find_first_not_of(kWhiteSpace) == std::string_view::npos; }
     std::string_view Next() {
         const std::size_t end = m_Rest.find('\n');
         const std::string_view line = m_Rest.substr(0, end);
@@ -35,10 +42,10 @@ class Lines {
     std::string_view m_Rest;
 };
 
-// The numbers that a line begins with, into `numbers`; how many there are. What follows them is not looked at.
+// The numbers that a line begins with, into `numbers`; how many there are. One more when something follows them that
+// may not.
 template <class Number>
-int ParseNumbers(std::string_view line, std::span<Number> numbers) {
-    constexpr std::string_view kBlanks = " \t\r";
+int ParseNumbers(std::string_view line, std::span<Number> numbers, Remarks remarks) {
     int count = 0;
     for (Number& number : numbers) {
         line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
@@ -50,7 +57,8 @@ int ParseNumbers(std::string_view line, std::span<Number> numbers) {
         line.remove_prefix(static_cast<std::size_t>(stop - line.data()));
         ++count;
     }
-    return count;
+    const bool whole = remarks == Remarks::kAllowed || line.find_first_not_of(kBlanks) == std::string_view::npos;
+    return count == static_cast<int>(numbers.size()) && !whole ? count + 1 : count;
 }
 
 bool FitsFloat(double value) { return std::abs(value) <= double{std::numeric_limits<float>::max()}; }
@@ -63,9 +71,9 @@ std::string Failure(const char* format, int first, int second = 0) {
 
 // "ROWS TAPS" and the rows. Number: the precision in which the file is read.
 template <class Number>
-std::optional<TapTable> ParseTable(Lines& lines, std::string& error) {
+std::optional<TapTable> ParseTable(Lines& lines, Remarks remarks, std::string& error) {
     std::array<int, 2> shape{};
-    if (const int got = ParseNumbers<int>(lines.Next(), shape); got != 2) {
+    if (const int got = ParseNumbers<int>(lines.Next(), shape, remarks); got != 2) {
         error = Failure("***PARSE ERROR***. Row:0 Expected 2 cols of data and got %d", got);
         return std::nullopt;
     }
@@ -81,7 +89,8 @@ std::optional<TapTable> ParseTable(Lines& lines, std::string& error) {
     TapTable table(rows, taps);
     for (int row = 0; row < rows; ++row) {
         std::array<Number, kRowNumbers> numbers{};
-        if (const int got = ParseNumbers<Number>(lines.Next(), numbers); got != static_cast<int>(kRowNumbers)) {
+        if (const int got = ParseNumbers<Number>(lines.Next(), numbers, remarks);
+            got != static_cast<int>(kRowNumbers)) {
             error = Failure("***PARSE ERROR***. Row:%d Expected 5 cols of data and got %d", row + 1, got);
             return std::nullopt;
         }
@@ -122,9 +131,9 @@ std::string FormatCacheFile(const TapTable& table, const Sha1::Digest& digest) {
 std::optional<CacheFile> ParseCacheFile(std::string_view text, std::string& error) {
     Lines lines(text);
     std::array<int, std::tuple_size_v<Sha1::Digest>> numbers{};
-    int got = ParseNumbers<int>(lines.Next(), numbers);
+    int got = ParseNumbers<int>(lines.Next(), numbers, Remarks::kNone);
     Sha1::Digest digest{};
-    for (int i = 0; i < got; ++i) {
+    for (int i = 0; i < std::min(got, static_cast<int>(digest.size())); ++i) {
         const int number = numbers[static_cast<std::size_t>(i)];
         if (number < 0 || number > 255) got = i;
         digest[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(number);
@@ -133,14 +142,18 @@ std::optional<CacheFile> ParseCacheFile(std::string_view text, std::string& erro
         error = Failure("***HASH PARSE ERROR***. Expected 20 bytes data and got %d", got);
         return std::nullopt;
     }
-    std::optional<TapTable> table = ParseTable<float>(lines, error);
+    std::optional<TapTable> table = ParseTable<float>(lines, Remarks::kNone, error);
     if (!table) return std::nullopt;
+    if (!lines.AtEnd()) {
+        error = Failure("***PARSE ERROR***. More lines follow than the %d rows of the table", table->Rows());
+        return std::nullopt;
+    }
     return CacheFile{digest, std::move(*table)};
 }
 
 std::optional<TapTable> ParseMasterFile(std::string_view text, std::string& error) {
     Lines lines(text);
-    return ParseTable<double>(lines, error);
+    return ParseTable<double>(lines, Remarks::kAllowed, error);
 }
 
 std::string DigestText(const Sha1::Digest& digest) {

@@ -6,7 +6,8 @@
 //    ROWS TAPS
 //    MV GAIN GAIN GAIN GAIN               one line per row, seven decimals; two-tap tables end in "0 0"
 //
-// Master file, made by hand or by a calibration program: the same without the digest line.
+// Master file, made by hand or by a calibration program: the same without the digest line. Remarks may stand behind the
+// numbers of a line and behind the table; a cache file with anything more than its table is none.
 #ifndef TAPBALANCE_TABLETEXT_H
 #define TAPBALANCE_TABLETEXT_H
 

@@ -35,14 +35,14 @@ bool TapBalance::SetBitsPerPixel(int bits_per_pixel) {
         ZEL_LOG(m_Logger, kLogError, kBits, "***ERROR***: %d bits per pixel are out of bounds", bits_per_pixel);
         return false;
     }
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     if (bits_per_pixel == m_BitsPerPixel) return true;
     m_BitsPerPixel = bits_per_pixel;
     return CalculateLUT();
 }
 
 bool TapBalance::SelectTable(int select) {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     m_TableSelect = select;
     if (IsTable(select)) return true;
     ZEL_LOG(m_Logger, kLogError, kSelect, "***ERROR***: table %d is none", select);
@@ -50,7 +50,7 @@ bool TapBalance::SelectTable(int select) {
 }
 
 bool TapBalance::SetGain(float gain) {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     ZEL_LOG(m_Logger, kLogTrace, kSetGain, "SetGain - gain:%f", double{gain});
     if (gain == m_Gain) {
         ZEL_LOG(m_Logger, kLogTrace, kSetGain, "TapBalance::SetGain(gain:%f) is equal to m_Gain:%f", double{gain},
@@ -66,7 +66,7 @@ bool TapBalance::SetGain(float gain) {
 }
 
 bool TapBalance::CalculateLUT() {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     bool made = true;
     for (int select = 0; select < kTapTables; ++select) {
         if (m_TapBalanceData[Index(select)].configured) made = MakeLUT(select) && made;
@@ -83,7 +83,7 @@ bool TapBalance::MakeLUT(int select) {
     ZEL_LOG(m_Logger, kLogTrace, kCalculate, "CalculateLUT() gain:%f num_entries:%d num_taps:%d m_MaxNumPixelValues:%d",
             double{m_Gain}, entries, slot.data->Taps(), entries);
     std::shared_ptr<const LookupTables> tables;
-    const bool made = Guarded(kCalculate, [&] {
+    const bool made = Guarded(kCalculate, [&]() ZEL_REQUIRES(m_Lock) {
         if (slot.data->Rows() < kFitRows) {
             ZEL_LOG(m_Logger, kLogError, kCalculate, "***ERROR***: table %d has %d rows, a line needs %d", select,
                     slot.data->Rows(), kFitRows);
@@ -111,7 +111,7 @@ bool TapBalance::AllocateTable(int select, const TableEntry& entry) {
         return false;
     }
     if (!TapTable::IsValidShape(entry.rows, entry.columns)) return false;
-    slot.configured = Guarded(kAllocate, [&] {
+    slot.configured = Guarded(kAllocate, [&]() ZEL_REQUIRES(m_Lock) {
         slot.data.emplace(entry.rows, entry.columns - 1);
         return true;
     });
@@ -126,6 +126,15 @@ bool TapBalance::StoreTable(int select, TapTable table) {
     return MakeLUT(select);
 }
 
+bool TapBalance::StoreTables(std::array<std::optional<TapTable>, kTapTables>& tables) {
+    const platform::ScopedLock lock(m_Lock);
+    for (int select = 0; select < kTapTables; ++select) {
+        if (!StoreTable(select, std::move(*tables[Index(select)]))) return false;
+    }
+    m_DataValid = true;
+    return true;
+}
+
 // The table is not corrected with any more.
 void TapBalance::DropTable(int select) {
     m_TapBalanceData[Index(select)].configured = false;
@@ -133,17 +142,17 @@ void TapBalance::DropTable(int select) {
 }
 
 void TapBalance::Publish(int select, std::shared_ptr<const LookupTables> tables) {
-    const std::lock_guard lock(m_PublishLock);
+    const platform::ScopedLock lock(m_PublishLock);
     m_Published[Index(select)].swap(tables);
 }
 
 std::shared_ptr<const LookupTables> TapBalance::Published(int select) const {
-    const std::lock_guard lock(m_PublishLock);
+    const platform::ScopedLock lock(m_PublishLock);
     return m_Published[Index(select)];
 }
 
 bool TapBalance::PrintTable() {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     const int select = m_TableSelect;
     if (!IsTable(select) || !m_TapBalanceData[Index(select)].data) {
         ZEL_LOG(m_Logger, kLogError, kPrint, "TapBalance::PrintTable() - m_TapBalanceData[select:%d] is 0\n", select);

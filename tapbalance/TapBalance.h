@@ -17,7 +17,6 @@
 #include <exception>
 #include <initializer_list>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 
@@ -61,6 +60,9 @@ class TapBalance {
     int SelectedTable() const { return m_TableSelect; }
     // What is known of the camera's flash belongs to the past: asked for again at the next use.
     void ForgetFlash();
+    // Whether the camera's directory, when it was asked for last, said that no table was ever written. A flash memory
+    // that can't be read says nothing.
+    bool FlashTellsOfNoTables() const { return m_NoTables; }
     // The selected table's rows and taps as the camera's directory tells them, whether they make sense or not.
     bool GetTableConfig(int* rows, int* num_taps);
     // One row of the selected table.
@@ -85,10 +87,12 @@ class TapBalance {
     bool WriteDataToFile();
     // check_camera: digest line, data and the camera's digest must agree.
     bool LoadDataFromFile(const char* file_name, bool check_camera);
+    // Both cache files, checked against the camera, or neither.
+    bool LoadCacheFiles();
     // A name that contains "20MHz" or "40MHz" selects the table.
     bool LoadDataFromMasterFile(const char* file_name);
-    // Both tables from the calibration folder's "CameraTable_20MHz.txt" and "CameraTable_40MHz.txt", for cameras that
-    // hold none of their own.
+    // Both tables or neither, from the calibration folder's "CameraTable_20MHz.txt" and "CameraTable_40MHz.txt", for
+    // cameras that hold none of their own.
     bool LoadGeneralTables();
 
     // ---- Tables to the camera ----
@@ -117,48 +121,54 @@ class TapBalance {
     static bool IsTable(int select) { return select >= 0 && select < kTapTables; }
 
     template <class Action>
-    bool Guarded(const char* function_name, Action action);
-    bool AllocateTable(int select, const TableEntry& entry);
-    bool ReadDirectory(TableDirectory& directory);
+    bool Guarded(const char* function_name, Action action) ZEL_NO_THREAD_SAFETY_ANALYSIS;
+    bool AllocateTable(int select, const TableEntry& entry) ZEL_REQUIRES(m_Lock);
+    bool ReadDirectory(TableDirectory& directory) ZEL_REQUIRES(m_Lock);
     void LogDirectory(const TableDirectory& directory);
     bool ReadTableConfig(TableDirectory& directory);
     bool ReadRow(int select, int row, TapRow& values);
     bool GetRowOfTaps(int row, float* millivolts, std::initializer_list<float*> taps);
     std::optional<TapTable> ReadTable(int select, const TableEntry& entry);
     void ReportProgress(int done, int total);
-    bool CheckAgainstCamera(const char* file_name, int select, const Sha1::Digest& file_digest, const TapTable& table);
-    bool StoreTable(int select, TapTable table);
-    void DropTable(int select);
-    bool MakeLUT(int select);
+    bool CheckAgainstCamera(const char* file_name, int select, const Sha1::Digest& file_digest, const TapTable& table)
+        ZEL_REQUIRES(m_Lock);
+    std::optional<TapTable> ReadCacheFile(const char* file_name, bool check_camera) ZEL_REQUIRES(m_Lock);
+    std::optional<TapTable> ReadMasterFile(const char* file_name);
+    bool StoreTable(int select, TapTable table) ZEL_REQUIRES(m_Lock);
+    bool StoreTables(std::array<std::optional<TapTable>, kTapTables>& tables);
+    void DropTable(int select) ZEL_REQUIRES(m_Lock);
+    bool MakeLUT(int select) ZEL_REQUIRES(m_Lock);
     void Publish(int select, std::shared_ptr<const LookupTables> tables);
     std::shared_ptr<const LookupTables> Published(int select) const;
-    void LayOut();
-    bool FitsFlash() const;
-    bool ReadyToWrite(const char* function_name);
-    std::uint64_t TablesEnd() const;
-    bool TestPage(int page, std::span<const std::uint8_t> content);
+    void LayOut() ZEL_REQUIRES(m_Lock);
+    bool FitsFlash() const ZEL_REQUIRES(m_Lock);
+    bool ReadyToWrite(const char* function_name) ZEL_REQUIRES(m_Lock);
+    std::uint64_t TablesEnd() const ZEL_REQUIRES(m_Lock);
+    bool TestPage(int page, std::span<const std::uint8_t> content) ZEL_REQUIRES(m_Lock);
 
     Logger m_Logger;
     std::atomic<bool> m_Enabled{false};
     std::atomic<bool> m_DataValid{false};
     std::atomic<bool> m_DataFault{false};
+    std::atomic<bool> m_NoTables{false};
     std::atomic<int> m_TableSelect{TAP_BALANCE_SELECT_20MHZ};
 
     mutable platform::RecursiveLock m_Lock;
-    FlashPages m_Flash;
-    std::array<Slot, kTapTables> m_TapBalanceData;
-    int m_BitsPerPixel = 14;
-    float m_Gain = 0;
-    std::array<std::string, 2> m_CameraTexts;
-    PercentCompleteCallback m_PercentCompleteCallback = nullptr;
-    void* m_PercentCompleteContext = nullptr;
+    FlashPages m_Flash ZEL_GUARDED_BY(m_Lock);
+    std::array<Slot, kTapTables> m_TapBalanceData ZEL_GUARDED_BY(m_Lock);
+    int m_BitsPerPixel ZEL_GUARDED_BY(m_Lock) = 14;
+    float m_Gain ZEL_GUARDED_BY(m_Lock) = 0;
+    std::array<std::string, 2> m_CameraTexts ZEL_GUARDED_BY(m_Lock);
+    PercentCompleteCallback m_PercentCompleteCallback ZEL_GUARDED_BY(m_Lock) = nullptr;
+    void* m_PercentCompleteContext ZEL_GUARDED_BY(m_Lock) = nullptr;
 
-    // The lock covers copying these pointers.
-    mutable std::mutex m_PublishLock;
-    std::array<std::shared_ptr<const LookupTables>, kTapTables> m_Published;
+    // Covers copying these pointers.
+    mutable platform::Mutex m_PublishLock;
+    std::array<std::shared_ptr<const LookupTables>, kTapTables> m_Published ZEL_GUARDED_BY(m_PublishLock);
 };
 
-// Runs an operation that may run out of memory.
+// Runs an operation that may run out of memory. Not checked here: actions that need the lock are written where it is
+// held.
 template <class Action>
 bool TapBalance::Guarded(const char* function_name, Action action) {
     try {

@@ -36,8 +36,8 @@ std::string_view BaseOf(std::string_view path) {
 }  // namespace
 
 void TapBalance::SetCameraTexts(const char* first, const char* second) {
-    const std::lock_guard lock(m_Lock);
-    Guarded("TapBalance::SetCameraTexts", [&] {
+    const platform::ScopedLock lock(m_Lock);
+    Guarded("TapBalance::SetCameraTexts", [&]() ZEL_REQUIRES(m_Lock) {
         m_CameraTexts = {NamePart(first), NamePart(second)};
         return true;
     });
@@ -45,14 +45,14 @@ void TapBalance::SetCameraTexts(const char* first, const char* second) {
 
 // On purpose: without a folder the path begins with the separator.
 std::string TapBalance::CacheFilePath() {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     const int select = m_TableSelect;
     if (!IsTable(select)) {
         ZEL_LOG(m_Logger, kLogError, kWrite, "***ERROR***: select is not set to valid value");
         return "";
     }
     std::string path;
-    Guarded(kWrite, [&] {
+    Guarded(kWrite, [&]() ZEL_REQUIRES(m_Lock) {
         path = platform::CalibrationFolder() + platform::PathSeparator() + "zel_" + m_CameraTexts[0] + "_" +
                m_CameraTexts[1] + "_" + kSpeeds[select] + ".txt";
         return true;
@@ -61,8 +61,8 @@ std::string TapBalance::CacheFilePath() {
 }
 
 bool TapBalance::WriteDataToFile() {
-    const std::lock_guard lock(m_Lock);
-    return Guarded(kWrite, [&] {
+    const platform::ScopedLock lock(m_Lock);
+    return Guarded(kWrite, [&]() ZEL_REQUIRES(m_Lock) {
         const std::string path = CacheFilePath();
         if (path.empty()) return false;
         const Slot& slot = m_TapBalanceData[Index(m_TableSelect)];
@@ -76,29 +76,48 @@ bool TapBalance::WriteDataToFile() {
     });
 }
 
-bool TapBalance::LoadDataFromFile(const char* file_name, bool check_camera) {
-    const std::lock_guard lock(m_Lock);
+// The selected table's.
+std::optional<TapTable> TapBalance::ReadCacheFile(const char* file_name, bool check_camera) {
     const int select = m_TableSelect;
     if (!IsTable(select)) {
         ZEL_LOG(m_Logger, kLogError, kLoad, "***ERROR***: select is not set to valid value");
-        return false;
+        return std::nullopt;
     }
-    return Guarded(kLoad, [&] {
-        std::string text;
-        if (!file_name || !platform::ReadTextFile(file_name, kLargestFile, text)) {
-            ZEL_LOG(m_Logger, kLogError, kLoad, "***ERROR***: %s can't be read", file_name ? file_name : "(null)");
-            return false;
-        }
-        std::string error;
-        std::optional<CacheFile> file = ParseCacheFile(text, error);
-        if (!file) {
-            ZEL_LOG(m_Logger, kLogError, kLoad, "%s", error.c_str());
-            return false;
-        }
-        if (check_camera && !CheckAgainstCamera(file_name, select, file->digest, file->table)) return false;
-        if (!StoreTable(select, std::move(file->table))) return false;
+    std::string text;
+    if (!file_name || !platform::ReadTextFile(file_name, kLargestFile, text)) {
+        ZEL_LOG(m_Logger, kLogError, kLoad, "***ERROR***: %s can't be read", file_name ? file_name : "(null)");
+        return std::nullopt;
+    }
+    std::string error;
+    std::optional<CacheFile> file = ParseCacheFile(text, error);
+    if (!file) {
+        ZEL_LOG(m_Logger, kLogError, kLoad, "%s", error.c_str());
+        return std::nullopt;
+    }
+    if (check_camera && !CheckAgainstCamera(file_name, select, file->digest, file->table)) return std::nullopt;
+    return std::move(file->table);
+}
+
+bool TapBalance::LoadDataFromFile(const char* file_name, bool check_camera) {
+    const platform::ScopedLock lock(m_Lock);
+    return Guarded(kLoad, [&]() ZEL_REQUIRES(m_Lock) {
+        std::optional<TapTable> table = ReadCacheFile(file_name, check_camera);
+        if (!table || !StoreTable(m_TableSelect, std::move(*table))) return false;
         m_DataValid = true;
         return true;
+    });
+}
+
+bool TapBalance::LoadCacheFiles() {
+    const platform::ScopedLock lock(m_Lock);
+    return Guarded(kLoad, [&]() ZEL_REQUIRES(m_Lock) {
+        std::array<std::optional<TapTable>, kTapTables> tables;
+        for (int select = 0; select < kTapTables; ++select) {
+            SelectTable(select);
+            tables[Index(select)] = ReadCacheFile(CacheFilePath().c_str(), true);
+            if (!tables[Index(select)]) return false;
+        }
+        return StoreTables(tables);
     });
 }
 
@@ -126,14 +145,29 @@ bool TapBalance::CheckAgainstCamera(const char* file_name, int select, const Sha
 }
 
 bool TapBalance::LoadGeneralTables() {
-    return Guarded(kLoadMaster, [&] {
-        for (const char* speed : kSpeeds) {
-            const std::string name = std::string("CameraTable_") + speed + ".txt";
+    const platform::ScopedLock lock(m_Lock);
+    return Guarded(kLoadMaster, [&]() ZEL_REQUIRES(m_Lock) {
+        std::array<std::optional<TapTable>, kTapTables> tables;
+        for (int select = 0; select < kTapTables; ++select) {
+            const std::string name = std::string("CameraTable_") + kSpeeds[select] + ".txt";
             const std::string path = platform::CalibrationFolder() + platform::PathSeparator() + name;
-            if (!LoadDataFromMasterFile(path.c_str())) return false;
+            tables[Index(select)] = ReadMasterFile(path.c_str());
+            if (!tables[Index(select)]) return false;
         }
-        return true;
+        return StoreTables(tables);
     });
+}
+
+std::optional<TapTable> TapBalance::ReadMasterFile(const char* file_name) {
+    std::string text;
+    if (!platform::ReadTextFile(file_name, kLargestFile, text)) {
+        ZEL_LOG(m_Logger, kLogError, kLoadMaster, "***ERROR***: %s can't be read", file_name);
+        return std::nullopt;
+    }
+    std::string error;
+    std::optional<TapTable> table = ParseMasterFile(text, error);
+    if (!table) ZEL_LOG(m_Logger, kLogError, kLoadMaster, "%s", error.c_str());
+    return table;
 }
 
 bool TapBalance::LoadDataFromMasterFile(const char* file_name) {
@@ -146,18 +180,9 @@ bool TapBalance::LoadDataFromMasterFile(const char* file_name) {
                     file_name ? file_name : "(null)");
             return false;
         }
-        std::string text;
-        if (!platform::ReadTextFile(file_name, kLargestFile, text)) {
-            ZEL_LOG(m_Logger, kLogError, kLoadMaster, "***ERROR***: %s can't be read", file_name);
-            return false;
-        }
-        std::string error;
-        std::optional<TapTable> table = ParseMasterFile(text, error);
-        if (!table) {
-            ZEL_LOG(m_Logger, kLogError, kLoadMaster, "%s", error.c_str());
-            return false;
-        }
-        const std::lock_guard lock(m_Lock);
+        std::optional<TapTable> table = ReadMasterFile(file_name);
+        if (!table) return false;
+        const platform::ScopedLock lock(m_Lock);
         SelectTable(select);
         if (!StoreTable(select, std::move(*table))) return false;
         m_DataValid = true;

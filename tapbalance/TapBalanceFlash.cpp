@@ -37,7 +37,7 @@ void LogBadRow(Logger& logger, const TapRow& row, int taps) {
 }  // namespace
 
 void TapBalance::ForgetFlash() {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     m_Flash.Forget();
 }
 
@@ -60,10 +60,12 @@ bool TapBalance::ReadDirectory(TableDirectory& directory) {
     ZEL_LOG(m_Logger, kLogTrace, kConfig, "PAGE_TABLE_ENTRY size:%d", static_cast<int>(TableEntry::kSize));
     ZEL_LOG(m_Logger, kLogTrace, kConfig, "PAGE_TABLE_DIR size:%d", static_cast<int>(TableDirectory::kSize));
     TableDirectory::Bytes bytes{};
+    m_NoTables = false;
     // Page 0 is loaded even when the camera has it in its buffer.
     if (!m_Flash.Prepare() || !m_Flash.ReadPageFromFlash(0) || !m_Flash.ReadAt(0, bytes)) return false;
     directory = TableDirectory::Decode(bytes);
     if (directory.num_tables >= TableDirectory::kEmpty) {
+        m_NoTables = true;
         ZEL_LOG(m_Logger, kLogError, kConfig, "***ERROR***: Invalid table data.");
         return false;
     }
@@ -73,12 +75,12 @@ bool TapBalance::ReadDirectory(TableDirectory& directory) {
 
 // The camera's directory, with room made for the tables that it names.
 bool TapBalance::ReadTableConfig(TableDirectory& directory) {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     if (!IsTable(m_TableSelect)) {
         ZEL_LOG(m_Logger, kLogError, kConfig, "***ERROR***: TapBalance::GetTableConfig() - m_TableSelect is invalid");
         return false;
     }
-    return Guarded(kConfig, [&] {
+    return Guarded(kConfig, [&]() ZEL_REQUIRES(m_Lock) {
         if (!ReadDirectory(directory)) return false;
         for (int table = 0; table < kTapTables; ++table) AllocateTable(table, directory.entries[Index(table)]);
         return true;
@@ -86,7 +88,7 @@ bool TapBalance::ReadTableConfig(TableDirectory& directory) {
 }
 
 bool TapBalance::GetTableConfig(int* rows, int* num_taps) {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     TableDirectory directory;
     if (!ReadTableConfig(directory)) return false;
     const TableEntry& entry = directory.entries[Index(m_TableSelect)];
@@ -100,8 +102,8 @@ bool TapBalance::GetTableHashFromCamera(int select, Sha1::Digest& digest) {
         ZEL_LOG(m_Logger, kLogError, kHash, "***ERROR***: table %d is none", select);
         return false;
     }
-    const std::lock_guard lock(m_Lock);
-    return Guarded(kHash, [&] {
+    const platform::ScopedLock lock(m_Lock);
+    return Guarded(kHash, [&]() ZEL_REQUIRES(m_Lock) {
         TableDirectory directory;
         if (!ReadDirectory(directory)) return false;
         digest = directory.entries[Index(select)].digest;
@@ -110,7 +112,7 @@ bool TapBalance::GetTableHashFromCamera(int select, Sha1::Digest& digest) {
 }
 
 bool TapBalance::ReadRow(int select, int row, TapRow& values) {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     if (!IsTable(select)) {
         ZEL_LOG(m_Logger, kLogError, kData, "TapBalance::GetTableData() m_TableSelect:%d is bad\n", select);
         return false;
@@ -135,7 +137,7 @@ bool TapBalance::ReadRow(int select, int row, TapRow& values) {
 }
 
 bool TapBalance::GetTableData(int row, float* millivolts, float* tap_gains) {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     const int select = m_TableSelect;
     TapRow values;
     if (!ReadRow(select, row, values)) return false;
@@ -155,7 +157,7 @@ bool TapBalance::GetTableData(int row, float* millivolts, float* tap1, float* ta
 
 // A row of a table that has exactly as many taps as there are places for gains; null places are left out.
 bool TapBalance::GetRowOfTaps(int row, float* millivolts, std::initializer_list<float*> taps) {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     const int select = m_TableSelect;
     if (IsTable(select) && m_TapBalanceData[Index(select)].data &&
         m_TapBalanceData[Index(select)].data->Taps() != static_cast<int>(taps.size())) {
@@ -173,7 +175,7 @@ bool TapBalance::GetRowOfTaps(int row, float* millivolts, std::initializer_list<
 }
 
 void TapBalance::SetPercentCompleteCallback(PercentCompleteCallback callback, void* context) {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     m_PercentCompleteCallback = callback;
     m_PercentCompleteContext = context;
 }
@@ -182,7 +184,7 @@ void TapBalance::ReportProgress(int done, int total) {
     PercentCompleteCallback callback = nullptr;
     void* context = nullptr;
     {
-        const std::lock_guard lock(m_Lock);
+        const platform::ScopedLock lock(m_Lock);
         callback = m_PercentCompleteCallback;
         context = m_PercentCompleteContext;
     }
@@ -224,7 +226,7 @@ bool TapBalance::LoadDataTableFromCamera(int select) {
     }
     return Guarded(kLoadTable, [&] {
         std::optional<TapTable> table = ReadTable(select, directory.entries[Index(select)]);
-        const std::lock_guard lock(m_Lock);
+        const platform::ScopedLock lock(m_Lock);
         return table && StoreTable(select, std::move(*table));
     });
 }
@@ -261,18 +263,13 @@ bool TapBalance::LoadDataFromCamera(TableCallback table_begins, void* context) {
             tables[Index(select)] = ReadTable(select, directory.entries[Index(select)]);
             if (!tables[Index(select)]) return false;
         }
-        const std::lock_guard lock(m_Lock);
-        for (int select = 0; select < kTapTables; ++select) {
-            if (!StoreTable(select, std::move(*tables[Index(select)]))) return false;
-        }
-        m_DataValid = true;
-        return true;
+        return StoreTables(tables);
     });
 }
 
 bool TapBalance::CheckDownload() {
-    const std::lock_guard lock(m_Lock);
-    return Guarded(kLoad, [&] {
+    const platform::ScopedLock lock(m_Lock);
+    return Guarded(kLoad, [&]() ZEL_REQUIRES(m_Lock) {
         TableDirectory directory;
         bool same = ReadDirectory(directory);
         for (int select = 0; select < kTapTables; ++select) {

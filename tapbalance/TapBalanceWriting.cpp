@@ -45,7 +45,7 @@ bool TapBalance::FitsFlash() const {
 }
 
 bool TapBalance::SetTableConfig(int table, int rows, int num_taps) {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     if (!IsTable(table) || rows < 1 || rows > TapTable::kMostRows) {
         ZEL_LOG(m_Logger, kLogError, kSetConfig, "***ERROR***: table:%d rows:%d is out of bounds", table, rows);
         return false;
@@ -55,7 +55,7 @@ bool TapBalance::SetTableConfig(int table, int rows, int num_taps) {
         return false;
     }
     if (!m_Flash.Prepare()) return false;
-    return Guarded(kSetConfig, [&] {
+    return Guarded(kSetConfig, [&]() ZEL_REQUIRES(m_Lock) {
         std::optional<TapTable> fresh(std::in_place, rows, num_taps);
         Slot& slot = m_TapBalanceData[Index(table)];
         slot.data.swap(fresh);
@@ -75,7 +75,7 @@ bool TapBalance::SetTableConfig(int table, int rows, int num_taps) {
 }
 
 bool TapBalance::SetTableData(int row, float millivolts, const float* tap_gains) {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     const int select = m_TableSelect;
     if (!IsTable(select) || !m_TapBalanceData[Index(select)].configured || !m_TapBalanceData[Index(select)].data) {
         ZEL_LOG(m_Logger, kLogError, kSetData, "***ERROR***: table %d is not configured", select);
@@ -108,8 +108,8 @@ bool TapBalance::ReadyToWrite(const char* function_name) {
 }
 
 bool TapBalance::WriteTableConfigToCamera() {
-    const std::lock_guard lock(m_Lock);
-    return Guarded(kWriteConfig, [&] {
+    const platform::ScopedLock lock(m_Lock);
+    return Guarded(kWriteConfig, [&]() ZEL_REQUIRES(m_Lock) {
         if (!ReadyToWrite(kWriteConfig)) return false;
         TableDirectory directory;
         directory.num_tables = kTapTables;
@@ -123,8 +123,8 @@ bool TapBalance::WriteTableConfigToCamera() {
 }
 
 bool TapBalance::WriteDataToCamera() {
-    const std::lock_guard lock(m_Lock);
-    return Guarded(kWriteData, [&] {
+    const platform::ScopedLock lock(m_Lock);
+    return Guarded(kWriteData, [&]() ZEL_REQUIRES(m_Lock) {
         if (!ReadyToWrite(kWriteData)) return false;
         for (Slot& slot : m_TapBalanceData) {
             const int first_page = static_cast<int>(slot.offset / static_cast<unsigned>(m_Flash.PageSize()));
@@ -144,9 +144,9 @@ bool TapBalance::TestPage(int page, std::span<const std::uint8_t> content) {
 }
 
 bool TapBalance::FlashTest() {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     if (!m_Flash.Prepare()) return false;
-    return Guarded(kTest, [&] {
+    return Guarded(kTest, [&]() ZEL_REQUIRES(m_Lock) {
         const int page = m_Flash.NumPages() - 1;
         if (page == 0) {
             ZEL_LOG(m_Logger, kLogError, kTest, "***ERROR***: a flash of one page has none for the test");

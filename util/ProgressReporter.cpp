@@ -14,11 +14,11 @@ struct Receiver {
     void* context = nullptr;
 };
 
-std::mutex s_ReceiverLock;
-Receiver s_Receiver;
+platform::Mutex s_ReceiverLock;
+Receiver s_Receiver ZEL_GUARDED_BY(s_ReceiverLock);
 
 Receiver CurrentReceiver() {
-    const std::lock_guard lock(s_ReceiverLock);
+    const platform::ScopedLock lock(s_ReceiverLock);
     return s_Receiver;
 }
 
@@ -41,7 +41,7 @@ ProgressReporter::~ProgressReporter() {
 }
 
 void ProgressReporter::SetCallback(ZelProgressCallback callback, void* context) {
-    const std::lock_guard lock(s_ReceiverLock);
+    const platform::ScopedLock lock(s_ReceiverLock);
     s_Receiver = {callback, context};
 }
 

@@ -29,7 +29,7 @@ std::optional<std::int32_t> ProgressPercent(std::int32_t done, std::int32_t tota
 
 void ProgressWindow::SetLine(unsigned line, const char* text) {
     {
-        const std::lock_guard lock(m_Lock);
+        const platform::ScopedLock lock(m_Lock);
         m_Contents.lines[line].Set(text);
     }
     Invalidate();
@@ -39,19 +39,19 @@ void ProgressWindow::SetProgress(std::int32_t done, std::int32_t total) {
     const std::optional<std::int32_t> percent = ProgressPercent(done, total);
     if (!percent) return;
     {
-        const std::lock_guard lock(m_Lock);
+        const platform::ScopedLock lock(m_Lock);
         if (!m_HasBar || !m_Contents.bar.Set(*percent)) return;
     }
     Invalidate();
 }
 
 ProgressWindow::Contents ProgressWindow::Copy() const {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     return m_Contents;
 }
 
 void ProgressWindow::SetHasBar(bool has_bar) {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     m_HasBar = has_bar;
 }
 

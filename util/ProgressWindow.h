@@ -5,9 +5,10 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string_view>
+
+#include "platform/Mutex.h"
 
 namespace zel {
 
@@ -60,9 +61,9 @@ class ProgressWindow {
     // Has the contents drawn anew. Called on the working thread with no lock held.
     virtual void Invalidate() = 0;
 
-    mutable std::mutex m_Lock;
-    Contents m_Contents;
-    bool m_HasBar = false;
+    mutable platform::Mutex m_Lock;
+    Contents m_Contents ZEL_GUARDED_BY(m_Lock);
+    bool m_HasBar ZEL_GUARDED_BY(m_Lock) = false;
 };
 
 // Makes a window on the thread that will dispatch its messages. Null when memory ran out.

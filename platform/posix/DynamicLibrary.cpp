@@ -23,13 +23,18 @@ std::string SystemName(std::string_view name) {
     return std::string(name.substr(0, file)) + "lib" + std::string(name.substr(file)) + ".so";
 }
 
+// The loader's entry of the library, or program, that an address lies in; null when it lies in none.
+const link_map* HolderOf(void* address) {
+    Dl_info info{};
+    void* entry = nullptr;
+    return dladdr1(address, &info, &entry, RTLD_DL_LINKMAP) ? static_cast<const link_map*>(entry) : nullptr;
+}
+
 // The folder of the library, or program, that this code is part of.
 std::filesystem::path OwnFolder() {
-    Dl_info info{};
-    void* extra = nullptr;
-    if (!dladdr1(reinterpret_cast<void*>(&LoadSharedLibrary), &info, &extra, RTLD_DL_LINKMAP) || !extra) return {};
-    const char* file = static_cast<const link_map*>(extra)->l_name;
-    if (file && *file) return std::filesystem::path(file).parent_path();
+    const link_map* self = HolderOf(reinterpret_cast<void*>(&LoadSharedLibrary));
+    if (!self) return {};
+    if (self->l_name && *self->l_name) return std::filesystem::path(self->l_name).parent_path();
     std::error_code error;  // the program itself has no name in the loader's list
     return std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
 }
@@ -51,7 +56,14 @@ LibraryHandle LoadSharedLibrary(const char* canonical_name) {
     }
 }
 
-void* FindExport(LibraryHandle library, const char* name) { return library && name ? dlsym(library, name) : nullptr; }
+// The loader looks through the libraries that this one needs as well; what lies there is not this one's.
+void* FindExport(LibraryHandle library, const char* name) {
+    if (!library || !name) return nullptr;
+    void* const address = dlsym(library, name);
+    const link_map* entry = nullptr;
+    if (!address || dlinfo(library, RTLD_DI_LINKMAP, &entry) != 0) return nullptr;
+    return HolderOf(address) == entry ? address : nullptr;
+}
 
 void UnloadSharedLibrary(LibraryHandle library) {
     if (library) dlclose(library);

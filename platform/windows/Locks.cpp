@@ -10,15 +10,13 @@ struct TimedMutex::State {
     HANDLE handle;
 };
 
-TimedMutex::TimedMutex() : m_State(new (std::nothrow) State{nullptr}) {
-    if (m_State) m_State->handle = CreateMutexA(nullptr, FALSE, nullptr);
-}
+TimedMutex::TimedMutex() : m_State(new (m_Storage) State{CreateMutexA(nullptr, FALSE, nullptr)}) {}
 
 TimedMutex::~TimedMutex() {
     if (Valid()) CloseHandle(m_State->handle);
 }
 
-bool TimedMutex::Valid() const { return m_State && m_State->handle; }
+bool TimedMutex::Valid() const { return m_State->handle != nullptr; }
 
 bool TimedMutex::Lock(std::uint32_t timeout_ms) {
     if (!Valid()) return false;

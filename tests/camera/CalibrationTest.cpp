@@ -152,14 +152,25 @@ TEST_F(CalibrationTest, ACameraWithoutTablesTakesTheMasterFilesOfTheFolder) {
     for (const std::string& master : masters) ASSERT_FALSE(std::ifstream(master).good()) << "somebody's own file";
     for (const std::string& master : masters) {
         EXPECT_FALSE(opens_balanced()) << "both files are needed";
+        EXPECT_FALSE(m_Camera->TapBalanceEnable(true)) << "half a pair is nothing to correct with";
         std::ofstream(master) << "4 4\n0 1 1 1 1\n1 1 1 1 1\n2 1 1 1 1\n3 1 1 1 1\n";
     }
     EXPECT_TRUE(opens_balanced());
     EXPECT_TRUE(File(0).empty()) << "they are not this camera's";
     EXPECT_EQ(m_Flash.Count("tb w") + m_Flash.Count("tb s"), 0) << "nothing is written into the camera";
+    // A flash memory that can't be read may hold tables: the general ones would be the wrong ones.
+    for (const auto& [asked, reply] : {std::pair("tb p s", ""), {"tb g 0", "ERR flash"}, {"tb r 0 8", "255"}}) {
+        m_Flash.Fail(asked, reply);
+        EXPECT_FALSE(opens_balanced() || m_Camera->TapBalanceEnable(true)) << asked;
+    }
+    m_Flash.m_Fault = nullptr;
     m_Flash.Install(MakeTable(20, 4), MakeTable(24, 4, 1));
     EXPECT_TRUE(opens_balanced());
     EXPECT_FALSE(File(0).empty()) << "its own tables come first";
+    std::remove(CachePath(1).c_str());
+    m_Flash.Fail("tb r 16 8", "");
+    EXPECT_FALSE(opens_balanced() || m_Camera->TapBalanceEnable(true)) << "one cache file and no download";
+    m_Flash.m_Fault = nullptr;
     for (const std::string& master : masters) std::remove(master.c_str());
 }
 

@@ -48,7 +48,7 @@ class CameraTest : public testing::Test {
         std::vector<std::string> lines;
         for (const Bytes& d : m_Transport.Sent()) {
             const auto word = [&](std::size_t at) {
-                return std::to_string(static_cast<int>(d[at] | d[at + 1] << 8 | d[at + 2] << 16 |
+                return std::to_string(static_cast<int>(static_cast<unsigned>(d[at] | d[at + 1] << 8 | d[at + 2] << 16) |
                                                        static_cast<unsigned>(d[at + 3]) << 24));
             };
             if (d[0] == 9) {

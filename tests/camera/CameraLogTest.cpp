@@ -44,7 +44,8 @@ TEST_F(CameraLogTest, TapBalanceFollowsTheGain) {
     EXPECT_FALSE(m_Camera->TapBalanceEnable(true));
     ASSERT_TRUE(m_Camera->Open());
     EXPECT_EQ(m_Log.Count("SetGain - gain:300.000000"), 1) << "connection";
-    EXPECT_EQ(m_Log.Count("***ERROR***: no calibration data, the taps of this camera are not balanced", kLogError), 1);
+    EXPECT_EQ(
+        m_Log.CountContaining("no calibration in use, the taps of this camera are not balanced: its flash memory"), 1);
     m_Camera->SetParameterValue(ZEL_PARAM_GAIN, 400);
     EXPECT_EQ(m_Log.Count("SetGain - gain:400.000000"), 1);
     m_Camera->SetParameterValue(ZEL_PARAM_VGA_GAIN, 50);

@@ -24,8 +24,9 @@ class SyncTableFixture : public testing::Test {
     bool LockIsFree() {
         bool is_free = false;
         std::thread([&] {
-            is_free = m_Lock.try_lock();
-            if (is_free) m_Lock.unlock();
+            if (!m_Lock.try_lock()) return;
+            is_free = true;
+            m_Lock.unlock();
         }).join();
         return is_free;
     }

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -152,6 +154,26 @@ TEST_F(LoggingLibrary, KeepsLinesOfSeveralThreadsApart) {
         ++counts[static_cast<std::size_t>(thread)];
     }
     EXPECT_THAT(counts, testing::Each(kLines));
+}
+
+// A program that ends while a camera's thread logs on.
+TEST_F(LoggingLibrary, TakesLinesUntilTheProcessIsGone) {
+    static std::atomic<int> s_Lines{0};
+    const auto end_while_logging = [] {
+        // Runs after whatever the library would have torn down.
+        std::atexit([] {
+            for (const int seen = s_Lines; s_Lines < seen + 200;) std::this_thread::yield();
+        });
+        std::thread([] {
+            for (Logger logger("Source");;) s_Lines += logger.Log(kLogTrace, "f", 1, "g", "%s", "still running");
+        }).detach();
+        while (s_Lines == 0) std::this_thread::yield();
+        std::exit(0);
+    };
+    // Where there is no fork the test runs anew in the process that ends, with its parent's environment.
+    if (!std::getenv("ZEL_LOG")) Ask(InFile("trace"));
+    EXPECT_EXIT(end_while_logging(), testing::ExitedWithCode(0), "");
+    EXPECT_GE(FileLines().size(), 200u);
 }
 
 TEST_F(LoggingLibrary, NamesTheKnownValuesOnceWhenAnotherIsSet) {

@@ -23,6 +23,15 @@ TEST(DynamicLibrary, FindsALibraryBesideTheProgramByItsCanonicalName) {
     UnloadSharedLibrary(library);
 }
 
+// An export of a library that came along would be called in this one's name.
+TEST(DynamicLibrary, LooksIntoTheLibraryItself) {
+    const LibraryHandle library = LoadSharedLibrary("platform_dependent_probe.dll");
+    ASSERT_NE(nullptr, library);
+    EXPECT_NE(nullptr, FindExport(library, "probe_count_through"));
+    EXPECT_EQ(nullptr, FindExport(library, "probe_count_call"));
+    UnloadSharedLibrary(library);
+}
+
 TEST(DynamicLibrary, KeepsTheFolderOfACanonicalName) {
     EXPECT_EQ(nullptr, LoadSharedLibrary("platform_far_probe.dll"));
     const LibraryHandle library = LoadSharedLibrary("./far/platform_far_probe.dll");

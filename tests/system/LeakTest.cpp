@@ -19,10 +19,12 @@ TEST_F(LeakTest, AThousandStartsAndStopsLeakNothing) {
     };
     for (int i = 0; i < 20; ++i) cycle();
     const int handles = platform::OpenHandles();
+    ASSERT_GT(handles, 0) << "the system does not tell";
     const int threads = platform::RunningThreads();
     for (int i = 0; i < 1000; ++i) cycle();
-    EXPECT_LE(platform::OpenHandles(), handles + 2);
-    EXPECT_LE(platform::RunningThreads(), threads);
+    // The system may still list the last threads that have ended; what each start kept would be a thousand.
+    EXPECT_LE(platform::OpenHandles(), handles + 20);
+    EXPECT_LE(platform::RunningThreads(), threads + 5);
     camera->SetImageNotificationCallback(Count, &m_Frames);
     ASSERT_TRUE(camera->Start());
     EXPECT_TRUE(m_Frames.WaitFor(8)) << "all eight records are still there";

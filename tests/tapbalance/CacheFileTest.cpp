@@ -69,7 +69,8 @@ TEST_F(CacheFileTest, AnyOfThreeDigestsThatDiffersIsAMismatch) {
     data[row + 3] = '9';  // a decimal of the first level
     std::string line = "1 " + good.substr(good.find(' ') + 1);
     if (line == good) line = "2 " + good.substr(good.find(' ') + 1);
-    for (const std::string& text : {data, line}) {
+    // A file that goes on behind its table was not written by this library.
+    for (const std::string& text : {data, line, good + "12 1 1 0 0\n"}) {
         WriteText(m_Paths[0], text);
         EXPECT_FALSE(m_TapBalance.LoadDataFromFile(m_Paths[0].c_str(), true));
         m_TapBalance.Enable(true);
@@ -133,6 +134,33 @@ TEST_F(CacheFileTest, ACrashInTheMiddleLeavesTheOldFile) {
     EXPECT_EQ(ReadText(path), "new\n");
     std::filesystem::remove_all(path + ".part");
     std::filesystem::remove(path);
+}
+
+// Nothing but a file is read, and what somebody put in a file's place is replaced, not written through.
+TEST_F(CacheFileTest, LinksAndPipesAreNoFiles) {
+    const std::string path = testing::TempDir() + "zel_placed.txt", other = testing::TempDir() + "zel_other.txt";
+    const auto stands_as = [&](const char* kind) {
+        EXPECT_TRUE(platform::ReplaceTextFile(path, "new\n")) << kind;
+        EXPECT_EQ(ReadText(path), "new\n") << kind;
+        EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(path))) << kind;
+        EXPECT_EQ(ReadText(other), "other") << kind;
+        std::filesystem::remove(path);
+    };
+    WriteText(other, "other");
+    for (const std::string& place : {path, path + ".part"}) {
+        std::error_code error;
+        std::filesystem::create_symlink(other, place, error);
+        std::printf("a link as %s: %s\n", place.c_str(), error.message().c_str());
+        stands_as("link");
+        if (std::system(("mkfifo \"" + place + "\"").c_str()) != 0)
+            std::printf("this system has no pipes in folders\n");
+        std::string text;
+        EXPECT_FALSE(platform::ReadTextFile(path, 100, text));
+        stands_as("pipe");
+    }
+    std::filesystem::create_hard_link(other, path + ".part");
+    stands_as("hard link");
+    std::filesystem::remove(other);
 }
 
 }  // namespace

@@ -14,7 +14,7 @@ using test::Bytes;
 class TiffReader {
   public:
     explicit TiffReader(const Bytes& file) : m_File(file) {}
-    unsigned At16(std::size_t offset) const { return m_File.at(offset) | m_File.at(offset + 1) << 8; }
+    unsigned At16(std::size_t offset) const { return m_File.at(offset) | unsigned{m_File.at(offset + 1)} << 8; }
     unsigned At32(std::size_t offset) const { return At16(offset) | At16(offset + 2) << 16; }
 
   private:

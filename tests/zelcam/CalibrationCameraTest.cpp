@@ -4,6 +4,7 @@
 #include "tests/zelcam/SimControl.h"
 #include "tests/zelcam/ToolProcess.h"
 #include "tools/zelcam/CalibrationCamera.h"
+#include "tools/zelcam/CalibrationSource.h"
 #include "tools/zelcam/Failure.h"
 
 namespace zelcam {
@@ -41,9 +42,9 @@ class CalibrationCameraTest : public testing::Test {
 TEST_F(CalibrationCameraTest, WhatIsWrittenReadsBackUnderItsDigests) {
     OpenCamera camera(*m_Session, "0");
     CalibrationTables tables = ReadTables(camera);
-    std::optional<DirectoryDigests> digests = ReadDirectory(camera);
-    ASSERT_TRUE(digests);
-    for (std::size_t speed = 0; speed < 2; ++speed) EXPECT_EQ((*digests)[speed], tables[speed].ComputeDigest());
+    std::optional<FlashDirectory> directory = ReadDirectory(camera);
+    ASSERT_TRUE(directory && directory->has_tables);
+    for (std::size_t speed = 0; speed < 2; ++speed) EXPECT_EQ(directory->digests[speed], tables[speed].ComputeDigest());
 
     // Of another size, so that every row lies elsewhere in the memory.
     tables[0].rows.resize(11);
@@ -53,9 +54,9 @@ TEST_F(CalibrationCameraTest, WhatIsWrittenReadsBackUnderItsDigests) {
     }
     WriteTables(camera, tables);
     EXPECT_EQ(ReadTables(camera), tables);
-    digests = ReadDirectory(camera);
-    ASSERT_TRUE(digests);
-    for (std::size_t speed = 0; speed < 2; ++speed) EXPECT_EQ((*digests)[speed], tables[speed].ComputeDigest());
+    directory = ReadDirectory(camera);
+    ASSERT_TRUE(directory && directory->has_tables);
+    for (std::size_t speed = 0; speed < 2; ++speed) EXPECT_EQ(directory->digests[speed], tables[speed].ComputeDigest());
 }
 
 TEST_F(CalibrationCameraTest, ADownloadSurvivesABadRowAndAGarbledNumber) {
@@ -87,6 +88,9 @@ TEST_F(CalibrationCameraTest, ALinkThatDiesInTheMiddleEndsInOneClearFailure) {
     EXPECT_EQ(ReadTables(camera), tables);
     ASSERT_TRUE(SimCommand("fault 0 exception 1 text=tb_g"));
     EXPECT_FALSE(ReadDirectory(camera));
+    EXPECT_EQ(FindCalibrationSource(camera).name, "flash");
+    ASSERT_TRUE(SimCommand("fault 0 exception 1 text=tb_g"));
+    EXPECT_EQ(FindCalibrationSource(camera).why, "its flash memory can't be read");
 }
 
 }  // namespace zelcam

@@ -61,6 +61,8 @@ TEST_F(ProgramCalibrate, CheckComparesCameraAndCacheFile) {
     const auto empty = RunTool("calibrate check --json");
     EXPECT_EQ(empty.exit_code, 0) << empty.err;
     EXPECT_EQ(empty.Json()[0]["camera_digest"], empty.Json()[0]["camera_data"]);
+    EXPECT_EQ(RunTool("info --json").Json()["calibration"]["source"], "flash");
+    EXPECT_THAT(RunTool("info -c 2").out, HasSubstr("none: its flash memory holds no tables, and "));
 
     const auto first = RunTool("calibrate download --again --json");
     ASSERT_EQ(first.exit_code, 0) << first.err;
@@ -69,6 +71,7 @@ TEST_F(ProgramCalibrate, CheckComparesCameraAndCacheFile) {
     EXPECT_EQ(RunTool("calibrate download --json").Json()["downloaded"], false);
     EXPECT_THAT(RunTool("calibrate check").out, Not(HasSubstr("DIFFERENT")));
     EXPECT_EQ(RunTool("calibrate check --json").Json()[0]["cache_good"], true);
+    EXPECT_EQ(RunTool("info --json").Json()["calibration"]["source"], "cache");
 
     const std::string cache = first.Json()["cache_files"][0].get<std::string>();
     std::string text = FileText(cache);
@@ -151,7 +154,7 @@ TEST_F(ProgramCalibrate, SeamsAreThereWithoutTheCorrectionAndGoneWithIt) {
         ASSERT_EQ(json.size(), 2u);
         ASSERT_EQ(json[0]["seams"].size(), c.seams);
         for (std::size_t i = 0; i < c.seams; ++i) {
-            const auto step = [&](int corrected) {
+            const auto step = [&](std::size_t corrected) {
                 return std::fabs(json[corrected]["seams"][i]["step"].get<double>());
             };
             EXPECT_GT(step(0), c.floor * json[0]["level"].get<double>()) << json[0]["seams"][i];

@@ -143,12 +143,12 @@ class CheckAction : public Command {
         const Session session;
         OpenCamera camera(session, m_Camera);
         const CalibrationTables tables = ReadTables(camera);
-        const std::optional<DirectoryDigests> directory = ReadDirectory(camera);
+        const std::optional<FlashDirectory> directory = ReadDirectory(camera);
         Json json = Json::array();
         bool good = true;
         for (int speed = 0; speed < kSpeeds; ++speed) {
             const CalibrationTable& table = tables[static_cast<std::size_t>(speed)];
-            const Digests digests = Collect(camera.Entry(), speed, table, directory ? &*directory : nullptr);
+            const Digests digests = Collect(camera.Entry(), speed, table, directory ? &directory->digests : nullptr);
             const std::string fault = table.Fault();
             good = good && digests.CameraGood() && digests.CacheGood() && fault.empty();
             m_Json ? json.push_back(ToJson(speed, digests, fault)) : Print(speed, digests, fault);

@@ -102,7 +102,7 @@ CalibrationTables ReadTables(OpenCamera& camera) {
     return tables;
 }
 
-std::optional<DirectoryDigests> ReadDirectory(OpenCamera& camera) {
+std::optional<FlashDirectory> ReadDirectory(OpenCamera& camera) {
     if (Ask(camera, "tb g 0") != "OK") return std::nullopt;
     std::vector<std::uint8_t> bytes;
     while (bytes.size() < kDirectorySize) {
@@ -110,13 +110,12 @@ std::optional<DirectoryDigests> ReadDirectory(OpenCamera& camera) {
             return std::nullopt;
         }
     }
-    if (bytes[0] == 0xFF) return std::nullopt;
-    DirectoryDigests digests;
-    for (std::size_t speed = 0; speed < digests.size(); ++speed) {
+    FlashDirectory directory{bytes[0] != 0xFF, {}};
+    for (std::size_t speed = 0; speed < directory.digests.size(); ++speed) {
         const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(1 + speed * kEntrySize + kDigestInEntry);
-        std::copy_n(begin, digests[speed].size(), digests[speed].begin());
+        std::copy_n(begin, directory.digests[speed].size(), directory.digests[speed].begin());
     }
-    return digests;
+    return directory;
 }
 
 void WriteTables(OpenCamera& camera, const CalibrationTables& tables) {
@@ -133,11 +132,11 @@ void WriteTables(OpenCamera& camera, const CalibrationTables& tables) {
     if (!internal.TapBalanceWriteDataToCamera()) {
         throw Failure(camera.Label() + " did not store its tables", "", advice);
     }
-    const std::optional<DirectoryDigests> digests = ReadDirectory(camera);
+    const std::optional<FlashDirectory> directory = ReadDirectory(camera);
     const CalibrationTables stored = ReadTables(camera);
     for (std::size_t speed = 0; speed < tables.size(); ++speed) {
-        const bool right =
-            stored[speed] == tables[speed] && digests && (*digests)[speed] == tables[speed].ComputeDigest();
+        const bool right = stored[speed] == tables[speed] && directory && directory->has_tables &&
+                           directory->digests[speed] == tables[speed].ComputeDigest();
         if (!right) {
             throw Failure(SpeedLabel(camera, static_cast<int>(speed)) + " reads back differently", "", advice);
         }

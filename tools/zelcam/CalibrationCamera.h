@@ -23,8 +23,13 @@ using DirectoryDigests = std::array<Digest, kSpeeds>;
 // Throws Failure when the camera has no tables or does not answer.
 CalibrationTables ReadTables(OpenCamera& camera);
 
-// The digests in the directory of the flash memory; null when the camera does not tell them.
-std::optional<DirectoryDigests> ReadDirectory(OpenCamera& camera);
+// What the directory of the flash memory says.
+struct FlashDirectory {
+    bool has_tables = false;  // false: none was ever written, and the digests mean nothing
+    DirectoryDigests digests{};
+};
+// Null when the camera does not tell.
+std::optional<FlashDirectory> ReadDirectory(OpenCamera& camera);
 
 // Writes both tables and their directory into the flash memory and reads them back. Throws Failure.
 void WriteTables(OpenCamera& camera, const CalibrationTables& tables);

@@ -53,7 +53,7 @@ std::vector<std::uint8_t> PngSamples(const ZelColorImage& image, const ColorSett
     samples.reserve(pixels * pixel_bytes);
     const auto* pixel = static_cast<const std::uint8_t*>(image.color_pixels);
     for (std::size_t i = 0; i < pixels; ++i, pixel += pixel_bytes) {
-        for (const std::size_t channel : {2, 1, 0}) {
+        for (const std::size_t channel : {2u, 1u, 0u}) {
             if (channel_bytes == 2) {
                 AppendSixteen(samples, pixel + channel * 2, shift);
             } else {

@@ -2,6 +2,7 @@
 #include <cstdio>
 
 #include "include/ZelParameters.h"
+#include "tools/zelcam/CalibrationSource.h"
 #include "tools/zelcam/CameraFacts.h"
 #include "tools/zelcam/CameraParameters.h"
 #include "tools/zelcam/Command.h"
@@ -54,7 +55,7 @@ class InfoCommand : public Command {
 
     int Run() override {
         const Session session;
-        const OpenCamera camera(session, m_Camera);
+        OpenCamera camera(session, m_Camera);
         Json json = ToJson(ReadFacts(camera));
         std::vector<std::vector<std::string>> rows;
         for (const auto& [key, value] : json.items()) {
@@ -66,6 +67,9 @@ class InfoCommand : public Command {
             json[row.key] = value ? value->ToJson() : Json();
             rows.push_back({row.label, value ? ValueText(info, *value) : "-"});
         }
+        const CalibrationSource calibration = FindCalibrationSource(camera);
+        json["calibration"] = calibration.ToJson();
+        rows.push_back({"calibration", calibration.Text()});
         if (m_Json) {
             PrintJson(json);
         } else {

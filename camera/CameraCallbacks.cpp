@@ -122,7 +122,8 @@ void ZelCameraControl::EventCallback(const ZelCameraEvent* event) {
     }
     switch (event->id) {
         case CAMERA_EVENT_IMAGE_READY:
-            if (callbacks.notification) {
+            // A stop inside a callback is the last one also when a start is still to end.
+            if (callbacks.notification && !m_Stopped) {
                 ++g_NotificationCount;
                 ZEL_SCOPE_TIMER(timer, "pending image callback execution time", m_Logger, kEvent);
                 callbacks.notification(ZEL_IMAGE_NOTIFICATION_PENDING, callbacks.notification_context);

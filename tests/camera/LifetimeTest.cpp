@@ -73,9 +73,13 @@ TEST_P(EndingTest, IsLeftToTheStartWhenCalledInsideACallback) {
     InsideCallback([this] {
         EXPECT_TRUE(GetParam().operation(*m_Camera));
         EXPECT_FALSE(m_Camera->Start()) << "somebody else has the turn";
+        m_Camera->SetImageNotificationCallback([](int, void*) { ADD_FAILURE() << "the callback is the last one"; },
+                                               nullptr);
+        m_Transport.EmitEvent(CAMERA_EVENT_IMAGE_READY);
     });
     AwaitStart();
     EXPECT_FALSE(m_Started);
+    m_Camera->SetImageNotificationCallback(nullptr, nullptr);
     const bool closed = GetParam().call == std::string("Disconnect");
     EXPECT_EQ(m_Transport.CountCalls(closed ? "Disconnect" : "Stop"), 1);
     int open = -1;

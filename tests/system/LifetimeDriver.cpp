@@ -466,6 +466,7 @@ void LifetimeDriver::DoInside() {
     m_Watchdog.Note("  " + name);
     ++m_Counts[name];
     const bool overlapping = !m_Alone || Roll(3) == 0;
+    if (what == kStart) GiveBack();  // the pool may be another one then
     if (kind <= kScratchpad) {
         GiveBack();
         DoStop();

@@ -69,9 +69,7 @@ bool ZelCameraControl::Stop() {
     const Operation entry(*this);
     if (!entry) return false;
     const Turn turn(*this, ControlTurns::Wish::kStop, inside);
-    if (turn.Taken()) return StopNow();
-    if (turn.Left()) m_Stopped = true;
-    return turn.Left();
+    return turn.Taken() ? StopNow() : turn.Left();
 }
 
 bool ZelCameraControl::StopNow() {

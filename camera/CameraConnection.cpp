@@ -53,9 +53,7 @@ bool ZelCameraControl::Close() {
     m_Gate.Shut(kClosing);
     m_Gate.Cancel();
     const Turn turn(*this, ControlTurns::Wish::kClose, inside);
-    if (turn.Taken()) return CloseNow(inside);
-    m_Stopped = true;
-    return true;
+    return turn.Taken() ? CloseNow(inside) : turn.Left();
 }
 
 // With the turn in control. A thread inside a callback waits for nobody: operations of others that are still under way
@@ -63,7 +61,7 @@ bool ZelCameraControl::Close() {
 bool ZelCameraControl::CloseNow(bool inside) {
     m_Gate.Shut(kClosing);
     m_Gate.Cancel();
-    if (!inside) m_Gate.AwaitOthers(false);
+    if (!inside) m_Gate.AwaitOthers();
     const Gate::Entry entry(m_Gate, Gate::Kind::kCloser);  // not meant by what was cancelled
     LeaveScratchpad();
     const bool reachable = TransportIsOurs();

@@ -17,10 +17,18 @@ ZelCameraControl::Turn::~Turn() {
     while (Taken() && m_Camera.m_Turns.HandBack(left)) {
         if (left == ControlTurns::Wish::kClose) {
             m_Camera.CloseNow(m_Inside);
-        } else {
+        } else if (left == ControlTurns::Wish::kStop) {
             m_Camera.StopNow();
+        } else {
+            m_Camera.StopTriggerNow();
         }
     }
+}
+
+// What was under way when a close began ends, and so does what a connection or start under way begins after that; the
+// close itself still talks to the camera.
+bool ZelCameraControl::ExchangesEnd() {
+    return m_Gate.Cancelled() || m_Turns.CloseAwaited() || (m_Gate.IsShut(kEnding) && !m_Turns.HolderCloses());
 }
 
 void ZelCameraControl::BeginEnd() {
@@ -30,7 +38,7 @@ void ZelCameraControl::BeginEnd() {
 
 // A camera that is open, or that somebody is busy with, is not retired. What it keeps is small from then on.
 bool ZelCameraControl::Retire() {
-    if (!m_Gate.ShutWhenEmpty(kRetired)) return false;
+    if (m_CameraOpened == 1 || !m_Gate.ShutWhenEmpty(kRetired)) return false;
     if (m_CameraOpened == 1) {
         m_Gate.Open(kRetired);
         return false;
@@ -59,7 +67,7 @@ ZelCameraControl::~ZelCameraControl() {
         m_Camera->SetEventHandler(nullptr, nullptr);
         m_Camera->SetCameraCommon(nullptr);
     }
-    m_Gate.AwaitOthers(true);
+    m_Gate.AwaitAll();
 }
 
 }  // namespace zel

@@ -162,19 +162,23 @@ bool ZelCameraControl::StartTriggerNow() {
     return result;
 }
 
+// With 1 the camera is armed anew, which stops nothing.
 bool ZelCameraControl::StopTriggerAcquisition(int flag) {
     if (!m_Camera) return false;
     const bool inside = Inside();
     const Operation entry(*this);
     if (!entry) return false;
-    const Turn turn(*this, ControlTurns::Wish::kStop, inside);
-    if (turn.Left()) m_Stopped = true;
+    const bool rearm = flag == 1;
+    const Turn turn(*this, rearm ? ControlTurns::Wish::kStart : ControlTurns::Wish::kStopTrigger, inside);
     if (!turn.Taken()) return turn.Left();
+    if (!rearm) return StopTriggerNow();
     CameraCommand("cam.stop");
-    if (flag == 1) {
-        ArmBySoftware();
-        return true;
-    }
+    ArmBySoftware();
+    return true;
+}
+
+bool ZelCameraControl::StopTriggerNow() {
+    CameraCommand("cam.stop");
     LeaveScratchpad();
     if (!m_Camera->StopTrigger()) return false;
     m_Stopped = true;

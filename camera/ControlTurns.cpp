@@ -1,25 +1,33 @@
 #include "camera/ControlTurns.h"
 
+#include <algorithm>
+
 namespace zel {
 
 ControlTurns::Answer ControlTurns::Take(Wish wish, bool inside) {
     std::unique_lock lock(m_Lock);
-    if (!m_Taken || !inside) return Wait(lock, wish);
+    if (!inside || (!m_Taken && (m_Closers == 0 || wish == Wish::kClose))) return Wait(lock, wish, inside);
     if (wish == Wish::kStart) return Answer::kRefused;
-    (wish == Wish::kClose ? m_CloseLeft : m_StopLeft) = true;
+    m_Stopped = true;
+    // Without a holder it is a closer that comes next, and does all there is to do.
+    if (m_Taken) m_Left = std::max(m_Left.value_or(wish), wish);
     m_Changed.notify_all();
     return Answer::kLeft;
 }
 
-// A closer waits for the others to leave the camera, so whoever else waits here gives up.
-ControlTurns::Answer ControlTurns::Wait(std::unique_lock<std::mutex>& lock, Wish wish) {
+// A closer waits for the others to leave the camera, so whoever else waits here gives up. Starts let stops pass.
+ControlTurns::Answer ControlTurns::Wait(std::unique_lock<std::mutex>& lock, Wish wish, bool inside) {
     const bool closer = wish == Wish::kClose;
+    const bool stopper = wish == Wish::kStop || wish == Wish::kStopTrigger;
     if (closer) ++m_Closers;
-    if (wish == Wish::kStop) ++m_Stoppers;
+    if (stopper) ++m_Stoppers;
     m_Changed.notify_all();
-    m_Changed.wait(lock, [&] { return !m_Taken || (!closer && (m_Closers > 0 || m_CloseLeft)); });
-    if (wish == Wish::kStop) --m_Stoppers;
-    if (m_Taken || (!closer && (m_Closers > 0 || m_CloseLeft))) return Answer::kRefused;
+    const auto hopeless = [&] { return !closer && (m_Closers > 0 || m_Left == Wish::kClose); };
+    m_Changed.wait(lock,
+                   [&] { return hopeless() || (!m_Taken && (inside || wish != Wish::kStart || m_Stoppers == 0)); });
+    if (stopper) --m_Stoppers;
+    m_Changed.notify_all();
+    if (hopeless()) return Answer::kRefused;
     m_Taken = true;
     m_HolderCloses = closer;
     return Answer::kTurn;
@@ -27,30 +35,39 @@ ControlTurns::Answer ControlTurns::Wait(std::unique_lock<std::mutex>& lock, Wish
 
 bool ControlTurns::HandBack(Wish& left) {
     const std::lock_guard lock(m_Lock);
-    if (m_CloseLeft || m_StopLeft) {
-        left = m_CloseLeft ? Wish::kClose : Wish::kStop;
-        if (m_CloseLeft && !m_HolderCloses) {
+    m_Changed.notify_all();
+    if (m_Left) {
+        left = *m_Left;
+        m_Left.reset();
+        if (left == Wish::kClose && !m_HolderCloses) {
             m_HolderCloses = true;
             ++m_Closers;
         }
-        m_CloseLeft = m_StopLeft = false;
-        m_Changed.notify_all();
         return true;
     }
     if (m_HolderCloses) --m_Closers;
     m_Taken = m_HolderCloses = false;
-    m_Changed.notify_all();
     return false;
 }
 
 bool ControlTurns::Interrupted() {
     const std::lock_guard lock(m_Lock);
-    return m_Closers > 0 || m_Stoppers > 0 || m_CloseLeft || m_StopLeft;
+    return m_Closers > 0 || m_Stoppers > 0 || m_Left;
 }
 
 bool ControlTurns::Closing() {
     const std::lock_guard lock(m_Lock);
-    return m_Closers > 0 || m_CloseLeft;
+    return m_Closers > 0 || m_Left == Wish::kClose;
+}
+
+bool ControlTurns::CloseAwaited() {
+    const std::lock_guard lock(m_Lock);
+    return !m_HolderCloses && (m_Closers > 0 || m_Left == Wish::kClose);
+}
+
+bool ControlTurns::HolderCloses() {
+    const std::lock_guard lock(m_Lock);
+    return m_HolderCloses;
 }
 
 }  // namespace zel

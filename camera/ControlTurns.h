@@ -6,20 +6,24 @@
 #ifndef CAMERA_CONTROLTURNS_H
 #define CAMERA_CONTROLTURNS_H
 
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
-#include <thread>
+#include <optional>
 
 namespace zel {
 
 class ControlTurns {
   public:
-    enum class Wish : unsigned char { kStart, kStop, kClose };
+    enum class Wish : unsigned char { kStart, kStop, kStopTrigger, kClose };
     enum class Answer {
         kTurn,     // the caller has the turn; it ends with HandBack
         kLeft,     // the holder stops or closes in the caller's place
         kRefused,  // the camera is being closed, or somebody else has the turn and the caller can't wait
     };
+
+    // `stopped` is set when a stop or close is left to the holder: no callback begins from then on.
+    explicit ControlTurns(std::atomic<bool>& stopped) : m_Stopped(stopped) {}
 
     Answer Take(Wish wish, bool inside);
 
@@ -29,9 +33,12 @@ class ControlTurns {
     // Whether a start, or a connection, is to end: somebody wants to stop or close, or to close.
     bool Interrupted();
     bool Closing();
+    // Whether somebody wants to close while another operation has the turn, and whether the one that has it closes.
+    bool CloseAwaited();
+    bool HolderCloses();
 
   private:
-    Answer Wait(std::unique_lock<std::mutex>& lock, Wish wish);
+    Answer Wait(std::unique_lock<std::mutex>& lock, Wish wish, bool inside);
 
     std::mutex m_Lock;
     std::condition_variable m_Changed;
@@ -39,8 +46,8 @@ class ControlTurns {
     int m_Stoppers = 0;  // waiting
     int m_Closers = 0;   // waiting, or with the turn
     bool m_HolderCloses = false;
-    bool m_StopLeft = false;
-    bool m_CloseLeft = false;
+    std::optional<Wish> m_Left;  // for the holder
+    std::atomic<bool>& m_Stopped;
 };
 
 }  // namespace zel

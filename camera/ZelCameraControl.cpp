@@ -102,7 +102,9 @@ double ZelCameraControl::GetLinkUtilization() { return LinkFigure(&ICameraInterf
 
 int ZelCameraControl::GetCameraInterfaceType() {
     const Visit entry(*this);
-    switch (m_Camera ? m_Camera->GetInterfaceType() : 0) {
+    // A transport that is not this object's any more, or may be gone, keeps the type that it had.
+    if (m_Camera && TransportIsOurs()) m_KindOfLink = m_Camera->GetInterfaceType();
+    switch (m_KindOfLink) {
         case CAMERA_TYPE_EDT_CAMERA_LINK:
             return 1;
         case CAMERA_TYPE_PLEORA_EBUS:

@@ -215,6 +215,7 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
         const bool m_Inside;
         const ControlTurns::Answer m_Answer;
     };
+    bool ExchangesEnd();
     bool TransportIsOurs() { return !m_Gate.IsShut(kRetired | kLibraryShutDown); }
 
     // Connection
@@ -250,6 +251,7 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     bool StartNow();
     bool StartTriggerNow();
     bool StopNow();
+    bool StopTriggerNow();
     int StoreError(int code);
     int LoadLastError();
     int ReadGeometry();
@@ -271,8 +273,14 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     ICameraInterface* const m_Camera;
     Gate m_Gate;
     std::atomic<bool> m_Suspended{false};
-    ControlTurns m_Turns;
-    ExchangeLock m_ExchangeLock{&m_Gate};  // one exchange with the camera at a time, text or table
+    std::atomic<int> m_KindOfLink{0};  // as the transport said last
+    ControlTurns m_Turns{m_Stopped};
+    // One exchange with the camera at a time, text or table; they end when the camera is being closed.
+    struct CameraExchanges final : ExchangeLock {
+        explicit CameraExchanges(ZelCameraControl& camera) : m_Camera(camera) {}
+        bool Cancelled() override { return m_Camera.ExchangesEnd(); }
+        ZelCameraControl& m_Camera;
+    } m_ExchangeLock{*this};
     SyncTable m_SyncTable;
     TextProtocol m_TextProtocol;
     TapBalance m_TapBalance;

@@ -3,19 +3,14 @@
 #define LINK_EXCHANGELOCK_H
 
 #include "platform/Locks.h"
-#include "platform/OperationGate.h"
 
 namespace zel {
 
 class ExchangeLock : public platform::RecursiveLock {
   public:
-    // `gate` is the camera's; null: nobody ever wishes so.
-    explicit ExchangeLock(platform::OperationGate* gate = nullptr) : m_Gate(gate) {}
-    // Whether the calling thread's exchange is to end without a reply.
-    bool Cancelled() const { return m_Gate && m_Gate->Cancelled(); }
-
-  private:
-    platform::OperationGate* const m_Gate;
+    virtual ~ExchangeLock() = default;
+    // Whether the calling thread's exchange is to end without a reply. Nobody wishes so, unless a derived class knows.
+    virtual bool Cancelled() { return false; }
 };
 
 }  // namespace zel

@@ -5,14 +5,14 @@
 // The SDK serialises SendData/RecvData pairs of one camera. Order of calls: SetCameraCommon once; Connect, then Stop,
 // at open; exchanges; Start or StartTrigger and Stop around acquisitions; Disconnect at close.
 //
-// Connect, Disconnect, Start, StartTrigger, Stop and StopTrigger never overlap. Stop, StopTrigger and Disconnect also come
-// from inside the transport's own calls of the camera object: then they do not wait for that call. After Disconnect on
-// another thread no thread of the transport is inside the camera object, and none fills a record.
+// Connect, Disconnect, Start, StartTrigger, Stop and StopTrigger never overlap. Stop, StopTrigger and Disconnect also
+// come from inside the transport's own calls of the camera object: then they do not wait for that call. After
+// Disconnect on another thread no thread of the transport is inside the camera object, and none fills a record.
 //
-// The object dies in destroy_camera_interface and nowhere else, after SetCameraCommon(null), which returns when no call of
-// the camera object is under way any more on another thread. (When its library was shut down by a search in between and
-// nothing came from the transport since, it is destroyed without that call and while the camera object still lives.)
-// SetCameraCommon with another camera object, SetCameraObject and GetCameraObject store and answer, no more.
+// The object dies in destroy_camera_interface and nowhere else, after SetCameraCommon(null), which returns when no call
+// of the camera object is under way any more on another thread. (When its library was shut down by a search in between
+// and nothing came from the transport since, it is destroyed without that call and while the camera object still
+// lives.) SetCameraCommon with another camera object, SetCameraObject and GetCameraObject store and answer, no more.
 #ifndef LINK_ICAMERAINTERFACE_H
 #define LINK_ICAMERAINTERFACE_H
 

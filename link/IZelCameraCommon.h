@@ -30,7 +30,8 @@ class IZelCameraCommon {
     // in, make it pending, then report event 6 and call the image handler. A record that was not filled goes back with
     // ReleaseImage().
     // Ask a record for its `pixels` and `buffer_size` each time: post-processing may have put the frame before together
-    // in a buffer of its own that changed places with the record's, so an address kept from then may be released memory.
+    // in a buffer of its own that changed places with the record's, so an address kept from then may be released
+    // memory.
     virtual ZelImage* GetFreeImage() = 0;
     virtual ZelImage* GetPendingImage() = 0;
     virtual bool SetPendingImage(ZelImage* image) = 0;

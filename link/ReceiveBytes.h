@@ -22,8 +22,8 @@ inline constexpr int kDatagramHeaderSize = 3;  // datagram id, payload length in
 // On purpose: the time is looked at after each call, so bytes that are completed by the call that crosses the budget
 // count as a time-out.
 template <class BeforeCall>
-bool ReceiveBytes(ICameraInterface& camera, const ExchangeLock& exchange, unsigned char* into, int length,
-                  int& received, BeforeCall before_call) {
+bool ReceiveBytes(ICameraInterface& camera, ExchangeLock& exchange, unsigned char* into, int length, int& received,
+                  BeforeCall before_call) {
     received = 0;
     const std::uint32_t start = platform::MillisecondClock();
     while (received < length) {

@@ -7,6 +7,7 @@ OperationGate::Entry::Entry(OperationGate& gate, Kind kind) : m_Gate(gate), m_Ki
     if (gate.m_Reasons != 0 && kind == Kind::kOperation) return;
     m_Inside = true;
     m_Cancellations = gate.m_Cancellations;
+    m_Number = gate.m_NextNumber++;
     m_Next = gate.m_First;
     m_Link = &gate.m_First;
     if (m_Next) m_Next->m_Link = &m_Next;
@@ -44,22 +45,29 @@ bool OperationGate::ShutWhenEmpty(unsigned reason) {
     return true;
 }
 
-void OperationGate::AwaitOthers(bool closers_too) {
+// waited_for(entry, number of the next entry when the wait began)
+template <class WaitedFor>
+void OperationGate::Await(WaitedFor waited_for) {
     std::unique_lock lock(m_Lock);
+    const std::uint64_t now = m_NextNumber;
     ++m_Waiting;
     m_Left.wait(lock, [&] {
         const Entry* entry = m_First;
-        while (entry &&
-               (entry->m_Thread == std::this_thread::get_id() || (!closers_too && entry->m_Kind == Kind::kCloser)))
+        while (entry && (entry->m_Thread == std::this_thread::get_id() || !waited_for(*entry, now)))
             entry = entry->m_Next;
         return !entry;
     });
     --m_Waiting;
 }
 
-bool OperationGate::Empty() {
-    const std::lock_guard lock(m_Lock);
-    return !m_First;
+void OperationGate::AwaitOthers() {
+    Await([](const Entry& entry, std::uint64_t now) {
+        return entry.m_Kind == Kind::kOperation || (entry.m_Kind == Kind::kAlways && entry.m_Number < now);
+    });
+}
+
+void OperationGate::AwaitAll() {
+    Await([](const Entry&, std::uint64_t) { return true; });
 }
 
 bool OperationGate::Inside() {

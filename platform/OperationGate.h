@@ -7,6 +7,7 @@
 #define PLATFORM_OPERATIONGATE_H
 
 #include <condition_variable>
+#include <cstdint>
 #include <mutex>
 #include <thread>
 
@@ -17,7 +18,7 @@ class OperationGate {
     enum class Kind : unsigned char {
         kOperation,  // refused while the gate is shut
         kAlways,     // let in all the same: what has to come to a proper end, and what only reads
-        kCloser,     // let in all the same; closers do not wait for each other's entries
+        kCloser,     // let in all the same; AwaitOthers does not wait for it
     };
 
     // A stay inside, from construction to destruction, on one thread.
@@ -38,6 +39,7 @@ class OperationGate {
         const std::thread::id m_Thread = std::this_thread::get_id();
         bool m_Inside = false;
         unsigned m_Cancellations = 0;
+        std::uint64_t m_Number = 0;
         Entry* m_Next = nullptr;
         Entry** m_Link = nullptr;
     };
@@ -54,10 +56,12 @@ class OperationGate {
     // Shuts the gate when nobody is inside; false, and nothing done, otherwise.
     bool ShutWhenEmpty(unsigned reason);
 
-    // Waits until no other thread is inside. Closers are waited for on demand only.
-    void AwaitOthers(bool closers_too);
+    // Waits until no other thread is in an operation, and until those have left that were let in anyhow before: a
+    // stream of such newcomers does not keep the caller waiting.
+    void AwaitOthers();
+    // Waits until no other thread is inside.
+    void AwaitAll();
 
-    bool Empty();
     // Whether the calling thread is inside.
     bool Inside();
 
@@ -67,11 +71,15 @@ class OperationGate {
     bool Cancelled();
 
   private:
+    template <class WaitedFor>
+    void Await(WaitedFor waited_for);
+
     std::mutex m_Lock;
     std::condition_variable m_Left;
     Entry* m_First = nullptr;  // newest first
     unsigned m_Reasons = 0;
     unsigned m_Cancellations = 0;
+    std::uint64_t m_NextNumber = 0;
     int m_Waiting = 0;
 };
 

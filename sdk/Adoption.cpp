@@ -34,6 +34,13 @@ bool Make(const MadeTransport& transport, const char* text, ZelCamera*& camera) 
     return false;
 }
 
+// An object that had this place stays in the register until the SDK is closed.
+void Place(std::size_t number, ZelCamera* camera) {
+    CameraTables& tables = Tables();
+    const std::lock_guard guard(tables.lock);
+    tables._zel_camera_array[number] = camera;
+}
+
 }  // namespace
 
 bool AdoptFound(const MadeTransport& transport, const char* text, ZelCamera*& camera) {
@@ -43,11 +50,11 @@ bool AdoptFound(const MadeTransport& transport, const char* text, ZelCamera*& ca
     camera = CurrentOf(transport.camera_interface);
     if (camera) {
         zel_camera_control_resume(camera);
-        if (bound == camera) return true;
     } else if (!Make(transport, text, camera)) {
         return false;
     }
-    transport.camera_interface->SetCameraObject(camera);
+    if (bound != camera || !bound) transport.camera_interface->SetCameraObject(camera);
+    Place(transport.number, camera);
     return true;
 }
 
@@ -57,10 +64,16 @@ ZelCamera* AdoptConnected(const MadeTransport& transport, const char* text) {
     ZelCamera* const old = transport.camera_interface ? CurrentOf(transport.camera_interface) : nullptr;
     if (old && !zel_camera_control_retire(old)) {
         zel_camera_control_resume(old);
+        Place(transport.number, old);
         return old;
+    }
+    if (old) {
+        const std::lock_guard guard(tables.lock);
+        tables.cameras.Retire(old);
     }
     ZelCamera* camera = nullptr;
     Make(transport, text, camera);
+    Place(transport.number, camera);
     if (!old) return camera;
     {
         const std::lock_guard guard(tables.lock);

@@ -2,18 +2,24 @@
 #ifndef SDK_ADOPTION_H
 #define SDK_ADOPTION_H
 
+#include <cstddef>
+
 #include "sdk/InterfaceLibrary.h"
 
 class ZelCamera;
 
 namespace zel {
 
-// A transport that a library has made.
+// A transport that a library has made for the camera with this number.
 struct MadeTransport {
     ICameraInterface* camera_interface;  // may be null
     int library;
     DestroyCameraInterfaceFunction destroy_camera_interface;
+    std::size_t number;
 };
+
+// The camera object has its place in the tables when these return: one thread at a time, so that none is put there that
+// another thread has just retired.
 
 // A search found the transport: it keeps the camera object that it talks to, or gets one, which is bound to it.
 // `camera` is null when the object could not be made; false when the transport had to be destroyed again for want of

@@ -30,9 +30,15 @@ void CameraRegister::Remove(const ZelCamera* camera) {
 
 ZelCamera* CameraRegister::Current(const ICameraInterface* camera_interface) const {
     const auto newest = std::find_if(m_Entries.rbegin(), m_Entries.rend(), [=](const RegisteredCamera& entry) {
-        return entry.camera_interface == camera_interface;
+        return entry.camera_interface == camera_interface && !entry.retired;
     });
     return newest == m_Entries.rend() ? nullptr : newest->camera;
+}
+
+void CameraRegister::Retire(const ZelCamera* camera) {
+    for (RegisteredCamera& entry : m_Entries) {
+        if (entry.camera == camera) entry.retired = true;
+    }
 }
 
 void CameraRegister::HandOut(const ZelCamera* camera) {
@@ -65,30 +71,9 @@ const std::vector<RegisteredCamera>& CameraRegister::CloseAll(ZelCamera* const* 
     return m_Closing;
 }
 
-void DestroyCameras(const std::vector<RegisteredCamera>& cameras) {
-    for (auto entry = cameras.begin(); entry != cameras.end(); ++entry) {
-        const auto shares = [&](const RegisteredCamera& other) {
-            return other.camera_interface == entry->camera_interface;
-        };
-        if (std::any_of(cameras.begin(), entry, shares)) continue;  // destroyed together with an earlier one
-
-        bool gone = false;
-        for (auto other = entry; other != cameras.end(); ++other)
-            gone = gone || (shares(*other) && other->camera && zel_camera_control_suspended(other->camera));
-        for (auto other = entry; other != cameras.end(); ++other) {
-            if (!shares(*other) || !other->camera) continue;
-            if (gone) zel_camera_control_forget_transport(other->camera);
-            other->camera->Close();
-        }
-        if (gone) entry->destroy_camera_interface(entry->camera_interface);
-        for (auto other = entry; other != cameras.end(); ++other) {
-            if (!shares(*other) || !other->camera) continue;
-            ZEL_LOG(CameraControlLogger().Get(), kLogTrace, "ZelSDKImpl::Close",
-                    "Destroying a ZelCameraControl object!");
-            zel_camera_control_destroy(other->camera);
-            CameraControlLogger().Destroy();
-        }
-        if (!gone) entry->destroy_camera_interface(entry->camera_interface);
+void CameraRegister::Forget(const ZelCamera* camera) {
+    for (RegisteredCamera& entry : m_Closing) {
+        if (entry.camera == camera) entry.camera = nullptr;
     }
 }
 

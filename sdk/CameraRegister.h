@@ -19,6 +19,7 @@ struct RegisteredCamera {
     ICameraInterface* camera_interface = nullptr;
     DestroyCameraInterfaceFunction destroy_camera_interface = nullptr;
     int library = 0;          // index of the library that made the transport
+    bool retired = false;     // another object has the transport
     bool handed_out = false;  // an application may hold a pointer to the object
 };
 
@@ -31,6 +32,7 @@ class CameraRegister {
     ZelCamera* Current(const ICameraInterface* camera_interface) const;
     // Whether any entry has this transport, those being closed included.
     bool Knows(const ICameraInterface* camera_interface) const;
+    void Retire(const ZelCamera* camera);
     void HandOut(const ZelCamera* camera);
     bool HandedOut(const ZelCamera* camera) const;
     // Calls visit(camera object) for each, those being closed included.
@@ -42,20 +44,17 @@ class CameraRegister {
             }
         }
     }
-    // Takes all entries out of the register and lists them: those of `first`, in that order, then the others in the
-    // order of their making. The list stays until the next call or ForgetClosed().
+    // Takes all entries out of the register and lists them for whoever closes them: those of `first`, in that order,
+    // then the others in the order of their making. The list stays until the next call or ForgetClosed().
     const std::vector<RegisteredCamera>& CloseAll(ZelCamera* const* first, int first_count);
     void ForgetClosed() { m_Closing.clear(); }
+    // The object is about to be deleted: nobody comes across it any more.
+    void Forget(const ZelCamera* camera);
 
   private:
     std::vector<RegisteredCamera> m_Entries;
     std::vector<RegisteredCamera> m_Closing;
 };
-
-// Closes and deletes the camera objects and has their transports destroyed. Transports that several entries share are
-// destroyed once, after the last of these camera objects; one that may be gone with its library is not called any more
-// and destroyed first, so that a living one has ended its calls before the objects go.
-void DestroyCameras(const std::vector<RegisteredCamera>& cameras);
 
 }  // namespace zel
 

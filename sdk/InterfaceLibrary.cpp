@@ -35,16 +35,26 @@ void BindExports(BoundLibrary& bound) {
     Bind(record.module, "set_camera_connection_event_callback", bound.set_camera_connection_event_callback);
 }
 
-// The library's transports may go with it, although they must not: their camera objects leave them alone until they
-// show that they live. False while an event of the library is under way.
-bool ShutDownBegins(int library) {
+// Why the gate of a library's events is shut.
+constexpr unsigned kShuttingDown = 1;
+
+// A library is not shut down while it reports an event, and reports none meanwhile: it may be waiting for that report,
+// or the report for us. The next search does it. The library's transports may go with it, although they must not: their
+// camera objects leave them alone until they show that they live.
+void ShutDown(int library, LibUnloadFunction lib_unload) {
     CameraTables& tables = Tables();
-    if (!tables.events[static_cast<std::size_t>(library)].Empty()) return false;
-    const std::lock_guard guard(tables.lock);
-    tables.cameras.ForEach([&](const RegisteredCamera& entry) {
-        if (entry.library == library) zel_camera_control_suspend(entry.camera);
-    });
-    return true;
+    platform::OperationGate& events = tables.events[static_cast<std::size_t>(library)];
+    if (!events.ShutWhenEmpty(kShuttingDown)) return;
+    {
+        const std::lock_guard guard(tables.lock);
+        tables.cameras.ForEach([&](const RegisteredCamera& entry) {
+            if (entry.library == library) zel_camera_control_suspend(entry.camera);
+        });
+    }
+    ZEL_LOG(CameraManagerLogger().Get(), kLogTrace, kFunction, "num_cameras == 0: calling lib_unload() on \"%s\" \n",
+            kNames[library]);
+    lib_unload();
+    events.Open(kShuttingDown);
 }
 
 }  // namespace
@@ -78,12 +88,7 @@ int CountCameras(int library, const BoundLibrary& bound) {
     const int count = std::max(answer, 0);
     if (count > 0 || library == kUsbLibrary) return count;
 
-    // A library is not shut down while it reports an event: it may be waiting for that report, or the report for us.
-    // The next search does it.
-    if (bound.record.lib_unload && ShutDownBegins(library)) {
-        ZEL_LOG(log, kLogTrace, kFunction, "num_cameras == 0: calling lib_unload() on \"%s\" \n", kNames[library]);
-        bound.record.lib_unload();
-    }
+    if (bound.record.lib_unload) ShutDown(library, bound.record.lib_unload);
     ZEL_LOG(log, kLogTrace, kFunction, "num_cameras == 0: calling FreeLibrary() on \"%s\" \n", kNames[library]);
     platform::UnloadSharedLibrary(bound.record.module);
     return kLibraryFailed;

@@ -52,6 +52,7 @@ void SdkSession::Close() {
     if (FinishOnThread()) return;
     const std::lock_guard lock(m_Lock);
     m_Unfinished = true;
+    m_Changed.notify_all();
 }
 
 // True when no close is under way any more; false for a caller that the close waits for. Finishes one that was left.
@@ -82,7 +83,7 @@ bool SdkSession::FinishOnThread() {
 }
 
 void SdkSession::Finish() {
-    Tables().gate.AwaitOthers(true);
+    Tables().gate.AwaitAll();
     _zel_camera_manager.load()->Close();
     ZelCameraManager::Destroy();
     const std::lock_guard lock(m_Lock);

@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "sdk/CameraTables.h"
+#include "sdk/CameraTeardown.h"
 #include "sdk/Logger.h"
 
 namespace zel {
@@ -50,7 +51,7 @@ bool ZelCameraManager::Init() {
 
 bool ZelCameraManager::Close() {
     CameraTables& tables = Tables();
-    DestroyCameras(tables.TakeCameras());
+    DestroyCameras();
     for (LibraryRecord& record : tables._icamera_libs) {
         LibraryRecord unloading;
         {

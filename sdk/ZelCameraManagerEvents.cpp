@@ -71,17 +71,11 @@ ICameraInterface* CreateInterface(const Connection& connection) {
 
 void CreateCamera(const Connection& connection, const char* text) {
     Logger& log = CameraManagerLogger().Get();
-    CameraTables& tables = Tables();
     ICameraInterface* camera_interface = CreateInterface(connection);
     ZEL_LOG(log, kLogTrace, kFunction, "calling zel_camera_control_create(camera:%s, str:%s)",
             PointerText(camera_interface).text, TextOrEmpty(text));
-    ZelCamera* const camera =
-        AdoptConnected({camera_interface, connection.context, connection.library.destroy_camera_interface}, text);
-    {
-        // An object that had this place stays in the register until the SDK is closed.
-        const std::lock_guard guard(tables.lock);
-        tables._zel_camera_array[connection.index] = camera;
-    }
+    ZelCamera* const camera = AdoptConnected(
+        {camera_interface, connection.context, connection.library.destroy_camera_interface, connection.index}, text);
     ZEL_LOG(log, kLogTrace, kFunction,
             "returned from zel_camera_control_create(camera:%s, str:%s) _zel_camera_array[%d]:%s",
             PointerText(camera_interface).text, TextOrEmpty(text), static_cast<int>(connection.index),
@@ -143,6 +137,7 @@ void ZEL_CALL ZelCameraManager::HandleCameraConnectionEvent(int event_id, int ca
     if (context < 0 || context >= kNumInterfaceLibraries) return;
 
     const platform::OperationGate::Entry event(Tables().events[static_cast<std::size_t>(context)]);
+    if (!event) return;  // of a library that is being shut down
     int index = 0;
     const Connection connection = FindPlace(cam_index, context, index);
     const bool in_tables = index >= 0 && index < kMaxCameras;

@@ -124,12 +124,8 @@ bool ZelCameraManager::AddCamera(int library, const BoundLibrary& bound, int cam
 
     StoreInterfaceType(bound, cam_index, tables._zel_camera_interface_type_str[number]);
     ZelCamera* camera = nullptr;
-    if (!AdoptFound({camera_interface, library, bound.record.destroy_camera_interface}, name.Data(), camera))
-        return true;
-    {
-        const std::lock_guard guard(tables.lock);
-        tables._zel_camera_array[number] = camera;
-    }
+    const MadeTransport made{camera_interface, library, bound.record.destroy_camera_interface, number};
+    if (!AdoptFound(made, name.Data(), camera)) return true;
     Logger& log = CameraManagerLogger().Get();
     ZEL_LOG(log, kLogTrace, kFunction, "_zel_camera_array[%d] : %s", static_cast<int>(number),
             PointerText(camera).text);

@@ -73,6 +73,7 @@ TEST_P(EndingTest, IsLeftToTheStartWhenCalledInsideACallback) {
     InsideCallback([this] {
         EXPECT_TRUE(GetParam().operation(*m_Camera));
         EXPECT_FALSE(m_Camera->Start()) << "somebody else has the turn";
+        EXPECT_FALSE(m_Camera->StopTriggerAcquisition(1)) << "arms, which is not left to a start that is to end";
         m_Camera->SetImageNotificationCallback([](int, void*) { ADD_FAILURE() << "the callback is the last one"; },
                                                nullptr);
         m_Transport.EmitEvent(CAMERA_EVENT_IMAGE_READY);
@@ -81,7 +82,7 @@ TEST_P(EndingTest, IsLeftToTheStartWhenCalledInsideACallback) {
     EXPECT_FALSE(m_Started);
     m_Camera->SetImageNotificationCallback(nullptr, nullptr);
     const bool closed = GetParam().call == std::string("Disconnect");
-    EXPECT_EQ(m_Transport.CountCalls(closed ? "Disconnect" : "Stop"), 1);
+    EXPECT_EQ(m_Transport.CountCalls(GetParam().call), 1);
     int open = -1;
     m_Camera->IsOpen(&open);
     EXPECT_EQ(open, closed ? 0 : 1);
@@ -108,26 +109,42 @@ TEST_F(LifetimeTest, StartsTakeTurns) {
     }
 }
 
-// The first datagram of a connection finds a camera that does not answer; the close comes while it is waited for.
+// A transport whose link takes its time to come up, and a camera that answers nothing. The close comes either before
+// the link is up or while the first reply is waited for.
+class SlowLink : public ScriptedTransport {
+  public:
+    using ScriptedTransport::ScriptedTransport;
+    int Connect() override {
+        m_Connecting = true;
+        while (!m_Up) std::this_thread::yield();
+        return ScriptedTransport::Connect();
+    }
+    std::atomic<bool> m_Connecting{false}, m_Up{false};
+};
+
 TEST_F(LifetimeTest, CloseEndsAConnectionToASilentCamera) {
-    m_Camera->Close();
-    m_Transport.ForgetSent();
-    std::atomic<bool> closing{false};
-    m_Transport.SetHandler([&](const Bytes&) {
-        while (!closing) std::this_thread::yield();
-        return Bytes{};
-    });
-    bool opened = true;
-    std::thread opening([&] { opened = m_Camera->Open(); });
-    while (m_Transport.Exchanges() == 0) std::this_thread::yield();
-    std::thread closer([&] { EXPECT_TRUE(m_Camera->Close()); });
-    while (m_Camera->FreeScratchBuffers()) std::this_thread::yield();  // refused once the close has begun
-    EXPECT_EQ(m_Camera->GetLastError(), ZEL_ERROR_CAMERA_COMM_FAILURE);
-    closing = true;
-    opening.join();
-    closer.join();
-    EXPECT_FALSE(opened);
-    EXPECT_EQ(m_Transport.Exchanges(), 1) << "nothing follows the one that was under way";
+    for (const bool link_is_up : {false, true}) {
+        SlowLink transport(&m_Clock);
+        std::atomic<bool> closing{false};
+        transport.SetHandler([&](const Bytes&) {
+            while (!closing) std::this_thread::yield();
+            return Bytes{};
+        });
+        transport.m_Up = link_is_up;
+        ZelCameraControl camera(&transport, "");
+        transport.SetCameraCommon(&camera);
+        bool opened = true;
+        std::thread opening([&] { opened = camera.Open(); });
+        while (!transport.m_Connecting || (link_is_up && transport.Exchanges() == 0)) std::this_thread::yield();
+        std::thread closer([&] { EXPECT_TRUE(camera.Close()); });
+        while (camera.FreeScratchBuffers()) std::this_thread::yield();  // refused once the close has begun
+        EXPECT_EQ(camera.GetLastError(), ZEL_ERROR_CAMERA_COMM_FAILURE);
+        transport.m_Up = closing = true;
+        opening.join();
+        closer.join();
+        EXPECT_FALSE(opened);
+        EXPECT_EQ(transport.Exchanges(), link_is_up ? 1 : 0) << "nothing follows what was under way";
+    }
 }
 
 TEST_F(LifetimeTest, CloseWaitsForOperationsOfOthersButNotFromInside) {

@@ -216,6 +216,8 @@ TEST_F(HotPlug, TheApplicationMaySearchInsideItsCallback) {
     m_Edt->callback.load()(2, 0, 0);
     EXPECT_EQ(1, found);
     EXPECT_EQ(0, m_Edt->unloads);
+    m_Edt->unload_reports = true;
+    m_Application.inside = [] { ADD_FAILURE() << "an event of a library that is being shut down"; };
     EXPECT_EQ(1, m_Sdk->GetNumberOfCameras());
     EXPECT_EQ(1, m_Edt->unloads);
 }

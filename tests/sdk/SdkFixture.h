@@ -92,7 +92,7 @@ class SdkFixture : public testing::Test {
             control.num_cameras = 0;
             control.failing_camera = -1;
             control.fresh_transports = control.keep_transports = control.overwrite_name = control.block =
-                control.unload_kills = false;
+                control.unload_kills = control.unload_reports = false;
             control.text_kind = TextKind::kIndexed;
             control.port_type = "USB 3.0";
             control.version = nullptr;

@@ -147,6 +147,8 @@ ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_version_str() { return s_Control.vers
 
 ZEL_PLUGIN_EXPORT void ZEL_CALL lib_unload() {
     ++s_Control.unloads;
+    const ConnectionEventCallback callback = s_Control.callback;
+    if (s_Control.unload_reports && callback) callback(ICAMERA_INTERFACE_EVENT_ID_CONNECT, 0, s_Control.context);
     if (!s_Control.unload_kills) return;
     for (TestTransport& transport : s_Transports) transport.m_Alive = false;
 }

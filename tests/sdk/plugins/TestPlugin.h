@@ -22,8 +22,9 @@ struct TestPluginControl {
     std::atomic<TextKind> text_kind{TextKind::kIndexed};
     std::atomic<const char*> port_type{"USB 3.0"};
     std::atomic<const char*> version{nullptr};
-    std::atomic<bool> unload_kills{false};  // lib_unload takes the transports with it, which it must not
-    std::atomic<bool> block{false};         // get_num_cameras and create_camera_interface wait while this is set
+    std::atomic<bool> unload_kills{false};    // lib_unload takes the transports with it, which it must not
+    std::atomic<bool> unload_reports{false};  // lib_unload reports one more event
+    std::atomic<bool> block{false};           // get_num_cameras and create_camera_interface wait while this is set
 
     std::atomic<bool> blocked{false};
     std::atomic<int> mark{0};  // the test's own

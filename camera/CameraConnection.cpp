@@ -71,7 +71,9 @@ bool ZelCameraControl::CloseNow(bool inside) {
         return false;
     }
     m_Stopped = true;
-    ReleaseImagePool();
+    // A transport that was not disconnected may be filling a record.
+    m_DisconnectOwed = !reachable;
+    if (reachable) ReleaseImagePool();
     m_CameraOpened = 0;
     m_Gate.Open(kClosing);
     ZEL_LOG(m_Logger, kLogTrace, kClose, "ZelCameraControl::Close() - EXIT");

@@ -38,7 +38,7 @@ void ZelCameraControl::BeginEnd() {
 
 // A camera that is open, or that somebody is busy with, is not retired. What it keeps is small from then on.
 bool ZelCameraControl::Retire() {
-    if (m_CameraOpened == 1 || !m_Gate.ShutWhenEmpty(kRetired)) return false;
+    if (m_CameraOpened == 1 || m_DisconnectOwed || !m_Gate.ShutWhenEmpty(kRetired)) return false;
     if (m_CameraOpened == 1) {
         m_Gate.Open(kRetired);
         return false;

@@ -273,6 +273,7 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     ICameraInterface* const m_Camera;
     Gate m_Gate;
     std::atomic<bool> m_Suspended{false};
+    std::atomic<bool> m_DisconnectOwed{false};  // closed while the transport could not be told
     std::atomic<int> m_KindOfLink{0};  // as the transport said last
     ControlTurns m_Turns{m_Stopped};
     // One exchange with the camera at a time, text or table; they end when the camera is being closed.

@@ -6,9 +6,9 @@
 #ifndef PLATFORM_OPERATIONGATE_H
 #define PLATFORM_OPERATIONGATE_H
 
-#include <condition_variable>
-#include <mutex>
 #include <thread>
+
+#include "platform/Mutex.h"
 
 namespace zel::platform {
 
@@ -67,12 +67,12 @@ class OperationGate {
     bool Cancelled();
 
   private:
-    std::mutex m_Lock;
-    std::condition_variable m_Left;
-    Entry* m_First = nullptr;  // newest first
-    unsigned m_Reasons = 0;
-    unsigned m_Cancellations = 0;
-    int m_Waiting = 0;
+    Mutex m_Lock;
+    Condition m_Left;
+    Entry* m_First ZEL_GUARDED_BY(m_Lock) = nullptr;  // newest first; the links in the entries belong to the lock too
+    unsigned m_Reasons ZEL_GUARDED_BY(m_Lock) = 0;
+    unsigned m_Cancellations ZEL_GUARDED_BY(m_Lock) = 0;
+    int m_Waiting ZEL_GUARDED_BY(m_Lock) = 0;
 };
 
 }  // namespace zel::platform

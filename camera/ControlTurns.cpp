@@ -3,7 +3,7 @@
 namespace zel {
 
 ControlTurns::Answer ControlTurns::Take(Wish wish, bool inside) {
-    std::unique_lock lock(m_Lock);
+    platform::ScopedLock lock(m_Lock);
     if (!m_Taken || !inside) return Wait(lock, wish);
     if (wish == Wish::kStart) return Answer::kRefused;
     (wish == Wish::kClose ? m_CloseLeft : m_StopLeft) = true;
@@ -12,12 +12,13 @@ ControlTurns::Answer ControlTurns::Take(Wish wish, bool inside) {
 }
 
 // A closer waits for the others to leave the camera, so whoever else waits here gives up.
-ControlTurns::Answer ControlTurns::Wait(std::unique_lock<std::mutex>& lock, Wish wish) {
+ControlTurns::Answer ControlTurns::Wait(platform::ScopedLock<platform::Mutex>& lock, Wish wish) {
     const bool closer = wish == Wish::kClose;
     if (closer) ++m_Closers;
     if (wish == Wish::kStop) ++m_Stoppers;
     m_Changed.notify_all();
-    m_Changed.wait(lock, [&] { return !m_Taken || (!closer && (m_Closers > 0 || m_CloseLeft)); });
+    m_Changed.wait(lock,
+                   [&]() ZEL_REQUIRES(m_Lock) { return !m_Taken || (!closer && (m_Closers > 0 || m_CloseLeft)); });
     if (wish == Wish::kStop) --m_Stoppers;
     if (m_Taken || (!closer && (m_Closers > 0 || m_CloseLeft))) return Answer::kRefused;
     m_Taken = true;
@@ -26,7 +27,7 @@ ControlTurns::Answer ControlTurns::Wait(std::unique_lock<std::mutex>& lock, Wish
 }
 
 bool ControlTurns::HandBack(Wish& left) {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     if (m_CloseLeft || m_StopLeft) {
         left = m_CloseLeft ? Wish::kClose : Wish::kStop;
         if (m_CloseLeft && !m_HolderCloses) {
@@ -44,12 +45,12 @@ bool ControlTurns::HandBack(Wish& left) {
 }
 
 bool ControlTurns::Interrupted() {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     return m_Closers > 0 || m_Stoppers > 0 || m_CloseLeft || m_StopLeft;
 }
 
 bool ControlTurns::Closing() {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     return m_Closers > 0 || m_CloseLeft;
 }
 

@@ -6,9 +6,9 @@
 #ifndef CAMERA_CONTROLTURNS_H
 #define CAMERA_CONTROLTURNS_H
 
-#include <condition_variable>
-#include <mutex>
 #include <thread>
+
+#include "platform/Mutex.h"
 
 namespace zel {
 
@@ -31,16 +31,16 @@ class ControlTurns {
     bool Closing();
 
   private:
-    Answer Wait(std::unique_lock<std::mutex>& lock, Wish wish);
+    Answer Wait(platform::ScopedLock<platform::Mutex>& lock, Wish wish) ZEL_REQUIRES(m_Lock);
 
-    std::mutex m_Lock;
-    std::condition_variable m_Changed;
-    bool m_Taken = false;
-    int m_Stoppers = 0;  // waiting
-    int m_Closers = 0;   // waiting, or with the turn
-    bool m_HolderCloses = false;
-    bool m_StopLeft = false;
-    bool m_CloseLeft = false;
+    platform::Mutex m_Lock;
+    platform::Condition m_Changed;
+    bool m_Taken ZEL_GUARDED_BY(m_Lock) = false;
+    int m_Stoppers ZEL_GUARDED_BY(m_Lock) = 0;  // waiting
+    int m_Closers ZEL_GUARDED_BY(m_Lock) = 0;   // waiting, or with the turn
+    bool m_HolderCloses ZEL_GUARDED_BY(m_Lock) = false;
+    bool m_StopLeft ZEL_GUARDED_BY(m_Lock) = false;
+    bool m_CloseLeft ZEL_GUARDED_BY(m_Lock) = false;
 };
 
 }  // namespace zel

@@ -14,7 +14,6 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
-#include <mutex>
 
 #include "camera/CameraModels.h"
 #include "camera/ControlTurns.h"
@@ -26,6 +25,7 @@
 #include "link/IZelCameraCommon.h"
 #include "link/SyncTable.h"
 #include "link/TextProtocol.h"
+#include "platform/Mutex.h"
 #include "platform/OperationGate.h"
 #include "tapbalance/TapBalance.h"
 #include "util/ProgressControl.h"
@@ -329,8 +329,8 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     void StoreCallback(const char* function_name, Function Callbacks::*slot, void* Callbacks::*context_slot,
                        Function function, void* context);
     bool RegisterEventHandler();
-    std::mutex m_CallbackLock;
-    Callbacks m_Callbacks;
+    platform::Mutex m_CallbackLock;
+    Callbacks m_Callbacks ZEL_GUARDED_BY(m_CallbackLock);
 };
 
 // The functions given to the transport.

@@ -40,7 +40,7 @@ void BindExports(BoundLibrary& bound) {
 bool ShutDownBegins(int library) {
     CameraTables& tables = Tables();
     if (!tables.events[static_cast<std::size_t>(library)].Empty()) return false;
-    const std::lock_guard guard(tables.lock);
+    const platform::ScopedLock guard(tables.lock);
     tables.cameras.ForEach([&](const RegisteredCamera& entry) {
         if (entry.library == library) zel_camera_control_suspend(entry.camera);
     });

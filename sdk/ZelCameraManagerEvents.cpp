@@ -79,7 +79,7 @@ void CreateCamera(const Connection& connection, const char* text) {
         AdoptConnected({camera_interface, connection.context, connection.library.destroy_camera_interface}, text);
     {
         // An object that had this place stays in the register until the SDK is closed.
-        const std::lock_guard guard(tables.lock);
+        const platform::ScopedLock guard(tables.lock);
         tables._zel_camera_array[connection.index] = camera;
     }
     ZEL_LOG(log, kLogTrace, kFunction,
@@ -111,7 +111,7 @@ Connection FindPlace(int cam_index, int context, int& index) {
     int offset = 0;
     Connection connection{};
     {
-        const std::lock_guard guard(tables.lock);
+        const platform::ScopedLock guard(tables.lock);
         offset = tables._zel_camera_index_offset[library];
         index = CameraNumber(offset, cam_index);
         connection = {tables._icamera_libs[library],
@@ -162,7 +162,7 @@ void ZelCameraManager::CallApplication(int event_id, int index, bool in_tables) 
     void* context = nullptr;
     unsigned counter = 0;
     {
-        const std::lock_guard guard(tables.lock);
+        const platform::ScopedLock guard(tables.lock);
         callback = m_CameraConnectCallback;
         context = m_ConnectContext;
         counter = tables.callback_counter;
@@ -187,7 +187,7 @@ void ZelCameraManager::CallApplication(int event_id, int index, bool in_tables) 
             "ZelCameraManager::HandleCameraConnectionEvent() %u - RETURNED from "
             "_zelCameraManager->m_CameraConnectCallback()",
             counter);
-    const std::lock_guard guard(tables.lock);
+    const platform::ScopedLock guard(tables.lock);
     ++tables.callback_counter;
 }
 

@@ -107,12 +107,21 @@ class Processor : public ZelCameraControlImpl {
             Draw({record->pixels, kSamples}, 12);
         }
     }
+    void ReadOutTaps(std::size_t i) {
+        const platform::ScopedLock processing(ProcessingLock());
+        PostProcessTapBalance(Fresh(i), Geometry());
+    }
+    void Process(std::size_t i) {
+        const platform::ScopedLock processing(ProcessingLock());
+        PostProcessImage(Fresh(i), Geometry());
+    }
+
+  private:
     ZelImageInternal* Fresh(std::size_t i) {
         Pool().RestoreGeometry(m_Records[i]);
         return m_Records[i];
     }
 
-  private:
     std::array<ZelImageInternal*, kRing> m_Records{};
 };
 
@@ -128,15 +137,13 @@ void WholePath(Report& report, FrameBench& bench) {
     Ring packed = MakeRing(12), frames = MakeRing(12);
     Processor readout(2, {0, 0, kSide, kSide, 1, 1});
     bench.Stage(
-        "frame.unpack_two_taps", {0.70, 0.65}, 1,
-        [&](std::size_t i) { readout.PostProcessTapBalance(readout.Fresh(i), readout.Geometry()); },
+        "frame.unpack_two_taps", {0.70, 0.65}, 1, [&](std::size_t i) { readout.ReadOutTaps(i); },
         Peer{"vs_separate", {0, 3}, Separately(packed, frames)});
     Processor four(4, {0, 0, kSide, kSide, 1, 1});
-    bench.Stage("frame.unpack_four_taps", {}, 1,
-                [&](std::size_t i) { four.PostProcessTapBalance(four.Fresh(i), four.Geometry()); });
+    bench.Stage("frame.unpack_four_taps", {}, 1, [&](std::size_t i) { four.ReadOutTaps(i); });
 
     Processor whole(2, {kSide / 4, kSide / 4, kSide / 2, kSide / 2, 2, 2});
-    const auto process = [&](std::size_t i) { whole.PostProcessImage(whole.Fresh(i), whole.Geometry()); };
+    const auto process = [&](std::size_t i) { whole.Process(i); };
     bench.Stage("frame.whole", {0.55, 0.50}, 1, process);
     for (std::size_t i = 0; i < 16; ++i) process(i % kRing);
     const long before = PageFaults();

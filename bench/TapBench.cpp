@@ -81,6 +81,7 @@ class Processor : public ZelCameraControlImpl {
     }
     void Process(std::size_t i) {
         Pool().RestoreGeometry(m_Records[i]);
+        const platform::ScopedLock processing(ProcessingLock());
         PostProcessTapBalance(m_Records[i], Geometry());
     }
 

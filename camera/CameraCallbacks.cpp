@@ -15,7 +15,7 @@ std::atomic<unsigned> g_NotificationCount{0};
 unsigned ZelCameraControl::NotificationCount() { return g_NotificationCount; }
 
 ZelCameraControl::Callbacks ZelCameraControl::CopyCallbacks() {
-    const std::lock_guard lock(m_CallbackLock);
+    const platform::ScopedLock lock(m_CallbackLock);
     return m_Callbacks;
 }
 
@@ -28,7 +28,7 @@ template <class Function>
 void ZelCameraControl::StoreCallback(const char* function_name, Function Callbacks::*slot,
                                      void* Callbacks::*context_slot, Function function, void* context) {
     {
-        const std::lock_guard lock(m_CallbackLock);
+        const platform::ScopedLock lock(m_CallbackLock);
         m_Callbacks.*slot = function;
         m_Callbacks.*context_slot = context;
     }

@@ -72,7 +72,7 @@ bool ZelCameraControl::SetCameraName(const char* name) {
 int ZelCameraControl::TextCommandCommon(const char* text, bool expect_reply) {
     const Callee entry(*this);
     if (!m_Camera || !text) return 1;
-    const std::lock_guard exchange(m_ExchangeLock);
+    const platform::ScopedLock exchange(m_ExchangeLock);
     if (!m_TextProtocol.Send(text)) return 1;
     return expect_reply && !m_TextProtocol.Recv(nullptr, kTextBudgetMs) ? 1 : 0;
 }
@@ -87,7 +87,7 @@ bool ZelCameraControl::SetTextCommand(const char* text) {
     const int length = std::snprintf(command, sizeof command, "%.*s\r\n", static_cast<int>(kCommandCapacity) - 3, text);
     TextReply reply;
     {
-        const std::lock_guard exchange(m_ExchangeLock);
+        const platform::ScopedLock exchange(m_ExchangeLock);
         m_Camera->SendData(length, reinterpret_cast<const unsigned char*>(command));
         ZEL_LOG(m_Logger, kLogTrace, kSetText, "len:%d", length);
         const std::uint32_t start = platform::MillisecondClock();

@@ -5,7 +5,7 @@
 namespace zel {
 
 ControlTurns::Answer ControlTurns::Take(Wish wish, bool inside) {
-    std::unique_lock lock(m_Lock);
+    platform::ScopedLock lock(m_Lock);
     if (!inside || (!m_Taken && (m_Closers == 0 || wish == Wish::kClose))) return Wait(lock, wish, inside);
     if (wish == Wish::kStart) return Answer::kRefused;
     m_Stopped = true;
@@ -16,15 +16,16 @@ ControlTurns::Answer ControlTurns::Take(Wish wish, bool inside) {
 }
 
 // A closer waits for the others to leave the camera, so whoever else waits here gives up. Starts let stops pass.
-ControlTurns::Answer ControlTurns::Wait(std::unique_lock<std::mutex>& lock, Wish wish, bool inside) {
+ControlTurns::Answer ControlTurns::Wait(platform::ScopedLock<platform::Mutex>& lock, Wish wish, bool inside) {
     const bool closer = wish == Wish::kClose;
     const bool stopper = wish == Wish::kStop || wish == Wish::kStopTrigger;
     if (closer) ++m_Closers;
     if (stopper) ++m_Stoppers;
     m_Changed.notify_all();
-    const auto hopeless = [&] { return !closer && (m_Closers > 0 || m_Left == Wish::kClose); };
-    m_Changed.wait(lock,
-                   [&] { return hopeless() || (!m_Taken && (inside || wish != Wish::kStart || m_Stoppers == 0)); });
+    const auto hopeless = [&]() ZEL_REQUIRES(m_Lock) { return !closer && (m_Closers > 0 || m_Left == Wish::kClose); };
+    m_Changed.wait(lock, [&]() ZEL_REQUIRES(m_Lock) {
+        return hopeless() || (!m_Taken && (inside || wish != Wish::kStart || m_Stoppers == 0));
+    });
     if (stopper) --m_Stoppers;
     m_Changed.notify_all();
     if (hopeless()) return Answer::kRefused;
@@ -34,7 +35,7 @@ ControlTurns::Answer ControlTurns::Wait(std::unique_lock<std::mutex>& lock, Wish
 }
 
 bool ControlTurns::HandBack(Wish& left) {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     m_Changed.notify_all();
     if (m_Left) {
         left = *m_Left;
@@ -51,22 +52,22 @@ bool ControlTurns::HandBack(Wish& left) {
 }
 
 bool ControlTurns::Interrupted() {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     return m_Closers > 0 || m_Stoppers > 0 || m_Left;
 }
 
 bool ControlTurns::Closing() {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     return m_Closers > 0 || m_Left == Wish::kClose;
 }
 
 bool ControlTurns::CloseAwaited() {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     return !m_HolderCloses && (m_Closers > 0 || m_Left == Wish::kClose);
 }
 
 bool ControlTurns::HolderCloses() {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     return m_HolderCloses;
 }
 

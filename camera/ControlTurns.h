@@ -7,9 +7,9 @@
 #define CAMERA_CONTROLTURNS_H
 
 #include <atomic>
-#include <condition_variable>
-#include <mutex>
 #include <optional>
+
+#include "platform/Mutex.h"
 
 namespace zel {
 
@@ -38,15 +38,15 @@ class ControlTurns {
     bool HolderCloses();
 
   private:
-    Answer Wait(std::unique_lock<std::mutex>& lock, Wish wish, bool inside);
+    Answer Wait(platform::ScopedLock<platform::Mutex>& lock, Wish wish, bool inside) ZEL_REQUIRES(m_Lock);
 
-    std::mutex m_Lock;
-    std::condition_variable m_Changed;
-    bool m_Taken = false;
-    int m_Stoppers = 0;  // waiting
-    int m_Closers = 0;   // waiting, or with the turn
-    bool m_HolderCloses = false;
-    std::optional<Wish> m_Left;  // for the holder
+    platform::Mutex m_Lock;
+    platform::Condition m_Changed;
+    bool m_Taken ZEL_GUARDED_BY(m_Lock) = false;
+    int m_Stoppers ZEL_GUARDED_BY(m_Lock) = 0;  // waiting
+    int m_Closers ZEL_GUARDED_BY(m_Lock) = 0;   // waiting, or with the turn
+    bool m_HolderCloses ZEL_GUARDED_BY(m_Lock) = false;
+    std::optional<Wish> m_Left ZEL_GUARDED_BY(m_Lock);  // for the holder
     std::atomic<bool>& m_Stopped;
 };
 

@@ -3,7 +3,8 @@
 #define CAMERA_SHAREDTEXT_H
 
 #include <array>
-#include <mutex>
+
+#include "platform/Mutex.h"
 
 namespace zel {
 
@@ -12,19 +13,20 @@ class SharedText {
     using Text = std::array<char, 64>;  // zero-filled behind the text, which ends before the last character
 
     void Set(const Text& text) {
-        const std::lock_guard lock(m_Lock);
+        const platform::ScopedLock lock(m_Lock);
         if (m_Text != text) m_Text = text;
     }
     Text Get() const {
-        const std::lock_guard lock(m_Lock);
+        const platform::ScopedLock lock(m_Lock);
         return m_Text;
     }
-    // Valid as long as this object is. Written to only when the text changes.
-    const char* Address() const { return m_Text.data(); }
+    // Valid as long as this object is. Written to only when the text changes. For readers outside of the library, who
+    // know of no lock.
+    const char* Address() const ZEL_NO_THREAD_SAFETY_ANALYSIS { return m_Text.data(); }
 
   private:
-    mutable std::mutex m_Lock;
-    Text m_Text{};
+    mutable platform::Mutex m_Lock;
+    Text m_Text ZEL_GUARDED_BY(m_Lock){};
 };
 
 }  // namespace zel

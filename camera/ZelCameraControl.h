@@ -14,7 +14,6 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
-#include <mutex>
 
 #include "camera/CameraModels.h"
 #include "camera/ControlTurns.h"
@@ -26,6 +25,7 @@
 #include "link/IZelCameraCommon.h"
 #include "link/SyncTable.h"
 #include "link/TextProtocol.h"
+#include "platform/Mutex.h"
 #include "platform/OperationGate.h"
 #include "tapbalance/TapBalance.h"
 #include "util/ProgressControl.h"
@@ -274,7 +274,7 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     Gate m_Gate;
     std::atomic<bool> m_Suspended{false};
     std::atomic<bool> m_DisconnectOwed{false};  // closed while the transport could not be told
-    std::atomic<int> m_KindOfLink{0};  // as the transport said last
+    std::atomic<int> m_KindOfLink{0};           // as the transport said last
     ControlTurns m_Turns{m_Stopped};
     // One exchange with the camera at a time, text or table; they end when the camera is being closed.
     struct CameraExchanges final : ExchangeLock {
@@ -338,8 +338,8 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     void StoreCallback(const char* function_name, Function Callbacks::*slot, void* Callbacks::*context_slot,
                        Function function, void* context);
     bool RegisterEventHandler();
-    std::mutex m_CallbackLock;
-    Callbacks m_Callbacks;
+    platform::Mutex m_CallbackLock;
+    Callbacks m_Callbacks ZEL_GUARDED_BY(m_CallbackLock);
 };
 
 // The functions given to the transport.

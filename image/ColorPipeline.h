@@ -4,11 +4,11 @@
 #define IMAGE_COLORPIPELINE_H
 
 #include <memory>
-#include <mutex>
 #include <utility>
 
 #include "image/ColorTable.h"
 #include "image/ZelColorTransformMatrix.h"
+#include "platform/Mutex.h"
 
 namespace zel {
 
@@ -23,7 +23,7 @@ class ColorPipeline {
     // Runs change(settings) on the staged settings, under the pipeline's lock, and answers its result.
     template <class Change>
     auto Stage(Change&& change) {
-        const std::lock_guard lock(m_Lock);
+        const platform::ScopedLock lock(m_Lock);
         m_Changed = true;
         return std::forward<Change>(change)(m_Staged);
     }
@@ -31,22 +31,22 @@ class ColorPipeline {
     // Makes what is staged active. The result belongs to the caller until the next call, and only one thread at a time
     // may call.
     const ColorSettings& Prepare() {
-        const std::lock_guard lock(m_Lock);
+        const platform::ScopedLock lock(m_Lock);
         if (std::exchange(m_Changed, false)) m_Active = m_Staged;
         return m_Active;
     }
 
     // The staged settings' copy.
     ColorSettings Staged() const {
-        const std::lock_guard lock(m_Lock);
+        const platform::ScopedLock lock(m_Lock);
         return m_Staged;
     }
 
   private:
-    mutable std::mutex m_Lock;
-    bool m_Changed = false;
-    ColorSettings m_Staged;
-    ColorSettings m_Active;
+    mutable platform::Mutex m_Lock;
+    bool m_Changed ZEL_GUARDED_BY(m_Lock) = false;
+    ColorSettings m_Staged ZEL_GUARDED_BY(m_Lock);
+    ColorSettings m_Active;  // of the thread that prepares
 };
 
 }  // namespace zel

@@ -95,7 +95,7 @@ void Apply(const KernelTable& kernel, const ColorTable& table, const PlanarRow& 
 
 // The steps' results are logged; the frame is delivered with what was done.
 ZelImageInternal* ZelCameraControlImpl::PostProcessColorImage(const FrameLease& lease, int pipeline,
-                                                              std::unique_lock<std::mutex>& processing) {
+                                                              platform::ScopedLock<platform::Mutex>& processing) {
     constexpr const char* kFunction = "ZelCameraControlImpl::PostProcessColorImage";
     ZEL_SCOPE_TIMER(timer, "PostProcessColorImage", m_Logger, kFunction);
     ZelImageInternal* const image = lease.image;

@@ -101,19 +101,19 @@ bool ZelCameraControlImpl::CopyTransform(int pipeline, float* matrix) {
 }
 
 void ZelCameraControlImpl::SetScratchpad(ZelScratchpadCallback callback, void* context) {
-    const std::lock_guard lock(m_ScratchpadLock);
+    const platform::ScopedLock lock(m_ScratchpadLock);
     m_Scratchpad = {callback, context};
 }
 
 ZelCameraControlImpl::ScratchpadHook ZelCameraControlImpl::Scratchpad() {
-    const std::lock_guard lock(m_ScratchpadLock);
+    const platform::ScopedLock lock(m_ScratchpadLock);
     return m_Scratchpad;
 }
 
 // Other frames may be processed while the application has this one; a thread that wants this one waits for it, except
 // when it is asked for from inside the callback.
 bool ZelCameraControlImpl::CallScratchpad(const ScratchpadHook& hook, ZelImageInternal* image,
-                                          std::unique_lock<std::mutex>& processing) {
+                                          platform::ScopedLock<platform::Mutex>& processing) {
     AtScratchpad here{image, std::this_thread::get_id(), false, m_AtScratchpad};
     m_AtScratchpad = &here;
     processing.unlock();
@@ -137,7 +137,7 @@ const ZelCameraControlImpl::AtScratchpad* ZelCameraControlImpl::ScratchpadElsewh
 }
 
 void ZelCameraControlImpl::LeaveScratchpad() {
-    const std::lock_guard processing(m_ProcessingLock);
+    const platform::ScopedLock processing(m_ProcessingLock);
     for (AtScratchpad* entry = m_AtScratchpad; entry; entry = entry->next) {
         if (entry->thread == std::this_thread::get_id()) entry->leaving = true;
     }

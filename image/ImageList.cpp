@@ -3,13 +3,14 @@
 #include <atomic>
 #include <cstdint>
 #include <cstring>
-#include <mutex>
+
+#include "platform/Mutex.h"
 
 namespace zel {
 
 namespace {
 
-using Guard = std::lock_guard<ListLock>;
+using Guard = platform::ScopedLock<ListLock>;
 
 ZelImageInternal* ExchangeLink(ZelImageInternal*& link, ZelImageInternal* image) {
     return std::atomic_ref<ZelImageInternal*>(link).exchange(image, std::memory_order_acq_rel);

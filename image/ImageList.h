@@ -27,19 +27,19 @@ class ImageList {
     // Log lines, apart from the operations: with logging off a frame runs past them.
     [[gnu::cold]] static void LogNull(const char* function_name);
     [[gnu::cold]] void LogEmpty(const char* function_name);
-    [[gnu::cold]] void LogChange(const char* function_name, const ZelImageInternal* image);
-    [[gnu::cold]] void LogDuplicate(const ZelImageInternal* image);
-    [[gnu::cold]] void LogRemoved(const ZelImageInternal* image);
+    [[gnu::cold]] void LogChange(const char* function_name, const ZelImageInternal* image) ZEL_REQUIRES(m_Lock);
+    [[gnu::cold]] void LogDuplicate(const ZelImageInternal* image) ZEL_REQUIRES(m_Lock);
+    [[gnu::cold]] void LogRemoved(const ZelImageInternal* image) ZEL_REQUIRES(m_Lock);
     [[gnu::cold]] void LogNotRemoved(const ZelImageInternal* image);
     // Takes one off the count after an element was unlinked.
-    void CountDown();
+    void CountDown() ZEL_REQUIRES(m_Lock);
 
     ListLock m_Lock;
     char m_Name[64];
-    int m_Num = 0;
-    ZelImageInternal m_Sentinel;
-    ZelImageInternal* m_Head;  // always the sentinel
-    ZelImageInternal* m_Tail;  // the last element; the sentinel when empty
+    int m_Num ZEL_GUARDED_BY(m_Lock) = 0;
+    ZelImageInternal m_Sentinel ZEL_GUARDED_BY(m_Lock);
+    ZelImageInternal* m_Head ZEL_GUARDED_BY(m_Lock);  // always the sentinel
+    ZelImageInternal* m_Tail ZEL_GUARDED_BY(m_Lock);  // the last element; the sentinel when empty
     Logger& m_Logger;
 };
 

@@ -1,7 +1,6 @@
 #include "image/ImageManager.h"
 
 #include <cstdint>
-#include <mutex>
 
 #include "platform/Memory.h"
 
@@ -9,7 +8,7 @@ namespace zel {
 
 namespace {
 
-using Guard = std::lock_guard<platform::RecursiveLock>;
+using Guard = platform::ScopedLock<platform::RecursiveLock>;
 
 }  // namespace
 

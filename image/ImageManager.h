@@ -66,27 +66,27 @@ class ImageManager {
 
   private:
     bool Keeps(int count);
-    bool EnoughMemory(unsigned count);
-    bool CreateRecords(unsigned count);  // all of them or none
-    ZelImageInternal* HandOver(ZelImageInternal* image, const char* function_name);
+    bool EnoughMemory(unsigned count) ZEL_REQUIRES(m_Lock);
+    bool CreateRecords(unsigned count) ZEL_REQUIRES(m_Lock);  // all of them or none
+    ZelImageInternal* HandOver(ZelImageInternal* image, const char* function_name) ZEL_REQUIRES(m_Lock);
 
     // Log lines, apart from the operations: with logging off a frame runs past them.
     [[gnu::cold]] void LogCounts(int level, const char* function_name, const char* text);
     [[gnu::cold]] void LogMove(const char* function_name, const ZelImageInternal* image, const char* where);
     [[gnu::cold]] void LogRelease(const char* function_name, const ZelImageInternal* image);
 
-    unsigned m_Width = 0;
-    unsigned m_Height = 0;
-    unsigned m_BitDepth = 0;
-    unsigned m_BytesPerPixel = 0;
-    unsigned m_FrameSizeInBytes = 0;
-    bool m_SizeChanged = false;
+    unsigned m_Width ZEL_GUARDED_BY(m_Lock) = 0;
+    unsigned m_Height ZEL_GUARDED_BY(m_Lock) = 0;
+    unsigned m_BitDepth ZEL_GUARDED_BY(m_Lock) = 0;
+    unsigned m_BytesPerPixel ZEL_GUARDED_BY(m_Lock) = 0;
+    unsigned m_FrameSizeInBytes ZEL_GUARDED_BY(m_Lock) = 0;
+    bool m_SizeChanged ZEL_GUARDED_BY(m_Lock) = false;
     platform::RecursiveLock m_Lock;
-    std::shared_ptr<RecordSet> m_Records;  // null: none
+    std::shared_ptr<RecordSet> m_Records ZEL_GUARDED_BY(m_Lock);  // null: none
     Logger m_Logger;
-    ImageList m_ImageListFree;
-    ImageList m_ImageListPending;
-    ImageList m_ImageListInUse;
+    ImageList m_ImageListFree ZEL_GUARDED_BY(m_Lock);
+    ImageList m_ImageListPending ZEL_GUARDED_BY(m_Lock);
+    ImageList m_ImageListInUse ZEL_GUARDED_BY(m_Lock);
 };
 
 }  // namespace zel

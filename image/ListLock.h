@@ -5,14 +5,16 @@
 
 #include <atomic>
 
+#include "platform/ThreadSafety.h"
+
 namespace zel {
 
-class ListLock {
+class ZEL_CAPABILITY("list lock") ListLock {
   public:
-    void lock() {
+    void lock() ZEL_ACQUIRE() {
         while (m_Taken.exchange(true, std::memory_order_acquire)) WaitABit();
     }
-    void unlock() { m_Taken.store(false, std::memory_order_release); }
+    void unlock() ZEL_RELEASE() { m_Taken.store(false, std::memory_order_release); }
 
   private:
     [[gnu::cold]] static void WaitABit();

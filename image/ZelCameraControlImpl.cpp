@@ -34,12 +34,12 @@ void ZelCameraControlImpl::SetGeometry(const FrameGeometry& geometry) {
     for (ColorPipeline& pipeline : m_ColorPipelines) {
         pipeline.Stage([&](ColorSettings& settings) { settings.transform.SetInputBitDepth(geometry.bit_depth); });
     }
-    const std::lock_guard lock(m_GeometryLock);
+    const platform::ScopedLock lock(m_GeometryLock);
     m_Geometry = geometry;
 }
 
 FrameGeometry ZelCameraControlImpl::Geometry() {
-    const std::lock_guard lock(m_GeometryLock);
+    const platform::ScopedLock lock(m_GeometryLock);
     return m_Geometry;
 }
 
@@ -48,7 +48,7 @@ int ZelCameraControlImpl::UpdateImagePool(int num_image_buffers) {
     m_ImageManager.SetFrameGeometry(geometry.width, geometry.height, geometry.bit_depth, geometry.bytes_per_pixel);
     const int code = PublicPoolCode(m_ImageManager.PixelBufferAllocate(num_image_buffers));
     if (code == 0 && geometry.taps == 4) {
-        const std::lock_guard processing(m_ProcessingLock);
+        const platform::ScopedLock processing(m_ProcessingLock);
         // A scratch that can't be had makes the tap step of each frame answer false.
         m_ReorderBuffer.Reserve(std::size_t{geometry.width} * geometry.height * geometry.bytes_per_pixel);
     }
@@ -72,13 +72,13 @@ void ZelCameraControlImpl::PageBuffer::Release() {
 }
 
 int ZelCameraControlImpl::ScratchBufferCount() {
-    const std::lock_guard processing(m_ProcessingLock);
+    const platform::ScopedLock processing(m_ProcessingLock);
     return (m_ReorderBuffer.pixels ? 1 : 0) + (m_SpareBuffer.pixels ? 1 : 0) + (m_RowScratch.empty() ? 0 : 1) +
            (m_ColorRows.empty() ? 0 : 1);
 }
 
 void ZelCameraControlImpl::ReleaseScratchBuffers() {
-    const std::lock_guard processing(m_ProcessingLock);
+    const platform::ScopedLock processing(m_ProcessingLock);
     m_ReorderBuffer.Release();
     m_SpareBuffer.Release();
     m_RowScratch = {};
@@ -111,9 +111,9 @@ FrameLease ZelCameraControlImpl::Stamp(FrameLease frame) {
 }
 
 ZelCameraControlImpl::Outcome ZelCameraControlImpl::PostProcessOnce(const FrameLease& frame, Path path, Caller caller) {
-    std::unique_lock processing(m_ProcessingLock);
+    platform::ScopedLock processing(m_ProcessingLock);
     const AtScratchpad* elsewhere = nullptr;
-    m_ScratchpadDone.wait(processing, [&] {
+    m_ScratchpadDone.wait(processing, [&]() ZEL_REQUIRES(m_ProcessingLock) {
         elsewhere = ScratchpadElsewhere(frame.image);
         return !elsewhere || (elsewhere->leaving && caller == Caller::kTransport);
     });
@@ -130,7 +130,7 @@ ZelCameraControlImpl::Outcome ZelCameraControlImpl::PostProcessOnce(const FrameL
 }
 
 void ZelCameraControlImpl::SetAveraging(int frame_count_max, bool reset) {
-    const std::lock_guard processing(m_ProcessingLock);
+    const platform::ScopedLock processing(m_ProcessingLock);
     if (reset || frame_count_max != m_ImageAvgFrameCountMax) ReleaseAvgBuffer();
     m_ImageAvgFrameCountMax = frame_count_max;
 }
@@ -168,7 +168,7 @@ bool ZelCameraControlImpl::AllocateAvgBuffer(unsigned pixels) {
 int ZelCameraControlImpl::UpdateImageAvgBuffer() {
     constexpr const char* kUpdate = "ZelCameraControlImpl::UpdateImageAvgBuffer";
     const FrameGeometry geometry = Geometry();
-    const std::lock_guard processing(m_ProcessingLock);
+    const platform::ScopedLock processing(m_ProcessingLock);
     if (m_ImageAvgFrameCountMax == 0) {
         ZEL_LOG(m_Logger, kLogTrace, kUpdate, "m_ImageAvgFrameCountMax == 0");
         return 0;

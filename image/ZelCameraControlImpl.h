@@ -3,9 +3,7 @@
 #ifndef IMAGE_ZELCAMERACONTROLIMPL_H
 #define IMAGE_ZELCAMERACONTROLIMPL_H
 
-#include <condition_variable>
 #include <cstdint>
-#include <mutex>
 #include <span>
 #include <thread>
 #include <vector>
@@ -16,6 +14,7 @@
 #include "image/PixelMemory.h"
 #include "include/ZelCamera.h"
 #include "kernels/Kernels.h"
+#include "platform/Mutex.h"
 #include "sdk/Logger.h"
 
 namespace zel {
@@ -58,20 +57,23 @@ class ZelCameraControlImpl {
     // not wait for a frame which this thread has at the scratchpad callback.
     void LeaveScratchpad();
 
-    // The steps. They rewrite `pixels` and the geometry fields; a step that answers false leaves the frame as it was.
-    bool PostProcessImage(ZelImageInternal* image, const FrameGeometry& geometry);
-    bool PostProcessTapBalance(ZelImageInternal* image, const FrameGeometry& geometry);
+    // The steps, under the lock that one thread at a time processes frames with. They rewrite `pixels` and the geometry
+    // fields; a step that answers false leaves the frame as it was.
+    platform::Mutex& ProcessingLock() ZEL_RETURNS_LOCK(m_ProcessingLock) { return m_ProcessingLock; }
+    bool PostProcessImage(ZelImageInternal* image, const FrameGeometry& geometry) ZEL_REQUIRES(m_ProcessingLock);
+    bool PostProcessTapBalance(ZelImageInternal* image, const FrameGeometry& geometry) ZEL_REQUIRES(m_ProcessingLock);
     bool PostProcessSubImage(ZelImageInternal* image, int interface_type, unsigned c0, unsigned r0, unsigned c1,
                              unsigned r1);
     bool PostProcessBinning(ZelImageInternal* image, int interface_type, int vertical, int horizontal);
-    bool PostProcessAverageImage(ZelImageInternal* image);
+    bool PostProcessAverageImage(ZelImageInternal* image) ZEL_REQUIRES(m_ProcessingLock);
 
     // The color path. The lock is the processing lock, which is given up while a scratchpad callback runs.
     static constexpr int kMainPipeline = 1;
     static constexpr int kScratchpadPipeline = 2;
     // Null when the pool gave the record up meanwhile.
     ZelImageInternal* PostProcessColorImage(const FrameLease& lease, int pipeline,
-                                            std::unique_lock<std::mutex>& processing);
+                                            platform::ScopedLock<platform::Mutex>& processing)
+        ZEL_REQUIRES(m_ProcessingLock);
 
     // Color settings, staged until the next frame. Any thread.
     using ColorTableSlot = std::shared_ptr<const ColorTable> ColorSettings::*;
@@ -142,56 +144,62 @@ class ZelCameraControlImpl {
 
     bool ConcatenateColorTransformImpl(ZelColorTransformMatrix& transform, int operation, int bit_depth);
     ScratchpadHook Scratchpad();
-    bool CallScratchpad(const ScratchpadHook& hook, ZelImageInternal* image, std::unique_lock<std::mutex>& processing);
-    const AtScratchpad* ScratchpadElsewhere(const ZelImageInternal* image) const;
+    // Gives the lock up for as long as the callback runs, which the check can't follow.
+    bool CallScratchpad(const ScratchpadHook& hook, ZelImageInternal* image,
+                        platform::ScopedLock<platform::Mutex>& processing)
+        ZEL_REQUIRES(m_ProcessingLock) ZEL_NO_THREAD_SAFETY_ANALYSIS;
+    const AtScratchpad* ScratchpadElsewhere(const ZelImageInternal* image) const ZEL_REQUIRES(m_ProcessingLock);
     bool ReserveColorPixels(ZelImageInternal* image);
-    bool ReserveColorRows(std::size_t samples);
+    bool ReserveColorRows(std::size_t samples) ZEL_REQUIRES(m_ProcessingLock);
     static const kernels::KernelTable& ColorKernels(int pipeline);
     bool DemosaicColorImage(const ColorFrame& frame, int pipeline);
-    void RunColorSteps(const ColorFrame& frame, int pipeline, bool from_planes);
+    void RunColorSteps(const ColorFrame& frame, int pipeline, bool from_planes) ZEL_REQUIRES(m_ProcessingLock);
 
     static FrameLease Stamp(FrameLease frame);
     bool CropToRegion(ZelImageInternal* image, const FrameGeometry& geometry);
-    bool ReserveSpare(ZelImageInternal* image);
+    bool ReserveSpare(ZelImageInternal* image) ZEL_REQUIRES(m_ProcessingLock);
     void SwapBuffer(ZelImageInternal* image, PageBuffer& buffer);
-    bool ReserveRows(std::size_t samples);
-    bool ReadOut(ZelImageInternal* image, const FrameGeometry& geometry, const TapRows& rows, bool& corrected);
-    void ReadOutByRows(ZelImageInternal* image, int taps, const TapRows& rows);
-    void UnpackFrame(ZelImageInternal* image);
-    bool ReorderTaps(ZelImageInternal* image, int taps, const TapRows& rows, bool& corrected);
-    bool ReorderTwoTaps(ZelImageInternal* image, const TapRows& rows, bool& corrected);
-    bool ReorderFourTaps(ZelImageInternal* image, const TapRows& rows, bool& corrected);
+    bool ReserveRows(std::size_t samples) ZEL_REQUIRES(m_ProcessingLock);
+    bool ReadOut(ZelImageInternal* image, const FrameGeometry& geometry, const TapRows& rows, bool& corrected)
+        ZEL_REQUIRES(m_ProcessingLock);
+    void ReadOutByRows(ZelImageInternal* image, int taps, const TapRows& rows) ZEL_REQUIRES(m_ProcessingLock);
+    void UnpackFrame(ZelImageInternal* image) ZEL_REQUIRES(m_ProcessingLock);
+    bool ReorderTaps(ZelImageInternal* image, int taps, const TapRows& rows, bool& corrected)
+        ZEL_REQUIRES(m_ProcessingLock);
+    bool ReorderTwoTaps(ZelImageInternal* image, const TapRows& rows, bool& corrected) ZEL_REQUIRES(m_ProcessingLock);
+    bool ReorderFourTaps(ZelImageInternal* image, const TapRows& rows, bool& corrected) ZEL_REQUIRES(m_ProcessingLock);
     bool CropByCorners(ZelImageInternal* image, unsigned c0, unsigned r0, unsigned c1, unsigned r1);
     bool CropBySize(ZelImageInternal* image, unsigned c0, unsigned r0, unsigned width, unsigned height);
-    bool AllocateAvgBuffer(unsigned pixels);
-    void ReleaseAvgBuffer();
+    bool AllocateAvgBuffer(unsigned pixels) ZEL_REQUIRES(m_ProcessingLock);
+    void ReleaseAvgBuffer() ZEL_REQUIRES(m_ProcessingLock);
 
-    std::mutex m_GeometryLock;
-    FrameGeometry m_Geometry;
+    platform::Mutex m_GeometryLock;
+    FrameGeometry m_Geometry ZEL_GUARDED_BY(m_GeometryLock);
 
     ColorPipeline m_ColorPipelines[2];  // main and scratchpad; each has a lock of its own
-    std::mutex m_ScratchpadLock;
-    ScratchpadHook m_Scratchpad;
+    platform::Mutex m_ScratchpadLock;
+    ScratchpadHook m_Scratchpad ZEL_GUARDED_BY(m_ScratchpadLock);
 
     // Everything below belongs to whoever holds the processing lock. It is never held while the application is called.
-    std::mutex m_ProcessingLock;
+    platform::Mutex m_ProcessingLock;
     // Both change places with a record's buffer when the frame was put together in them.
-    PageBuffer m_ReorderBuffer;  // of four-tap frames
-    PageBuffer m_SpareBuffer;    // of packed frames
-    std::vector<std::uint16_t> m_RowScratch;
-    std::vector<std::uint16_t> m_ColorRows;  // one row in three planes
-    AtScratchpad* m_AtScratchpad = nullptr;
-    std::condition_variable m_ScratchpadDone;
+    PageBuffer m_ReorderBuffer ZEL_GUARDED_BY(m_ProcessingLock);  // of four-tap frames
+    PageBuffer m_SpareBuffer ZEL_GUARDED_BY(m_ProcessingLock);    // of packed frames
+    std::vector<std::uint16_t> m_RowScratch ZEL_GUARDED_BY(m_ProcessingLock);
+    std::vector<std::uint16_t> m_ColorRows ZEL_GUARDED_BY(m_ProcessingLock);  // one row in three planes
+    AtScratchpad* m_AtScratchpad ZEL_GUARDED_BY(m_ProcessingLock) = nullptr;
+    platform::Condition m_ScratchpadDone;
 
-    int m_ImageAvgFrameCountMax = 0;  // ring length; 0 = averaging is off
-    int m_ImageAvgFrameCount = 0;     // frames in the ring
-    int m_ImageAvgFrameIndex = 0;     // slot that the next frame goes to
-    std::vector<std::vector<std::uint16_t>> m_ImageAvgRing;
-    std::vector<std::uint32_t> m_ImageAvgSums;  // sample by sample, over the frames in the ring
-    unsigned m_ImageAvgRingPixels = 0;
-    unsigned m_ImageAvgRingBytes = 0;
-    unsigned m_ImageAvgFrameBytes = 0;  // size of the frames that are in the ring
-    unsigned m_ImageAvgFramePixels = 0;
+    int m_ImageAvgFrameCountMax ZEL_GUARDED_BY(m_ProcessingLock) = 0;  // ring length; 0 = averaging is off
+    int m_ImageAvgFrameCount ZEL_GUARDED_BY(m_ProcessingLock) = 0;     // frames in the ring
+    int m_ImageAvgFrameIndex ZEL_GUARDED_BY(m_ProcessingLock) = 0;     // slot that the next frame goes to
+    std::vector<std::vector<std::uint16_t>> m_ImageAvgRing ZEL_GUARDED_BY(m_ProcessingLock);
+    // Sample by sample, over the frames in the ring.
+    std::vector<std::uint32_t> m_ImageAvgSums ZEL_GUARDED_BY(m_ProcessingLock);
+    unsigned m_ImageAvgRingPixels ZEL_GUARDED_BY(m_ProcessingLock) = 0;
+    unsigned m_ImageAvgRingBytes ZEL_GUARDED_BY(m_ProcessingLock) = 0;
+    unsigned m_ImageAvgFrameBytes ZEL_GUARDED_BY(m_ProcessingLock) = 0;  // size of the frames that are in the ring
+    unsigned m_ImageAvgFramePixels ZEL_GUARDED_BY(m_ProcessingLock) = 0;
 };
 
 // Interface types that deliver their frames alike.

@@ -52,6 +52,17 @@ class Condition {
     void notify_one() { m_Condition.notify_one(); }
     void notify_all() { m_Condition.notify_all(); }
 
+    // Without a predicate, a wait may also return for no reason.
+    void wait(ScopedLock<Mutex>& lock) {
+        Waiting waiting(lock);
+        m_Condition.wait(waiting.m_Lock);
+    }
+    template <class Time>
+    void wait_until(ScopedLock<Mutex>& lock, const Time& time) {
+        Waiting waiting(lock);
+        m_Condition.wait_until(waiting.m_Lock, time);
+    }
+
     template <class Predicate>
     void wait(ScopedLock<Mutex>& lock, Predicate predicate) {
         Waiting waiting(lock);

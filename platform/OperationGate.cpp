@@ -3,7 +3,7 @@
 namespace zel::platform {
 
 OperationGate::Entry::Entry(OperationGate& gate, Kind kind) : m_Gate(gate), m_Kind(kind) {
-    const std::lock_guard lock(gate.m_Lock);
+    const ScopedLock lock(gate.m_Lock);
     if (gate.m_Reasons != 0 && kind == Kind::kOperation) return;
     m_Inside = true;
     m_Cancellations = gate.m_Cancellations;
@@ -17,29 +17,29 @@ OperationGate::Entry::Entry(OperationGate& gate, Kind kind) : m_Gate(gate), m_Ki
 // Whoever waits may destroy the gate as soon as the lock is free.
 OperationGate::Entry::~Entry() {
     if (!m_Inside) return;
-    const std::lock_guard lock(m_Gate.m_Lock);
+    const ScopedLock lock(m_Gate.m_Lock);
     *m_Link = m_Next;
     if (m_Next) m_Next->m_Link = m_Link;
     if (m_Gate.m_Waiting > 0) m_Gate.m_Left.notify_all();
 }
 
 void OperationGate::Shut(unsigned reason) {
-    const std::lock_guard lock(m_Lock);
+    const ScopedLock lock(m_Lock);
     m_Reasons |= reason;
 }
 
 void OperationGate::Open(unsigned reason) {
-    const std::lock_guard lock(m_Lock);
+    const ScopedLock lock(m_Lock);
     m_Reasons &= ~reason;
 }
 
 bool OperationGate::IsShut(unsigned reasons) {
-    const std::lock_guard lock(m_Lock);
+    const ScopedLock lock(m_Lock);
     return (m_Reasons & reasons) != 0;
 }
 
 bool OperationGate::ShutWhenEmpty(unsigned reason) {
-    const std::lock_guard lock(m_Lock);
+    const ScopedLock lock(m_Lock);
     if (m_First) return false;
     m_Reasons |= reason;
     return true;
@@ -48,10 +48,10 @@ bool OperationGate::ShutWhenEmpty(unsigned reason) {
 // waited_for(entry, number of the next entry when the wait began)
 template <class WaitedFor>
 void OperationGate::Await(WaitedFor waited_for) {
-    std::unique_lock lock(m_Lock);
+    ScopedLock lock(m_Lock);
     const std::uint64_t now = m_NextNumber;
     ++m_Waiting;
-    m_Left.wait(lock, [&] {
+    m_Left.wait(lock, [&]() ZEL_REQUIRES(m_Lock) {
         const Entry* entry = m_First;
         while (entry && (entry->m_Thread == std::this_thread::get_id() || !waited_for(*entry, now)))
             entry = entry->m_Next;
@@ -71,19 +71,19 @@ void OperationGate::AwaitAll() {
 }
 
 bool OperationGate::Inside() {
-    const std::lock_guard lock(m_Lock);
+    const ScopedLock lock(m_Lock);
     const Entry* entry = m_First;
     while (entry && entry->m_Thread != std::this_thread::get_id()) entry = entry->m_Next;
     return entry != nullptr;
 }
 
 void OperationGate::Cancel() {
-    const std::lock_guard lock(m_Lock);
+    const ScopedLock lock(m_Lock);
     ++m_Cancellations;
 }
 
 bool OperationGate::Cancelled() {
-    const std::lock_guard lock(m_Lock);
+    const ScopedLock lock(m_Lock);
     const Entry* entry = m_First;
     while (entry && entry->m_Thread != std::this_thread::get_id()) entry = entry->m_Next;
     return entry && entry->m_Cancellations != m_Cancellations;

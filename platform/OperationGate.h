@@ -6,10 +6,10 @@
 #ifndef PLATFORM_OPERATIONGATE_H
 #define PLATFORM_OPERATIONGATE_H
 
-#include <condition_variable>
 #include <cstdint>
-#include <mutex>
 #include <thread>
+
+#include "platform/Mutex.h"
 
 namespace zel::platform {
 
@@ -74,13 +74,13 @@ class OperationGate {
     template <class WaitedFor>
     void Await(WaitedFor waited_for);
 
-    std::mutex m_Lock;
-    std::condition_variable m_Left;
-    Entry* m_First = nullptr;  // newest first
-    unsigned m_Reasons = 0;
-    unsigned m_Cancellations = 0;
-    std::uint64_t m_NextNumber = 0;
-    int m_Waiting = 0;
+    Mutex m_Lock;
+    Condition m_Left;
+    Entry* m_First ZEL_GUARDED_BY(m_Lock) = nullptr;  // newest first; the links in the entries belong to the lock too
+    unsigned m_Reasons ZEL_GUARDED_BY(m_Lock) = 0;
+    unsigned m_Cancellations ZEL_GUARDED_BY(m_Lock) = 0;
+    std::uint64_t m_NextNumber ZEL_GUARDED_BY(m_Lock) = 0;
+    int m_Waiting ZEL_GUARDED_BY(m_Lock) = 0;
 };
 
 }  // namespace zel::platform

@@ -32,6 +32,9 @@
 #define ZEL_TRY_ACQUIRE(...) ZEL_THREAD_SAFETY(try_acquire_capability(__VA_ARGS__))
 #define ZEL_RELEASE(...) ZEL_THREAD_SAFETY(release_capability(__VA_ARGS__))
 
+// Functions that answer a lock of the object, for others to take.
+#define ZEL_RETURNS_LOCK(lock) ZEL_THREAD_SAFETY(lock_returned(lock))
+
 // Classes that are locks, and classes that hold one for as long as they live.
 #define ZEL_CAPABILITY(name) ZEL_THREAD_SAFETY(capability(name))
 #define ZEL_SCOPED_CAPABILITY ZEL_THREAD_SAFETY(scoped_lockable)

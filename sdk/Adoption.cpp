@@ -10,7 +10,7 @@ namespace {
 
 ZelCamera* CurrentOf(const ICameraInterface* camera_interface) {
     CameraTables& tables = Tables();
-    const std::lock_guard guard(tables.lock);
+    const platform::ScopedLock guard(tables.lock);
     return tables.cameras.Current(camera_interface);
 }
 
@@ -22,7 +22,7 @@ bool Make(const MadeTransport& transport, const char* text, ZelCamera*& camera) 
     CameraTables& tables = Tables();
     bool shared = false;
     {
-        const std::lock_guard guard(tables.lock);
+        const platform::ScopedLock guard(tables.lock);
         if (tables.cameras.Add(
                 {camera, transport.camera_interface, transport.destroy_camera_interface, transport.library, false}))
             return true;
@@ -37,14 +37,14 @@ bool Make(const MadeTransport& transport, const char* text, ZelCamera*& camera) 
 // An object that had this place stays in the register until the SDK is closed.
 void Place(std::size_t number, ZelCamera* camera) {
     CameraTables& tables = Tables();
-    const std::lock_guard guard(tables.lock);
+    const platform::ScopedLock guard(tables.lock);
     tables._zel_camera_array[number] = camera;
 }
 
 }  // namespace
 
 bool AdoptFound(const MadeTransport& transport, const char* text, ZelCamera*& camera) {
-    const std::lock_guard adopting(Tables().adopting);
+    const platform::ScopedLock adopting(Tables().adopting);
     // What the transport names is not trusted: it may have outlived that object.
     const ZelCamera* const bound = transport.camera_interface->GetCameraObject();
     camera = CurrentOf(transport.camera_interface);
@@ -60,7 +60,7 @@ bool AdoptFound(const MadeTransport& transport, const char* text, ZelCamera*& ca
 
 ZelCamera* AdoptConnected(const MadeTransport& transport, const char* text) {
     CameraTables& tables = Tables();
-    const std::lock_guard adopting(tables.adopting);
+    const platform::ScopedLock adopting(tables.adopting);
     ZelCamera* const old = transport.camera_interface ? CurrentOf(transport.camera_interface) : nullptr;
     if (old && !zel_camera_control_retire(old)) {
         zel_camera_control_resume(old);
@@ -68,7 +68,7 @@ ZelCamera* AdoptConnected(const MadeTransport& transport, const char* text) {
         return old;
     }
     if (old) {
-        const std::lock_guard guard(tables.lock);
+        const platform::ScopedLock guard(tables.lock);
         tables.cameras.Retire(old);
     }
     ZelCamera* camera = nullptr;
@@ -76,7 +76,7 @@ ZelCamera* AdoptConnected(const MadeTransport& transport, const char* text) {
     Place(transport.number, camera);
     if (!old) return camera;
     {
-        const std::lock_guard guard(tables.lock);
+        const platform::ScopedLock guard(tables.lock);
         tables.ReplaceCamera(old, camera);
         if (tables.cameras.HandedOut(old)) return camera;
         tables.cameras.Remove(old);

@@ -11,14 +11,14 @@ CameraTables& Tables() {
 }
 
 void CameraTables::Init() {
-    const std::lock_guard guard(lock);
+    const platform::ScopedLock guard(lock);
     _zel_camera_array.fill(nullptr);
     _icamera_libs.fill(LibraryRecord{});
     cameras.ForgetClosed();
 }
 
 void CameraTables::ClearForSearch() {
-    const std::lock_guard guard(lock);
+    const platform::ScopedLock guard(lock);
     number_of_cameras = 0;
     for (TextSlot& slot : names) slot.Clear();
     for (TextSlot& slot : _zel_camera_interface_type_str) slot.Clear();
@@ -29,17 +29,17 @@ void CameraTables::ClearForSearch() {
 }
 
 LibraryRecord CameraTables::Library(int library) {
-    const std::lock_guard guard(lock);
+    const platform::ScopedLock guard(lock);
     return _icamera_libs[static_cast<std::size_t>(library)];
 }
 
 void CameraTables::StoreText(TextSlot& slot, const char* text) {
-    const std::lock_guard guard(lock);
+    const platform::ScopedLock guard(lock);
     slot.Store(text);
 }
 
 TextSlot CameraTables::CopyText(const TextSlot& slot) {
-    const std::lock_guard guard(lock);
+    const platform::ScopedLock guard(lock);
     return slot;
 }
 
@@ -50,14 +50,14 @@ ICameraInterface* CameraTables::CreateInterface(CreateCameraInterfaceFunction cr
     ICameraInterface* camera_interface = create_camera_interface(cam_index, handed.Data());
     handed.Terminate();
     if (handed != before) {
-        const std::lock_guard guard(lock);
+        const platform::ScopedLock guard(lock);
         slot = handed;
     }
     return camera_interface;
 }
 
 ZelCamera* CameraTables::HandOutCamera(std::size_t number) {
-    const std::lock_guard guard(lock);
+    const platform::ScopedLock guard(lock);
     ZelCamera* const camera = _zel_camera_array[number];
     if (camera) cameras.HandOut(camera);
     return camera;
@@ -70,7 +70,7 @@ void CameraTables::ReplaceCamera(const ZelCamera* old, ZelCamera* camera) {
 }
 
 const std::vector<RegisteredCamera>& CameraTables::TakeCameras() {
-    const std::lock_guard guard(lock);
+    const platform::ScopedLock guard(lock);
     const std::vector<RegisteredCamera>& taken = cameras.CloseAll(_zel_camera_array.data(), kMaxCameras);
     _zel_camera_array.fill(nullptr);
     return taken;
@@ -78,7 +78,7 @@ const std::vector<RegisteredCamera>& CameraTables::TakeCameras() {
 
 bool CameraTables::CallerIsInside() {
     if (gate.Inside()) return true;
-    const std::lock_guard guard(lock);
+    const platform::ScopedLock guard(lock);
     bool inside = false;
     cameras.ForEach([&](const RegisteredCamera& entry) { inside = inside || zel_camera_control_inside(entry.camera); });
     return inside;

@@ -10,10 +10,10 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
-#include <mutex>
 #include <vector>
 
 #include "platform/Locks.h"
+#include "platform/Mutex.h"
 #include "platform/OperationGate.h"
 #include "sdk/CameraRegister.h"
 #include "sdk/InterfaceLibrary.h"
@@ -36,7 +36,7 @@ struct CameraTables {
     static constexpr int kAddressSlots = kAddressesPerCamera * (kMaxCameras - 1) + kMaxAddressSelect + 1;
     static_assert(kAddressSlots == 26);
 
-    std::mutex lock;
+    platform::Mutex lock;
 
     // Why `gate` is shut.
     static constexpr unsigned kNotOpen = 1;
@@ -49,25 +49,27 @@ struct CameraTables {
 
     std::atomic<ZelCameraManager*> manager{nullptr};  // the one instance
 
-    std::array<ZelCamera*, kMaxCameras> _zel_camera_array{};
+    std::array<ZelCamera*, kMaxCameras> _zel_camera_array ZEL_GUARDED_BY(lock){};
+    // The texts are under the lock too, by way of StoreText and CopyText; their places are known to applications.
     std::array<TextSlot, kNameSlots> names;
     std::array<TextSlot, kMaxCameras> _zel_camera_interface_type_str;
     std::array<TextSlot, kMaxCameras> serial_numbers;
-    std::array<TextSlot, kAddressSlots> addresses;                          // three of each camera, one after the other
-    std::array<std::uint8_t, kLibraryIndexEntries> camera_library_index{};  // the camera's index within its library
-    int number_of_cameras = 0;
+    std::array<TextSlot, kAddressSlots> addresses;  // three of each camera, one after the other
+    // The camera's index within its library.
+    std::array<std::uint8_t, kLibraryIndexEntries> camera_library_index ZEL_GUARDED_BY(lock){};
+    int number_of_cameras ZEL_GUARDED_BY(lock) = 0;
 
     // Per library: the number of its first camera, -1 until it is recorded; and its record.
-    std::array<int, kNumInterfaceLibraries> _zel_camera_index_offset{-1, -1, -1};
-    std::array<LibraryRecord, kNumInterfaceLibraries> _icamera_libs{};
+    std::array<int, kNumInterfaceLibraries> _zel_camera_index_offset ZEL_GUARDED_BY(lock){-1, -1, -1};
+    std::array<LibraryRecord, kNumInterfaceLibraries> _icamera_libs ZEL_GUARDED_BY(lock){};
 
     // What plug-ins are handed as a name: one per camera for the search, one for the events of each library. They
     // outlive the call for a plug-in that keeps the pointer.
     std::array<TextSlot, kNameSlots> names_handed_by_search;
     std::array<TextSlot, kNumInterfaceLibraries> names_handed_by_events;
 
-    CameraRegister cameras;
-    unsigned callback_counter = 0;  // camera-connect callbacks made, for the log
+    CameraRegister cameras ZEL_GUARDED_BY(lock);
+    unsigned callback_counter ZEL_GUARDED_BY(lock) = 0;  // camera-connect callbacks made, for the log
 
     // Forgets camera objects and library records, destroys nothing.
     void Init();
@@ -83,7 +85,7 @@ struct CameraTables {
     // The camera object with this number, which the application may hold from then on.
     ZelCamera* HandOutCamera(std::size_t number);
     // Puts a camera object into the place of another one, wherever that stands.
-    void ReplaceCamera(const ZelCamera* old, ZelCamera* camera);
+    void ReplaceCamera(const ZelCamera* old, ZelCamera* camera) ZEL_REQUIRES(lock);
     // Hands out every camera object, those in the tables first; none is entered any more.
     const std::vector<RegisteredCamera>& TakeCameras();
     // Whether the calling thread is inside the tables or any camera object: it may be waited for.

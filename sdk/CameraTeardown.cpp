@@ -14,7 +14,7 @@ namespace {
 void Delete(ZelCamera* camera) {
     {
         CameraTables& tables = Tables();
-        const std::lock_guard guard(tables.lock);
+        const platform::ScopedLock guard(tables.lock);
         tables.cameras.Forget(camera);
     }
     ZEL_LOG(CameraControlLogger().Get(), kLogTrace, "ZelSDKImpl::Close", "Destroying a ZelCameraControl object!");

@@ -46,7 +46,7 @@ void ShutDown(int library, LibUnloadFunction lib_unload) {
     platform::OperationGate& events = tables.events[static_cast<std::size_t>(library)];
     if (!events.ShutWhenEmpty(kShuttingDown)) return;
     {
-        const std::lock_guard guard(tables.lock);
+        const platform::ScopedLock guard(tables.lock);
         tables.cameras.ForEach([&](const RegisteredCamera& entry) {
             if (entry.library == library) zel_camera_control_suspend(entry.camera);
         });

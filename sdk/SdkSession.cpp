@@ -18,7 +18,7 @@ SdkSession& Session() {
 }
 
 bool SdkSession::Open() {
-    std::unique_lock lock(m_Lock);
+    platform::ScopedLock lock(m_Lock);
     if (!WaitForClose(lock)) return false;
     if (m_State == State::kOpen) return true;
     ZelCameraManager* const manager = ZelCameraManager::Create();
@@ -36,7 +36,7 @@ bool SdkSession::Open() {
 void SdkSession::Close() {
     CameraTables& tables = Tables();
     {
-        std::unique_lock lock(m_Lock);
+        platform::ScopedLock lock(m_Lock);
         if (m_State != State::kOpen) {
             WaitForClose(lock);
             return;
@@ -45,18 +45,18 @@ void SdkSession::Close() {
         tables.gate.Shut(CameraTables::kClosing);
     }
     {
-        const std::lock_guard guard(tables.lock);
+        const platform::ScopedLock guard(tables.lock);
         tables.cameras.ForEach([](const RegisteredCamera& entry) { zel_camera_control_begin_end(entry.camera); });
     }
     if (!tables.CallerIsInside()) return Finish();
     if (FinishOnThread()) return;
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     m_Unfinished = true;
     m_Changed.notify_all();
 }
 
 // True when no close is under way any more; false for a caller that the close waits for. Finishes one that was left.
-bool SdkSession::WaitForClose(std::unique_lock<std::mutex>& lock) {
+bool SdkSession::WaitForClose(platform::ScopedLock<platform::Mutex>& lock) {
     while (m_State == State::kClosing) {
         if (Tables().CallerIsInside()) return false;
         if (m_Unfinished) {
@@ -86,7 +86,7 @@ void SdkSession::Finish() {
     Tables().gate.AwaitAll();
     _zel_camera_manager.load()->Close();
     ZelCameraManager::Destroy();
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     _zel_camera_manager = nullptr;
     m_State = State::kClosed;
     m_Changed.notify_all();

@@ -2,8 +2,7 @@
 #ifndef SDK_SDKSESSION_H
 #define SDK_SDKSESSION_H
 
-#include <condition_variable>
-#include <mutex>
+#include "platform/Mutex.h"
 
 namespace zel {
 
@@ -19,14 +18,15 @@ class SdkSession {
   private:
     enum class State { kClosed, kOpen, kClosing };
 
-    bool WaitForClose(std::unique_lock<std::mutex>& lock);
+    // Gives the lock up for as long as it finishes a close, which the check can't follow.
+    bool WaitForClose(platform::ScopedLock<platform::Mutex>& lock) ZEL_REQUIRES(m_Lock) ZEL_NO_THREAD_SAFETY_ANALYSIS;
     bool FinishOnThread();
     void Finish();
 
-    std::mutex m_Lock;
-    std::condition_variable m_Changed;
-    State m_State = State::kClosed;
-    bool m_Unfinished = false;  // closing, and nobody sees to it
+    platform::Mutex m_Lock;
+    platform::Condition m_Changed;
+    State m_State ZEL_GUARDED_BY(m_Lock) = State::kClosed;
+    bool m_Unfinished ZEL_GUARDED_BY(m_Lock) = false;  // closing, and nobody sees to it
 };
 
 SdkSession& Session();

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
-#include <mutex>
 
+#include "platform/Mutex.h"
 #include "sdk/InterfaceLibrary.h"
 #include "sdk/ManagerUse.h"
 
@@ -15,8 +15,8 @@ namespace {
 
 using Buffer = std::array<char, kVersionTextCapacity>;
 
-Buffer s_Version{};
-std::mutex s_VersionLock;  // two composers don't mix their bytes
+platform::Mutex s_VersionLock;  // two composers don't mix their bytes
+Buffer s_Version ZEL_GUARDED_BY(s_VersionLock){};
 
 void AppendLine(Buffer& buffer, const char* text) {
     const std::size_t used = std::strlen(buffer.data());
@@ -47,7 +47,7 @@ char* ComposeVersionText() {
             platform::DiscardLoadError();
         }
     }
-    const std::lock_guard guard(s_VersionLock);
+    const platform::ScopedLock guard(s_VersionLock);
     s_Version = buffer;
     return s_Version.data();
 }

@@ -19,7 +19,7 @@ ZelCameraManager* ZelCameraManager::Create() try {
     ZEL_LOG(log, kLogTrace, "ZelCameraManager::Create", "Enter");
     ZelCameraManager* manager = nullptr;
     {
-        const std::lock_guard guard(tables.lock);
+        const platform::ScopedLock guard(tables.lock);
         manager = tables.manager;
         if (!manager) tables.manager = manager = new ZelCameraManager;
     }
@@ -33,7 +33,7 @@ bool ZelCameraManager::Destroy() {
     CameraTables& tables = Tables();
     ZelCameraManager* manager = nullptr;
     {
-        const std::lock_guard guard(tables.lock);
+        const platform::ScopedLock guard(tables.lock);
         if (tables.manager.load() == _zel_camera_manager.load()) {
             manager = tables.manager;
             tables.manager = nullptr;
@@ -52,10 +52,11 @@ bool ZelCameraManager::Init() {
 bool ZelCameraManager::Close() {
     CameraTables& tables = Tables();
     DestroyCameras();
-    for (LibraryRecord& record : tables._icamera_libs) {
+    for (std::size_t library = 0; library < kNumInterfaceLibraries; ++library) {
         LibraryRecord unloading;
         {
-            const std::lock_guard guard(tables.lock);
+            const platform::ScopedLock guard(tables.lock);
+            LibraryRecord& record = tables._icamera_libs[library];
             // On purpose: a library that can't shut itself down stays recorded and loaded.
             if (!record.lib_unload) continue;
             unloading = record;
@@ -83,7 +84,7 @@ void* ZelCameraManager::GetReservedArea() { return m_ReservedArea.data(); }
 int ZelCameraManager::SetCameraConnectCallback(ZelCameraConnectCallback callback, void* context) {
     ZEL_LOG(CameraManagerLogger().Get(), kLogTrace, "ZelCameraManager::SetCameraConnectCallback",
             "ZelCameraManager::SetCameraConnectCallback() cb:%s", PointerText(callback).text);
-    const std::lock_guard guard(Tables().lock);
+    const platform::ScopedLock guard(Tables().lock);
     m_CameraConnectCallback = callback;
     m_ConnectContext = context;
     return 1;

@@ -60,6 +60,7 @@ class ZelCameraManager {
     // has been closed and opened again.
     std::atomic<bool> m_LockValid;
     std::array<unsigned char, 64> m_ReservedArea{};
+    // Under the lock of the tables.
     ZelCameraConnectCallback m_CameraConnectCallback = nullptr;
     void* m_ConnectContext = nullptr;
 };

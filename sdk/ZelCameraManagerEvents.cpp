@@ -105,7 +105,7 @@ Connection FindPlace(int cam_index, int context, int& index) {
     int offset = 0;
     Connection connection{};
     {
-        const std::lock_guard guard(tables.lock);
+        const platform::ScopedLock guard(tables.lock);
         offset = tables._zel_camera_index_offset[library];
         index = CameraNumber(offset, cam_index);
         connection = {tables._icamera_libs[library],
@@ -157,7 +157,7 @@ void ZelCameraManager::CallApplication(int event_id, int index, bool in_tables) 
     void* context = nullptr;
     unsigned counter = 0;
     {
-        const std::lock_guard guard(tables.lock);
+        const platform::ScopedLock guard(tables.lock);
         callback = m_CameraConnectCallback;
         context = m_ConnectContext;
         counter = tables.callback_counter;
@@ -182,7 +182,7 @@ void ZelCameraManager::CallApplication(int event_id, int index, bool in_tables) 
             "ZelCameraManager::HandleCameraConnectionEvent() %u - RETURNED from "
             "_zelCameraManager->m_CameraConnectCallback()",
             counter);
-    const std::lock_guard guard(tables.lock);
+    const platform::ScopedLock guard(tables.lock);
     ++tables.callback_counter;
 }
 

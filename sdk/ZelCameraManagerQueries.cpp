@@ -65,7 +65,7 @@ const char* ZelCameraManager::PortType(int camera_number) {
     GetCameraTextFunction get_camera_port_type = nullptr;
     int cam_index = 0;
     {
-        const std::lock_guard guard(tables.lock);
+        const platform::ScopedLock guard(tables.lock);
         if (!tables._zel_camera_interface_type_str[number].Contains("USB")) return nullptr;
         get_camera_port_type = tables._icamera_libs[kUsbLibrary].get_camera_port_type;
         cam_index = tables.camera_library_index[number];

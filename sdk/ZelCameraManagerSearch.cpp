@@ -66,7 +66,7 @@ int ZelCameraManager::GetNumberOfCameras(int, int, int) {
             if (!tables.gate.IsShut(CameraTables::kClosing)) SearchLibrary(library);
         }
         {
-            const std::lock_guard guard(tables.lock);
+            const platform::ScopedLock guard(tables.lock);
             number = tables.number_of_cameras;
         }
         if (number > 0) ComposeVersionText();
@@ -83,7 +83,7 @@ void ZelCameraManager::SearchLibrary(int library) {
     CameraTables& tables = Tables();
     const auto index = static_cast<std::size_t>(library);
     {
-        const std::lock_guard guard(tables.lock);
+        const platform::ScopedLock guard(tables.lock);
         tables._zel_camera_index_offset[index] = -1;
     }
     BoundLibrary bound;
@@ -91,7 +91,7 @@ void ZelCameraManager::SearchLibrary(int library) {
     const int count = CountCameras(library, bound);
     if (count < 0) return;
     {
-        const std::lock_guard guard(tables.lock);
+        const platform::ScopedLock guard(tables.lock);
         tables._zel_camera_index_offset[index] = tables.number_of_cameras;
         tables._icamera_libs[index] = bound.record;
     }
@@ -110,7 +110,7 @@ bool ZelCameraManager::AddCamera(int library, const BoundLibrary& bound, int cam
     CameraTables& tables = Tables();
     std::size_t number = 0;
     {
-        const std::lock_guard guard(tables.lock);
+        const platform::ScopedLock guard(tables.lock);
         number = static_cast<std::size_t>(tables.number_of_cameras);
         tables.camera_library_index[number] = static_cast<std::uint8_t>(cam_index);
         if (number >= kMaxCameras) return false;
@@ -132,7 +132,7 @@ bool ZelCameraManager::AddCamera(int library, const BoundLibrary& bound, int cam
     StoreDetails(bound, cam_index, number);
     ZEL_LOG(log, kLogTrace, kFunction, "%d: name:%s", static_cast<int>(number), name.Data());
 
-    const std::lock_guard guard(tables.lock);
+    const platform::ScopedLock guard(tables.lock);
     tables.number_of_cameras = static_cast<int>(number) + 1;
     return true;
 }

@@ -3,11 +3,11 @@
 #ifndef SIM_CALLGATE_H
 #define SIM_CALLGATE_H
 
-#include <condition_variable>
 #include <cstdint>
-#include <mutex>
 #include <thread>
 #include <vector>
+
+#include "platform/Mutex.h"
 
 namespace zel::sim {
 
@@ -25,12 +25,12 @@ class CallGate {
         std::uint64_t ticket;
         std::thread::id thread;
     };
-    bool InsideLocked() const;
+    bool InsideLocked() const ZEL_REQUIRES(m_Lock);
 
-    std::mutex m_Lock;
-    std::condition_variable m_Left;
-    std::vector<Call> m_Calls;
-    std::uint64_t m_NextTicket = 1;
+    platform::Mutex m_Lock;
+    platform::Condition m_Left;
+    std::vector<Call> m_Calls ZEL_GUARDED_BY(m_Lock);
+    std::uint64_t m_NextTicket ZEL_GUARDED_BY(m_Lock) = 1;
 };
 
 class GatedCall {

@@ -27,18 +27,18 @@ SimBus::SimBus(const PluginDescription& plugin)
 
 SimBus::~SimBus() {
     {
-        const std::lock_guard lock(m_Lock);
+        const platform::ScopedLock lock(m_Lock);
         m_Callback = nullptr;
     }
     for (const Slot& slot : m_Slots) DestroyTransport(slot.transport.get());
-    std::unique_lock lock(m_Lock);
-    m_ReportsDone.wait(lock, [this] { return !m_Reporting; });
+    platform::ScopedLock lock(m_Lock);
+    m_ReportsDone.wait(lock, [this]() ZEL_REQUIRES(m_Lock) { return !m_Reporting; });
     lock.unlock();
     if (m_Reporter.joinable()) m_Reporter.join();
 }
 
 bool SimBus::ShutDown() {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     m_Callback = nullptr;
     return !m_Reporting && std::ranges::none_of(m_Slots, [](const Slot& slot) { return slot.transport != nullptr; });
 }
@@ -58,7 +58,7 @@ int SimBus::CameraCount() {
 ICameraInterface* SimBus::CreateTransport(int camera) {
     Slot* const slot = Find(camera);
     if (!slot || !slot->camera->Plugged()) return nullptr;
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     if (!slot->transport) slot->transport = std::make_unique<SimCameraTransport>(*slot->camera);
     return slot->transport.get();
 }
@@ -67,7 +67,7 @@ ICameraInterface* SimBus::CreateTransport(int camera) {
 void SimBus::DestroyTransport(ICameraInterface* transport) {
     std::unique_ptr<SimCameraTransport> destroyed;
     {
-        const std::lock_guard lock(m_Lock);
+        const platform::ScopedLock lock(m_Lock);
         for (Slot& slot : m_Slots) {
             if (transport && slot.transport.get() == transport) destroyed = std::move(slot.transport);
         }
@@ -79,7 +79,7 @@ const char* SimBus::NameText(int camera) {
     Slot* const slot = Find(camera);
     if (!slot) return "";
     const std::string name = slot->camera->Name();
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     return slot->names.insert(name).first->c_str();
 }
 
@@ -94,7 +94,7 @@ const char* SimBus::AddressText(int camera, int select) {
 }
 
 void SimBus::SetConnectionCallback(ConnectionEventCallback callback, int context) {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     m_Callback = callback;
     m_CallbackContext = context;
 }
@@ -117,7 +117,7 @@ void SimBus::ReportEvent(int camera, const ZelCameraEvent& event) {
 }
 
 void SimBus::Enqueue(const Report& report) {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     m_Reports.push_back(report);
     if (m_Reporting) return;
     if (m_Reporter.joinable()) m_Reporter.join();
@@ -132,15 +132,15 @@ void SimBus::Enqueue(const Report& report) {
 // A thread that the SDK may be waiting for does not wait for the reports itself.
 void SimBus::WaitForReports() {
     if (m_ReportCalls.CurrentThreadInside()) return;
-    std::unique_lock lock(m_Lock);
+    platform::ScopedLock lock(m_Lock);
     for (const Slot& slot : m_Slots) {
         if (slot.transport && slot.transport->InsideCall()) return;
     }
-    m_ReportsDone.wait(lock, [this] { return !m_Reporting; });
+    m_ReportsDone.wait(lock, [this]() ZEL_REQUIRES(m_Lock) { return !m_Reporting; });
 }
 
 void SimBus::ReportLoop() {
-    std::unique_lock lock(m_Lock);
+    platform::ScopedLock lock(m_Lock);
     while (!m_Reports.empty()) {
         const Report report = m_Reports.front();
         m_Reports.pop_front();
@@ -160,7 +160,7 @@ void SimBus::Deliver(const Report& report) {
     ConnectionEventCallback callback = nullptr;
     int context = 0;
     {
-        const std::lock_guard lock(m_Lock);
+        const platform::ScopedLock lock(m_Lock);
         transport = Find(report.camera)->transport.get();
         callback = m_Callback;
         context = m_CallbackContext;

@@ -6,16 +6,15 @@
 #define SIM_SIMBUS_H
 
 #include <array>
-#include <condition_variable>
 #include <deque>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "link/CameraInterfaceLibrary.h"
+#include "platform/Mutex.h"
 #include "sim/SimCameraTransport.h"
 
 namespace zel::sim {
@@ -84,13 +83,13 @@ class SimBus {
     Settings m_Settings;
     std::vector<Slot> m_Slots;  // never changes its size
 
-    std::mutex m_Lock;
-    std::condition_variable m_ReportsDone;
-    ConnectionEventCallback m_Callback = nullptr;
-    int m_CallbackContext = 0;
-    std::deque<Report> m_Reports;
-    bool m_Reporting = false;
-    std::thread m_Reporter;
+    platform::Mutex m_Lock;
+    platform::Condition m_ReportsDone;
+    ConnectionEventCallback m_Callback ZEL_GUARDED_BY(m_Lock) = nullptr;
+    int m_CallbackContext ZEL_GUARDED_BY(m_Lock) = 0;
+    std::deque<Report> m_Reports ZEL_GUARDED_BY(m_Lock);
+    bool m_Reporting ZEL_GUARDED_BY(m_Lock) = false;
+    std::thread m_Reporter ZEL_GUARDED_BY(m_Lock);
     CallGate m_ReportCalls;
 };
 

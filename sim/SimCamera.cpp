@@ -75,7 +75,7 @@ int SimCamera::Send(std::span<const std::uint8_t> datagram) {
     bool vanished = false;
     int sent = 0;
     {
-        const std::lock_guard lock(m_Lock);
+        const platform::ScopedLock lock(m_Lock);
         if (!m_Plugged) return 0;
         const std::optional<Fault> fault = FaultOf(datagram);
         if (fault && fault->kind == FaultKind::kUnplug) {
@@ -133,7 +133,7 @@ int SimCamera::Answer(std::span<const std::uint8_t> datagram, const std::optiona
 }
 
 int SimCamera::Receive(std::span<std::uint8_t> into, int timeout_ms) {
-    std::unique_lock lock(m_Lock);
+    platform::ScopedLock lock(m_Lock);
     auto now = ReplyStream::Clock::now();
     auto deadline = now + std::chrono::milliseconds(std::max(timeout_ms, 0));
     // A link that is down says so early, so that nobody waits long for a camera that is gone.
@@ -149,12 +149,12 @@ int SimCamera::Receive(std::span<std::uint8_t> into, int timeout_ms) {
 }
 
 void SimCamera::OpenLink() {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     m_Replies.Clear();
 }
 
 bool SimCamera::Plugged() const {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     return m_Plugged;
 }
 
@@ -168,7 +168,7 @@ bool SimCamera::UnplugLocked() {
 
 bool SimCamera::SetPlugged(bool plugged) {
     {
-        const std::lock_guard lock(m_Lock);
+        const platform::ScopedLock lock(m_Lock);
         if (m_Plugged == plugged) return false;
         if (plugged) {
             m_Plugged = true;
@@ -183,7 +183,7 @@ bool SimCamera::SetPlugged(bool plugged) {
 void SimCamera::PassOccasion(FaultOccasion occasion) {
     bool vanished = false;
     {
-        const std::lock_guard lock(m_Lock);
+        const platform::ScopedLock lock(m_Lock);
         if (m_Faults.Next(occasion)) vanished = UnplugLocked();
     }
     m_Changed.notify_all();

@@ -5,15 +5,14 @@
 #ifndef SIM_SIMCAMERA_H
 #define SIM_SIMCAMERA_H
 
-#include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
+#include "platform/Mutex.h"
 #include "sim/Faults.h"
 #include "sim/Firmware.h"
 #include "sim/ReplyStream.h"
@@ -68,34 +67,34 @@ class SimCamera {
     std::string Name() const;
 
     // For the transport's frame thread, which waits for changes and works on the firmware under this lock.
-    std::mutex& Lock() const { return m_Lock; }
-    std::condition_variable& Changed() { return m_Changed; }
-    bool PluggedLocked() const { return m_Plugged; }
-    Firmware& FirmwareLocked() { return m_Firmware; }
-    Faults& FaultsLocked() { return m_Faults; }
-    FrameCounts& FramesLocked() { return m_Frames; }
-    unsigned FaultClearsLocked() const { return m_FaultClears; }
+    platform::Mutex& Lock() const ZEL_RETURNS_LOCK(m_Lock) { return m_Lock; }
+    platform::Condition& Changed() { return m_Changed; }
+    bool PluggedLocked() const ZEL_REQUIRES(m_Lock) { return m_Plugged; }
+    Firmware& FirmwareLocked() ZEL_REQUIRES(m_Lock) { return m_Firmware; }
+    Faults& FaultsLocked() ZEL_REQUIRES(m_Lock) { return m_Faults; }
+    FrameCounts& FramesLocked() ZEL_REQUIRES(m_Lock) { return m_Frames; }
+    unsigned FaultClearsLocked() const ZEL_REQUIRES(m_Lock) { return m_FaultClears; }
     // Made at first use, on the thread that renders.
     Sensor& TheSensor();
 
   private:
-    void Record(std::span<const std::uint8_t> datagram);
-    std::optional<Fault> FaultOf(std::span<const std::uint8_t> datagram);
-    int Answer(std::span<const std::uint8_t> datagram, const std::optional<Fault>& fault);
-    bool UnplugLocked();
+    void Record(std::span<const std::uint8_t> datagram) ZEL_REQUIRES(m_Lock);
+    std::optional<Fault> FaultOf(std::span<const std::uint8_t> datagram) ZEL_REQUIRES(m_Lock);
+    int Answer(std::span<const std::uint8_t> datagram, const std::optional<Fault>& fault) ZEL_REQUIRES(m_Lock);
+    bool UnplugLocked() ZEL_REQUIRES(m_Lock);
 
     const CameraModel m_Model;
     const Settings m_Settings;
-    mutable std::mutex m_Lock;
-    std::condition_variable m_Changed;
-    Firmware m_Firmware;
-    Faults m_Faults;
-    ReplyStream m_Replies;
-    bool m_Plugged = true;
-    unsigned m_FaultClears = 0;
-    std::deque<std::string> m_Log;
-    std::uint64_t m_Exchanges = 0;
-    FrameCounts m_Frames;
+    mutable platform::Mutex m_Lock;
+    platform::Condition m_Changed;
+    Firmware m_Firmware ZEL_GUARDED_BY(m_Lock);
+    Faults m_Faults ZEL_GUARDED_BY(m_Lock);
+    ReplyStream m_Replies ZEL_GUARDED_BY(m_Lock);
+    bool m_Plugged ZEL_GUARDED_BY(m_Lock) = true;
+    unsigned m_FaultClears ZEL_GUARDED_BY(m_Lock) = 0;
+    std::deque<std::string> m_Log ZEL_GUARDED_BY(m_Lock);
+    std::uint64_t m_Exchanges ZEL_GUARDED_BY(m_Lock) = 0;
+    FrameCounts m_Frames ZEL_GUARDED_BY(m_Lock);
     std::function<void()> m_Vanished;
     std::unique_ptr<Sensor> m_Sensor;
 };

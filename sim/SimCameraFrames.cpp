@@ -32,9 +32,11 @@ void SimCameraTransport::FrameLoop() {
 
 // Waits until a frame is due. False when the acquisition was stopped.
 bool SimCameraTransport::NextFrame(FrameJob& job) {
-    std::unique_lock lock(m_Camera.Lock());
+    platform::ScopedLock lock(m_Camera.Lock());
     Firmware& firmware = m_Camera.FirmwareLocked();
-    m_Camera.Changed().wait(lock, [&] { return m_StopRequested || (m_Camera.PluggedLocked() && firmware.FrameDue()); });
+    m_Camera.Changed().wait(lock, [&]() ZEL_REQUIRES(m_Camera.Lock()) {
+        return m_StopRequested || (m_Camera.PluggedLocked() && firmware.FrameDue());
+    });
     if (m_StopRequested) return false;
     job.free_run = firmware.FreeRunning();
     job.acquisition = firmware.Acquisition();
@@ -52,13 +54,16 @@ bool SimCameraTransport::Forgotten(const FrameJob& job) const {
            firmware.Acquisition() != job.acquisition;
 }
 
-bool SimCameraTransport::WaitUntil(std::unique_lock<std::mutex>& lock, Clock::time_point time, const FrameJob& job) {
-    return !m_Camera.Changed().wait_until(lock, time, [&] { return Forgotten(job); });
+bool SimCameraTransport::WaitUntil(platform::ScopedLock<platform::Mutex>& lock, Clock::time_point time,
+                                   const FrameJob& job) {
+    return !m_Camera.Changed().wait_until(lock, time, [&]() ZEL_REQUIRES(m_Camera.Lock()) { return Forgotten(job); });
 }
 
-bool SimCameraTransport::Stall(std::unique_lock<std::mutex>& lock, int milliseconds, const FrameJob& job) {
+bool SimCameraTransport::Stall(platform::ScopedLock<platform::Mutex>& lock, int milliseconds, const FrameJob& job) {
     const unsigned clears = m_Camera.FaultClearsLocked();
-    const auto over = [&] { return Forgotten(job) || m_Camera.FaultClearsLocked() != clears; };
+    const auto over = [&]() ZEL_REQUIRES(m_Camera.Lock()) {
+        return Forgotten(job) || m_Camera.FaultClearsLocked() != clears;
+    };
     if (milliseconds > 0) {
         m_Camera.Changed().wait_for(lock, std::chrono::milliseconds(milliseconds), over);
     } else {
@@ -78,7 +83,7 @@ constexpr auto kMadeUpFor = std::chrono::milliseconds(50);
 // Lets the time of exposure and readout pass, then counts the frame. Free running, frames become ready one period apart
 // from the first one on, however long each took to render; a camera that fell far behind goes on from now.
 SimCameraTransport::Outcome SimCameraTransport::Expose(FrameJob& job) {
-    std::unique_lock lock(m_Camera.Lock());
+    platform::ScopedLock lock(m_Camera.Lock());
     if (Forgotten(job)) return Outcome::kAborted;
     Firmware& firmware = m_Camera.FirmwareLocked();
     job.ready = Clock::now();
@@ -112,13 +117,13 @@ SimCameraTransport::Outcome SimCameraTransport::Expose(FrameJob& job) {
 // The count that the host asks for has what the link lost; a frame without a free record shows as a hole in the
 // numbers.
 void SimCameraTransport::LoseOnLink() {
-    const std::lock_guard lock(m_Camera.Lock());
+    const platform::ScopedLock lock(m_Camera.Lock());
     ++m_Dropped;
     ++m_Camera.FramesLocked().lost_on_link;
 }
 
 void SimCameraTransport::DropWithoutBuffer() {
-    const std::lock_guard lock(m_Camera.Lock());
+    const platform::ScopedLock lock(m_Camera.Lock());
     ++m_Camera.FramesLocked().no_buffer;
 }
 
@@ -128,7 +133,7 @@ void SimCameraTransport::HandOver(const FrameJob& job) {
     ZelImageHandler handler = nullptr;
     ZelCamera* camera = nullptr;
     {
-        const std::lock_guard lock(m_BoundLock);
+        const platform::ScopedLock lock(m_BoundLock);
         common = m_Common;
         handler = m_ImageHandler;
         camera = m_ImageCamera;
@@ -156,7 +161,7 @@ bool SimCameraTransport::FillAndQueue(IZelCameraCommon& common, ZelImage& image,
     if (!common.SetPendingImage(&image)) return false;
     const CameraModel& model = m_Camera.Model();
     const std::uint64_t samples = std::uint64_t{model.width} * model.height;
-    const std::lock_guard lock(m_Camera.Lock());
+    const platform::ScopedLock lock(m_Camera.Lock());
     const auto now = Clock::now();
     m_Rate.Add(model.packed ? (samples * 3 + 1) / 2 : samples * 2, now);
     m_LatencySeconds = std::chrono::duration<double>(now - job.ready).count();

@@ -4,13 +4,13 @@
 namespace zel::sim {
 
 void SimCamera::AddFault(const Fault& fault) {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     m_Faults.Add(fault);
 }
 
 void SimCamera::ClearFaults() {
     {
-        const std::lock_guard lock(m_Lock);
+        const platform::ScopedLock lock(m_Lock);
         m_Faults.Clear();
         m_Firmware.SetCalcNeverEnds(false);
         ++m_FaultClears;
@@ -19,24 +19,24 @@ void SimCamera::ClearFaults() {
 }
 
 void SimCamera::SetCalcDelay(int milliseconds) {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     m_Firmware.SetCalcDelay(milliseconds);
 }
 
 void SimCamera::SetFlashTimes(const FlashTimes& times) {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     m_Firmware.SetFlashTimes(times);
 }
 
 void SimCamera::SetCalcNeverEnds(bool never) {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     m_Firmware.SetCalcNeverEnds(never);
 }
 
 bool SimCamera::HardwareTrigger(TriggerEdge edge) {
     bool taken = false;
     {
-        const std::lock_guard lock(m_Lock);
+        const platform::ScopedLock lock(m_Lock);
         taken = m_Plugged && m_Firmware.HardwareTrigger(edge);
     }
     m_Changed.notify_all();
@@ -44,29 +44,29 @@ bool SimCamera::HardwareTrigger(TriggerEdge edge) {
 }
 
 std::string SimCamera::Log(std::size_t last) const {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     std::string text;
     for (std::size_t i = m_Log.size() - std::min(last, m_Log.size()); i < m_Log.size(); ++i) text += m_Log[i] + '\n';
     return text;
 }
 
 void SimCamera::ClearLog() {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     m_Log.clear();
 }
 
 std::uint64_t SimCamera::Exchanges() const {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     return m_Exchanges;
 }
 
 FrameCounts SimCamera::Frames() const {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     return m_Frames;
 }
 
 std::string SimCamera::Name() const {
-    const std::lock_guard lock(m_Lock);
+    const platform::ScopedLock lock(m_Lock);
     return m_Firmware.Name();
 }
 

@@ -18,7 +18,7 @@ SimCameraTransport::~SimCameraTransport() {
 // Handlers belong to the camera object: another one registers its own.
 void SimCameraTransport::SetCameraCommon(IZelCameraCommon* camera) {
     {
-        const std::lock_guard lock(m_BoundLock);
+        const platform::ScopedLock lock(m_BoundLock);
         if (camera != m_Common) {
             m_ImageHandler = nullptr;
             m_EventHandler = nullptr;
@@ -35,7 +35,7 @@ int SimCameraTransport::Connect() {
     m_Camera.OpenLink();
     IZelCameraCommon* common = nullptr;
     {
-        const std::lock_guard lock(m_BoundLock);
+        const platform::ScopedLock lock(m_BoundLock);
         common = m_Common;
     }
     if (!common) return ZEL_ERROR_NULL_POINTER_SUPPLIED;
@@ -81,16 +81,16 @@ int SimCameraTransport::Launch(bool triggered) {
     m_Camera.PassOccasion(FaultOccasion::kStart);
     IZelCameraCommon* common = nullptr;
     {
-        const std::lock_guard lock(m_BoundLock);
+        const platform::ScopedLock lock(m_BoundLock);
         common = m_Common;
     }
     if (!common || !m_Connected || !m_Camera.Plugged()) return ZEL_ERROR_CAMERA_COMM_FAILURE;
     if (const int code = triggered ? common->StartTriggerCommon() : common->StartCommon()) return code;
 
-    const std::lock_guard lock(m_ThreadLock);
+    const platform::ScopedLock lock(m_ThreadLock);
     if (m_Stops != stops || !m_Connected) return ZEL_ERROR_CAMERA_COMM_FAILURE;
     {
-        const std::lock_guard camera_lock(m_Camera.Lock());
+        const platform::ScopedLock camera_lock(m_Camera.Lock());
         m_StopRequested = false;
         m_Dropped = 0;
     }
@@ -109,7 +109,7 @@ void SimCameraTransport::JoinFrames() {
     const auto request = [this] {
         ++m_Stops;
         {
-            const std::lock_guard lock(m_Camera.Lock());
+            const platform::ScopedLock lock(m_Camera.Lock());
             m_StopRequested = true;
         }
         m_Camera.Changed().notify_all();
@@ -118,7 +118,7 @@ void SimCameraTransport::JoinFrames() {
         request();
         return;
     }
-    const std::lock_guard lock(m_ThreadLock);
+    const platform::ScopedLock lock(m_ThreadLock);
     request();
     if (m_Frames.joinable()) m_Frames.join();
 }
@@ -129,7 +129,7 @@ int SimCameraTransport::Stop() {
     m_Camera.PassOccasion(FaultOccasion::kStop);
     IZelCameraCommon* common = nullptr;
     {
-        const std::lock_guard lock(m_BoundLock);
+        const platform::ScopedLock lock(m_BoundLock);
         common = m_Common;
     }
     if (!common || !m_Camera.Plugged()) return ZEL_ERROR_CAMERA_COMM_FAILURE;
@@ -146,21 +146,21 @@ int SimCameraTransport::PrepareAcquisition(int*) {
 
 void SimCameraTransport::SetFrameCount(int frames) {
     {
-        const std::lock_guard lock(m_Camera.Lock());
+        const platform::ScopedLock lock(m_Camera.Lock());
         m_Camera.FirmwareLocked().SetSequence(frames);
     }
     m_Camera.Changed().notify_all();
 }
 
 bool SimCameraTransport::SetImageHandler(ZelImageHandler handler, ZelCamera* camera) {
-    const std::lock_guard lock(m_BoundLock);
+    const platform::ScopedLock lock(m_BoundLock);
     m_ImageHandler = handler;
     m_ImageCamera = camera;
     return true;
 }
 
 bool SimCameraTransport::SetEventHandler(ZelEventHandler handler, ZelCamera* camera) {
-    const std::lock_guard lock(m_BoundLock);
+    const platform::ScopedLock lock(m_BoundLock);
     m_EventHandler = handler;
     m_EventCamera = camera;
     return true;
@@ -169,7 +169,7 @@ bool SimCameraTransport::SetEventHandler(ZelEventHandler handler, ZelCamera* cam
 bool SimCameraTransport::EnableEvents(int) { return true; }
 
 int SimCameraTransport::GetStatusValue() {
-    const std::lock_guard lock(m_Camera.Lock());
+    const platform::ScopedLock lock(m_Camera.Lock());
     return m_Camera.FirmwareLocked().FramesToCome();
 }
 
@@ -177,7 +177,7 @@ int SimCameraTransport::GetStatusValue() {
 bool SimCameraTransport::SetStatusValue(int value) {
     if (value < 0) return false;
     {
-        const std::lock_guard lock(m_Camera.Lock());
+        const platform::ScopedLock lock(m_Camera.Lock());
         Firmware& firmware = m_Camera.FirmwareLocked();
         firmware.Acquiring() ? firmware.SetSequenceOfThis(value) : firmware.SetSequence(value);
     }
@@ -186,46 +186,46 @@ bool SimCameraTransport::SetStatusValue(int value) {
 }
 
 int SimCameraTransport::GetDroppedFrames() {
-    const std::lock_guard lock(m_Camera.Lock());
+    const platform::ScopedLock lock(m_Camera.Lock());
     return m_Dropped;
 }
 
 bool SimCameraTransport::GetLedState(unsigned char* on) {
     if (!on || !m_Camera.Plugged()) return false;
-    const std::lock_guard lock(m_BoundLock);
+    const platform::ScopedLock lock(m_BoundLock);
     *on = m_Led ? 1 : 0;
     return true;
 }
 
 bool SimCameraTransport::SetLedState(bool on) {
     if (!m_Camera.Plugged()) return false;
-    const std::lock_guard lock(m_BoundLock);
+    const platform::ScopedLock lock(m_BoundLock);
     m_Led = on;
     return true;
 }
 
 void SimCameraTransport::SetCameraObject(ZelCamera* camera) {
-    const std::lock_guard lock(m_BoundLock);
+    const platform::ScopedLock lock(m_BoundLock);
     m_CameraObject = camera;
 }
 
 ZelCamera* SimCameraTransport::GetCameraObject() {
-    const std::lock_guard lock(m_BoundLock);
+    const platform::ScopedLock lock(m_BoundLock);
     return m_CameraObject;
 }
 
 double SimCameraTransport::GetLinkThroughput() {
-    const std::lock_guard lock(m_Camera.Lock());
+    const platform::ScopedLock lock(m_Camera.Lock());
     return m_Rate.BytesPerSecond(Clock::now());
 }
 
 double SimCameraTransport::GetLinkFrameRate() {
-    const std::lock_guard lock(m_Camera.Lock());
+    const platform::ScopedLock lock(m_Camera.Lock());
     return m_Rate.FramesPerSecond(Clock::now());
 }
 
 double SimCameraTransport::GetLinkLatency() {
-    const std::lock_guard lock(m_Camera.Lock());
+    const platform::ScopedLock lock(m_Camera.Lock());
     return m_LatencySeconds;
 }
 
@@ -238,7 +238,7 @@ void SimCameraTransport::ReportEvent(const ZelCameraEvent& event) {
     ZelEventHandler handler = nullptr;
     ZelCamera* camera = nullptr;
     {
-        const std::lock_guard lock(m_BoundLock);
+        const platform::ScopedLock lock(m_BoundLock);
         handler = m_EventHandler;
         camera = m_EventCamera;
     }

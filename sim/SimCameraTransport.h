@@ -13,12 +13,12 @@
 #define SIM_SIMCAMERATRANSPORT_H
 
 #include <atomic>
-#include <mutex>
 #include <thread>
 #include <vector>
 
 #include "link/ICameraInterface.h"
 #include "link/IZelCameraCommon.h"
+#include "platform/Mutex.h"
 #include "sim/CallGate.h"
 #include "sim/RateMeter.h"
 #include "sim/SimCamera.h"
@@ -83,13 +83,15 @@ class SimCameraTransport final : public ICameraInterface {
     int Launch(bool triggered);
     bool OnFrameThread() const { return m_FrameThreadId.load() == std::this_thread::get_id(); }
     void JoinFrames();
-    bool Forgotten(const FrameJob& job) const;
+    bool Forgotten(const FrameJob& job) const ZEL_REQUIRES(m_Camera.Lock());
 
     void FrameLoop();
     bool NextFrame(FrameJob& job);
     Outcome Expose(FrameJob& job);
-    bool WaitUntil(std::unique_lock<std::mutex>& lock, Clock::time_point time, const FrameJob& job);
-    bool Stall(std::unique_lock<std::mutex>& lock, int milliseconds, const FrameJob& job);
+    bool WaitUntil(platform::ScopedLock<platform::Mutex>& lock, Clock::time_point time, const FrameJob& job)
+        ZEL_REQUIRES(m_Camera.Lock());
+    bool Stall(platform::ScopedLock<platform::Mutex>& lock, int milliseconds, const FrameJob& job)
+        ZEL_REQUIRES(m_Camera.Lock());
     void HandOver(const FrameJob& job);
     bool FillAndQueue(IZelCameraCommon& common, ZelImage& image, const FrameJob& job);
     void Fill(ZelImage& image, const FrameJob& job);
@@ -101,25 +103,24 @@ class SimCameraTransport final : public ICameraInterface {
     std::atomic<bool> m_Connected{false};
     std::atomic<unsigned> m_Stops{0};  // a launch that finds another stop than its own behind it gives up
 
-    std::mutex m_BoundLock;
-    IZelCameraCommon* m_Common = nullptr;
-    ZelImageHandler m_ImageHandler = nullptr;
-    ZelCamera* m_ImageCamera = nullptr;
-    ZelEventHandler m_EventHandler = nullptr;
-    ZelCamera* m_EventCamera = nullptr;
-    ZelCamera* m_CameraObject = nullptr;
-    bool m_Led = true;
+    platform::Mutex m_BoundLock;
+    IZelCameraCommon* m_Common ZEL_GUARDED_BY(m_BoundLock) = nullptr;
+    ZelImageHandler m_ImageHandler ZEL_GUARDED_BY(m_BoundLock) = nullptr;
+    ZelCamera* m_ImageCamera ZEL_GUARDED_BY(m_BoundLock) = nullptr;
+    ZelEventHandler m_EventHandler ZEL_GUARDED_BY(m_BoundLock) = nullptr;
+    ZelCamera* m_EventCamera ZEL_GUARDED_BY(m_BoundLock) = nullptr;
+    ZelCamera* m_CameraObject ZEL_GUARDED_BY(m_BoundLock) = nullptr;
+    bool m_Led ZEL_GUARDED_BY(m_BoundLock) = true;
     CallGate m_Calls;
 
-    std::mutex m_ThreadLock;
-    std::thread m_Frames;
+    platform::Mutex m_ThreadLock;
+    std::thread m_Frames ZEL_GUARDED_BY(m_ThreadLock);
     std::atomic<std::thread::id> m_FrameThreadId{};
 
-    // Guarded by the camera's lock.
-    bool m_StopRequested = false;
-    int m_Dropped = 0;
-    RateMeter m_Rate;
-    double m_LatencySeconds = 0.0;
+    bool m_StopRequested ZEL_GUARDED_BY(m_Camera.Lock()) = false;
+    int m_Dropped ZEL_GUARDED_BY(m_Camera.Lock()) = 0;
+    RateMeter m_Rate ZEL_GUARDED_BY(m_Camera.Lock());
+    double m_LatencySeconds ZEL_GUARDED_BY(m_Camera.Lock()) = 0.0;
 
     // Of the frame thread.
     unsigned m_FrameNumber = 0;

@@ -2,9 +2,9 @@
 // and ends with the lib_unload that finds no transport alive; until then cameras stay as they are, plugged or not.
 #include <cstdio>
 #include <memory>
-#include <mutex>
 
 #include "platform/DynamicLibrary.h"
+#include "platform/Mutex.h"
 #include "sim/SimCommands.h"
 #include "sim/SimControl.h"
 #include "sim/plugins/Plugin.h"
@@ -13,16 +13,16 @@ namespace zel::sim {
 
 namespace {
 
-std::mutex g_Lock;
+platform::Mutex g_Lock;
 
 // Shared with whoever is inside an export. Never destroyed: a process may end without lib_unload.
-std::shared_ptr<SimBus>& TheBus() {
+std::shared_ptr<SimBus>& TheBus() ZEL_REQUIRES(g_Lock) {
     static auto& bus = *new std::shared_ptr<SimBus>;
     return bus;
 }
 
 std::shared_ptr<SimBus> Bus() {
-    const std::lock_guard lock(g_Lock);
+    const platform::ScopedLock lock(g_Lock);
     std::shared_ptr<SimBus>& bus = TheBus();
     try {
         if (!bus) bus = std::make_shared<SimBus>(kThisPlugin);
@@ -88,7 +88,7 @@ ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_port_type(int cam_index) {
 
 ZEL_PLUGIN_EXPORT void ZEL_CALL lib_unload() {
     std::shared_ptr<SimBus> ended;  // destroyed after the lock is given back
-    const std::lock_guard lock(zel::sim::g_Lock);
+    const zel::platform::ScopedLock lock(zel::sim::g_Lock);
     std::shared_ptr<SimBus>& bus = zel::sim::TheBus();
     if (bus && bus->ShutDown()) ended.swap(bus);
 }

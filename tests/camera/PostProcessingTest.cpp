@@ -56,7 +56,16 @@ class PostProcessingTest : public testing::Test {
         return samples;
     }
     bool TapBalanced(ZelImageInternal* image) {
+        const platform::ScopedLock processing(m_Processor.ProcessingLock());
         return m_Processor.PostProcessTapBalance(image, m_Processor.Geometry());
+    }
+    bool Processed(ZelImageInternal* image) {
+        const platform::ScopedLock processing(m_Processor.ProcessingLock());
+        return m_Processor.PostProcessImage(image, m_Processor.Geometry());
+    }
+    bool Averaged(ZelImageInternal* image) {
+        const platform::ScopedLock processing(m_Processor.ProcessingLock());
+        return m_Processor.PostProcessAverageImage(image);
     }
     Processor m_Processor;
     int m_Type = kUsb;  // of the frames to come
@@ -101,7 +110,7 @@ TEST_F(PostProcessingTest, FourTapsAreTheQuadrantsAndWithoutScratchNothingChange
     EXPECT_EQ(m_Processor.ScratchBufferCount(), 0);
     EXPECT_FALSE(TapBalanced(image));
     EXPECT_EQ(Content(image), Counting(8));
-    EXPECT_TRUE(m_Processor.PostProcessImage(image, m_Processor.Geometry())) << "the frame is delivered";
+    EXPECT_TRUE(Processed(image)) << "the frame is delivered";
 }
 
 TEST_F(PostProcessingTest, AFourTapFrameOfOddSizeKeepsWhatTheScratchHeldWhereNoTapReads) {
@@ -268,12 +277,12 @@ TEST_F(PostProcessingTest, AveragesTheLastThreeFrames) {
     const Samples outputs[] = {{10, 0}, {15, 0}, {20, 0}, {30, 1}};
     for (int i = 0; i < 4; ++i) {
         ZelImageInternal* image = Frame(2, 1, inputs[i]);
-        EXPECT_TRUE(m_Processor.PostProcessImage(image, m_Processor.Geometry()));
+        EXPECT_TRUE(Processed(image));
         EXPECT_EQ(Content(image), outputs[i]) << i;
     }
-    EXPECT_FALSE(m_Processor.PostProcessAverageImage(nullptr));
+    EXPECT_FALSE(Averaged(nullptr));
     ZelImageInternal* larger = Frame(3, 1, {7, 8, 9});
-    EXPECT_FALSE(m_Processor.PostProcessAverageImage(larger));
+    EXPECT_FALSE(Averaged(larger));
     EXPECT_EQ(Content(larger), (Samples{7, 8, 9}));
 }
 

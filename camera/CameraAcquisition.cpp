@@ -41,7 +41,7 @@ bool ZelCameraControl::StartNow() {
                        "attempt #%d\n",
                        0);
     } else if (m_Camera->GetInterfaceType() == CAMERA_TYPE_PLEORA_EBUS) {
-        m_SyncTable.Set(CAMERA_STATE, kCameraRunning);
+        m_SyncTable->Set(CAMERA_STATE, kCameraRunning);
     }
     if (!m_Turns.Interrupted()) return true;
     StoreError(ZEL_ERROR_UNSUPPORTED);
@@ -54,11 +54,11 @@ bool ZelCameraControl::Start(int frame_count) { return Start() && SetTransportVa
 // line when there is one. Answers whether the last attempt succeeded.
 bool ZelCameraControl::SetWithRetries(int index, int value, const char* function_name, const char* retry_line,
                                       int source_line) {
-    bool done = m_SyncTable.Set(index, value);
+    bool done = m_SyncTable->Set(index, value);
     for (int attempt = 2; !done && attempt <= kAttempts && !m_Turns.Interrupted(); ++attempt) {
         platform::SleepMilliseconds(100);
         ZEL_LOG(m_Logger, kLogError, function_name, retry_line, attempt, source_line);
-        done = m_SyncTable.Set(index, value);
+        done = m_SyncTable->Set(index, value);
     }
     return done;
 }
@@ -82,14 +82,15 @@ bool ZelCameraControl::StopNow() {
 
 int ZelCameraControl::StopCommon() {
     const Callee entry(*this);
+    if (!entry) return 1;
     if (!m_Camera) return 1;
-    if (m_SyncTable.Set(CAMERA_STATE, kCameraStopped)) return 0;
-    return m_SyncTable.Set(CAMERA_STATE, kCameraStopped) ? 0 : 1;
+    if (m_SyncTable->Set(CAMERA_STATE, kCameraStopped)) return 0;
+    return m_SyncTable->Set(CAMERA_STATE, kCameraStopped) ? 0 : 1;
 }
 
 bool ZelCameraControl::AskForCalculation(bool reset_first) {
-    if (reset_first && !m_SyncTable.Set(CALC_STATE, 0)) return false;
-    return m_SyncTable.Set(CALC_STATE, 1);
+    if (reset_first && !m_SyncTable->Set(CALC_STATE, 0)) return false;
+    return m_SyncTable->Set(CALC_STATE, 1);
 }
 
 bool ZelCameraControl::WaitForCalculation() {
@@ -97,7 +98,7 @@ bool ZelCameraControl::WaitForCalculation() {
     int state = 0;
     do {
         platform::SleepMilliseconds(100);
-        m_SyncTable.Get(CALC_STATE, &state);
+        m_SyncTable->Get(CALC_STATE, &state);
         if (platform::MillisecondClock() - start > kCalculationBudgetMs) return false;
         platform::SleepMilliseconds(20);
         if (m_Turns.Interrupted()) return false;
@@ -107,6 +108,7 @@ bool ZelCameraControl::WaitForCalculation() {
 
 int ZelCameraControl::StartCommon() {
     const Callee entry(*this);
+    if (!entry) return 1;
     if (!m_Camera) return 1;
     platform::TimerResolution resolution;
     const int type = m_Camera->GetInterfaceType();
@@ -160,13 +162,13 @@ int ZelCameraControl::ReadGeometry() {
     };
     for (const auto& entry : entries) {
         int value = 0;
-        if (!m_SyncTable.Get(entry.index, &value)) return ZEL_ERROR_CAMERA_COMM_FAILURE;
+        if (!m_SyncTable->Get(entry.index, &value)) return ZEL_ERROR_CAMERA_COMM_FAILURE;
         *entry.value = static_cast<unsigned>(value);
     }
     int exposure_time_us = 0;
     if (!ReadExposure(exposure_time_us)) return ZEL_ERROR_CAMERA_COMM_FAILURE;
-    if (!m_SyncTable.Get(SENSOR_TAPS_VAL, &geometry.taps)) return ZEL_ERROR_CAMERA_COMM_FAILURE;
-    if (!m_SyncTable.Get(CLOCK_SPEED_VAL, &geometry.readout_mhz)) return ZEL_ERROR_CAMERA_COMM_FAILURE;
+    if (!m_SyncTable->Get(SENSOR_TAPS_VAL, &geometry.taps)) return ZEL_ERROR_CAMERA_COMM_FAILURE;
+    if (!m_SyncTable->Get(CLOCK_SPEED_VAL, &geometry.readout_mhz)) return ZEL_ERROR_CAMERA_COMM_FAILURE;
 
     geometry.cfa_phase = m_CfaPhase;
 

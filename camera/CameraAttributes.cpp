@@ -93,7 +93,7 @@ void ZelCameraControl::SelectAttribute(const ZelParamAttrId& selection) {
     const int pair[2] = {m_SyncTableParamIndex, m_SyncTableAttrIndex};
     std::memcpy(request, pair, sizeof pair);
     std::memcpy(request + SyncTable::kBlockDataOffset, pair, sizeof pair);
-    m_SyncTable.Set(kParameterUnsupported, request, static_cast<int>(sizeof pair));
+    m_SyncTable->Set(kParameterUnsupported, request, static_cast<int>(sizeof pair));
 }
 
 void ZelCameraControl::LogSelection(const char* function_name) {
@@ -125,7 +125,7 @@ bool ZelCameraControl::ReadRoiAttribute(int attribute, void* data) {
     int values[6];
     for (int i = 0; i < 6; ++i) {
         SyncTableAttributes record{};
-        if (!m_Camera || !m_SyncTable.GetAttribute(kRoiEntries[i], &record)) return false;
+        if (!m_Camera || !m_SyncTable->GetAttribute(kRoiEntries[i], &record)) return false;
         values[i] = BoundOf(record, attribute);
     }
     std::memcpy(data, values, sizeof values);
@@ -135,7 +135,7 @@ bool ZelCameraControl::ReadRoiAttribute(int attribute, void* data) {
 bool ZelCameraControl::ReadTableAttribute(int attribute, void* data) {
     LogSelection(kGet);
     SyncTableAttributes record{};
-    if (!m_Camera || !m_SyncTable.GetAttribute(m_SyncTableParamIndex, &record)) return false;
+    if (!m_Camera || !m_SyncTable->GetAttribute(m_SyncTableParamIndex, &record)) return false;
     record.name[sizeof record.name - 1] = '\0';
     ZEL_LOG(m_Logger, kLogTrace, kGet, "node.index     :%d", record.index);
     ZEL_LOG(m_Logger, kLogTrace, kGet, "node.name      :%s", record.name);

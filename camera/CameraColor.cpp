@@ -19,7 +19,7 @@ constexpr const char* kXyzSpace = "XYZ";
 // A coefficient is an entry of eight bytes, an IEEE double.
 bool ZelCameraControl::GetColorMatrixCoefficient(int index, double& value) {
     unsigned char block[SyncTable::kBlockCapacity] = {};
-    if (m_SyncTable.Get(index, block)) {
+    if (m_SyncTable->Get(index, block)) {
         std::memcpy(&value, block, sizeof value);
         if (std::isfinite(value) && std::fabs(value) <= kLargestCoefficient) return true;
     }
@@ -51,7 +51,7 @@ bool ZelCameraControl::ConfigureColorPipelineOutputColorSpace() {
 
 int ZelCameraControl::ReadColorFilterPhase() {
     int phase = 0;
-    if (!m_SyncTable.Get(CFA_PHASE, &phase) || phase < 1 || phase > 4) phase = 0;
+    if (!m_SyncTable->Get(CFA_PHASE, &phase) || phase < 1 || phase > 4) phase = 0;
     return phase;
 }
 

@@ -85,19 +85,20 @@ bool ZelCameraControl::CloseNow(bool inside) {
 bool ZelCameraControl::ReadText(int index, Text& text) {
     text.fill('\0');
     char entry[SyncTable::kBlockCapacity] = {};
-    if (!m_SyncTable.Get(index, entry)) return false;
+    if (!m_SyncTable->Get(index, entry)) return false;
     std::memcpy(text.data(), entry, sizeof entry);
     return true;
 }
 
 int ZelCameraControl::ConnectCommon() {
     const Callee entry(*this);
+    if (!entry) return ZEL_ERROR_CAMERA_COMM_FAILURE;
     if (!m_Camera) return ZEL_ERROR_NULL_POINTER_SUPPLIED;
     m_TapBalance.ForgetFlash();
     int bits_per_pixel = 0;
-    if (m_SyncTable.Get(BITS_PER_PIXEL, &bits_per_pixel)) m_TapBalance.SetBitsPerPixel(bits_per_pixel);
+    if (m_SyncTable->Get(BITS_PER_PIXEL, &bits_per_pixel)) m_TapBalance.SetBitsPerPixel(bits_per_pixel);
     SyncTableAttributes binning{};
-    m_SyncTable.GetAttribute(V_BIN, &binning);
+    m_SyncTable->GetAttribute(V_BIN, &binning);
     Text revision, model, filter;
     ReadText(SVN_REVISION, revision);
     m_FirmwareRevision.Set(revision);

@@ -69,7 +69,7 @@ bool ParameterHandlers::WriteNumImageBuffers(ZelCameraControl& camera, const voi
 template <int Index>
 bool ParameterHandlers::ReadTextEntry(ZelCameraControl& camera, unsigned, void* data) {
     char text[SyncTable::kBlockCapacity] = {};
-    if (!camera.m_Camera || !camera.m_SyncTable.Get(Index, text)) text[0] = '\0';
+    if (!camera.m_Camera || !camera.m_SyncTable->Get(Index, text)) text[0] = '\0';
     text[sizeof text - 1] = '\0';
     std::memcpy(data, text, std::strlen(text) + 1);
     return true;
@@ -122,12 +122,12 @@ bool ParameterHandlers::WriteUpdateParameters(ZelCameraControl& camera, const vo
 }
 
 bool ZelCameraControl::UpdateParameters() {
-    if (!m_Camera || !m_SyncTable.Set(CALC_STATE, 1)) return false;
+    if (!m_Camera || !m_SyncTable->Set(CALC_STATE, 1)) return false;
     const std::uint32_t start = platform::MillisecondClock();
     int state = 0;
     while (true) {
         platform::SleepMilliseconds(100);
-        m_SyncTable.Get(CALC_STATE, &state);
+        m_SyncTable->Get(CALC_STATE, &state);
         if (platform::MillisecondClock() - start > kCalculationBudgetMs) break;
         platform::SleepMilliseconds(20);
         if (state == kCalculationDone) return true;

@@ -45,6 +45,7 @@ bool ZelCameraControl::Retire() {
     }
     ReleaseImagePool();
     ReleaseScratchBuffers();
+    m_SyncTable.reset();
     return true;
 }
 

@@ -59,10 +59,10 @@ bool ZelCameraControl::GetParameter(unsigned param_id, unsigned size, void* data
 bool ZelCameraControl::ReadTableParameter(int index, void* data) {
     if (!m_Camera) return false;
     if (SyncTableIsBlock(index)) {
-        if (!m_SyncTable.Get(index, data)) return false;
+        if (!m_SyncTable->Get(index, data)) return false;
     } else {
         int value = 0;
-        if (!m_SyncTable.Get(index, &value)) return false;
+        if (!m_SyncTable->Get(index, &value)) return false;
         StoreInt(data, value);
     }
     ZEL_LOG(m_Logger, kLogTrace, kGet, "Returning true");
@@ -104,7 +104,7 @@ bool ZelCameraControl::SetParameter(int param_id, const void* data) {
         return false;
     }
     // On purpose: a write to the camera is true even when the camera refused it; who must know reads it back.
-    if (m_Camera) m_SyncTable.Set(parameter->translation, LoadInt(data));
+    if (m_Camera) m_SyncTable->Set(parameter->translation, LoadInt(data));
     return true;
 }
 
@@ -117,13 +117,13 @@ void ZelCameraControl::LogAttributeTranslations(const char* function_name) {
 // Parameters of the camera's table with something of their own.
 
 bool ZelCameraControl::ReadExposure(int& microseconds) {
-    if (!m_Camera || !m_SyncTable.Get(EXPOSURE_TIME, &microseconds)) return false;
+    if (!m_Camera || !m_SyncTable->Get(EXPOSURE_TIME, &microseconds)) return false;
     m_ExposureTimeUs = static_cast<unsigned>(microseconds);
     return true;
 }
 
 bool ZelCameraControl::WriteExposure(int microseconds) {
-    if (!m_Camera || !m_SyncTable.Set(EXPOSURE_TIME, microseconds)) return false;
+    if (!m_Camera || !m_SyncTable->Set(EXPOSURE_TIME, microseconds)) return false;
     m_ExposureTimeUs = static_cast<unsigned>(microseconds);
     return true;
 }
@@ -175,7 +175,7 @@ bool ParameterHandlers::ReadRoiBin(ZelCameraControl& camera, unsigned, void* dat
     if (camera.m_Camera) {
         for (int i = 0; i < 6; ++i) {
             int value = 0;
-            if (camera.m_SyncTable.Get(kRoiEntries[i], &value)) fields[i] = value;
+            if (camera.m_SyncTable->Get(kRoiEntries[i], &value)) fields[i] = value;
         }
     }
     std::memcpy(data, fields, sizeof fields);
@@ -186,7 +186,7 @@ bool ParameterHandlers::WriteRoiBin(ZelCameraControl& camera, const void* data) 
     int fields[6];
     std::memcpy(fields, data, sizeof fields);
     if (camera.m_Camera) {
-        for (int i = 0; i < 6; ++i) camera.m_SyncTable.Set(kRoiEntries[i], fields[i]);
+        for (int i = 0; i < 6; ++i) camera.m_SyncTable->Set(kRoiEntries[i], fields[i]);
     }
     ZEL_LOG(camera.m_Logger, kLogTrace, kSet, "zel_roi_bin->XBin:%d zel_roi_bin->YBin:%d", fields[4], fields[5]);
     return true;
@@ -210,33 +210,33 @@ bool ParameterHandlers::ReadTapsValue(ZelCameraControl& camera, unsigned, void* 
 }
 
 bool ParameterHandlers::WriteReadoutSpeedIndex(ZelCameraControl& camera, const void* data) {
-    if (camera.m_Camera) camera.m_SyncTable.Set(CLOCK_SPEED_IDX, LoadInt(data));
+    if (camera.m_Camera) camera.m_SyncTable->Set(CLOCK_SPEED_IDX, LoadInt(data));
     camera.m_ReadoutSpeedIndex = LoadInt(data);
     return true;
 }
 
 bool ParameterHandlers::WriteTapsIndex(ZelCameraControl& camera, const void* data) {
-    if (camera.m_Camera) camera.m_SyncTable.Set(SENSOR_TAPS_IDX, LoadInt(data));
+    if (camera.m_Camera) camera.m_SyncTable->Set(SENSOR_TAPS_IDX, LoadInt(data));
     camera.m_TapsIndex = LoadInt(data);
     return true;
 }
 
 bool ParameterHandlers::WriteFrameCount(ZelCameraControl& camera, const void* data) {
     if (!camera.m_Camera) return true;
-    camera.m_SyncTable.Set(FRAME_COUNT, LoadInt(data));
+    camera.m_SyncTable->Set(FRAME_COUNT, LoadInt(data));
     camera.m_Camera->SetFrameCount(LoadInt(data));
     return true;
 }
 
 bool ParameterHandlers::WriteGain(ZelCameraControl& camera, const void* data) {
-    if (camera.m_Camera) camera.m_SyncTable.Set(VGA_GAIN, LoadInt(data));
+    if (camera.m_Camera) camera.m_SyncTable->Set(VGA_GAIN, LoadInt(data));
     camera.m_TapBalance.SetGain(static_cast<float>(LoadInt(data)));
     return true;
 }
 
 bool ParameterHandlers::WriteHwTriggerSource(ZelCameraControl& camera, const void* data) {
     camera.m_HWTriggerSource = LoadInt(data);
-    if (camera.m_Camera) camera.m_SyncTable.Set(HW_TRIG_SOURCE, LoadInt(data));
+    if (camera.m_Camera) camera.m_SyncTable->Set(HW_TRIG_SOURCE, LoadInt(data));
     return true;
 }
 

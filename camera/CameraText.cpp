@@ -71,6 +71,7 @@ bool ZelCameraControl::SetCameraName(const char* name) {
 
 int ZelCameraControl::TextCommandCommon(const char* text, bool expect_reply) {
     const Callee entry(*this);
+    if (!entry) return 1;
     if (!m_Camera || !text) return 1;
     const platform::ScopedLock exchange(m_ExchangeLock);
     if (!m_TextProtocol.Send(text)) return 1;
@@ -142,9 +143,10 @@ int ZelCameraControl::RecvData(unsigned char* buffer, int num_rx_bytes, int time
 
 bool ZelCameraControl::GetCameraParameter(int index, int* value) {
     const Callee entry(*this);
+    if (!entry) return false;
     // A block entry stores up to 32 bytes; the transport gets the first word.
     alignas(int) char value_or_block[SyncTable::kBlockCapacity] = {};
-    if (!m_Camera || !value || !m_SyncTable.Get(index, value_or_block)) {
+    if (!m_Camera || !value || !m_SyncTable->Get(index, value_or_block)) {
         ZEL_LOG(m_Logger, kLogError, "ZelCameraControlImpl::GetCameraParameter",
                 "***ERROR***: ZelCameraControlImpl::GetCameraParameter() - m_SyncTable.Get() failed\n");
         return false;
@@ -155,8 +157,9 @@ bool ZelCameraControl::GetCameraParameter(int index, int* value) {
 
 bool ZelCameraControl::SyncTapBalanceGain() {
     const Callee entry(*this);
+    if (!entry) return false;
     int gain = 0;
-    if (!m_Camera || !m_SyncTable.Get(VGA_GAIN, &gain)) return false;
+    if (!m_Camera || !m_SyncTable->Get(VGA_GAIN, &gain)) return false;
     m_TapBalance.SetGain(static_cast<float>(gain));
     return true;
 }

@@ -17,7 +17,7 @@ constexpr int kPolarityActiveLow = 1;
 // True writes the source that the application chose last (1 when it chose none), false writes 0.
 void ZelCameraControl::EnableHWTrigger(bool on) {
     const int chosen = m_HWTriggerSource;
-    m_SyncTable.Set(HW_TRIG_SOURCE, on ? (chosen != 0 ? chosen : 1) : 0);
+    m_SyncTable->Set(HW_TRIG_SOURCE, on ? (chosen != 0 ? chosen : 1) : 0);
 }
 
 void ZelCameraControl::CameraCommand(const char* text) { SendText(text); }
@@ -30,6 +30,7 @@ void ZelCameraControl::ArmBySoftware() {
 
 int ZelCameraControl::StartTriggerCommon() {
     const Callee entry(*this);
+    if (!entry) return 1;
     if (!m_Camera) return 1;
     platform::TimerResolution resolution;
     const int type = m_Camera->GetInterfaceType();
@@ -37,7 +38,7 @@ int ZelCameraControl::StartTriggerCommon() {
     const std::uint32_t start = platform::MillisecondClock();
     int state = 0;
     do {
-        m_SyncTable.Get(CALC_STATE, &state);
+        m_SyncTable->Get(CALC_STATE, &state);
         platform::SleepMilliseconds(20);
         if (m_Turns.Interrupted() || platform::MillisecondClock() - start >= kTriggerCalculationLimitMs) return 1;
     } while (state != kCalculationDone);
@@ -62,7 +63,7 @@ int ZelCameraControl::StartTriggerEBus() {
         }
         SendText("trig a on\r\n");
         int polarity = 0;
-        m_SyncTable.Get(HW_TRIG_POLARITY, &polarity);
+        m_SyncTable->Get(HW_TRIG_POLARITY, &polarity);
         SendText(polarity != 0 ? "trig cl lo\r\n" : "trig cl hi\r\n");
         char reply[TextProtocol::kReplyCapacity] = {};
         SendText("arm\r\n", reply);
@@ -73,7 +74,7 @@ int ZelCameraControl::StartTriggerEBus() {
     if (old_firmware || model[0] == '1') {
         SendText("trig a off\r\n");
     } else {
-        if (!m_SyncTable.Set(HW_TRIG_SOURCE, 0)) {
+        if (!m_SyncTable->Set(HW_TRIG_SOURCE, 0)) {
             ZEL_LOG(
                 m_Logger, kLogError, kStartTrigger,
                 "***ERROR***: PleoraEBusInterface::Start() - m_SyncTable.Set(HW_TRIG_SOURCE, HW_TRIG_OFF) failed\n");
@@ -92,7 +93,7 @@ int ZelCameraControl::StartTriggerUsbOrCameraLink(int interface_type) {
     if (m_HWTriggerEnabled) {
         return EnableTriggerUsbOrCameraLink(interface_type) ? 0 : 1;
     }
-    if (!m_SyncTable.Set(HW_TRIG_SOURCE, 0)) {
+    if (!m_SyncTable->Set(HW_TRIG_SOURCE, 0)) {
         // On purpose: the line names HW_TRIG_CL although 0 is written.
         ZEL_LOG(m_Logger, kLogError, kStartTrigger, "***ERROR***: SyncTable.Set(HW_TRIG_SOURCE, HW_TRIG_CL) failed\n");
     }
@@ -111,14 +112,14 @@ bool ZelCameraControl::EnableTriggerUsbOrCameraLink(int interface_type) {
     do {
         if (m_Turns.Interrupted()) return false;
         platform::SleepMilliseconds(100);
-        if (!m_SyncTable.Get(CALC_STATE, &state)) {
+        if (!m_SyncTable->Get(CALC_STATE, &state)) {
             ZEL_LOG(m_Logger, kLogError, kStartTrigger,
                     "***ERROR***: EDTCameraLinkInterface::Start() - m_SyncTable.Get(CALC_STATE) failed - halting\n");
         }
         platform::SleepMilliseconds(20);
     } while (state != kCalculationDone);
     int mode = 0;
-    if (!m_SyncTable.Get(OP_MODE, &mode)) {
+    if (!m_SyncTable->Get(OP_MODE, &mode)) {
         ZEL_LOG(m_Logger, kLogError, kStartTrigger, "***ERROR***: m_SyncTable.Get(OP_MODE) failed");
     }
     const bool usb = interface_type == CAMERA_TYPE_USB;
@@ -126,7 +127,7 @@ bool ZelCameraControl::EnableTriggerUsbOrCameraLink(int interface_type) {
     SendText("trig cl on\r\n");
     if (usb) SendText("trig a on\r\n");
     int polarity = 0;
-    m_SyncTable.Get(HW_TRIG_POLARITY, &polarity);
+    m_SyncTable->Get(HW_TRIG_POLARITY, &polarity);
     const bool low = polarity == kPolarityActiveLow;
     SendText(low ? "trig cl low\r\n" : "trig cl hi\r\n");
     if (usb) SendText(low ? "trig a lo\r\n" : "trig a hi\r\n");
@@ -150,7 +151,7 @@ bool ZelCameraControl::StartTriggerNow() {
         return false;
     }
     if (IsUsbOrCameraLink(m_Camera->GetInterfaceType())) {
-        result = m_SyncTable.Set(TRIGGER_STATE, 1);
+        result = m_SyncTable->Set(TRIGGER_STATE, 1);
         if (!result) {
             // On purpose: a refused trigger state ends the operation with success.
             ZEL_LOG(m_Logger, kLogError, "ZelCameraControl::StartTriggerAcquisition",
@@ -187,7 +188,7 @@ bool ZelCameraControl::StopTriggerNow() {
 
 bool ZelCameraControl::SoftwareTrigger() {
     const Operation entry(*this);
-    return entry && m_Camera && m_SyncTable.Set(SW_TRIG, 1);
+    return entry && m_Camera && m_SyncTable->Set(SW_TRIG, 1);
 }
 
 }  // namespace zel

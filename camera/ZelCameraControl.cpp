@@ -13,7 +13,7 @@ namespace zel {
 ZelCameraControl::ZelCameraControl(ICameraInterface* camera, const char* instance_name)
     : ZelCameraControlImpl(instance_name),
       m_Camera(camera),
-      m_SyncTable(camera, instance_name, m_ExchangeLock),
+      m_SyncTable(std::make_unique<SyncTable>(camera, instance_name, m_ExchangeLock)),
       m_TextProtocol(camera, instance_name, m_ExchangeLock),
       m_TapBalance(m_TextProtocol, instance_name) {
     LogAttributeTranslations("ZelCameraControl::ZelCameraControl");
@@ -48,10 +48,10 @@ bool ZelCameraControl::ResetCamera() {
     const Operation entry(*this);
     if (!entry) return false;
     if (!m_Camera) return false;
-    m_SyncTable.Set(CAMERA_RESET, 1);
+    m_SyncTable->Set(CAMERA_RESET, 1);
     platform::SleepMilliseconds(100);
-    m_SyncTable.Set(H_BIN, 1);
-    m_SyncTable.Set(V_BIN, 1);
+    m_SyncTable->Set(H_BIN, 1);
+    m_SyncTable->Set(V_BIN, 1);
     return true;
 }
 
@@ -70,7 +70,7 @@ bool ZelCameraControl::SetExposureToDefault() {
     if (!entry) return false;
     if (!m_Camera) return false;
     SyncTableAttributes record{};
-    if (m_SyncTable.GetAttribute(EXPOSURE_TIME, &record)) WriteExposure(record.default_value);
+    if (m_SyncTable->GetAttribute(EXPOSURE_TIME, &record)) WriteExposure(record.default_value);
     return true;
 }
 

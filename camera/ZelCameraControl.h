@@ -14,6 +14,7 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <memory>
 
 #include "camera/CameraModels.h"
 #include "camera/ControlTurns.h"
@@ -180,12 +181,13 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
 
     using Text = SharedText::Text;
 
+    using Gate = platform::OperationGate;
+
     // Life-time. Why the gate is shut:
     static constexpr unsigned kClosing = 1;
-    static constexpr unsigned kEnding = 2;           // the SDK is being closed
-    static constexpr unsigned kRetired = 4;          // the transport is not ours any more
-    static constexpr unsigned kLibraryShutDown = 8;  // the transport may be gone with its library
-    using Gate = platform::OperationGate;
+    static constexpr unsigned kEnding = 2;                // the SDK is being closed
+    static constexpr unsigned kRetired = Gate::kForGood;  // the transport is not ours any more
+    static constexpr unsigned kLibraryShutDown = 4;       // the transport may be gone with its library
 
     // A stay of the application in this object; refused while the gate is shut, which leaves an error code.
     struct Operation : Gate::Entry {
@@ -282,7 +284,7 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
         bool Cancelled() override { return m_Camera.ExchangesEnd(); }
         ZelCameraControl& m_Camera;
     } m_ExchangeLock{*this};
-    SyncTable m_SyncTable;
+    std::unique_ptr<SyncTable> m_SyncTable;  // the larger half of the object; a retired one has none
     TextProtocol m_TextProtocol;
     TapBalance m_TapBalance;
     ProgressControl m_Progress;                   // shown while calibration tables come from the camera

@@ -5,7 +5,8 @@
 //     for (int n = sdk->GetNumberOfCameras(), i = 0; i < n; ++i) { ZelCamera* camera = sdk->GetCamera(i); ... }
 //     zel_destroy_sdk(sdk);
 //
-// Nothing here throws. Creation and destruction of the SDK object are expected from one thread.
+// Nothing here throws. Creation and destruction of the SDK object are expected from one thread; everything else may be
+// called on any thread, also inside every callback of the library (ZelCallbacks.h).
 #ifndef ZEL_SDK_H
 #define ZEL_SDK_H
 
@@ -17,16 +18,25 @@ class ZelUtil;
 
 class ZelSDK {
   public:
-    // Creates the camera manager. A second call does nothing. Result: false when memory ran out.
+    // Creates the camera manager. A second call does nothing. While Close() is under way elsewhere this waits for its end.
+    // Result: false when memory ran out, and inside a callback in which Close() was called.
     virtual bool Open();
 
     // Closes every camera, destroys the camera objects, unloads the interface libraries that can shut themselves down
-    // and destroys the camera manager. Every ZelCamera pointer is invalid afterwards. True also when nothing was open.
+    // and destroys the camera manager. True also when nothing was open.
+    //
+    // Calls that are under way end: exchanges with cameras within half a second, searches and callbacks when they return.
+    // This waits for them, so a callback must not wait for a thread that is in here. From the moment it is called every
+    // ZelCamera pointer is invalid for new calls. Inside a callback it returns at once; a thread of the library does the
+    // rest when the callbacks have returned.
     virtual bool Close();
 
     // Looks for cameras anew. Result: how many were found, 0 to 8; 0 before Open(). A camera found again keeps its
-    // object, except one that was plugged in since the last search: take that one anew with GetCamera(); the object
-    // from before stays valid until Close(). Takes the manager's lock (at most 5 s).
+    // object, running or not, also after it was unplugged. Takes the manager's lock (at most 5 s).
+    //
+    // A camera that was closed while it was unplugged and plugged in again has a new object, made when the camera came
+    // back: take it with GetCamera(). The one from before answers false from then on; it stays valid until Close(). An
+    // open camera keeps its object.
     virtual int GetNumberOfCameras();
 
     // The camera object with this number (0 to 7) or null. It belongs to the SDK: close it, never delete it.

@@ -5,6 +5,7 @@ namespace zel::platform {
 OperationGate::Entry::Entry(OperationGate& gate, Kind kind) : m_Gate(gate), m_Kind(kind) {
     const ScopedLock lock(gate.m_Lock);
     if (gate.m_Reasons != 0 && kind == Kind::kOperation) return;
+    if ((gate.m_Reasons & kForGood) != 0 && kind == Kind::kAlways) return;
     m_Inside = true;
     m_Cancellations = gate.m_Cancellations;
     m_Number = gate.m_NextNumber++;

@@ -48,6 +48,9 @@ class OperationGate {
     OperationGate(const OperationGate&) = delete;
     OperationGate& operator=(const OperationGate&) = delete;
 
+    // The one reason for which those are refused, too, who are let in all the same otherwise; closers are not.
+    static constexpr unsigned kForGood = 1u << 31;
+
     // Refuses operations for one more reason, a bit of the owner's choice; open again when every reason is taken back.
     void Shut(unsigned reason);
     void Open(unsigned reason);

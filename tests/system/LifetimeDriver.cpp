@@ -551,7 +551,10 @@ void LifetimeDriver::CheckInside(What what, CallbackKind kind, bool overlapping)
 void LifetimeDriver::DoCloseWithCallInside() {
     enum Call { kInImage, kInText, kInConnect, kLateReply, kNoReply };
     constexpr const char* kCalls[] = {"image callback", "text callback", "connect callback", "late reply", "no reply"};
-    const auto call = static_cast<Call>(Roll(20) == 0 ? unsigned{kNoReply} : Roll(kNoReply));
+    // Beside further threads an exchange does not tell that it is this call's.
+    const auto call = static_cast<Call>(!m_Alone        ? Roll(kLateReply)
+                                        : Roll(20) == 0 ? unsigned{kNoReply}
+                                                        : Roll(kNoReply));
     const unsigned closes = call == kInConnect ? 1 + Roll(2) : Roll(3);
     m_Watchdog.Note(std::string("  ") + kCalls[call] +
                     (closes == 0   ? ": camera"

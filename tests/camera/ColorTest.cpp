@@ -402,7 +402,7 @@ TEST_F(ColorTest, StoppingAtTheScratchpadDoesNotWaitForAThreadThatWaitsForTheFra
         },
         m_Camera.get());
     m_Transport.SetHandler([this](const Bytes& datagram) {
-        for (int i = 0; i < 2000 && !handler_done; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        for (int i = 0; i < 60000 && !handler_done; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(1));
         waited = handler_done;
         return m_Table.Answer(datagram);
     });

@@ -20,7 +20,7 @@ constexpr int kLinesHeight = 50;
 
 template <class Condition>
 bool Becomes(Condition condition) {
-    for (int i = 0; i < 250; ++i) {
+    for (int i = 0; i < 3000; ++i) {
         if (condition()) return true;
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
@@ -127,10 +127,10 @@ TEST_F(ProgressWindowTest, ShowsTheStatusLinesAndNothingBeyondTheirSlots) {
 
 TEST_F(ProgressWindowTest, ClosingItLeavesItInUse) {
     PostMessageA(m_Top, WM_CLOSE, 0, 0);
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    EXPECT_TRUE(IsWindow(m_Top));
     UpdateProgress(&m_Control, 3, 4);
+    // A paint comes after every posted message.
     EXPECT_TRUE(BarShows(75 * 396 / 100, "75 % Complete"));
+    EXPECT_TRUE(IsWindow(m_Top));
 }
 
 // Windows of the test's own thread, which dispatches for them.

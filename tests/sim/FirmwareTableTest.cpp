@@ -74,13 +74,15 @@ TEST(FirmwareTable, RegionsStayOnTheSensor) {
 }
 
 TEST(FirmwareTable, ARecalculationTakesItsTimeAndLetsTheRunBegin) {
-    FirmwareHost host(kModels[0], {40, 1.0});
+    FirmwareHost host(kModels[0], {3600000, 1.0});
     EXPECT_EQ(host.Set(SENSOR_TAPS_IDX, 0), 0);
     EXPECT_EQ(host.Set(CAMERA_STATE, 2), kExceptionRequiresCalc);
     EXPECT_EQ(host.Target().Taps(), 4) << "in force with the recalculation only";
     EXPECT_EQ(host.Set(CALC_STATE, 1), 0);
     EXPECT_EQ(host.Get(CALC_STATE), 1);
-    std::this_thread::sleep_for(std::chrono::milliseconds(60));
+    host.Target().SetCalcDelay(40);
+    EXPECT_EQ(host.Set(CALC_STATE, 1), 0);
+    while (host.Get(CALC_STATE) == 1) std::this_thread::sleep_for(std::chrono::milliseconds(5));
     EXPECT_EQ(host.Get(CALC_STATE), 2);
     EXPECT_EQ(host.Target().Taps(), 1);
     EXPECT_EQ(host.Set(CAMERA_STATE, 2), 0);

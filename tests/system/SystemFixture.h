@@ -28,7 +28,7 @@ class CallCounter {
     }
     bool WaitFor(int calls) {
         std::unique_lock lock(m_Lock);
-        return m_Changed.wait_for(lock, std::chrono::seconds(20), [&] { return m_Calls >= calls; });
+        return m_Changed.wait_for(lock, std::chrono::seconds(60), [&] { return m_Calls >= calls; });
     }
     int Calls() {
         const std::lock_guard lock(m_Lock);

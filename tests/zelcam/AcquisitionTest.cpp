@@ -131,12 +131,17 @@ TEST_F(AcquisitionTest, EmptyPoolIsNamed) {
 }
 
 TEST_F(AcquisitionTest, SoftwareTriggerTakesOneFrameEach) {
+    {
+        Acquisition acquisition(*m_Camera, FrameMode::kEvery, StartMode::kTriggered, m_Settings);
+        for (int i = 0; i < 3; ++i) {
+            ASSERT_TRUE(m_Camera->Get()->SoftwareTrigger());
+            EXPECT_TRUE(acquisition.Next());
+        }
+        acquisition.Stop();
+        EXPECT_EQ(m_Camera->Get()->GetPendingImage(), nullptr);
+    }
     m_Settings.timeout_s = 0.3;
     Acquisition acquisition(*m_Camera, FrameMode::kEvery, StartMode::kTriggered, m_Settings);
-    for (int i = 0; i < 3; ++i) {
-        ASSERT_TRUE(m_Camera->Get()->SoftwareTrigger());
-        EXPECT_TRUE(acquisition.Next());
-    }
     EXPECT_THAT(FailureOfNext(acquisition), HasSubstr("the software trigger brought no frame"));
 }
 

@@ -16,7 +16,7 @@ class EventQueueTest : public testing::Test {
     // The next event; null when none comes.
     Json Next() {
         Json event;
-        m_Queue.Next(event, std::chrono::seconds(5));
+        m_Queue.Next(event, std::chrono::seconds(60));
         return event;
     }
 

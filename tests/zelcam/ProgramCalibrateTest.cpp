@@ -83,6 +83,13 @@ TEST_F(ProgramCalibrate, CheckComparesCameraAndCacheFile) {
     // A cache file that does not agree with the camera is replaced.
     EXPECT_EQ(RunTool("calibrate download --json").Json()["downloaded"], true);
     EXPECT_EQ(RunTool("calibrate check").exit_code, 0);
+
+    // A folder in its place can't be replaced.
+    fs::remove(cache);
+    fs::create_directory(cache);
+    const ToolResult unwritable = RunTool("calibrate download");
+    EXPECT_EQ(unwritable.exit_code, 1) << unwritable.out;
+    EXPECT_THAT(unwritable.err, HasSubstr("came, but are not in its cache files"));
 }
 
 TEST_F(ProgramCalibrate, ExportedFilesImportAsTheSame) {

@@ -47,9 +47,10 @@ class TemporaryFolder {
     TemporaryFolder() {
         static int s_Count = 0;
         const auto now = std::filesystem::file_time_type::clock::now().time_since_epoch().count();
-        m_Path = std::filesystem::temp_directory_path() /
-                 ("zelcam-test-" + std::to_string(now) + "-" + std::to_string(++s_Count));
-        std::filesystem::create_directories(m_Path);
+        do {
+            m_Path = std::filesystem::temp_directory_path() /
+                     ("zelcam-test-" + std::to_string(now) + "-" + std::to_string(++s_Count));
+        } while (!std::filesystem::create_directories(m_Path));  // another program's
     }
     ~TemporaryFolder() {
         std::error_code ignored;

@@ -3,7 +3,7 @@
 #include <iostream>
 
 #include "tools/zelcam/CalibrateActions.h"
-#include "tools/zelcam/CalibrationCamera.h"
+#include "tools/zelcam/CalibrationSource.h"
 #include "tools/zelcam/CameraFacts.h"
 #include "tools/zelcam/Failure.h"
 #include "tools/zelcam/ProgressBar.h"
@@ -46,7 +46,6 @@ class DownloadAction : public Command {
         const Session session;
         const CameraEntry entry = session.Describe(SelectCamera(session.Cameras(), m_Camera));
         if (m_Again) RemoveCache(entry);
-        const auto before = Times(entry);
         WishForCalibration(session, m_Camera);
         const ProgressBar bar("camera " + std::to_string(entry.number), !m_Json);
         OpenCamera camera(session, m_Camera);
@@ -55,30 +54,31 @@ class DownloadAction : public Command {
                           "it has one tap, was never calibrated, or the data were damaged on the way",
                           "see 'zelcam calibrate check'");
         }
-        const bool fetched = Times(entry) != before;
-        Json files = Json::array();
-        for (int speed = 0; speed < kSpeeds; ++speed) {
-            const fs::path path = CacheFile(entry, speed);
-            if (!path.empty()) files.push_back(path.string());
+        const bool downloaded = bar.Reported();
+        const CalibrationSource source = FindCalibrationSource(camera);
+        if (downloaded && source.name != "cache") {
+            throw Failure("the tables of " + camera.Label() + " came, but are not in its cache files", source.why,
+                          "check the calibration folder's rights and the disk's room; every program downloads anew");
         }
-        if (m_Json) {
-            PrintJson(Json{{"camera", ToJson(entry)}, {"downloaded", fetched}, {"cache_files", files}});
-            return kExitSuccess;
-        }
-        std::printf("%s: %s\n", camera.Label().c_str(), fetched ? "downloaded" : "the cache files are right already");
-        for (const Json& file : files) std::printf("%s\n", file.get<std::string>().c_str());
-        if (files.empty()) std::printf("no cache file could be written; the next program will download again\n");
+        Report(entry, downloaded, source);
         return kExitSuccess;
     }
 
   private:
-    static std::vector<fs::file_time_type> Times(const CameraEntry& camera) {
-        std::vector<fs::file_time_type> times;
-        for (int speed = 0; speed < kSpeeds; ++speed) {
-            std::error_code error;
-            times.push_back(fs::last_write_time(CacheFile(camera, speed), error));
+    void Report(const CameraEntry& entry, bool downloaded, const CalibrationSource& source) const {
+        Json files = Json::array();
+        for (int speed = 0; source.name == "cache" && speed < kSpeeds; ++speed) {
+            files.push_back(CacheFile(entry, speed).string());
         }
-        return times;
+        if (m_Json) {
+            PrintJson(Json{{"camera", ToJson(entry)}, {"downloaded", downloaded}, {"cache_files", files}});
+            return;
+        }
+        std::printf("camera %d: %s\n", entry.number,
+                    downloaded      ? "downloaded"
+                    : files.empty() ? ("nothing to download, calibrated from " + source.Text()).c_str()
+                                    : "the cache files are right already");
+        for (const Json& file : files) std::printf("%s\n", file.get<std::string>().c_str());
     }
     static void RemoveCache(const CameraEntry& camera) {
         for (int speed = 0; speed < kSpeeds; ++speed) {

@@ -10,8 +10,10 @@ ProgressBar::ProgressBar(std::string label, bool enabled) : m_Progress(std::move
 
 ProgressBar::~ProgressBar() { zel_set_progress_callback(nullptr, nullptr); }
 
-void ZEL_CALL ProgressBar::Report(const char* line1, const char* line2, int percent, void* bar) {
-    Progress& progress = static_cast<ProgressBar*>(bar)->m_Progress;
+void ZEL_CALL ProgressBar::Report(const char* line1, const char* line2, int percent, void* context) {
+    auto* const bar = static_cast<ProgressBar*>(context);
+    Progress& progress = bar->m_Progress;
+    bar->m_Reported = true;
     try {
         const std::string text = ProgressText(line1, line2, percent);
         text.empty() ? progress.Wipe() : progress.ShowText(text);

@@ -2,6 +2,7 @@
 #ifndef ZELCAM_PROGRESSBAR_H
 #define ZELCAM_PROGRESSBAR_H
 
+#include <atomic>
 #include <string>
 
 #include "include/ZelProgress.h"
@@ -23,10 +24,14 @@ class ProgressBar {
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
 
+    // Whether the SDK has worked at a camera by itself since: it loaded the calibration data.
+    bool Reported() const { return m_Reported; }
+
   private:
-    static void ZEL_CALL Report(const char* line1, const char* line2, int percent, void* bar);
+    static void ZEL_CALL Report(const char* line1, const char* line2, int percent, void* context);
 
     Progress m_Progress;
+    std::atomic<bool> m_Reported{false};
 };
 
 // "Loading primary data... [########............] 42 %"; no bar before there is a percentage, and nothing at

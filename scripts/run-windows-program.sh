@@ -1,0 +1,15 @@
+#!/usr/bin/env bash
+# Runs a program of the Windows product under Wine, with its output and exit code: what CMake and ctest start it with.
+#
+#   scripts/run-windows-program.sh PROGRAM [ARGUMENT...]
+#
+# The first program of a session that opens a window starts Wine's desktop, a process that keeps the output it inherits
+# and stays as long as any program runs. Who reads a pipe to its end would wait for the desktop; so the program writes
+# into a file, and what is in it is passed on until the program ends.
+set -uo pipefail
+output=$(mktemp) || exit 1
+trap 'rm -f "$output"' EXIT
+wine "$@" <&0 >"$output" 2>&1 &
+program=$!
+tail -n +1 -f -s 0.1 --pid="$program" "$output"
+wait "$program"

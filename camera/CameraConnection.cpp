@@ -39,6 +39,7 @@ bool ZelCameraControl::OpenNow() {
         ZEL_LOG(m_Logger, kLogError, kOpen, "ZelCameraControl::Open() - m_Camera->Stop() failed");
         return false;
     }
+    if (m_DisconnectOwed.exchange(false)) ReleaseImagePool();
     m_CameraOpened = 1;  // when somebody closes meanwhile, that comes next
     ZEL_LOG(m_Logger, kLogTrace, kOpen, "ZelCameraControl::Open() - EXIT");
     return true;
@@ -71,9 +72,10 @@ bool ZelCameraControl::CloseNow(bool inside) {
         return false;
     }
     m_Stopped = true;
-    // A transport that was not disconnected may be filling a record.
+    // A transport that was not disconnected may be filling a record: all go at the next connection, when it has
+    // stopped.
     m_DisconnectOwed = !reachable;
-    if (reachable) ReleaseImagePool();
+    reachable ? ReleaseImagePool() : m_ImageManager.FreeAllPendingImages();
     m_CameraOpened = 0;
     m_Gate.Open(kClosing);
     ZEL_LOG(m_Logger, kLogTrace, kClose, "ZelCameraControl::Close() - EXIT");

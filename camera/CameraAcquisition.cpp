@@ -23,10 +23,7 @@ constexpr std::uint64_t kLargestFrameBytes = 1u << 30;
 
 bool ZelCameraControl::Start() {
     if (!m_Camera) return false;
-    const bool inside = Inside();
-    const Operation entry(*this);
-    if (!entry) return false;
-    const Turn turn(*this, ControlTurns::Wish::kStart, inside);
+    const Turn turn(*this, ControlTurns::Wish::kStart);
     return turn.Taken() && StartNow();
 }
 
@@ -65,10 +62,7 @@ bool ZelCameraControl::SetWithRetries(int index, int value, const char* function
 
 bool ZelCameraControl::Stop() {
     if (!m_Camera) return false;
-    const bool inside = Inside();
-    const Operation entry(*this);
-    if (!entry) return false;
-    const Turn turn(*this, ControlTurns::Wish::kStop, inside);
+    const Turn turn(*this, ControlTurns::Wish::kStop);
     return turn.Taken() ? StopNow() : turn.Left();
 }
 

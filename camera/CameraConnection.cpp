@@ -14,10 +14,7 @@ constexpr const char* kConnect = "ZelCameraControl::ConnectCommon";
 bool ZelCameraControl::Open() {
     ZEL_LOG(m_Logger, kLogTrace, kOpen, "ZelCameraControl::Open() - ENTRY");
     if (!m_Camera) return false;
-    const bool inside = Inside();
-    const Operation entry(*this);
-    if (!entry) return false;
-    const Turn turn(*this, ControlTurns::Wish::kStart, inside);
+    const Turn turn(*this, ControlTurns::Wish::kStart);
     return turn.Taken() && OpenNow();
 }
 
@@ -48,13 +45,8 @@ bool ZelCameraControl::OpenNow() {
 bool ZelCameraControl::Close() {
     ZEL_LOG(m_Logger, kLogTrace, kClose, "ZelCameraControl::Close() - ENTRY");
     if (!m_Camera) return false;
-    const bool inside = Inside();
-    const Gate::Entry entry(m_Gate, Gate::Kind::kCloser);
-    // A connection that is under way, and whoever waits for a reply, gives up.
-    m_Gate.Shut(kClosing);
-    m_Gate.Cancel();
-    const Turn turn(*this, ControlTurns::Wish::kClose, inside);
-    return turn.Taken() ? CloseNow(inside) : turn.Left();
+    const Turn turn(*this, ControlTurns::Wish::kClose);
+    return turn.Taken() ? CloseNow(turn.Inside()) : turn.Left();
 }
 
 // With the turn in control. A thread inside a callback waits for nobody: operations of others that are still under way

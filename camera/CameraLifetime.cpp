@@ -7,8 +7,20 @@ ZelCameraControl::Operation::Operation(ZelCameraControl& camera) : Entry(camera.
     if (!*this) camera.StoreError(ZEL_ERROR_CAMERA_COMM_FAILURE);
 }
 
-ZelCameraControl::Turn::Turn(ZelCameraControl& camera, ControlTurns::Wish wish, bool inside)
-    : m_Camera(camera), m_Inside(inside), m_Answer(camera.m_Turns.Take(wish, inside)) {
+// Whoever closes is let in, and what is under way comes to an end: a connection, and whoever waits for a reply.
+ZelCameraControl::Turn::Turn(ZelCameraControl& camera, ControlTurns::Wish wish)
+    : m_Camera(camera),
+      m_Inside(camera.Inside()),
+      m_Entry(camera.m_Gate, wish == ControlTurns::Wish::kClose ? Gate::Kind::kCloser : Gate::Kind::kOperation) {
+    if (!m_Entry) {
+        camera.StoreError(ZEL_ERROR_CAMERA_COMM_FAILURE);
+        return;
+    }
+    if (wish == ControlTurns::Wish::kClose) {
+        camera.m_Gate.Shut(kClosing);
+        camera.m_Gate.Cancel();
+    }
+    m_Answer = camera.m_Turns.Take(wish, m_Inside);
     if (m_Answer == ControlTurns::Answer::kRefused) camera.StoreError(ZEL_ERROR_UNSUPPORTED);
 }
 

@@ -136,10 +136,7 @@ bool ZelCameraControl::EnableTriggerUsbOrCameraLink(int interface_type) {
 
 bool ZelCameraControl::StartTriggerAcquisition() {
     if (!m_Camera) return false;
-    const bool inside = Inside();
-    const Operation entry(*this);
-    if (!entry) return false;
-    const Turn turn(*this, ControlTurns::Wish::kStart, inside);
+    const Turn turn(*this, ControlTurns::Wish::kStart);
     return turn.Taken() && StartTriggerNow();
 }
 
@@ -166,11 +163,8 @@ bool ZelCameraControl::StartTriggerNow() {
 // With 1 the camera is armed anew, which stops nothing.
 bool ZelCameraControl::StopTriggerAcquisition(int flag) {
     if (!m_Camera) return false;
-    const bool inside = Inside();
-    const Operation entry(*this);
-    if (!entry) return false;
     const bool rearm = flag == 1;
-    const Turn turn(*this, rearm ? ControlTurns::Wish::kStart : ControlTurns::Wish::kStopTrigger, inside);
+    const Turn turn(*this, rearm ? ControlTurns::Wish::kStart : ControlTurns::Wish::kStopTrigger);
     if (!turn.Taken()) return turn.Left();
     if (!rearm) return StopTriggerNow();
     CameraCommand("cam.stop");

@@ -205,17 +205,19 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     // A turn in control of the camera. At its end what others left for it is done.
     class Turn {
       public:
-        Turn(ZelCameraControl& camera, ControlTurns::Wish wish, bool inside);
+        Turn(ZelCameraControl& camera, ControlTurns::Wish wish);
         ~Turn();
         Turn(const Turn&) = delete;
         Turn& operator=(const Turn&) = delete;
         bool Taken() const { return m_Answer == ControlTurns::Answer::kTurn; }
         bool Left() const { return m_Answer == ControlTurns::Answer::kLeft; }
+        bool Inside() const { return m_Inside; }  // the caller was inside the camera already
 
       private:
         ZelCameraControl& m_Camera;
         const bool m_Inside;
-        const ControlTurns::Answer m_Answer;
+        const Gate::Entry m_Entry;
+        ControlTurns::Answer m_Answer = ControlTurns::Answer::kRefused;
     };
     bool ExchangesEnd();
     bool TransportIsOurs() { return !m_Gate.IsShut(kRetired | kLibraryShutDown); }

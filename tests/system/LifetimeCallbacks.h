@@ -87,8 +87,7 @@ class LifetimeCallbacks {
     void Own(CallbackSet& set) {
         for (int kind = 0; kind < kCallbackKinds; ++kind) {
             Callback& callback = set.of[static_cast<std::size_t>(kind)];
-            callback.all = this;
-            callback.kind = kind;
+            if (!callback.all) callback.all = this, callback.kind = kind;  // before the first call of it
             callback.over = false;
         }
     }

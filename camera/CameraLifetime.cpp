@@ -14,6 +14,8 @@ ZelCameraControl::Turn::Turn(ZelCameraControl& camera, ControlTurns::Wish wish)
       m_Entry(camera.m_Gate, wish == ControlTurns::Wish::kClose ? Gate::Kind::kCloser : Gate::Kind::kOperation) {
     if (!m_Entry) {
         camera.StoreError(ZEL_ERROR_CAMERA_COMM_FAILURE);
+        // The transport could not be told; should it go on, nobody hears of it until the next start.
+        if (wish != ControlTurns::Wish::kStart) camera.m_Stopped = true;
         return;
     }
     if (wish == ControlTurns::Wish::kClose) {

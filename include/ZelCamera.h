@@ -47,8 +47,8 @@ class ZelCamera {
     // Restarts the camera's firmware and takes back the binning.
     virtual bool ResetCamera();
 
-    // The oldest frame that waits, post-processed and stamped with the time of hand-over, or null. The record is the
-    // application's until FreeImage().
+    // The oldest frame that waits, post-processed and stamped with the time of hand-over, or null: also while the
+    // camera is being closed, and when the pool changed meanwhile. The record is the application's until FreeImage().
     virtual ZelImage* GetPendingImage();
     // The newest frame that waits, in the same way; every older one goes back to the pool unseen.
     virtual ZelImage* GetLastPendingImage();

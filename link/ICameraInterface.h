@@ -10,9 +10,10 @@
 // Disconnect on another thread no thread of the transport is inside the camera object, and none fills a record.
 //
 // The object dies in destroy_camera_interface and nowhere else, after SetCameraCommon(null), which returns when no call
-// of the camera object is under way any more on another thread. (When its library was shut down by a search in between
-// and nothing came from the transport since, it is destroyed without that call and while the camera object still
-// lives.) SetCameraCommon with another camera object, SetCameraObject and GetCameraObject store and answer, no more.
+// of the camera object is under way any more on another thread. It makes none on its own before Connect. (When its
+// library was shut down by a search in between and nothing came from the transport since, it is destroyed without that
+// call and while the camera object still lives.) SetCameraCommon with another camera object, SetCameraObject and
+// GetCameraObject store and answer, no more.
 #ifndef LINK_ICAMERAINTERFACE_H
 #define LINK_ICAMERAINTERFACE_H
 

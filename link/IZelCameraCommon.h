@@ -1,7 +1,8 @@
 // What a transport may ask of the camera object it belongs to: the camera object's second interface. A transport gets
 // the pointer through ICameraInterface::SetCameraCommon() and calls it on threads of its own.
 //
-// While the camera is being closed GetFreeImage() answers null and the handlers do nothing; everything else is done.
+// While the camera is being closed GetFreeImage() and GetPendingImage() answer null and the handlers do nothing;
+// everything else is done.
 #ifndef LINK_IZELCAMERACOMMON_H
 #define LINK_IZELCAMERACOMMON_H
 

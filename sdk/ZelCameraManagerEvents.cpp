@@ -1,5 +1,5 @@
 // Hot-plug events: a plug-in reports one on a thread of its own, the tables follow, the application is told. No lock is
-// held while a plug-in, a camera or the application is called.
+// held while the application is called; the adoption lock while a transport gets its camera object.
 #include <cstring>
 
 #include "sdk/Adoption.h"

@@ -8,3 +8,9 @@ function(zel_recorded_test name)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${ZEL_RECORDED_FOLDER})
     add_dependencies(${name} zel_recording_log)
 endfunction()
+
+# A check that lacks its tool is reported as skipped, with the reason.
+function(zel_skip_test name reason)
+    add_test(NAME ${name} COMMAND ${CMAKE_COMMAND} -E echo "SKIPPED: ${reason}")
+    set_tests_properties(${name} PROPERTIES SKIP_REGULAR_EXPRESSION "SKIPPED: ")
+endfunction()

@@ -3,10 +3,10 @@
 //
 // Inside a callback every operation may be called, on its camera, on others and on the SDK. Stop() and Close() of the
 // camera take effect at once: the callback is the last one, and the frame in it stays readable until it returns; when
-// another thread is in Open(), Start(), Stop() or Close() of that camera, that operation does it. Open() and Start() are
-// false then. ZelSDK::Close() and zel_destroy_sdk() are finished after the callback has returned (ZelSDK.h). A callback
-// must not wait for a thread that is in Stop() or Close(), and callbacks of two cameras must not stop or close each
-// other's camera. A callback that is replaced or switched off may still be running on another thread.
+// another thread is in Open(), Start(), Stop() or Close() of that camera, that operation does it. Open() and Start()
+// are false then. ZelSDK::Close() and zel_destroy_sdk() are finished after the callback has returned (ZelSDK.h). A
+// callback must not wait for a thread that is in Stop() or Close(), and callbacks of two cameras must not stop or close
+// each other's camera. A callback that is replaced or switched off may still be running on another thread.
 #ifndef ZEL_CALLBACKS_H
 #define ZEL_CALLBACKS_H
 
@@ -27,9 +27,9 @@ class ZelColorImage;
 #define ZEL_IMAGE_NOTIFICATION_PENDING 0
 #define ZEL_IMAGE_NOTIFICATION_EVENT 1
 
-// A camera was plugged in or unplugged; called on a thread of the plug-in. Searching, opening and closing cameras, closing
-// and destroying the SDK and setting another callback are all right inside. The texts stay valid until the camera list is built again. `camera_index` is
-// the number that ZelSDK::GetCamera() takes.
+// A camera was plugged in or unplugged; called on a thread of the plug-in. Searching, opening and closing cameras,
+// closing and destroying the SDK and setting another callback are all right inside. The texts stay valid until the
+// camera list is built again. `camera_index` is the number that ZelSDK::GetCamera() takes.
 typedef void(ZEL_CALL* ZelCameraConnectCallback)(int event_id, int camera_index, const char* name,
                                                  const char* serial_number, const char* interface_type, void* context);
 

@@ -18,17 +18,17 @@ class ZelUtil;
 
 class ZelSDK {
   public:
-    // Creates the camera manager. A second call does nothing. While Close() is under way elsewhere this waits for its end.
-    // Result: false when memory ran out, and inside a callback in which Close() was called.
+    // Creates the camera manager. A second call does nothing. While Close() is under way elsewhere this waits for its
+    // end. Result: false when memory ran out, and inside a callback in which Close() was called.
     virtual bool Open();
 
     // Closes every camera, destroys the camera objects, unloads the interface libraries that can shut themselves down
     // and destroys the camera manager. True also when nothing was open.
     //
-    // Calls that are under way end: exchanges with cameras within half a second, searches and callbacks when they return.
-    // This waits for them, so a callback must not wait for a thread that is in here. From the moment it is called every
-    // ZelCamera pointer is invalid for new calls. Inside a callback it returns at once; a thread of the library does the
-    // rest when the callbacks have returned.
+    // Calls that are under way end: exchanges with cameras within half a second, searches and callbacks when they
+    // return. This waits for them, so a callback must not wait for a thread that is in here. From the moment it is
+    // called every ZelCamera pointer is invalid for new calls. Inside a callback it returns at once; a thread of the
+    // library does the rest when the callbacks have returned.
     virtual bool Close();
 
     // Looks for cameras anew. Result: how many were found, 0 to 8; 0 before Open(). A camera found again keeps its

@@ -1,6 +1,6 @@
 // The transport object: how the SDK talks to one physical camera. A camera interface library (a plug-in) creates one
-// per camera and destroys it; the SDK only holds it. Write one of these to bring a new kind of link to the SDK; sim/ is
-// the reference.
+// per camera and destroys it; the SDK only holds it. Write one of these to bring a new kind of link to the SDK;
+// devices/sim/ is the reference.
 //
 // The SDK serialises SendData/RecvData pairs of one camera. Order of calls: SetCameraCommon once; Connect, then Stop,
 // at open; exchanges; Start or StartTrigger and Stop around acquisitions; Disconnect at close.

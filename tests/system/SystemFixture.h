@@ -9,10 +9,10 @@
 #include <mutex>
 #include <string>
 
+#include "devices/sim/link/SimControl.h"
 #include "include/ZelCamera.h"
 #include "include/ZelSDK.h"
 #include "platform/DynamicLibrary.h"
-#include "sim/SimControl.h"
 
 namespace zel::test {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "sim/Scene.h"
+#include "devices/sim/scene/Scene.h"
 
 namespace {
 

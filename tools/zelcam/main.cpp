@@ -2,8 +2,8 @@
 #include <cstdio>
 #include <exception>
 
-#include "tools/zelcam/CommandLine.h"
-#include "tools/zelcam/Failure.h"
+#include "tools/zelcam/commands/CommandLine.h"
+#include "tools/zelcam/text/Failure.h"
 
 int main(int argc, char** argv) {
     try {

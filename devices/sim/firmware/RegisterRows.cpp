@@ -1,0 +1,155 @@
+#include "devices/sim/firmware/RegisterRows.h"
+
+#include <climits>
+#include <cstring>
+
+namespace zel::sim {
+
+namespace {
+
+using Type = RegisterType;
+using Access = RegisterAccess;
+
+constexpr RegisterRow Number(int index, int minimum, int maximum, int default_value) {
+    return {index, Type::kInteger, Access::kWritable, false, minimum, maximum, default_value};
+}
+constexpr RegisterRow State(int index, int minimum, int maximum, int default_value) {
+    return {index, Type::kInteger, Access::kReadOnly, false, minimum, maximum, default_value};
+}
+constexpr RegisterRow Constant(int index, int value) {
+    return {index, Type::kInteger, Access::kConstant, false, value, value, value};
+}
+constexpr RegisterRow Text(int index, Access access = Access::kConstant) {
+    return {index, Type::kText, access, false, 0, 127, 0};
+}
+constexpr RegisterRow ColorText(int index) { return {index, Type::kText, Access::kConstant, true, 0, 127, 0}; }
+constexpr RegisterRow ColorNumber(int index, int minimum, int maximum) {
+    return {index, Type::kInteger, Access::kConstant, true, minimum, maximum, 0};
+}
+constexpr RegisterRow Matrix(int index, int default_value) {
+    return {index, Type::kDouble, Access::kWritable, true, -16, 16, default_value};
+}
+
+constexpr int kLongestTime = 2000000000;  // microseconds
+
+// Bounds that are 0 here and depend on the sensor are filled in by the Registers of a camera.
+constexpr std::array<RegisterRow, SYNC_TABLE_SELECT_MAX> kRows{{
+    Number(HOST_PORT_PROTOCOL, 0, 3, 0),
+    Text(FW_VERSION),
+    Constant(HW_VERSION, 3),
+    Text(HW_MODEL),
+    Text(SERIAL_NUMBER),
+    Text(CAMERA_NAME, Access::kWritable),
+    Number(CAMERA_STATE, 0, 2, 0),
+    State(EXPOSURE_STATE, 0, 2, 0),
+    Number(TRIGGER_STATE, 0, 1, 0),
+    Number(EXPOSURE_TIME, 1, kLongestTime, 10000),
+    State(EXPOSURE_ACTUAL, 1, kLongestTime, 10000),
+    Number(CLOCK_SPEED_IDX, 0, 1, 0),
+    State(CLOCK_SPEED_VAL, 20, 40, 20),
+    Constant(H_SIZE, 0),
+    Constant(V_SIZE, 0),
+    Number(H_BIN, 1, 128, 1),
+    Number(V_BIN, 1, 128, 1),
+    Number(H_ROI_ORIGIN, 0, 0, 0),
+    Number(H_ROI_PIXELS, 1, 0, 0),
+    Number(V_ROI_ORIGIN, 0, 0, 0),
+    Number(V_ROI_PIXELS, 1, 0, 0),
+    Number(FRAME_COUNT, 0, INT_MAX, 0),
+    State(CURRENT_FRAME, 0, INT_MAX, 0),
+    Number(OP_MODE, 0, 7, 0),
+    Number(CDS_GAIN_IDX, 0, 2, 0),
+    State(CDS_GAIN_VAL, 0, 6, 0),
+    Number(VGA_GAIN, 0, 1023, 0),
+    Number(OB_LEVEL, 0, 1023, 64),
+    Number(COOLING_MODE, 0, 2, 0),
+    State(SENSOR_TEMP, -1000, 1000, 250),
+    Number(QX_OPTION_MODE, 0, 1, 0),
+    Number(TDI_TRIGGERS, 0, 65535, 0),
+    Number(TDI_LINESHIFTS, 0, 65535, 0),
+    Number(TDI_TRIM_MODE, 0, 1, 0),
+    Number(TDI_TRIM_LINES, 0, 65535, 0),
+    Number(SENSOR_TAPS_IDX, 0, 0, 0),
+    State(SENSOR_TAPS_VAL, 1, 4, 1),
+    Number(CALC_STATE, 0, 2, 2),
+    Number(TURBO_MODE, 0, 1, 0),
+    Constant(PIXEL_SIZE, 0),
+    Constant(BITS_PER_PIXEL, 0),
+    Constant(BYTES_PER_PIXEL, 2),
+    State(FRAME_RATE, 0, INT_MAX, 0),
+    State(FRAME_TIME, 0, INT_MAX, 0),
+    State(READOUT_TIME, 0, INT_MAX, 0),
+    Number(CAMERA_RESET, 0, 1, 0),
+    Constant(SVN_REVISION, 0x30312E32),  // the text "2.10" in the order of the wire
+    Number(HW_TRIG_SOURCE, 0, 2, 0),
+    Number(HW_TRIG_POLARITY, 0, 1, 0),
+    Number(SW_TRIG, 0, 1, 0),
+    Number(FPGA_INHIBIT, 0, 1, 0),
+    Constant(H_RO_PIXELS, 0),
+    Number(IMAGE_METADATA, 0, 1, 0),
+    Number(TDI_LINE_SHIFT_TIME, 0, kLongestTime, 0),
+    Number(TDI_LINE_READ_TIME, 0, kLongestTime, 0),
+    Constant(V_RO_LINES, 0),
+    Number(TDI_AF, 0, 1, 0),
+    Constant(HW_SKU, 1000),
+    Constant(FEATURESVALID, 1),
+    Constant(FEATURELIST, 0x07),
+    Number(RESERVED_NEW_A, INT_MIN, INT_MAX, 0),
+    Number(RESERVED_NEW_B, INT_MIN, INT_MAX, 0),
+    Number(RESERVED_NEW_C, INT_MIN, INT_MAX, 0),
+    Number(SET_AMP_FILTER, 0, 3, 0),
+    Number(SET_AVG_MODE, 0, 3, 0),
+    Number(SET_STROBE_DELAY, 0, 1000000, 0),
+    Number(TDI_EXP_COR, 0, 1, 0),
+    Matrix(CCM_1_1, 1),
+    Matrix(CCM_1_2, 0),
+    Matrix(CCM_1_3, 0),
+    Matrix(CCM_2_1, 0),
+    Matrix(CCM_2_2, 1),
+    Matrix(CCM_2_3, 0),
+    Matrix(CCM_3_1, 0),
+    Matrix(CCM_3_2, 0),
+    Matrix(CCM_3_3, 1),
+    ColorText(IR_FILTER),
+    ColorText(CFA_TYPE),
+    ColorNumber(CFA_PHASE, 0, 4),
+    ColorText(CCM_OUTPUT_COLOR_SPACE),
+    Matrix(DWB_1_1, 1),
+    Matrix(DWB_1_2, 0),
+    Matrix(DWB_1_3, 0),
+    Matrix(DWB_2_1, 0),
+    Matrix(DWB_2_2, 1),
+    Matrix(DWB_2_3, 0),
+    Matrix(DWB_3_1, 0),
+    Matrix(DWB_3_2, 0),
+    Matrix(DWB_3_3, 1),
+}};
+
+constexpr bool RowsInOrder() {
+    for (int i = 0; i < SYNC_TABLE_SELECT_MAX; ++i) {
+        if (kRows[static_cast<unsigned>(i)].index != i) return false;
+    }
+    return true;
+}
+static_assert(RowsInOrder(), "a row stands at the position of its index");
+
+constexpr const char* kNames[] = {
+#define ZEL_SIM_NAME(name) #name,
+    ZEL_SYNC_TABLE_ENTRIES(ZEL_SIM_NAME)
+#undef ZEL_SIM_NAME
+};
+
+}  // namespace
+
+const std::array<RegisterRow, SYNC_TABLE_SELECT_MAX>& RegisterRows() { return kRows; }
+
+const char* RegisterName(int index) { return index >= 0 && index < SYNC_TABLE_SELECT_MAX ? kNames[index] : "?"; }
+
+int RegisterIndex(const char* name) {
+    for (int i = 0; i < SYNC_TABLE_SELECT_MAX; ++i) {
+        if (std::strcmp(kNames[i], name) == 0) return i;
+    }
+    return -1;
+}
+
+}  // namespace zel::sim

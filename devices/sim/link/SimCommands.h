@@ -1,0 +1,16 @@
+// The commands of the control interface.
+#ifndef SIM_SIMCOMMANDS_H
+#define SIM_SIMCOMMANDS_H
+
+#include <string>
+
+#include "devices/sim/link/SimBus.h"
+
+namespace zel::sim {
+
+// Does one command. False: it is wrong or failed, and `answer` says why.
+bool RunSimCommand(SimBus& bus, const std::string& command, std::string& answer);
+
+}  // namespace zel::sim
+
+#endif

@@ -1,0 +1,65 @@
+#include "devices/sim/scene/PictureDecoder.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <new>
+
+// Without vector code both products decode a JPEG file to the same samples.
+#define STB_IMAGE_IMPLEMENTATION
+#define STB_IMAGE_STATIC
+#define STBI_ONLY_PNG
+#define STBI_ONLY_JPEG
+#define STBI_NO_STDIO
+#define STBI_NO_SIMD
+#define STBI_NO_LINEAR
+#define STBI_MAX_DIMENSIONS 32768
+#include <stb/stb_image.h>
+
+namespace zel::sim {
+namespace {
+
+constexpr std::uintmax_t kLargestFile = std::uintmax_t{1} << 29;
+
+bool ReadFile(const std::string& path, std::vector<char>& bytes, std::string& reason) {
+    try {
+        const std::filesystem::path file(std::u8string(path.begin(), path.end()));
+        if (!std::filesystem::is_regular_file(file)) return reason = "no such file", false;
+        if (std::filesystem::file_size(file) > kLargestFile) return reason = "too large", false;
+        std::ifstream stream(file, std::ios::binary);
+        if (!stream) return reason = "can't be opened", false;
+        bytes.assign(std::istreambuf_iterator<char>(stream), {});
+        return true;
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& error) {
+        reason = error.what();
+        return false;
+    }
+}
+
+}  // namespace
+
+bool DecodePicture(const std::string& path, DecodedPicture& picture, std::string& reason) {
+    std::vector<char> bytes;
+    if (!ReadFile(path, bytes, reason)) return false;
+    int width = 0;
+    int height = 0;
+    int channels = 0;
+    const std::unique_ptr<stbi_us, void (*)(void*)> samples(
+        stbi_load_16_from_memory(reinterpret_cast<const stbi_uc*>(bytes.data()), static_cast<int>(bytes.size()), &width,
+                                 &height, &channels, 3),
+        stbi_image_free);
+    if (!samples || width <= 0 || height <= 0) {
+        const char* why = stbi_failure_reason();
+        reason = why ? why : "not a picture";
+        return false;
+    }
+    picture.width = static_cast<std::size_t>(width);
+    picture.height = static_cast<std::size_t>(height);
+    picture.rgb.assign(samples.get(), samples.get() + picture.width * picture.height * 3);
+    return true;
+}
+
+}  // namespace zel::sim

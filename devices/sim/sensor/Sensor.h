@@ -1,0 +1,75 @@
+// The simulated image sensor: turns a scene into frames of 16-bit samples, in physical units.
+//
+//     photons --quantum efficiency--> electrons --conversion gain--> millivolts --taps, analog gain, ADC--> counts
+//
+// Shot noise, dark current, read noise and the black level are those of the model's data.
+#ifndef SIM_SENSOR_H
+#define SIM_SENSOR_H
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+
+#include "devices/sim/sensor/TapGains.h"
+
+namespace zel::sim {
+
+// What does not change while the camera exists.
+struct SensorModel {
+    unsigned width = 0;  // pixels
+    unsigned height = 0;
+    int bits = 14;               // of the ADC
+    int cfa_phase = 0;           // 0 = monochrome; 1 to 4: color of the top-left pixel (1 red, 2 blue, 3 and 4 green)
+    double full_well = 30000.0;  // electrons
+    double conversion = 0.05;    // millivolts per electron
+    double quantum_efficiency = 0.6;  // electrons per photon
+    double read_noise = 6.0;          // electrons, root mean square
+    double dark_current = 2.0;        // electrons per pixel and second at 25 degrees Celsius; doubles every 6 degrees
+    double photon_flux = 1.0e6;       // photons per pixel and second from a scene value of 1.0
+    std::uint64_t seed = 1;
+    std::string scene = "builtin";  // or the path of a PNG or JPEG file
+    CalibrationData taps;           // how the taps differ; empty: they do not
+};
+
+// What the camera's registers say at the time of a frame.
+struct SensorSettings {
+    double exposure_us = 10000.0;
+    double gain = 0.0;          // VGA steps of 0.0358 dB over a base gain of 5.5 dB
+    double black_level = 64.0;  // counts
+    double temperature = 25.0;  // degrees Celsius
+    TapReadout readout{};
+
+    bool operator==(const SensorSettings&) const = default;
+};
+
+// How much work a frame costs.
+enum class SensorFill {
+    kNoise,   // the full model, every frame different
+    kStatic,  // one frame of the full model, repeated, its number written into the first samples
+    kNone     // only the frame number is written; the rest of the buffer stays as it is
+};
+
+class Sensor {
+  public:
+    explicit Sensor(const SensorModel& model);
+    ~Sensor();
+    Sensor(const Sensor&) = delete;
+    Sensor& operator=(const Sensor&) = delete;
+
+    const SensorModel& Model() const;
+
+    // Renders frame number `frame` into `image`, width * height samples, row after row, the picture as it lies on the
+    // sensor. The same model, settings and number give the same frame, in both products. Frames of one sensor are
+    // rendered by one thread. The scene is looked at before the first frame that shows it. A buffer of fewer samples
+    // stays as it is; without memory for the scene a frame is black.
+    void Render(const SensorSettings& settings, SensorFill fill, std::uint64_t frame, std::span<std::uint16_t> image);
+
+  private:
+    struct State;
+    std::unique_ptr<State> m_State;
+};
+
+}  // namespace zel::sim
+
+#endif

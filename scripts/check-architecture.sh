@@ -1,0 +1,56 @@
+#!/usr/bin/env bash
+# Holds the order of the folders: each may include itself and what stands behind its name here, nothing else. A folder
+# that is named with a path is a room with walls of its own. Prints every include that goes against an arrow.
+cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
+export LC_ALL=C
+allowed='
+include
+platform
+kernels
+sdk/Logger:         include platform
+logger:             include platform
+link:               include platform sdk/Logger
+util:               include platform sdk/Logger
+tapbalance:         kernels link platform sdk/Logger
+image:              include kernels platform tapbalance sdk/Logger
+camera:             image include link platform tapbalance util sdk/Logger
+sdk:                camera include link platform util sdk/Logger
+devices/sim/scene:    platform
+devices/sim/sensor:   include link platform devices/sim/scene
+devices/sim/firmware: include link platform devices/sim/scene devices/sim/sensor
+devices/sim/link:     include link platform devices/sim/sensor devices/sim/firmware
+devices/sim/plugins:  include link platform devices/sim/link
+tools/zelcam/text:        include platform
+tools/zelcam/camera:      include tools/zelcam/text
+tools/zelcam/calibration: include platform tapbalance tools/zelcam/text tools/zelcam/camera
+tools/zelcam/frames:      include tools/zelcam/text tools/zelcam/camera
+tools/zelcam/commands:    include platform tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames
+tools/zelcam:             tools/zelcam/text tools/zelcam/commands
+tools/plugin_check:       include link platform
+tools/scene_picture:      devices/sim/scene
+examples:                 include
+'
+# The public headers are for any compiler and any standard library: they include each other alone.
+folders=$(awk -F'[:/]' 'NF { print $1 }' <<<"$allowed" | sort -u)
+{ grep -rnE '^ *# *include +"' --include='*.h' --include='*.cpp' $folders; grep -rnE '^ *# *include +<' include; } |
+awk -v allowed="$allowed" '
+    function room(path,  best, r) {
+        best = path ~ /\// ? "" : "include"
+        for (r in known) if (index(path, r "/") == 1 || index(path, r ".") == 1) if (length(r) > length(best)) best = r
+        return best
+    }
+    BEGIN {
+        n = split(allowed, lines, "\n")
+        for (i = 1; i <= n; i++) {
+            m = split(lines[i], words, /[: ]+/)
+            known[words[1]]
+            for (j = 1; j <= m; j++) may[words[1], words[j]]
+        }
+    }
+    {
+        split($0, part, ":")
+        target = $0; sub(/.*# *include +["<]/, "", target); sub(/[">].*/, "", target)
+        from = room(part[1]); to = $0 ~ /include +</ ? "the system" : room(target)
+        if (!((from, to) in may)) { print part[1] ":" part[2] ": " from " may not include " target; bad = 1 }
+    }
+    END { if (!NR) print "no includes found"; exit bad || !NR }'

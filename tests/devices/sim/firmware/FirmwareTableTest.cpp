@@ -1,0 +1,92 @@
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstring>
+#include <thread>
+
+#include "link/ICameraInterface.h"
+#include "tests/devices/sim/firmware/FirmwareHost.h"
+
+namespace zel::sim {
+namespace {
+
+const CameraModel kModels[] = {ModelOfLink(CAMERA_TYPE_EDT_CAMERA_LINK, 0), ModelOfLink(CAMERA_TYPE_PLEORA_EBUS, 0),
+                               ModelOfLink(CAMERA_TYPE_USB, 0), ModelOfLink(CAMERA_TYPE_USB, 1)};
+
+// Every entry of every model: reading, attributes and writing agree with its row.
+TEST(FirmwareTable, EveryEntryKeepsItsRangeAndItsAccess) {
+    for (const CameraModel& model : kModels) {
+        for (const RegisterRow& row : RegisterRows()) {
+            SCOPED_TRACE(std::string(model.model_text) + ' ' + RegisterName(row.index));
+            FirmwareHost host(model);
+            Bytes value, record, reply;
+            const int refused = row.color_only && !model.Color() ? kExceptionBadIndex : 0;
+            EXPECT_EQ(host.Request(SYNC_TABLE_CMD_GET, row.index, {}, value), refused);
+            EXPECT_EQ(host.Request(SYNC_TABLE_CMD_GET_ATTRIBUTES, row.index, {}, record), refused);
+            if (refused) continue;
+            const int written = host.Request(SYNC_TABLE_CMD_SET, row.index, value, reply);
+            const bool writable = row.access == RegisterAccess::kWritable;
+            EXPECT_EQ(written, writable                                  ? 0
+                               : row.access == RegisterAccess::kConstant ? kExceptionWriteToConst
+                                                                         : kExceptionWriteToReadOnly);
+            SyncTableAttributes attributes;
+            ASSERT_EQ(record.size(), sizeof(attributes));
+            std::memcpy(&attributes, record.data(), sizeof(attributes));
+            if (row.type != RegisterType::kInteger || !writable) continue;
+            EXPECT_GE(attributes.default_value, attributes.minimum);
+            EXPECT_LE(attributes.default_value, attributes.maximum);
+            if (attributes.maximum < INT_MAX) {
+                EXPECT_EQ(host.Set(row.index, attributes.maximum + 1), kExceptionChange);
+            }
+            if (attributes.minimum > INT_MIN) {
+                EXPECT_EQ(host.Set(row.index, attributes.minimum - 1), kExceptionChange);
+            }
+        }
+    }
+}
+
+TEST(FirmwareTable, ARequestThatMakesNoSenseIsAnsweredWithAnException) {
+    FirmwareHost host(kModels[0]);
+    Bytes reply;
+    EXPECT_EQ(host.Request(SYNC_TABLE_CMD_GET, 89, {}, reply), kExceptionBadIndex);
+    EXPECT_EQ(host.Request(SYNC_TABLE_CMD_GET, -1, {}, reply), kExceptionBadIndex);
+    EXPECT_EQ(host.Request(SYNC_TABLE_CMD_SET, EXPOSURE_TIME, {1, 2, 3}, reply), kExceptionIncompleteData);
+    EXPECT_EQ(host.Request(99, EXPOSURE_TIME, {}, reply), kExceptionIncompleteData);
+    Bytes request = TableRequest(SYNC_TABLE_CMD_GET, H_SIZE);
+    for (std::size_t size = 1; size < request.size(); ++size) {
+        const Bytes answer = host.Raw(Bytes(request.begin(), request.begin() + static_cast<std::ptrdiff_t>(size)));
+        ASSERT_EQ(answer.size(), 12u) << size;
+        EXPECT_EQ(answer[11], kExceptionIncompleteData);
+    }
+    request[2] = 8;
+    EXPECT_EQ(host.Raw(request).back(), kExceptionIncompleteData);
+}
+
+TEST(FirmwareTable, RegionsStayOnTheSensor) {
+    FirmwareHost host(kModels[0]);  // 2048 x 2048
+    EXPECT_EQ(host.Set(H_ROI_ORIGIN, 2048), kExceptionChange);
+    EXPECT_EQ(host.Set(H_ROI_ORIGIN, 2000), 0);
+    EXPECT_EQ(host.Get(H_ROI_PIXELS), 48) << "the region ends at the sensor's edge";
+    EXPECT_EQ(host.Set(H_ROI_PIXELS, 49), kExceptionChange);
+    EXPECT_EQ(host.Set(V_ROI_ORIGIN, 1), 0);
+    EXPECT_EQ(host.Set(V_ROI_PIXELS, 2048), kExceptionChange);
+    EXPECT_EQ(host.Set(V_ROI_PIXELS, 0), kExceptionChange);
+}
+
+TEST(FirmwareTable, ARecalculationTakesItsTimeAndLetsTheRunBegin) {
+    FirmwareHost host(kModels[0], {3600000, 1.0});
+    EXPECT_EQ(host.Set(SENSOR_TAPS_IDX, 0), 0);
+    EXPECT_EQ(host.Set(CAMERA_STATE, 2), kExceptionRequiresCalc);
+    EXPECT_EQ(host.Target().Taps(), 4) << "in force with the recalculation only";
+    EXPECT_EQ(host.Set(CALC_STATE, 1), 0);
+    EXPECT_EQ(host.Get(CALC_STATE), 1);
+    host.Target().SetCalcDelay(40);
+    EXPECT_EQ(host.Set(CALC_STATE, 1), 0);
+    while (host.Get(CALC_STATE) == 1) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    EXPECT_EQ(host.Get(CALC_STATE), 2);
+    EXPECT_EQ(host.Target().Taps(), 1);
+    EXPECT_EQ(host.Set(CAMERA_STATE, 2), 0);
+}
+
+}  // namespace
+}  // namespace zel::sim

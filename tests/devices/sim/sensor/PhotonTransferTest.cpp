@@ -1,0 +1,103 @@
+// The sensor as a physicist measures it: mean and variance against light, time, gain and temperature.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "devices/sim/scene/Noise.h"
+#include "tests/devices/sim/scene/PictureFile.h"
+#include "tests/devices/sim/sensor/FrameStatistics.h"
+
+namespace zel::sim::test {
+namespace {
+
+constexpr unsigned kSide = 256;
+
+SensorModel FlatModel(const std::string& scene) {
+    SensorModel model;
+    model.width = kSide;
+    model.height = kSide;
+    model.scene = scene;
+    return model;
+}
+
+double CountsPerElectronAt(const SensorModel& model, double gain) {
+    return model.conversion * std::pow(10.0, (gain * 0.0358 + 5.5) / 20.0) * (std::pow(2.0, model.bits) - 1.0) / 2000.0;
+}
+
+struct Transfer {
+    std::uint8_t light;  // sample of the flat picture: 255 is 1.0, 0 is dark
+    double exposure_us;
+    double gain;
+    double temperature;
+    int bits;
+    double electrons;  // expected charge with the default model
+};
+
+TEST(PhotonTransferTest, MeanAndVarianceFollowTheCharge) {
+    const Transfer cases[] = {{255, 10000.0, 0.0, 25.0, 14, 6000.02},
+                              {188, 10000.0, 0.0, 25.0, 14, 6000.0 * 0.502886 + 0.02},  // the file is not linear
+                              {255, 200.0, 500.0, 25.0, 14, 120.0},
+                              {255, 5000.0, 0.0, 25.0, 12, 3000.01},
+                              {0, 1.0, 200.0, 25.0, 14, 0.0},
+                              {0, 60e6, 0.0, 37.0, 14, 480.0},  // dark current: 120 at 25 degrees
+                              {0, 60e6, 200.0, -5.0, 14, 3.75}};
+    for (const Transfer& c : cases) {
+        SCOPED_TRACE(c.electrons);
+        const FlatPicture flat({c.light, c.light, c.light});
+        SensorModel model = FlatModel(flat.Path());
+        model.bits = c.bits;
+        Sensor sensor(model);
+        const Frame frame = RenderFrame(sensor, {c.exposure_us, c.gain, 100.0, c.temperature}, 7);
+        const double counts = CountsPerElectronAt(model, c.gain);
+        const double variance = counts * counts * (c.electrons + model.read_noise * model.read_noise) + 1.0 / 12.0;
+        EXPECT_NEAR(Mean(frame), 100.0 + counts * c.electrons, 5.0 * std::sqrt(variance) / kSide + 0.01);
+        EXPECT_NEAR(Variance(frame), variance, 0.04 * variance);
+    }
+}
+
+TEST(SensorSaturation, TheConverterEndsAtItsLargestCount) {
+    const FlatPicture white({255, 255, 255});
+    for (const int bits : {8, 12, 16}) {
+        SensorModel model = FlatModel(white.Path());
+        model.bits = bits;
+        Sensor bright(model);
+        const Frame full = RenderFrame(bright, {1e6, 1000.0, 0.0, 25.0}, 1);
+        EXPECT_EQ(*std::min_element(full.begin(), full.end()), (1 << bits) - 1) << bits;
+        EXPECT_EQ(*std::max_element(full.begin(), full.end()), (1 << bits) - 1) << bits;
+    }
+}
+
+TEST(SensorSaturation, SettingsThatAreNoMeasurableValuesGiveLegalFrames) {
+    SensorModel model;
+    model.width = 8;
+    model.height = 8;
+    Sensor sensor(model);
+    for (const double odd : {std::nan(""), HUGE_VAL, -HUGE_VAL, -1.0, 1e300}) {
+        for (const SensorSettings& settings :
+             {SensorSettings{odd, 0.0, 64.0, 25.0}, SensorSettings{1e4, odd, 64.0, 25.0},
+              SensorSettings{1e4, 0.0, odd, 25.0}, SensorSettings{1e4, 0.0, 64.0, odd}}) {
+            const Frame frame = RenderFrame(sensor, settings, 1);
+            EXPECT_LE(*std::max_element(frame.begin(), frame.end()), 16383) << odd;
+        }
+    }
+}
+
+// Noise repeats nowhere: not along a row, not from row to row, not from frame to frame.
+TEST(SensorNoise, IsIndependentInSpaceAndTime) {
+    const FlatPicture white({255, 255, 255});
+    SensorModel model = FlatModel(white.Path());
+    Sensor sensor(model);
+    const Frame first = RenderFrame(sensor, {}, 1);
+    const Frame second = RenderFrame(sensor, {}, 2);
+    const double variance = Variance(first);
+    const std::size_t count = first.size() - 2 * kGaussianStretch;
+    const double limit = 5.0 / std::sqrt(static_cast<double>(count)) * variance;
+    for (const std::size_t lag : {std::size_t{1}, std::size_t{kSide}, kGaussianStretch}) {
+        EXPECT_LT(std::fabs(Covariance(first.data(), first.data() + lag, count)), limit) << lag;
+    }
+    EXPECT_LT(std::fabs(Covariance(first.data(), second.data(), count)), limit);
+}
+
+}  // namespace
+}  // namespace zel::sim::test

@@ -1,0 +1,96 @@
+// Tables on their way from and to a simulated camera whose link fails.
+#include <gmock/gmock.h>
+
+#include "tests/tools/zelcam/commands/SimControl.h"
+#include "tests/tools/zelcam/commands/ToolProcess.h"
+#include "tools/zelcam/calibration/CalibrationCamera.h"
+#include "tools/zelcam/calibration/CalibrationSource.h"
+#include "tools/zelcam/text/Failure.h"
+
+namespace zelcam {
+
+using testing::HasSubstr;
+
+class CalibrationCameraTest : public testing::Test {
+  protected:
+    CalibrationCameraTest() {
+        UseFastCameras();
+        zel::platform::SetEnvironment("XDG_DATA_HOME", m_Folder.Path().string().c_str());
+        RemoveCacheFiles();
+        m_Session.emplace();
+        EXPECT_TRUE(SimCommand("fault 0 clear"));
+    }
+    ~CalibrationCameraTest() override {
+        RemoveCacheFiles();
+        zel::platform::SetEnvironment("XDG_DATA_HOME", "");
+    }
+
+    template <class Action>
+    static std::string FailureOf(Action action) {
+        try {
+            action();
+        } catch (const Failure& failure) {
+            return failure.what();
+        }
+        return "no failure";
+    }
+
+    TemporaryFolder m_Folder;
+    std::optional<Session> m_Session;
+};
+
+TEST_F(CalibrationCameraTest, WhatIsWrittenReadsBackUnderItsDigests) {
+    OpenCamera camera(*m_Session, "0");
+    CalibrationTables tables = ReadTables(camera);
+    std::optional<FlashDirectory> directory = ReadDirectory(camera);
+    ASSERT_TRUE(directory && directory->has_tables);
+    for (std::size_t speed = 0; speed < 2; ++speed) EXPECT_EQ(directory->digests[speed], tables[speed].ComputeDigest());
+
+    // Of another size, so that every row lies elsewhere in the memory.
+    tables[0].rows.resize(11);
+    tables[1].rows.insert(tables[1].rows.end(), 50, {});
+    for (std::size_t i = 0; i < tables[1].rows.size(); ++i) {
+        tables[1].rows[i] = {static_cast<float>(i) * 17.3f, {0.0f, 2.0f, 1.0f / static_cast<float>(i + 1), 0.3f}};
+    }
+    WriteTables(camera, tables);
+    EXPECT_EQ(ReadTables(camera), tables);
+    directory = ReadDirectory(camera);
+    ASSERT_TRUE(directory && directory->has_tables);
+    for (std::size_t speed = 0; speed < 2; ++speed) EXPECT_EQ(directory->digests[speed], tables[speed].ComputeDigest());
+}
+
+TEST_F(CalibrationCameraTest, ADownloadSurvivesABadRowAndAGarbledNumber) {
+    ASSERT_TRUE(SimCommand("fault 0 bad-gain after=7"));
+    ASSERT_TRUE(SimCommand("fault 0 nan-gain after=40"));
+    ASSERT_TRUE(SimCommand("fault 0 garble text=tb_r after=25"));
+    WishForCalibration(*m_Session, "0");
+    OpenCamera camera(*m_Session, "0");
+    EXPECT_TRUE(Internal(camera.Get()).TapBalanceEnable(true));
+    const CalibrationTables tables = ReadTables(camera);
+    for (const CalibrationTable& table : tables) EXPECT_EQ(table.Fault(), "");
+    for (int speed = 0; speed < kSpeeds; ++speed) {
+        const std::filesystem::path cache = CacheFile(camera.Entry(), speed);
+        ASSERT_FALSE(cache.empty());
+        EXPECT_EQ(ReadCalibrationFile(cache).table, tables[static_cast<std::size_t>(speed)]);
+    }
+}
+
+TEST_F(CalibrationCameraTest, ALinkThatDiesInTheMiddleEndsInOneClearFailure) {
+    OpenCamera camera(*m_Session, "0");
+    ASSERT_TRUE(SimCommand("fault 0 exception 1 text=tb_r after=60 times=0"));
+    EXPECT_THAT(FailureOf([&] { ReadTables(camera); }), HasSubstr("can't be read: row "));
+    ASSERT_TRUE(SimCommand("fault 0 clear"));
+    const CalibrationTables tables = ReadTables(camera);
+    ASSERT_TRUE(SimCommand("fault 0 exception 1 text=tb_s after=1 times=0"));
+    EXPECT_THAT(FailureOf([&] { WriteTables(camera, tables); }), HasSubstr("may now hold half a table"));
+    ASSERT_TRUE(SimCommand("fault 0 clear"));
+    WriteTables(camera, tables);
+    EXPECT_EQ(ReadTables(camera), tables);
+    ASSERT_TRUE(SimCommand("fault 0 exception 1 text=tb_g"));
+    EXPECT_FALSE(ReadDirectory(camera));
+    EXPECT_EQ(FindCalibrationSource(camera).name, "flash");
+    ASSERT_TRUE(SimCommand("fault 0 exception 1 text=tb_g"));
+    EXPECT_EQ(FindCalibrationSource(camera).why, "its flash memory can't be read");
+}
+
+}  // namespace zelcam

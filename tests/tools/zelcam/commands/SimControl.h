@@ -1,0 +1,34 @@
+// Simulated cameras in this process: their settings, and the control export of their plug-ins.
+#ifndef TESTS_ZELCAM_SIMCONTROL_H
+#define TESTS_ZELCAM_SIMCONTROL_H
+
+#include <string>
+
+#include "devices/sim/link/SimControl.h"
+#include "platform/DynamicLibrary.h"
+#include "platform/Environment.h"
+
+namespace zelcam {
+
+// Small, unpaced cameras. Must run before the SDK looks for cameras.
+inline void UseFastCameras(const char* camera_link = "1", const char* ebus = "0", const char* usb = "0") {
+    using zel::platform::SetEnvironment;
+    SetEnvironment("ZEL_SIM_CL_CAMERAS", camera_link);
+    SetEnvironment("ZEL_SIM_EBUS_CAMERAS", ebus);
+    SetEnvironment("ZEL_SIM_USB_CAMERAS", usb);
+    SetEnvironment("ZEL_SIM_SIZE", "64x48");
+    SetEnvironment("ZEL_SIM_PACE", "none");
+}
+
+// Gives the Camera Link plug-in a command; true when it was carried out. The plug-in is loaded already, by the SDK.
+inline bool SimCommand(const std::string& command) {
+    const zel::platform::LibraryHandle library = zel::platform::LoadSharedLibrary("edt_camera_link.dll");
+    const auto control = zel::platform::FindFunction<ZelSimControlFunction>(library, "zel_sim_control");
+    const bool done = control && control(command.c_str(), nullptr, 0) >= 0;
+    zel::platform::UnloadSharedLibrary(library);
+    return done;
+}
+
+}  // namespace zelcam
+
+#endif

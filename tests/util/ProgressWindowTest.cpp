@@ -1,0 +1,176 @@
+// The real window, as the screen shows it.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+#include <thread>
+
+#include "tests/util/WindowPicture.h"
+#include "util/ProgressControl.h"
+#include "util/windows/NativeProgressWindow.h"
+
+namespace zel {
+namespace {
+
+using test::Picture;
+
+constexpr char kTitle[] = "ZEL Camera Data Download";
+constexpr char kBarClass[] = "zel_progress";
+constexpr int kLinesHeight = 50;
+
+template <class Condition>
+bool Becomes(Condition condition) {
+    for (int i = 0; i < 3000; ++i) {
+        if (condition()) return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return false;
+}
+
+// The status lines on white.
+Picture ExpectedLines(const std::string& line1, const std::string& line2) {
+    return Picture::Drawn(400, kLinesHeight, [&](HDC dc) {
+        PatBlt(dc, 0, 0, 400, kLinesHeight, WHITENESS);
+        SIZE size{};
+        GetTextExtentPoint32A(dc, line1.c_str(), static_cast<int>(line1.size()), &size);
+        TextOutA(dc, 5, 5, line1.c_str(), static_cast<int>(line1.size()));
+        TextOutA(dc, 5, 5 + size.cy, line2.c_str(), static_cast<int>(line2.size()));
+    });
+}
+
+// A bar of `edge` pixels in its black outline, and the label in the middle.
+Picture ExpectedBar(int width, int height, int background, int edge, const std::string& label) {
+    return Picture::Drawn(width, height, [&](HDC dc) {
+        const RECT whole{0, 0, width, height};
+        FillRect(dc, &whole, GetSysColorBrush(background));
+        const HBRUSH blue = CreateSolidBrush(RGB(0, 0, 255)), black = CreateSolidBrush(RGB(0, 0, 0));
+        const RECT outline{0, 0, edge, height}, inside{1, 1, edge - 1, height - 1};
+        if (edge > 0) FillRect(dc, &outline, black);
+        if (edge > 2) FillRect(dc, &inside, blue);
+        DeleteObject(blue);
+        DeleteObject(black);
+        SIZE size{};
+        GetTextExtentPoint32A(dc, label.c_str(), static_cast<int>(label.size()), &size);
+        SetBkMode(dc, TRANSPARENT);
+        TextOutA(dc, (width - size.cx) / 2, (height - size.cy) / 2, label.c_str(), static_cast<int>(label.size()));
+    });
+}
+
+class ProgressWindowTest : public testing::Test {
+  protected:
+    // The first window of a session may take seconds: the desktop is started for it.
+    static void SetUpTestSuite() {
+        DestroyWindow(CreateWindowA("STATIC", "first", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr));
+    }
+    void SetUp() override {
+        ASSERT_TRUE(StartProgress(&m_Control));
+        m_Top = FindWindowA(kTitle, kTitle);
+        ASSERT_NE(nullptr, m_Top);
+        m_Bar = FindWindowExA(m_Top, nullptr, kBarClass, kBarClass);
+        ASSERT_NE(nullptr, m_Bar);
+    }
+
+    bool BarShows(int edge, const std::string& label) const {
+        RECT client{};
+        GetClientRect(m_Bar, &client);
+        // Behind the bar is the button face, or white where the top window has been drawn across it.
+        const Picture on_face = ExpectedBar(client.right, client.bottom, COLOR_BTNFACE, edge, label);
+        const Picture on_white = ExpectedBar(client.right, client.bottom, COLOR_WINDOW, edge, label);
+        return Becomes([&] {
+            const Picture shown = Picture::OfScreen(m_Bar, 0, client.bottom);
+            return shown == on_face || shown == on_white;
+        });
+    }
+
+    ProgressControl m_Control;
+    HWND m_Top = nullptr;
+    HWND m_Bar = nullptr;
+};
+
+TEST_F(ProgressWindowTest, StandsOnTopInTheMiddle) {
+    RECT frame{0, 0, 400, 150}, window{}, bar{};
+    AdjustWindowRectEx(&frame, WS_VISIBLE | WS_DLGFRAME, FALSE, 0);
+    GetWindowRect(m_Top, &window);
+    EXPECT_EQ(GetSystemMetrics(SM_CXSCREEN) / 2 - 200, window.left);
+    EXPECT_EQ(GetSystemMetrics(SM_CYSCREEN) / 2 - 75, window.top);
+    EXPECT_EQ(frame.right - frame.left, window.right - window.left);
+    EXPECT_EQ(frame.bottom - frame.top, window.bottom - window.top);
+    EXPECT_TRUE(GetWindowLongA(m_Top, GWL_EXSTYLE) & WS_EX_TOPMOST);
+    GetWindowRect(m_Bar, &bar);
+    MapWindowPoints(nullptr, m_Top, reinterpret_cast<POINT*>(&bar), 2);
+    const RECT expected_bar{0, 50, 400, 100};
+    EXPECT_TRUE(EqualRect(&expected_bar, &bar));
+}
+
+TEST_F(ProgressWindowTest, BarGrowsWithThePercentage) {
+    RECT client{};
+    GetClientRect(m_Bar, &client);
+    const struct { int done, percent; } steps[] = {{0, 0}, {85, 42}, {200, 100}, {20, 10}};
+    for (const auto& [done, percent] : steps) {
+        UpdateProgress(&m_Control, done, 200);
+        const int edge = percent * client.right / 100;
+        EXPECT_TRUE(BarShows(edge, std::to_string(percent) + " % Complete")) << percent << " %";
+    }
+}
+
+TEST_F(ProgressWindowTest, ShowsTheStatusLinesAndNothingBeyondTheirSlots) {
+    const std::string slot(64, 'i');
+    const std::pair<std::string, std::string> steps[] = {
+        {"Loading secondary data...", "12 of 200"}, {slot + "beyond the slot", slot}, {"", "below"}};
+    for (const auto& [line1, line2] : steps) {
+        SetProgressText(&m_Control, 0, line1.c_str());
+        SetProgressText(&m_Control, 1, line2.c_str());
+        const Picture expected = ExpectedLines(line1.substr(0, 64), line2);
+        EXPECT_TRUE(Becomes([&] { return Picture::OfScreen(m_Top, 0, kLinesHeight) == expected; })) << line1;
+    }
+}
+
+TEST_F(ProgressWindowTest, ClosingItLeavesItInUse) {
+    PostMessageA(m_Top, WM_CLOSE, 0, 0);
+    UpdateProgress(&m_Control, 3, 4);
+    // A paint comes after every posted message.
+    EXPECT_TRUE(BarShows(75 * 396 / 100, "75 % Complete"));
+    EXPECT_TRUE(IsWindow(m_Top));
+}
+
+// Windows of the test's own thread, which dispatches for them.
+class ProgressWindowHereTest : public testing::Test {
+  protected:
+    static void Repaint(const NativeProgressWindow& window) {
+        RedrawWindow(window.Top(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+    }
+    static std::unique_ptr<NativeProgressWindow> Make(const char* title) {
+        return std::unique_ptr<NativeProgressWindow>(
+            static_cast<NativeProgressWindow*>(NativeProgressWindow::Make(title).release()));
+    }
+};
+
+TEST_F(ProgressWindowHereTest, OnPurposeTheBrushOfAPaintLivesAsLongAsTheWindow) {
+    auto window = Make("brushes");
+    Repaint(*window);
+    Repaint(*window);
+    const std::vector<HBRUSH> brushes = window->PaintBrushes();
+    EXPECT_GE(brushes.size(), 2u);
+    for (const HBRUSH brush : brushes) EXPECT_EQ(DWORD{OBJ_BRUSH}, GetObjectType(brush));
+    DestroyWindow(window->Top());
+    window.reset();
+    for (const HBRUSH brush : brushes) EXPECT_EQ(0u, GetObjectType(brush));
+}
+
+LRESULT CALLBACK CreatesNoWindow(HWND, UINT, WPARAM, LPARAM) { return 0; }
+
+TEST_F(ProgressWindowHereTest, AClassLeftByAnUnloadedLibraryIsReplaced) {
+    WNDCLASSEXA left{};
+    left.cbSize = sizeof(left);
+    left.lpfnWndProc = &CreatesNoWindow;
+    left.hInstance = GetModuleHandleA(nullptr);
+    left.lpszClassName = "left behind";
+    ASSERT_TRUE(RegisterClassExA(&left));
+    const auto window = Make("left behind");
+    EXPECT_NE(nullptr, window->Top());
+    EXPECT_NE(nullptr, window->Bar());
+    DestroyWindow(window->Top());
+}
+
+}  // namespace
+}  // namespace zel

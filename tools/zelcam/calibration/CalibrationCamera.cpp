@@ -1,0 +1,160 @@
+#include "tools/zelcam/calibration/CalibrationCamera.h"
+
+#include <sstream>
+
+#include "include/ZelSDK.h"
+#include "platform/User.h"
+#include "tools/zelcam/camera/CameraSelector.h"
+#include "tools/zelcam/text/Failure.h"
+#include "tools/zelcam/text/Progress.h"
+#include "tools/zelcam/text/TextTools.h"
+
+namespace zelcam {
+
+namespace {
+
+// Directory of the flash memory: the number of tables, then for each one rows (2), columns (2), offset (4), digest
+// (20).
+constexpr std::size_t kEntrySize = 28;
+constexpr std::size_t kDigestInEntry = 8;
+constexpr std::size_t kDirectorySize = 1 + kSpeeds * kEntrySize;
+constexpr std::size_t kSequence = 8;  // bytes that are read at a time
+
+void StoreReply(const char* reply, void* context) {
+    try {
+        *static_cast<std::string*>(context) = TextOrEmpty(reply);
+    } catch (const std::bad_alloc&) {
+        // The reply stays empty.
+    }
+}
+
+std::string Ask(OpenCamera& camera, const std::string& command) {
+    std::string reply;
+    camera->SetTextCommandCallback(&StoreReply, &reply);
+    const bool answered = camera->SetTextCommand(command.c_str());
+    camera->SetTextCommandCallback(nullptr, nullptr);
+    return answered ? Trim(reply) : "";
+}
+
+// Appends `count` bytes of the page that the camera has in hand.
+bool ReadBytes(OpenCamera& camera, std::size_t offset, std::size_t count, std::vector<std::uint8_t>& bytes) {
+    char command[32];
+    std::snprintf(command, sizeof command, "tb r %x %x", static_cast<unsigned>(offset), static_cast<unsigned>(count));
+    std::istringstream words(Ask(camera, command));
+    unsigned byte = 0;
+    std::size_t got = 0;
+    for (; words >> std::hex >> byte && byte <= 0xFF; ++got) bytes.push_back(static_cast<std::uint8_t>(byte));
+    return words.eof() && got == count;
+}
+
+std::string SpeedLabel(const OpenCamera& camera, int speed) { return camera.Label() + ", table " + kSpeedNames[speed]; }
+
+CalibrationTable ReadTable(OpenCamera& camera, int speed, Progress& progress) {
+    ZelCameraInternal& internal = Internal(camera.Get());
+    int rows = 0;
+    CalibrationTable table;
+    if (!internal.TapBalanceSelectTable(speed) || !internal.TapBalanceGetTableConfig(&rows, &table.taps)) {
+        throw Failure(camera.Label() + " tells of no calibration tables",
+                      "it has one tap, was never calibrated, or did not answer", "ZEL_LOG shows the conversation");
+    }
+    if (rows < 1 || rows > 1000 || (table.taps != 2 && table.taps != 4)) {
+        throw Failure(SpeedLabel(camera, speed) + " makes no sense",
+                      std::to_string(rows) + " rows of " + std::to_string(table.taps) + " taps",
+                      "write a good one with 'zelcam calibrate write'");
+    }
+    for (int i = 0; i < rows; ++i) {
+        CalibrationRow& row = table.rows.emplace_back();
+        if (!internal.TapBalanceGetTableData(i, &row.millivolts, row.gains.data())) {
+            throw Failure(SpeedLabel(camera, speed) + " can't be read",
+                          "row " + std::to_string(i + 1) + " did not come", "check cable and power");
+        }
+        progress.Show(static_cast<std::uint64_t>(i) + 1, static_cast<std::uint64_t>(rows), kSpeedNames[speed]);
+    }
+    return table;
+}
+
+bool SetTable(ZelCameraInternal& internal, int speed, const CalibrationTable& table) {
+    const int rows = static_cast<int>(table.rows.size());
+    if (!internal.TapBalanceSelectTable(speed) || !internal.TapBalanceSetTableConfig(speed, rows, table.taps)) {
+        return false;
+    }
+    for (int i = 0; i < rows; ++i) {
+        const CalibrationRow& row = table.rows[static_cast<std::size_t>(i)];
+        if (!internal.TapBalanceSetTableData(i, row.millivolts, row.gains.data())) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+void WishForCalibration(const Session& session, const std::string& wanted) {
+    ZelCamera* const camera = session.Sdk()->GetCamera(SelectCamera(session.Cameras(), wanted));
+    // Answers false, because nothing is loaded yet; the wish is kept all the same.
+    if (camera) Internal(camera).TapBalanceEnable(true);
+}
+
+CalibrationTables ReadTables(OpenCamera& camera) {
+    Progress progress("reading");
+    CalibrationTables tables;
+    for (int speed = 0; speed < kSpeeds; ++speed) {
+        tables[static_cast<std::size_t>(speed)] = ReadTable(camera, speed, progress);
+    }
+    return tables;
+}
+
+std::optional<FlashDirectory> ReadDirectory(OpenCamera& camera) {
+    if (Ask(camera, "tb g 0") != "OK") return std::nullopt;
+    std::vector<std::uint8_t> bytes;
+    while (bytes.size() < kDirectorySize) {
+        if (!ReadBytes(camera, bytes.size(), std::min(kSequence, kDirectorySize - bytes.size()), bytes)) {
+            return std::nullopt;
+        }
+    }
+    FlashDirectory directory{bytes[0] != 0xFF, {}};
+    for (std::size_t speed = 0; speed < directory.digests.size(); ++speed) {
+        const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(1 + speed * kEntrySize + kDigestInEntry);
+        std::copy_n(begin, directory.digests[speed].size(), directory.digests[speed].begin());
+    }
+    return directory;
+}
+
+void WriteTables(OpenCamera& camera, const CalibrationTables& tables) {
+    ZelCameraInternal& internal = Internal(camera.Get());
+    const std::string advice = "the camera may now hold half a table: write again before it is used";
+    for (int speed = 0; speed < kSpeeds; ++speed) {
+        if (!SetTable(internal, speed, tables[static_cast<std::size_t>(speed)])) {
+            throw Failure(SpeedLabel(camera, speed) + " was not taken", "nothing has been written", "");
+        }
+    }
+    if (!internal.TapBalanceWriteTableConfigToCamera()) {
+        throw Failure(camera.Label() + " did not store the directory of its tables", "", advice);
+    }
+    if (!internal.TapBalanceWriteDataToCamera()) {
+        throw Failure(camera.Label() + " did not store its tables", "", advice);
+    }
+    const std::optional<FlashDirectory> directory = ReadDirectory(camera);
+    const CalibrationTables stored = ReadTables(camera);
+    for (std::size_t speed = 0; speed < tables.size(); ++speed) {
+        const bool right = stored[speed] == tables[speed] && directory && directory->has_tables &&
+                           directory->digests[speed] == tables[speed].ComputeDigest();
+        if (!right) {
+            throw Failure(SpeedLabel(camera, static_cast<int>(speed)) + " reads back differently", "", advice);
+        }
+    }
+}
+
+std::filesystem::path CacheFile(const CameraEntry& camera, int speed) {
+    const std::string folder = zel::platform::CalibrationFolder();
+    const std::string ending = std::string("_") + kSpeedNames[speed] + ".txt";
+    if (folder.empty() || camera.serial.empty()) return {};
+    std::error_code error;
+    for (std::filesystem::directory_iterator file(folder, error), end; !error && file != end; file.increment(error)) {
+        const std::string name = file->path().filename().string();
+        if (name.starts_with("zel_") && name.ends_with(ending) && name.find(camera.serial) != std::string::npos) {
+            return file->path();
+        }
+    }
+    return {};
+}
+
+}  // namespace zelcam

@@ -1,0 +1,299 @@
+// zelcam calibrate download, export, import, write: tables on their way between camera, cache and master files.
+#include <cstdio>
+#include <iostream>
+
+#include "tools/zelcam/calibration/CalibrationSource.h"
+#include "tools/zelcam/camera/CameraFacts.h"
+#include "tools/zelcam/commands/CalibrateActions.h"
+#include "tools/zelcam/text/Failure.h"
+#include "tools/zelcam/text/ProgressBar.h"
+#include "tools/zelcam/text/TextTools.h"
+
+namespace zelcam {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string SizeText(const CalibrationTable& table) {
+    return std::to_string(table.rows.size()) + " rows, " + std::to_string(table.taps) + " taps";
+}
+
+// Writes a camera's tables as master files. Result: their paths.
+std::vector<fs::path> ExportTables(const CalibrationTables& tables, const fs::path& folder, const std::string& prefix) {
+    std::error_code error;
+    fs::create_directories(folder, error);
+    std::vector<fs::path> paths;
+    for (std::size_t speed = 0; speed < tables.size(); ++speed) {
+        paths.push_back(folder / (prefix + "_" + kSpeedNames[speed] + ".txt"));
+        WriteMasterFile(paths.back(), tables[speed]);
+    }
+    return paths;
+}
+
+class DownloadAction : public Command {
+  public:
+    const char* Name() const override { return "download"; }
+    const char* Help() const override { return "Have the SDK fetch the tables into this computer's cache files"; }
+
+    void Declare(CLI::App& command) override {
+        DeclareCamera(command);
+        command.add_flag("--again", m_Again, "Even when the cache files are there and right");
+        DeclareJson(command);
+    }
+
+    int Run() override {
+        const Session session;
+        const CameraEntry entry = session.Describe(SelectCamera(session.Cameras(), m_Camera));
+        if (m_Again) RemoveCache(entry);
+        WishForCalibration(session, m_Camera);
+        const ProgressBar bar("camera " + std::to_string(entry.number), !m_Json);
+        OpenCamera camera(session, m_Camera);
+        if (!Internal(camera.Get()).TapBalanceEnable(true)) {
+            throw Failure(camera.Label() + " gave no calibration that can be used",
+                          "it has one tap, was never calibrated, or the data were damaged on the way",
+                          "see 'zelcam calibrate check'");
+        }
+        const bool downloaded = bar.Reported();
+        const CalibrationSource source = FindCalibrationSource(camera);
+        if (downloaded && source.name != "cache") {
+            throw Failure("the tables of " + camera.Label() + " came, but are not in its cache files", source.why,
+                          "check the calibration folder's rights and the disk's room; every program downloads anew");
+        }
+        Report(entry, downloaded, source);
+        return kExitSuccess;
+    }
+
+  private:
+    void Report(const CameraEntry& entry, bool downloaded, const CalibrationSource& source) const {
+        Json files = Json::array();
+        for (int speed = 0; source.name == "cache" && speed < kSpeeds; ++speed) {
+            files.push_back(CacheFile(entry, speed).string());
+        }
+        if (m_Json) {
+            PrintJson(Json{{"camera", ToJson(entry)}, {"downloaded", downloaded}, {"cache_files", files}});
+            return;
+        }
+        std::printf("camera %d: %s\n", entry.number,
+                    downloaded      ? "downloaded"
+                    : files.empty() ? ("nothing to download, calibrated from " + source.Text()).c_str()
+                                    : "the cache files are right already");
+        for (const Json& file : files) std::printf("%s\n", file.get<std::string>().c_str());
+    }
+    static void RemoveCache(const CameraEntry& camera) {
+        for (int speed = 0; speed < kSpeeds; ++speed) {
+            std::error_code ignored;
+            fs::remove(CacheFile(camera, speed), ignored);
+        }
+    }
+
+    bool m_Again = false;
+};
+
+class ExportAction : public Command {
+  public:
+    const char* Name() const override { return "export"; }
+    const char* Help() const override { return "Save the tables in the camera as master files"; }
+
+    void Declare(CLI::App& command) override {
+        DeclareCamera(command);
+        command.add_option("-o,--out", m_Out, "Folder for the files, made when missing")->capture_default_str();
+        command.add_option("-p,--prefix", m_Prefix, "Beginning of the file names (default: the serial number)");
+        DeclareJson(command);
+    }
+
+    int Run() override {
+        const Session session;
+        OpenCamera camera(session, m_Camera);
+        const std::string prefix = m_Prefix.empty() ? camera.Entry().serial : m_Prefix;
+        const std::vector<fs::path> paths = ExportTables(ReadTables(camera), m_Out, prefix);
+        Json json = Json::array();
+        for (const fs::path& path : paths) {
+            json.push_back(path.string());
+            if (!m_Json) std::printf("%s\n", path.string().c_str());
+        }
+        if (m_Json) PrintJson(Json{{"files", json}});
+        return kExitSuccess;
+    }
+
+  private:
+    std::string m_Out = ".";
+    std::string m_Prefix;
+};
+
+// The files that a user names, each under the speed that its name tells.
+class TableFiles {
+  public:
+    void Declare(CLI::App& command) {
+        command.add_option("files", m_Paths, "Master files, with 20MHz or 40MHz in their names")
+            ->required()
+            ->expected(1, kSpeeds);
+    }
+
+    void Read() {
+        for (const std::string& path : m_Paths) {
+            const auto speed = static_cast<std::size_t>(SpeedOfFile(path));
+            if (!m_Names[speed].empty()) {
+                throw Failure("two files for one table", m_Names[speed] + " and " + path, "", kExitUsage);
+            }
+            m_Tables[speed] = ReadCalibrationFile(path).table;
+            m_Names[speed] = path;
+        }
+    }
+    bool Has(std::size_t speed) const { return !m_Names[speed].empty(); }
+    const std::string& Name(std::size_t speed) const { return m_Names[speed]; }
+    const CalibrationTable& Table(std::size_t speed) const { return m_Tables[speed]; }
+
+  private:
+    std::vector<std::string> m_Paths;
+    std::array<std::string, kSpeeds> m_Names;
+    CalibrationTables m_Tables;
+};
+
+class ImportAction : public Command {
+  public:
+    const char* Name() const override { return "import"; }
+    const char* Help() const override { return "Load master files into the SDK and compare them with the camera"; }
+
+    void Declare(CLI::App& command) override {
+        m_Files.Declare(command);
+        DeclareCamera(command);
+        command.footer("Nothing is written; 'zelcam calibrate write' writes files into the camera.");
+        DeclareJson(command);
+    }
+
+    int Run() override {
+        m_Files.Read();
+        const Session session;
+        OpenCamera camera(session, m_Camera);
+        const CalibrationTables present = ReadTables(camera);
+        Json json = Json::array();
+        for (std::size_t speed = 0; speed < present.size(); ++speed) {
+            if (!m_Files.Has(speed)) continue;
+            if (!Internal(camera.Get()).TapBalanceLoadDataFromMasterFile(m_Files.Name(speed).c_str())) {
+                throw Failure(m_Files.Name(speed) + " was not loaded", "the SDK refused it", "ZEL_LOG tells why");
+            }
+            const CalibrationTable& table = m_Files.Table(speed);
+            const bool same = table == present[speed];
+            const double difference = table.LargestDifference(present[speed]);
+            if (m_Json) {
+                json.push_back({{"table", kSpeedNames[speed]},
+                                {"file", m_Files.Name(speed)},
+                                {"rows", table.rows.size()},
+                                {"taps", table.taps},
+                                {"same_as_camera", same},
+                                {"largest_difference", difference}});
+                continue;
+            }
+            std::printf("%s: %s, %s; ", kSpeedNames[speed], m_Files.Name(speed).c_str(), SizeText(table).c_str());
+            if (same) {
+                std::printf("the same as in the camera\n");
+            } else {
+                std::printf("the camera has %s, gains differ by up to %.5f\n", SizeText(present[speed]).c_str(),
+                            difference);
+            }
+        }
+        if (m_Json) PrintJson(json);
+        return kExitSuccess;
+    }
+
+  private:
+    TableFiles m_Files;
+};
+
+class WriteAction : public Command {
+  public:
+    const char* Name() const override { return "write"; }
+    const char* Help() const override { return "Write master files into the camera's flash memory"; }
+
+    void Declare(CLI::App& command) override {
+        m_Files.Declare(command);
+        DeclareCamera(command);
+        command.add_flag("-y,--yes", m_Yes, "Do not ask");
+        command.add_option("--backup", m_Backup, "Folder for the tables that are overwritten")->capture_default_str();
+        command.footer("A table that no file is given for stays. Both are written and read back.");
+        DeclareJson(command);
+    }
+
+    int Run() override {
+        m_Files.Read();
+        const Session session;
+        OpenCamera camera(session, m_Camera);
+        const std::optional<CalibrationTables> present = Present(camera);
+        CalibrationTables tables = Merge(present);
+        if (!m_Yes) Confirm(camera);
+        std::vector<fs::path> backup;
+        if (present) backup = ExportTables(*present, m_Backup, camera.Entry().serial + "_before");
+        WriteTables(camera, tables);
+        Report(camera, tables, backup);
+        return kExitSuccess;
+    }
+
+  private:
+    // A camera that was never calibrated has none.
+    static std::optional<CalibrationTables> Present(OpenCamera& camera) {
+        try {
+            return ReadTables(camera);
+        } catch (const Failure&) {
+            return std::nullopt;
+        }
+    }
+
+    CalibrationTables Merge(const std::optional<CalibrationTables>& present) const {
+        CalibrationTables tables;
+        for (std::size_t speed = 0; speed < tables.size(); ++speed) {
+            if (!m_Files.Has(speed) && !present) {
+                throw Failure(std::string("no file for the ") + kSpeedNames[speed] + " table",
+                              "the camera has none that could stay", "give both files");
+            }
+            tables[speed] = m_Files.Has(speed) ? m_Files.Table(speed) : (*present)[speed];
+        }
+        if (tables[0].taps != tables[1].taps) {
+            throw Failure("the two tables have different numbers of taps", "", "give two files of the same camera");
+        }
+        return tables;
+    }
+
+    void Confirm(const OpenCamera& camera) const {
+        std::fprintf(stderr, "This overwrites the calibration of %s (serial number %s):\n", camera.Label().c_str(),
+                     camera.Entry().serial.c_str());
+        for (std::size_t speed = 0; speed < kSpeeds; ++speed) {
+            if (!m_Files.Has(speed)) continue;
+            std::fprintf(stderr, "  %s <- %s, %s\n", kSpeedNames[speed], m_Files.Name(speed).c_str(),
+                         SizeText(m_Files.Table(speed)).c_str());
+        }
+        std::fprintf(stderr, "Type yes to go on: ");
+        std::string answer;
+        std::getline(std::cin, answer);
+        if (Trim(answer) != "yes") {
+            throw Failure("nothing was written", "the answer was not 'yes'", "answer, or give --yes");
+        }
+    }
+
+    void Report(const OpenCamera& camera, const CalibrationTables& tables, const std::vector<fs::path>& backup) const {
+        Json json{{"camera", ToJson(camera.Entry())}, {"tables", Json::array()}, {"backup", Json::array()}};
+        for (std::size_t speed = 0; speed < tables.size(); ++speed) {
+            const std::string digest = HexText(tables[speed].ComputeDigest());
+            json["tables"].push_back({{"table", kSpeedNames[speed]}, {"digest", digest}});
+            if (!m_Json) std::printf("%s written and read back, digest %s\n", kSpeedNames[speed], digest.c_str());
+        }
+        for (const fs::path& path : backup) {
+            json["backup"].push_back(path.string());
+            if (!m_Json) std::printf("before: %s\n", path.string().c_str());
+        }
+        if (m_Json) PrintJson(json);
+    }
+
+    TableFiles m_Files;
+    bool m_Yes = false;
+    std::string m_Backup = ".";
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeCalibrateDownload() { return std::make_unique<DownloadAction>(); }
+std::unique_ptr<Command> MakeCalibrateExport() { return std::make_unique<ExportAction>(); }
+std::unique_ptr<Command> MakeCalibrateImport() { return std::make_unique<ImportAction>(); }
+std::unique_ptr<Command> MakeCalibrateWrite() { return std::make_unique<WriteAction>(); }
+
+}  // namespace zelcam

@@ -1,0 +1,86 @@
+// zelcam info: what one camera is and how it is set.
+#include <cstdio>
+
+#include "include/ZelParameters.h"
+#include "tools/zelcam/calibration/CalibrationSource.h"
+#include "tools/zelcam/camera/CameraFacts.h"
+#include "tools/zelcam/camera/CameraParameters.h"
+#include "tools/zelcam/camera/Session.h"
+#include "tools/zelcam/commands/Command.h"
+#include "tools/zelcam/text/Failure.h"
+#include "tools/zelcam/text/TextTools.h"
+
+namespace zelcam {
+
+namespace {
+
+// The parameters that describe a camera at a glance, with their names in JSON.
+struct Row {
+    unsigned id;
+    const char* key;
+    const char* label;
+};
+constexpr Row kRows[] = {
+    {ZEL_PARAM_HSIZE, "width", "sensor width"},
+    {ZEL_PARAM_VSIZE, "height", "sensor height"},
+    {ZEL_PARAM_BITS_PER_PIXEL, "bits", "bits per pixel"},
+    {ZEL_PARAM_COLOR_FILTER_TYPE, "color_filter", "color filter"},
+    {ZEL_PARAM_ROI_BIN, "region", "region and binning"},
+    {ZEL_PARAM_EXPOSURE_TIME_US, "exposure_us", "exposure"},
+    {ZEL_PARAM_GAIN, "gain", "gain"},
+    {ZEL_PARAM_TAPS_INDEX, "taps_index", "taps index"},
+    {ZEL_PARAM_READOUT_SPEED_INDEX, "readout_speed_index", "pixel clock index"},
+    {ZEL_PARAM_READOUT_TIME, "readout_time_us", "readout time"},
+    {ZEL_PARAM_FRAME_TIME, "frame_time_us", "frame time"},
+    {ZEL_PARAM_FRAME_RATE, "frames_per_1000_s", "frame rate"},
+    {ZEL_PARAM_TEMPERATURE, "temperature_tenths_c", "sensor temperature"},
+    {ZEL_PARAM_CAMSTATE, "state", "state"},
+};
+
+std::string ValueText(const ParameterInfo& info, const ParameterValue& value) {
+    if (info.id == ZEL_PARAM_TEMPERATURE) return FixedText(static_cast<double>(value.Integer()) / 10.0, 1) + " C";
+    if (info.id == ZEL_PARAM_COLOR_FILTER_TYPE && value.Text().empty()) return "none";
+    return value.Text() + (*info.unit ? std::string(" ") + info.unit : "");
+}
+
+class InfoCommand : public Command {
+  public:
+    const char* Name() const override { return "info"; }
+    const char* Help() const override { return "Open a camera and tell what it is and how it is set"; }
+
+    void Declare(CLI::App& command) override {
+        DeclareCamera(command);
+        DeclareJson(command);
+    }
+
+    int Run() override {
+        const Session session;
+        OpenCamera camera(session, m_Camera);
+        Json json = ToJson(ReadFacts(camera));
+        std::vector<std::vector<std::string>> rows;
+        for (const auto& [key, value] : json.items()) {
+            rows.push_back({key, value.is_string() ? value.get<std::string>() : JsonText(value, -1)});
+        }
+        for (const Row& row : kRows) {
+            const ParameterInfo& info = ParameterById(row.id);
+            const auto value = ReadParameter(camera.Get(), info);
+            json[row.key] = value ? value->ToJson() : Json();
+            rows.push_back({row.label, value ? ValueText(info, *value) : "-"});
+        }
+        const CalibrationSource calibration = FindCalibrationSource(camera);
+        json["calibration"] = calibration.ToJson();
+        rows.push_back({"calibration", calibration.Text()});
+        if (m_Json) {
+            PrintJson(json);
+        } else {
+            std::fputs(FormatTable(rows).c_str(), stdout);
+        }
+        return kExitSuccess;
+    }
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeInfoCommand() { return std::make_unique<InfoCommand>(); }
+
+}  // namespace zelcam

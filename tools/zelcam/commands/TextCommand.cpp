@@ -1,0 +1,64 @@
+// zelcam text: sends a text command and prints the reply.
+#include <cstdio>
+
+#include "include/ZelCamera.h"
+#include "tools/zelcam/camera/Session.h"
+#include "tools/zelcam/commands/Command.h"
+#include "tools/zelcam/text/Failure.h"
+#include "tools/zelcam/text/Json.h"
+#include "tools/zelcam/text/TextTools.h"
+
+namespace zelcam {
+
+namespace {
+
+void KeepReply(const char* reply, void* context) {
+    try {
+        *static_cast<std::string*>(context) = TextOrEmpty(reply);
+    } catch (const std::bad_alloc&) {
+        // The reply stays empty.
+    }
+}
+
+class TextCommand : public Command {
+  public:
+    const char* Name() const override { return "text"; }
+    const char* Help() const override { return "Send a text command to a camera and print the reply"; }
+
+    void Declare(CLI::App& command) override {
+        command.add_option("text", m_Words, "The command; words are joined by blanks")->required();
+        DeclareCamera(command);
+        DeclareJson(command);
+    }
+
+    int Run() override {
+        std::string text;
+        for (const std::string& word : m_Words) text += (text.empty() ? "" : " ") + word;
+        const Session session;
+        const OpenCamera camera(session, m_Camera);
+        std::string reply;
+        camera->SetTextCommandCallback(&KeepReply, &reply);
+        const bool answered = camera->SetTextCommand(text.c_str());
+        camera->SetTextCommandCallback(nullptr, nullptr);
+        if (!answered) {
+            throw Failure(camera.Label() + " gave no reply to '" + text + "'", "nothing complete came within 5 s",
+                          "check cable and power");
+        }
+        reply = Trim(reply);
+        if (m_Json) {
+            PrintJson(Json{{"command", text}, {"reply", reply}});
+        } else {
+            std::printf("%s\n", reply.c_str());
+        }
+        return kExitSuccess;
+    }
+
+  private:
+    std::vector<std::string> m_Words;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeTextCommand() { return std::make_unique<TextCommand>(); }
+
+}  // namespace zelcam

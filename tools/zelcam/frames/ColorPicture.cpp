@@ -1,0 +1,89 @@
+#include "tools/zelcam/frames/ColorPicture.h"
+
+#include <lodepng.h>
+
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+
+#include "include/ZelImage.h"
+#include "tools/zelcam/text/Failure.h"
+
+namespace zelcam {
+
+namespace {
+
+// Linear light for a viewer that heeds it, in hundred-thousandths.
+constexpr unsigned kGammaOne = 100000;
+
+void AppendSixteen(std::vector<std::uint8_t>& samples, const std::uint8_t* channel, unsigned shift) {
+    std::uint16_t value;
+    std::memcpy(&value, channel, sizeof value);
+    const unsigned shifted = static_cast<unsigned>(value) << shift;
+    const unsigned stored = shifted > 0xFFFF ? 0xFFFF : shifted;
+    samples.push_back(static_cast<std::uint8_t>(stored >> 8));
+    samples.push_back(static_cast<std::uint8_t>(stored));
+}
+
+lodepng::State EncoderFor(const ColorSetting& setting) {
+    lodepng::State state;
+    state.encoder.auto_convert = 0;  // the file has the format that the user asked for, whatever the picture shows
+    for (LodePNGColorMode* mode : {&state.info_raw, &state.info_png.color}) {
+        mode->colortype = setting.format == ColorFormat::kRgba8 ? LCT_RGBA : LCT_RGB;
+        mode->bitdepth = setting.BytesPerChannel() * 8;
+    }
+    if (setting.space == ColorSpace::kSrgb) {
+        state.info_png.srgb_defined = 1;
+    } else {
+        state.info_png.gama_defined = 1;
+        state.info_png.gama_gamma = kGammaOne;
+    }
+    return state;
+}
+
+}  // namespace
+
+// In the frame:   | blue | green | red | (unused) |   for each pixel, channels of 8 or 16 bits in the host's byte order
+std::vector<std::uint8_t> PngSamples(const ZelColorImage& image, const ColorSetting& setting, unsigned shift) {
+    const std::size_t pixels = std::size_t{image.w} * image.h;
+    const std::size_t channel_bytes = setting.BytesPerChannel();
+    const std::size_t pixel_bytes = setting.Channels() * channel_bytes;
+    std::vector<std::uint8_t> samples;
+    if (!image.color_pixels || pixels == 0 || image.color_size_in_bytes < pixels * pixel_bytes) return samples;
+    samples.reserve(pixels * pixel_bytes);
+    const auto* pixel = static_cast<const std::uint8_t*>(image.color_pixels);
+    for (std::size_t i = 0; i < pixels; ++i, pixel += pixel_bytes) {
+        for (const std::size_t channel : {2u, 1u, 0u}) {
+            if (channel_bytes == 2) {
+                AppendSixteen(samples, pixel + channel * 2, shift);
+            } else {
+                samples.push_back(pixel[channel]);
+            }
+        }
+        if (setting.format == ColorFormat::kRgba8) samples.push_back(0xFF);
+    }
+    return samples;
+}
+
+void WriteColorPng(const std::string& file_name, const std::vector<std::uint8_t>& samples, unsigned width,
+                   unsigned height, const ColorSetting& setting) {
+    const std::size_t expected = std::size_t{width} * height * setting.Channels() * setting.BytesPerChannel();
+    if (samples.empty() || samples.size() != expected) {
+        throw Failure("'" + file_name + "' can't be made", "the frame has no color picture of this format", "");
+    }
+    lodepng::State state = EncoderFor(setting);
+    std::vector<unsigned char> file;
+    const unsigned error = lodepng::encode(file, samples, width, height, state);
+    if (error) throw Failure("'" + file_name + "' can't be made", lodepng_error_text(error), "");
+    std::ofstream stream(file_name, std::ios::binary);
+    const bool opened = stream.good();
+    stream.write(reinterpret_cast<const char*>(file.data()), static_cast<std::streamsize>(file.size()));
+    stream.close();
+    if (stream) return;
+    if (opened) std::remove(file_name.c_str());
+    throw Failure("'" + file_name + "' can't be written",
+                  opened ? "the file came out incomplete" : "the file can't be opened",
+                  opened ? "make room on the disk or choose another --out" : "choose another --out");
+}
+
+}  // namespace zelcam

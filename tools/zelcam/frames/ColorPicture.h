@@ -1,0 +1,25 @@
+// Color frames as PNG files.
+#ifndef ZELCAM_COLORPICTURE_H
+#define ZELCAM_COLORPICTURE_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tools/zelcam/camera/ColorSetup.h"
+
+class ZelColorImage;
+
+namespace zelcam {
+
+// The frame's color samples in the order of a PNG file: rows of red, green, blue (and opacity), 16-bit values high byte
+// first, shifted up by `shift` bits. Empty when the frame has no color picture of this format.
+std::vector<std::uint8_t> PngSamples(const ZelColorImage& image, const ColorSetting& setting, unsigned shift);
+
+// Writes those samples of a width x height picture. Throws Failure.
+void WriteColorPng(const std::string& file_name, const std::vector<std::uint8_t>& samples, unsigned width,
+                   unsigned height, const ColorSetting& setting);
+
+}  // namespace zelcam
+
+#endif

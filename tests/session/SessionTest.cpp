@@ -118,8 +118,9 @@ TEST_F(Session, Link) {
         {"the exception datagram ends early", reply + Bytes{0, 0, 3, 0}, set},
         {"the exception datagram has no code", reply + Datagram(0, {1}), set},
         {"a text's header ends early", {9}, command},
-        {"a text ends early", {9, 0, 6, 'a', 'b'}, [&] { protocol.Recv(nullptr, 1); }},
+        {"a text ends early", {9, 0, 6, 'a', 'b'}, [&] { protocol.Send("") && protocol.Recv(nullptr, 1); }},
         {"a text is too long", {9, 0x10, 0}, command},
+        {"a text is far too long", {9, 0x80, 0}, command},
         {"a text", TextReply("OK"), command},
     };
     m_Shown = "TextProtocol";

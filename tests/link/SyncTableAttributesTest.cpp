@@ -1,4 +1,5 @@
 #include <cstring>
+#include <numeric>
 
 #include "tests/link/SyncTableFixture.h"
 
@@ -10,18 +11,19 @@ using testing::ElementsAre;
 class SyncTableAttributesTest : public SyncTableFixture {
   protected:
     const SyncTableAttributes m_Exposure = MakeAttributes(EXPOSURE_TIME, "exposure", -5, 1000000, 10000);
+    SyncTableAttributes m_Record = MakeAttributes(-1, "untouched", -1, -1, -1);
 
-    static void ExpectSame(const SyncTableAttributes& expected, const SyncTableAttributes& actual) {
-        EXPECT_EQ(0, std::memcmp(&expected, &actual, sizeof expected)) << actual.name;
+    void ExpectRecord(const SyncTableAttributes& expected) {
+        EXPECT_EQ(0, std::memcmp(&expected, &m_Record, sizeof expected)) << expected.name << ", " << m_Record.name;
     }
 };
 
 TEST_F(SyncTableAttributesTest, AreReadOnceAndThenServedFromTheCache) {
     m_Camera.QueueReply(AttributesReply(m_Exposure));
     for (int i = 0; i < 3; ++i) {
-        SyncTableAttributes record{};
-        EXPECT_TRUE(m_Table.GetAttribute(EXPOSURE_TIME, &record));
-        ExpectSame(m_Exposure, record);
+        m_Record = {};
+        EXPECT_TRUE(m_Table.GetAttribute(EXPOSURE_TIME, &m_Record));
+        ExpectRecord(m_Exposure);
     }
     EXPECT_THAT(m_Camera.Sent(), ElementsAre(Bytes{0, 0, 7, 81, 0, 4, 9, 0, 0, 0}));
     EXPECT_EQ(0, m_Table.GetFlags(EXPOSURE_TIME));
@@ -33,80 +35,47 @@ TEST_F(SyncTableAttributesTest, AreReadOnceAndThenServedFromTheCache) {
     EXPECT_EQ(SYNC_TABLE_FLAG_LOCKED, m_Table.GetFlags(EXPOSURE_TIME)) << "the other flags stay";
 }
 
-TEST_F(SyncTableAttributesTest, FieldsLieAtTheirOffsets) {
-    Bytes data(56, 0);
-    data[0] = 9;
-    data[4] = 'e';
-    data[36] = 3;
-    data[40] = 1;
-    data[44] = data[45] = data[46] = data[47] = 0xFF;
-    data[48] = 100;
-    data[53] = 1;
-    m_Camera.QueueReply(TableReply(81, data) + NoException());
-    SyncTableAttributes record{};
-    EXPECT_TRUE(m_Table.GetAttribute(EXPOSURE_TIME, &record));
-    ExpectSame(MakeAttributes(9, "e", -1, 100, 256), record);
-}
-
-TEST_F(SyncTableAttributesTest, ShortRecordsAreFilledWithZeros) {
-    const Bytes reply = AttributesReply(m_Exposure);
-    m_Camera.QueueReply(reply);
-    EXPECT_TRUE(m_Table.GetAttribute(EXPOSURE_TIME, nullptr));
-    m_Table.SetFlags(EXPOSURE_TIME, SYNC_TABLE_FLAG_ATTRIBUTES_UNREAD);
-    const Bytes data(reply.begin() + 6, reply.begin() + 6 + 46);
-    m_Camera.QueueReply(TableReply(81, data) + NoException());
-    SyncTableAttributes expected{}, record{};
-    std::memset(&record, 0xEE, sizeof record);
-    std::memcpy(&expected, data.data(), data.size());
-    EXPECT_TRUE(m_Table.GetAttribute(EXPOSURE_TIME, &record));
-    ExpectSame(expected, record);
-}
-
-TEST_F(SyncTableAttributesTest, LongRecordsAreCut) {
-    Bytes data(252, 0x7F);
-    m_Camera.QueueReply(TableReply(81, data) + NoException());
-    struct {
-        SyncTableAttributes record{};
-        int guard = 0x55;
-    } out;
-    EXPECT_TRUE(m_Table.GetAttribute(EXPOSURE_TIME, &out.record));
-    EXPECT_EQ(0x7F7F7F7F, out.record.default_value);
-    EXPECT_EQ(0x55, out.guard);
+TEST_F(SyncTableAttributesTest, AreZeroWhereARecordIsShortAndCutWhereItIsLong) {
+    Bytes data(252);
+    std::iota(data.begin(), data.end(), static_cast<unsigned char>(1));
+    for (const std::size_t size : {0u, 252u, 46u, 1u, 57u, 56u}) {
+        m_Table.SetFlags(EXPOSURE_TIME, SYNC_TABLE_FLAG_ATTRIBUTES_UNREAD);
+        m_Camera.QueueReply(TableReply(81, {data.data(), data.data() + size}) + NoException());
+        SyncTableAttributes expected{}, out[2] = {{}, m_Record};
+        std::memcpy(&expected, data.data(), std::min(size, sizeof expected));
+        EXPECT_TRUE(m_Table.GetAttribute(EXPOSURE_TIME, out));
+        EXPECT_EQ(0, std::memcmp(&expected, &out[0], sizeof expected)) << size;
+        EXPECT_EQ(0, std::memcmp(&m_Record, &out[1], sizeof expected)) << size << ": written past the record";
+    }
+    EXPECT_TRUE(m_Table.GetAttribute(EXPOSURE_TIME, &m_Record));
+    const auto& [index, name, data_type, flags, minimum, maximum, default_value] = m_Record;
+    EXPECT_THAT((std::vector<int>{index, name[0], data_type, flags, minimum, maximum, default_value}),
+                ElementsAre(0x04030201, 5, 0x28272625, 0x2c2b2a29, 0x302f2e2d, 0x34333231, 0x38373635));
 }
 
 TEST_F(SyncTableAttributesTest, FailedReadWritesNothingAndIsAskedAgain) {
-    SyncTableAttributes record;
-    std::memset(&record, 0xEE, sizeof record);
-    const SyncTableAttributes untouched = record;
+    const SyncTableAttributes untouched = m_Record;
     m_Camera.QueueReply(TableReply(81, Bytes(56, 1)) + Exception(0x11));
-    EXPECT_FALSE(m_Table.GetAttribute(EXPOSURE_TIME, &record));
+    EXPECT_FALSE(m_Table.GetAttribute(EXPOSURE_TIME, &m_Record));
     EXPECT_EQ(1, m_Camera.Exchanges()) << "no retry";
-    m_Camera.SetShortSend(1);
-    EXPECT_FALSE(m_Table.GetAttribute(EXPOSURE_TIME, &record));
-    ExpectSame(untouched, record);
+    ExpectRecord(untouched);
     EXPECT_EQ(0x02, m_Table.GetFlags(EXPOSURE_TIME));
-
-    m_Camera.SetShortSend(0);
     m_Camera.QueueReply(AttributesReply(m_Exposure));
-    EXPECT_TRUE(m_Table.GetAttribute(EXPOSURE_TIME, &record));
-    ExpectSame(m_Exposure, record);
+    EXPECT_TRUE(m_Table.GetAttribute(EXPOSURE_TIME, &m_Record));
+    ExpectRecord(m_Exposure);
 }
 
 TEST_F(SyncTableAttributesTest, OverloadReplacesTheCamerasAttributes) {
-    const SyncTableAttributes first = MakeAttributes(EXPOSURE_TIME, "first", 0, 10, 5);
-    const SyncTableAttributes second = MakeAttributes(EXPOSURE_TIME, "second", 1, 20, 7);
-    m_Camera.QueueReply(AttributesReply(m_Exposure));
-    EXPECT_TRUE(m_Table.GetAttribute(EXPOSURE_TIME, nullptr));
-    for (const SyncTableAttributes& overload : {first, second}) {
+    for (const auto& overload :
+         {MakeAttributes(EXPOSURE_TIME, "first", 0, 10, 5), MakeAttributes(EXPOSURE_TIME, "second", 1, 20, 7)}) {
         EXPECT_TRUE(m_Table.OverloadAttr(EXPOSURE_TIME, &overload));
         EXPECT_EQ(overload.default_value, CachedValue(EXPOSURE_TIME));
         EXPECT_EQ(0, Target(EXPOSURE_TIME));
-        m_Table.SetFlags(EXPOSURE_TIME, SYNC_TABLE_FLAG_ATTRIBUTES_UNREAD);
-        SyncTableAttributes record{};
-        EXPECT_TRUE(m_Table.GetAttribute(EXPOSURE_TIME, &record));
-        ExpectSame(overload, record);
+        EXPECT_EQ(SYNC_TABLE_FLAG_ATTRIBUTES_UNREAD, m_Table.GetFlags(EXPOSURE_TIME));
+        EXPECT_TRUE(m_Table.GetAttribute(EXPOSURE_TIME, &m_Record));
+        ExpectRecord(overload);
     }
-    EXPECT_EQ(1, m_Camera.Exchanges());
+    EXPECT_EQ(0, m_Camera.Exchanges());
     EXPECT_FALSE(m_Table.OverloadAttr(EXPOSURE_TIME, nullptr));
 }
 

@@ -1,3 +1,5 @@
+// The logger on a system of this program's own: one logging library, with the exports that a case leaves it, and a
+// performance counter that stands still.
 #include "sdk/Logger.h"
 
 #include <gmock/gmock.h>
@@ -8,139 +10,150 @@
 #include <vector>
 
 #include "platform/Clock.h"
-#include "tests/support/RecordedLog.h"
 
 namespace zel {
 namespace {
 
-using test::RecordedLine;
-using test::RecordedLog;
 using testing::ElementsAre;
 
-TEST(Logger, DeliversEachPartOfALine) {
-    RecordedLog log;
-    Logger logger("SyncTable", "camera 3");
-    ASSERT_TRUE(logger.Enabled());
-    EXPECT_TRUE(logger.Log(kLogWarning, "File.cpp", 42, "SyncTable::Get", "%s is %d of %.2f\n", "seven", 7, 0.5));
-    const std::vector<RecordedLine> lines = log.Lines();
-    ASSERT_EQ(1u, lines.size());
-    EXPECT_EQ(1, lines[0].level);
-    EXPECT_EQ(42, lines[0].line);
-    EXPECT_EQ("SyncTable", lines[0].source);
-    EXPECT_EQ("camera 3", lines[0].instance);
-    EXPECT_EQ("File.cpp", lines[0].file);
-    EXPECT_EQ("SyncTable::Get", lines[0].function);
-    EXPECT_EQ("seven is 7 of 0.50\n", lines[0].message) << "the line end is the text's own";
+std::string s_Calls;               // Load, Get, Take, Free, Unload by their first letters
+std::string s_Names;               // of the log asked for last: "source/instance"
+std::vector<std::string> s_Lines;  // since the last load: "level file:line function message"
+std::int64_t s_Ticks = 0;          // ten a microsecond
 
-    log.Clear();
-    ZEL_LOG(logger, kLogTrace, "Class::Operation", "text");
-    ASSERT_EQ(1u, log.Lines().size());
-    EXPECT_EQ("LoggerTest.cpp", log.Lines()[0].file) << "without its folders";
-    EXPECT_EQ(__LINE__ - 3, log.Lines()[0].line);
-    EXPECT_EQ(2, log.Lines()[0].level);
+void* ZEL_CALL Get(const char* source, const char* instance) {
+    s_Calls += 'G';
+    s_Names = std::string(source) + "/" + instance;
+    return &s_Lines;
+}
+void* ZEL_CALL Refuse(const char* source, const char* instance) { return Get(source, instance), nullptr; }
+int ZEL_CALL Take(void* log, int level, const char* file, int line, const char* function, const char* message) {
+    s_Calls += 'T';
+    s_Lines.push_back(std::to_string(level) + " " + file + ":" + std::to_string(line) + " " + function + " " + message);
+    return log == &s_Lines ? 0 : 1;
+}
+int ZEL_CALL Fail(void*, int, const char*, int, const char*, const char*) { return s_Calls += 'T', 7; }
+void ZEL_CALL Free(const char* source, const char* instance) {
+    s_Calls += s_Names.empty() || s_Names == std::string(source) + "/" + instance ? 'F' : '?';
 }
 
-TEST(Logger, TakesNamesThatAreShortLongOrMissing) {
-    RecordedLog log;
-    const std::string long_name(5000, 'n');
-    const struct {
-        const char* source;
-        const char* instance;
-        std::string expected_source, expected_instance;
-    } cases[] = {
-        {"", "", "", ""},
-        {nullptr, nullptr, "", ""},
-        {long_name.c_str(), "x", long_name, "x"},
-        {"x", long_name.c_str(), "x", long_name},
+struct Library {
+    const char* what;
+    decltype(&Get) get;
+    decltype(&Take) take;
+    decltype(&Free) free;
+    const char* calls;  // in the life of one logger with one line
+    bool delivered;     // what Log answers
+};
+Library s_Whole{"whole", &Get, &Take, &Free, "LGTFU", true};
+Library* s_Library = &s_Whole;  // null: there is none
+
+}  // namespace
+
+namespace platform {
+
+LibraryHandle LoadSharedLibrary(const char* name) {
+    if (!s_Library || std::string(name) != "kestrane_zel_logger.dll") return nullptr;
+    s_Names.clear();
+    s_Lines.clear();
+    return s_Calls += 'L', s_Library;
+}
+void* FindExport(LibraryHandle handle, const char* name) {
+    if (!handle) return nullptr;
+    const Library& library = *static_cast<const Library*>(handle);
+    if (std::string(name) == "zel_get_log") return reinterpret_cast<void*>(library.get);
+    if (std::string(name) == "zel_log") return reinterpret_cast<void*>(library.take);
+    return std::string(name) == "zel_free_log" ? reinterpret_cast<void*>(library.free) : nullptr;
+}
+void UnloadSharedLibrary(LibraryHandle handle) { s_Calls += handle ? "U" : ""; }
+bool PerformanceFrequency(std::int64_t& ticks_per_second) { return ticks_per_second = 10'000'000, true; }
+bool PerformanceCounter(std::int64_t& ticks) { return ticks = s_Ticks, true; }
+
+}  // namespace platform
+
+namespace {
+
+TEST(LoggerTest, LogsWhatTheLibraryAllows) {
+    Library libraries[] = {
+        s_Whole,
+        {"without get", nullptr, &Take, &Free, "LFU", false},
+        {"without log", &Get, nullptr, &Free, "LGFU", false},
+        {"without free", &Get, &Take, nullptr, "LGTU", true},
+        {"refusing", &Refuse, &Take, &Free, "LGFU", false},
+        {"failing", &Get, &Fail, &Free, "LGTFU", false},
+        {"absent", nullptr, nullptr, nullptr, "", false},
     };
-    for (const auto& each : cases) {
-        log.Clear();
+    for (Library& each : libraries) {
+        SCOPED_TRACE(each.what);
+        s_Library = *each.calls ? &each : nullptr;
+        s_Calls.clear();
+        int evaluations = 0;
         {
-            Logger logger(each.source, each.instance);
-            EXPECT_TRUE(logger.Log(kLogError, "f", 1, "g", "h"));
-            EXPECT_EQ(1, log.LiveLogs());
+            Logger logger("Source", "instance");
+            ZEL_LOG(logger, kLogTrace, "Class::Operation", "%d", ++evaluations);
+            EXPECT_EQ(std::string(each.calls).find('T') != std::string::npos, logger.Enabled());
+            EXPECT_EQ(logger.Enabled(), evaluations == 1) << "arguments are computed for a log that is there only";
         }
-        EXPECT_EQ(0, log.LiveLogs());
-        const std::vector<RecordedLine> lines = log.Lines();
-        ASSERT_EQ(1u, lines.size());
-        EXPECT_EQ(each.expected_source, lines[0].source);
-        EXPECT_EQ(each.expected_instance, lines[0].instance);
+        EXPECT_EQ(each.calls, s_Calls);
+        s_Calls.clear();
+        EXPECT_EQ(each.delivered, SdkLogger().Get().Log(kLogError, "File.cpp", 1, "Class::Operation", "a line"));
+        SdkLogger().Destroy();
+        EXPECT_EQ(each.calls, s_Calls) << "by the process-wide logger";
     }
+    s_Library = &s_Whole;
 }
 
-TEST(Logger, DeliversALineOfAnyLengthWhole) {
-    RecordedLog log;
+TEST(LoggerTest, DeliversEachPartOfALine) {
     Logger logger("Source");
+    EXPECT_TRUE(logger.Log(kLogWarning, "File.cpp", 42, "SyncTable::Get", "%s is %d of %.2f\n", "seven", 7, 0.5));
+    ZEL_LOG(logger, kLogTrace, "Class::Operation", "text");
+    const std::string here = "LoggerTest.cpp:" + std::to_string(__LINE__ - 1);
+    EXPECT_THAT(s_Lines, ElementsAre("1 File.cpp:42 SyncTable::Get seven is 7 of 0.50\n",
+                                     "2 " + here + " Class::Operation text"));
+}
+
+TEST(LoggerTest, TakesTextsOfAnyLength) {
     for (const std::size_t length : {0u, 1u, 255u, 1023u, 1024u, 4096u, 65536u, 3000000u}) {
-        log.Clear();
-        const std::string text(length, 'x');
-        ASSERT_TRUE(logger.Log(kLogTrace, "f", 1, "g", "<%s>", text.c_str()));
-        EXPECT_EQ(1, log.Count("<" + text + ">")) << length;
+        const std::string source(length, 's'), instance(length, 'i'), text(length, 't');
+        Logger logger(source.c_str(), instance.c_str());
+        EXPECT_TRUE(logger.Log(kLogError, "f", 1, "g", "<%s>", text.c_str()));
+        EXPECT_TRUE(s_Names == source + "/" + instance && s_Lines.back() == "0 f:1 g <" + text + ">") << length;
     }
+    EXPECT_TRUE(Logger(nullptr, nullptr).Enabled());
+    EXPECT_EQ("/", s_Names);
 }
 
 // The plain locale has no form for this character, so that the length of the line can't be told.
-TEST(Logger, DropsALineWhoseLengthCannotBeMeasured) {
-    RecordedLog log;
-    Logger logger("Source");
+TEST(LoggerTest, DropsALineWhoseLengthCannotBeMeasured) {
     if (std::snprintf(nullptr, 0, "%ls", L"\x263a") >= 0) {
         GTEST_SKIP() << "this system's C library never fails to measure a line";
     }
+    Logger logger("Source");
     EXPECT_FALSE(logger.Log(kLogTrace, "f", 1, "g", "%ls", L"\x263a"));
-    EXPECT_THAT(log.Messages(), ElementsAre());
     EXPECT_TRUE(logger.Log(kLogTrace, "f", 1, "g", "the next"));
-    EXPECT_THAT(log.Messages(), ElementsAre("the next"));
+    EXPECT_THAT(s_Lines, ElementsAre("2 f:1 g the next"));
 }
 
-TEST(ScopeTimer, LogsItsStageOnceWithTheTimeItTook) {
-    RecordedLog log;
+TEST(LoggerTest, ScopeTimerLogsItsStageOnceWithTheTimeItTook) {
     Logger logger("Source");
+    const int line = __LINE__ + 2;
     {
         ZEL_SCOPE_TIMER(timer, "the stage", logger, "Class::Operation");
-        platform::SleepMilliseconds(20);
-        EXPECT_THAT(log.Messages(), ElementsAre());
+        s_Ticks += 15;
         timer.Stop();
-        EXPECT_EQ(1u, log.Messages().size());
-        ZEL_SCOPE_TIMER(second, "a second stage", logger, "Class::Operation");
+        s_Ticks += 1'000'000;
+        EXPECT_EQ(1u, s_Lines.size());
+        ScopeTimer second("a second stage", logger, "File.cpp", 7, "Class::Other");
     }
-    EXPECT_EQ(1, log.CountContaining("a second stage takes ")) << "a timer stops at the end of its scope";
-    const std::vector<RecordedLine> lines = log.Lines();
-    ASSERT_EQ(2u, lines.size()) << "a stopped timer is silent at its end";
-    EXPECT_EQ(2, lines[0].level);
-    EXPECT_EQ("LoggerTest.cpp", lines[0].file);
-    EXPECT_EQ("Class::Operation", lines[0].function);
-    const std::string& message = lines[0].message;
-    ASSERT_THAT(message, testing::StartsWith("the stage takes "));
-    const double microseconds = std::stod(message.substr(std::string("the stage takes ").size()));
-    EXPECT_GE(microseconds, 15000.0);
-    EXPECT_LT(microseconds, 5e6);
-    EXPECT_THAT(message, testing::EndsWith(" microseconds."));
-    EXPECT_EQ(message.find('.') + 7, message.find(" microseconds.")) << "six digits after the point";
+    EXPECT_THAT(s_Lines, ElementsAre("2 LoggerTest.cpp:" + std::to_string(line) +
+                                         " Class::Operation the stage takes 1.500000 microseconds.",
+                                     "2 File.cpp:7 Class::Other a second stage takes 0.000000 microseconds."));
 }
 
-TEST(LogTexts, BaseNameIsWhatFollowsTheLastSeparator) {
-    const struct {
-        const char* path;
-        const char* name;
-    } cases[] = {{"File.cpp", "File.cpp"},
-                 {"/a/b/File.cpp", "File.cpp"},
-                 {"c:\\a\\b\\File.cpp", "File.cpp"},
-                 {"c:\\a/b\\c/File.cpp", "File.cpp"},
-                 {"a/", ""},
-                 {"", ""}};
-    for (const auto& each : cases) EXPECT_STREQ(each.name, BaseName(each.path)) << each.path;
-}
-
-TEST(LogTexts, PointersHaveAtLeastEightDigitsAndAllSignificantOnes) {
-    const auto text = [](std::uintptr_t value) {
-        return std::string(PointerText(reinterpret_cast<const void*>(value)).text);
-    };
-    EXPECT_EQ("0x00000000", text(0));
-    EXPECT_EQ("0x0000abcd", text(0xabcd));
-    EXPECT_EQ("0xfedcba98", text(0xfedcba98));
-    constexpr bool kWide = sizeof(void*) == 8;
-    EXPECT_EQ(kWide ? "0xffffffffffffffff" : "0xffffffff", text(~std::uintptr_t{0}));
-    EXPECT_EQ(text(reinterpret_cast<std::uintptr_t>(&BaseName)), PointerText(&BaseName).text);
+TEST(LoggerTest, BaseNameIsWhatFollowsTheLastSeparator) {
+    for (const char* folder : {"", "/", "/a/b/", "c:\\a\\b\\", "c:\\a/b\\c/", "c:/a\\"}) {
+        for (const char* name : {"File.cpp", ""}) EXPECT_STREQ(name, BaseName((std::string(folder) + name).c_str()));
+    }
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 #include "platform/Files.h"
 #include "platform/User.h"
-#include "tapbalance/TableText.h"
+#include "calibration/TableText.h"
 #include "tests/tapbalance/TapBalanceFixture.h"
 
 namespace zel::test {

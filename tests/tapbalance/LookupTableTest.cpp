@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-#include "tapbalance/TableText.h"
+#include "calibration/TableText.h"
 #include "tests/tapbalance/ScriptedFlash.h"
 
 namespace zel::test {

@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "tapbalance/TapTable.h"
+#include "calibration/TapTable.h"
 #include "tests/support/ScriptedTransport.h"
 
 namespace zel::test {

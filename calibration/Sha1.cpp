@@ -1,4 +1,4 @@
-#include "tapbalance/Sha1.h"
+#include "calibration/Sha1.h"
 
 #include <algorithm>
 #include <bit>

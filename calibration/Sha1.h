@@ -1,7 +1,7 @@
 // SHA-1 (FIPS 180-4): the digest that tells whether a calibration table is the one the camera holds. It guards against
 // damage and mix-ups, not against forgery.
-#ifndef TAPBALANCE_SHA1_H
-#define TAPBALANCE_SHA1_H
+#ifndef CALIBRATION_SHA1_H
+#define CALIBRATION_SHA1_H
 
 #include <array>
 #include <cstddef>

@@ -2,29 +2,24 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
 namespace zel::test {
 namespace {
 
-std::string Hex(const Sha1::Digest& digest) {
-    std::string text;
-    for (const int byte : digest) {
-        text += "0123456789abcdef"[byte / 16];
-        text += "0123456789abcdef"[byte % 16];
-    }
-    return text;
-}
-
-// Given in pieces of this many bytes.
+// In hexadecimal, of a message that is given in pieces of this many bytes.
 std::string DigestOf(const std::string& message, std::size_t piece) {
     Sha1 sha;
     const std::vector<std::uint8_t> bytes(message.begin(), message.end());
     for (std::size_t at = 0; at < bytes.size(); at += piece) {
         sha.Update(std::span(bytes).subspan(at, std::min(piece, bytes.size() - at)));
     }
-    return Hex(sha.Finish());
+    std::string text(40, ' ');
+    char* out = text.data();
+    for (const unsigned byte : sha.Finish()) out += std::sprintf(out, "%02x", byte);
+    return text;
 }
 
 TEST(Sha1Test, PublishedVectors) {

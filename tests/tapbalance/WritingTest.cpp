@@ -20,26 +20,24 @@ class WritingTest : public TapBalanceTest {
 TEST_F(WritingTest, WhatIsWrittenReadsBackWithTheSameDigest) {
     for (const int taps : {2, 4}) {
         for (const std::size_t page_size : {64u, 264u}) {
-            m_Flash = ScriptedFlash(page_size, 65536 / page_size);
-            m_Flash.Put(57, {1, 2, 3});  // behind the directory
+            const ScriptedFlash empty(page_size, 65536 / page_size);
+            m_Flash = empty;
             m_TapBalance.ForgetFlash();
-            const TapTable first = MakeTable(30, taps);
-            const TapTable second = MakeTable(45, taps, 4);
+            LoadAndEnable(MakeTable(30, taps, 9), MakeTable(45, taps, 9));
+            m_Flash = empty;
+            m_Flash.Put(57, {1, 2, 3});  // behind the directory
+            const TapTable first = MakeTable(30, taps), second = MakeTable(45, taps, 4);
             ASSERT_TRUE(Enter(1, second) && Enter(0, first)) << "in any order";
             ASSERT_TRUE(m_TapBalance.WriteTableConfigToCamera());
             ASSERT_TRUE(m_TapBalance.WriteDataToCamera());
-            // The layout that the reading side expects, built by hand.
-            ScriptedFlash expected(page_size, 65536 / page_size);
-            const std::size_t first_bytes = static_cast<std::size_t>(first.Rows() * 4 * first.Columns());
-            const std::size_t second_at = page_size + (first_bytes + page_size - 1) / page_size * page_size;
-            expected.PutDirectory(2, {30, taps + 1, static_cast<int>(page_size), Digest(first)},
-                                  {45, taps + 1, static_cast<int>(second_at), Digest(second)});
+            const std::vector<std::uint16_t> corrected = Entries(m_TapBalance.TablesFor(1), 1);
+            ScriptedFlash expected = empty;
+            expected.PutTables(page_size, page_size - first.FlashBytes().size() % page_size, first, second);
             expected.Put(57, {1, 2, 3});
-            expected.PutTable(page_size, first);
-            expected.PutTable(second_at, second);
             EXPECT_EQ(m_Flash.Content(), expected.Content());
             EXPECT_TRUE(m_TapBalance.LoadDataFromCamera());
             EXPECT_TRUE(m_TapBalance.CheckDownload());
+            EXPECT_EQ(corrected, Entries(m_TapBalance.TablesFor(1), 1)) << "what was written is corrected with at once";
         }
     }
 }

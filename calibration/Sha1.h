@@ -4,28 +4,15 @@
 #define CALIBRATION_SHA1_H
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
 #include <span>
 
 namespace zel {
 
-class Sha1 {
-  public:
+struct Sha1 {
     using Digest = std::array<std::uint8_t, 20>;
 
-    void Update(std::span<const std::uint8_t> bytes);
-    // The digest of everything given so far. The object is used up.
-    Digest Finish();
-
-  private:
-    static constexpr std::size_t kBlockSize = 64;
-    void Compress(const std::uint8_t* block);
-
-    std::array<std::uint32_t, 5> m_State{0x67452301u, 0xEFCDAB89u, 0x98BADCFEu, 0x10325476u, 0xC3D2E1F0u};
-    std::array<std::uint8_t, kBlockSize> m_Block{};
-    std::size_t m_Filled = 0;  // bytes in m_Block
-    std::uint64_t m_Length = 0;
+    static Digest Of(std::span<const std::uint8_t> message);
 };
 
 }  // namespace zel

@@ -60,9 +60,7 @@ Sha1::Digest TapTable::Digest() const {
     for (const std::vector<float>& column : m_Gains) {
         for (const float value : column) AppendFloat(bytes, value);
     }
-    Sha1 sha;
-    sha.Update(bytes);
-    return sha.Finish();
+    return Sha1::Of(bytes);
 }
 
 std::vector<std::uint8_t> TapTable::FlashBytes() const {

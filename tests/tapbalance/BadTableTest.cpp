@@ -40,8 +40,7 @@ TEST_F(TapBalanceTest, ALyingFlashEndsTheDownloadWithItsMessage) {
         m_Flash.Fail(command, reply);
         EXPECT_FALSE(tap_balance.LoadDataFromCamera());
         EXPECT_EQ(log.Count(std::string("***ERROR***: ") + message, kLogError), 1) << message;
-        EXPECT_FALSE(tap_balance.Enable(true));
-        EXPECT_FALSE(tap_balance.TablesFor(0) || tap_balance.TablesFor(1));
+        EXPECT_FALSE(tap_balance.Enable(true) || tap_balance.TablesFor(0) || tap_balance.TablesFor(1));
     }
 }
 

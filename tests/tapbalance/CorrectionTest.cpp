@@ -71,25 +71,22 @@ TEST_F(CorrectionTest, WhatDoesNotFitIsRefusedAndUnchanged) {
 // The application changes the gain while frames are corrected: each frame's samples come from one set, which stays.
 TEST_F(CorrectionTest, AFrameKeepsTheSetThatItBegan) {
     LoadAndEnable(MakeTable(40, 4), MakeTable(40, 4));
-    constexpr unsigned kSample = 3000;
-    const TapTables first = m_TapBalance.TablesFor(0);
-    const unsigned low = first.lut[0][kSample];
-    ASSERT_TRUE(m_TapBalance.SetGain(300));
-    const unsigned high = m_TapBalance.TablesFor(0).lut[0][kSample];
+    const TapTables sets[] = {m_TapBalance.TablesFor(0), (m_TapBalance.SetGain(300), m_TapBalance.TablesFor(0))};
+    const unsigned low = sets[0].lut[0][3000], high = sets[1].lut[0][3000];
     ASSERT_NE(low, high);
     std::atomic<bool> stop{false};
     std::thread application([&] {
         for (int i = 0; !stop; ++i) m_TapBalance.SetGain(i % 2 ? 0.0f : 300.0f);
     });
     for (int i = 0; i < 200; ++i) {
-        Frame frame(64 * 64, kSample);
+        Frame frame(64 * 64, 3000);
         EXPECT_TRUE(m_TapBalance.TranslatePixels(64, 64, 4, 0, frame.data()));
         EXPECT_TRUE(frame[0] == low || frame[0] == high) << frame[0];
         EXPECT_TRUE(std::equal(frame.begin(), frame.begin() + 32, frame.begin() + 64 * 31));
     }
     stop = true;
     application.join();
-    EXPECT_EQ(first.lut[0][kSample], low);
+    EXPECT_EQ(sets[0].lut[0][3000], low);
 }
 
 }  // namespace

@@ -5,16 +5,12 @@ namespace zel::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::Pair;
-
 using FlashTest = TapBalanceTest;
 
 TEST_F(FlashTest, CommandsOfTheFirstExchanges) {
     m_Flash.Install(MakeTable(20, 2), MakeTable(5, 4));
-    int rows = 0;
-    int taps = 0;
-    ASSERT_TRUE(m_TapBalance.GetTableConfig(&rows, &taps));
-    EXPECT_THAT(std::pair(rows, taps), Pair(20, 2));
+    int rows = 0, taps = 0;
+    EXPECT_TRUE(m_TapBalance.GetTableConfig(&rows, &taps) && rows == 20 && taps == 2);
     EXPECT_THAT(m_Flash.m_Commands,
                 ElementsAre("tb f s", "tb p s", "tb p n", "tb g 0", "tb r 0 8", "tb r 8 8", "tb r 10 8", "tb r 18 8",
                             "tb r 20 8", "tb r 28 8", "tb r 30 8", "tb r 38 1"));
@@ -104,20 +100,18 @@ TEST_F(FlashTest, TheSecondReadingOfABadRowIsTaken) {
 }
 
 TEST_F(FlashTest, RowsAndSelectionsOutsideAreRefused) {
-    float mv = 7;
-    float gains[4] = {};
+    float mv = 7, gains[4] = {};
     m_Flash.Install(MakeTable(10, 2), MakeTable(10, 4));
     ASSERT_TRUE(m_TapBalance.GetTableConfig(nullptr, nullptr));
     for (const int row : {-1, 10, 1 << 30}) EXPECT_FALSE(m_TapBalance.GetTableData(row, &mv, gains)) << row;
-    EXPECT_TRUE(m_TapBalance.SelectTable(1));
-    EXPECT_FALSE(m_TapBalance.GetTableData(0, &mv, gains, gains)) << "the two-tap form of four taps";
-    EXPECT_EQ(mv, 7);
-    for (const int select : {2, -1}) {
-        EXPECT_FALSE(m_TapBalance.SelectTable(select));
-        EXPECT_FALSE(m_TapBalance.GetTableData(0, &mv, gains));
-        EXPECT_FALSE(m_TapBalance.LoadDataTableFromCamera(select));
-        EXPECT_FALSE(m_TapBalance.WriteDataToFile());
+    for (const int select : {1, 2, -1}) {
+        EXPECT_EQ(m_TapBalance.SelectTable(select), select == 1);
+        EXPECT_FALSE(m_TapBalance.GetTableData(0, &mv, gains, gains)) << "the two-tap form of four taps, or of none";
+        if (select == 1) continue;
+        EXPECT_FALSE(m_TapBalance.GetTableData(0, &mv, gains) || m_TapBalance.LoadDataTableFromCamera(select) ||
+                     m_TapBalance.WriteDataToFile());
     }
+    EXPECT_EQ(mv, 7);
 }
 
 }  // namespace

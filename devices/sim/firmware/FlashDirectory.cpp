@@ -44,9 +44,7 @@ Sha1::Digest DigestOf(const CalibrationTable& table) {
     for (const auto& column : table.gains) {
         for (const float gain : column) AppendFloat(message, gain);
     }
-    Sha1 sha1;
-    sha1.Update(message);
-    return sha1.Finish();
+    return Sha1::Of(message);
 }
 
 std::vector<std::uint8_t> FlashContent(const CalibrationData& data) {

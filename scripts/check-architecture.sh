@@ -11,18 +11,20 @@ sdk/Logger:         include platform
 logger:             include platform
 link:               include platform sdk/Logger
 util:               include platform sdk/Logger
-tapbalance:         kernels link platform sdk/Logger
+calibration/Sha1:
+calibration:        calibration/Sha1
+tapbalance:         calibration calibration/Sha1 kernels link platform sdk/Logger
 image:              include kernels platform tapbalance sdk/Logger
 camera:             image include link platform tapbalance util sdk/Logger
 sdk:                camera include link platform util sdk/Logger
 devices/sim/scene:    platform
 devices/sim/sensor:   include link platform devices/sim/scene
-devices/sim/firmware: include link platform devices/sim/scene devices/sim/sensor
+devices/sim/firmware: include link platform devices/sim/scene devices/sim/sensor calibration/Sha1
 devices/sim/link:     include link platform devices/sim/sensor devices/sim/firmware
 devices/sim/plugins:  include link platform devices/sim/link
 tools/zelcam/text:        include platform
 tools/zelcam/camera:      include tools/zelcam/text
-tools/zelcam/calibration: include platform tapbalance tools/zelcam/text tools/zelcam/camera
+tools/zelcam/calibration: include platform calibration tools/zelcam/text tools/zelcam/camera
 tools/zelcam/frames:      include tools/zelcam/text tools/zelcam/camera
 tools/zelcam/commands:    include platform tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames
 tools/zelcam:             tools/zelcam/text tools/zelcam/commands

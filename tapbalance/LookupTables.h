@@ -8,7 +8,7 @@
 #include <span>
 #include <vector>
 
-#include "tapbalance/TapTable.h"
+#include "calibration/TapTable.h"
 
 namespace zel {
 

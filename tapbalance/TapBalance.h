@@ -20,12 +20,12 @@
 #include <optional>
 #include <string>
 
+#include "calibration/TableDirectory.h"
+#include "calibration/TapTable.h"
 #include "platform/Locks.h"
 #include "sdk/Logger.h"
 #include "tapbalance/FlashPages.h"
 #include "tapbalance/LookupTables.h"
-#include "tapbalance/TableDirectory.h"
-#include "tapbalance/TapTable.h"
 
 namespace zel {
 

@@ -1,9 +1,9 @@
 // Calibration tables in files: the cache that spares a camera's next connection the download, and master files.
 #include <string_view>
 
+#include "calibration/TableText.h"
 #include "platform/Files.h"
 #include "platform/User.h"
-#include "tapbalance/TableText.h"
 #include "tapbalance/TapBalance.h"
 
 namespace zel {
@@ -16,7 +16,6 @@ constexpr const char* kLoadMaster = "TapBalance::LoadDataFromMasterFile";
 
 constexpr std::size_t kLongestText = 63;
 constexpr std::size_t kLargestFile = 1 << 20;  // far more than 1000 rows take
-constexpr const char* kSpeeds[kTapTables] = {"20MHz", "40MHz"};
 
 // A camera's text as part of a file name: whatever could be a path or a wildcard becomes '_'.
 std::string NamePart(const char* text) {
@@ -28,9 +27,27 @@ std::string NamePart(const char* text) {
     return part;
 }
 
-std::string_view BaseOf(std::string_view path) {
-    const std::size_t separator = path.find_last_of("/\\");
-    return separator == std::string_view::npos ? path : path.substr(separator + 1);
+void LogFault(Logger& logger, const char* function_name, const TableTextFault& fault) {
+    using Kind = TableTextFault::Kind;
+    const auto log = [&](const char* format, int first, int second = 0) {
+        ZEL_LOG(logger, kLogError, function_name, format, first, second);
+    };
+    switch (fault.kind) {
+        case Kind::kDigest:
+            return log("***HASH PARSE ERROR***. Expected 20 bytes data and got %d", fault.number);
+        case Kind::kShape:
+            return log("***PARSE ERROR***. Row:0 Expected 2 cols of data and got %d", fault.number);
+        case Kind::kTaps:
+            return log("***PARSE ERROR***. %d taps: a table has 2 or 4", fault.number);
+        case Kind::kRows:
+            return log("***PARSE ERROR***. %d rows: a table has 1 to %d", fault.number, TapTable::kMostRows);
+        case Kind::kRow:
+            return log("***PARSE ERROR***. Row:%d Expected 5 cols of data and got %d", fault.row, fault.number);
+        case Kind::kValue:
+            return log("***PARSE ERROR***. Row:%d holds a value that no table can have", fault.row);
+        case Kind::kMoreLines:
+            return log("***PARSE ERROR***. More lines follow than the %d rows of the table", fault.number);
+    }
 }
 
 }  // namespace
@@ -54,7 +71,7 @@ std::string TapBalance::CacheFilePath() {
     std::string path;
     Guarded(kWrite, [&]() ZEL_REQUIRES(m_Lock) {
         path = platform::CalibrationFolder() + platform::PathSeparator() + "zel_" + m_CameraTexts[0] + "_" +
-               m_CameraTexts[1] + "_" + kSpeeds[select] + ".txt";
+               m_CameraTexts[1] + "_" + kReadoutNames[select] + ".txt";
         return true;
     });
     return path;
@@ -88,10 +105,10 @@ std::optional<TapTable> TapBalance::ReadCacheFile(const char* file_name, bool ch
         ZEL_LOG(m_Logger, kLogError, kLoad, "***ERROR***: %s can't be read", file_name ? file_name : "(null)");
         return std::nullopt;
     }
-    std::string error;
-    std::optional<CacheFile> file = ParseCacheFile(text, error);
+    TableTextFault fault;
+    std::optional<CacheFile> file = ParseCacheFile(text, fault);
     if (!file) {
-        ZEL_LOG(m_Logger, kLogError, kLoad, "%s", error.c_str());
+        LogFault(m_Logger, kLoad, fault);
         return std::nullopt;
     }
     if (check_camera && !CheckAgainstCamera(file_name, select, file->digest, file->table)) return std::nullopt;
@@ -149,7 +166,7 @@ bool TapBalance::LoadGeneralTables() {
     return Guarded(kLoadMaster, [&]() ZEL_REQUIRES(m_Lock) {
         std::array<std::optional<TapTable>, kTapTables> tables;
         for (int select = 0; select < kTapTables; ++select) {
-            const std::string name = std::string("CameraTable_") + kSpeeds[select] + ".txt";
+            const std::string name = std::string("CameraTable_") + kReadoutNames[select] + ".txt";
             const std::string path = platform::CalibrationFolder() + platform::PathSeparator() + name;
             tables[Index(select)] = ReadMasterFile(path.c_str());
             if (!tables[Index(select)]) return false;
@@ -164,17 +181,15 @@ std::optional<TapTable> TapBalance::ReadMasterFile(const char* file_name) {
         ZEL_LOG(m_Logger, kLogError, kLoadMaster, "***ERROR***: %s can't be read", file_name);
         return std::nullopt;
     }
-    std::string error;
-    std::optional<TapTable> table = ParseMasterFile(text, error);
-    if (!table) ZEL_LOG(m_Logger, kLogError, kLoadMaster, "%s", error.c_str());
+    TableTextFault fault;
+    std::optional<TapTable> table = ParseMasterFile(text, Remarks::kAllowed, fault);
+    if (!table) LogFault(m_Logger, kLoadMaster, fault);
     return table;
 }
 
 bool TapBalance::LoadDataFromMasterFile(const char* file_name) {
     return Guarded(kLoadMaster, [&] {
-        const std::string_view name = BaseOf(file_name ? file_name : "");
-        int select = 0;
-        while (select < kTapTables && name.find(kSpeeds[select]) == std::string_view::npos) ++select;
+        const int select = TableOfFileName(file_name ? file_name : "");
         if (!IsTable(select)) {
             ZEL_LOG(m_Logger, kLogError, kLoadMaster, "***ERROR***: neither 20MHz nor 40MHz in the name \"%s\"",
                     file_name ? file_name : "(null)");

@@ -1,7 +1,7 @@
 // Calibration tables coming from the camera's flash.
 #include <algorithm>
 
-#include "tapbalance/TableText.h"
+#include "calibration/TableText.h"
 #include "tapbalance/TapBalance.h"
 
 namespace zel {
@@ -14,11 +14,8 @@ constexpr const char* kHash = "TapBalance::GetTableHashFromCamera";
 constexpr const char* kLoadTable = "TapBalance::LoadDataTableFromCamera";
 constexpr const char* kLoad = "TapBalance::LoadDataFromCamera";
 
-struct ReadoutTexts {
-    const char* speed;
-    const char* spaced_speed;
-};
-constexpr ReadoutTexts kReadouts[kTapTables] = {{"20MHz", "20 mhz"}, {"40MHz", "40 mhz"}};
+// As failures name the readouts.
+constexpr const char* kSpacedNames[kTapTables] = {"20 mhz", "40 mhz"};
 
 void LogBadRow(Logger& logger, const TapRow& row, int taps) {
     const double mv = double{row.millivolts};
@@ -246,12 +243,11 @@ bool TapBalance::LoadDataFromCamera(TableCallback table_begins, void* context) {
     for (int select = 0; select < kTapTables; ++select) {
         const int rows = directory.entries[Index(select)].rows;
         const int taps = directory.entries[Index(select)].columns - 1;
-        const ReadoutTexts& texts = kReadouts[select];
-        ZEL_LOG(m_Logger, kLogTrace, kLoad, "TapBalance::LoadDataFromCamera() - %s rows:%d num_taps:%d\n", texts.speed,
-                rows, taps);
+        ZEL_LOG(m_Logger, kLogTrace, kLoad, "TapBalance::LoadDataFromCamera() - %s rows:%d num_taps:%d\n",
+                kReadoutNames[select], rows, taps);
         if (rows < 1 || taps < 1) {
             ZEL_LOG(m_Logger, kLogError, kLoad, "***ERROR***: %s - rows (%d) < 0  || num_taps (%d) < 0",
-                    texts.spaced_speed, rows, taps);
+                    kSpacedNames[select], rows, taps);
             return false;
         }
     }

@@ -5,53 +5,42 @@
 namespace zel::test {
 namespace {
 
-TEST_F(TapBalanceTest, ALyingDirectoryEndsTheDownloadWithItsMessage) {
-    const std::pair<Entry, const char*> lies[] = {
-        {{-1, -1, -1}, "***ERROR***: Invalid table data."},
-        {{0, 3, 256}, "***ERROR***: 20 mhz - rows (0) < 0  || num_taps (2) < 0"},
-        {{20, 0, 256}, "***ERROR***: 20 mhz - rows (20) < 0  || num_taps (-1) < 0"},
-        {{1001, 3, 256},
-         "***ERROR***: rows:1001 (<= 0 || > 1000) || num_taps:2 (<= 0 || > 4) is out of bounds returning false"},
-        {{20, 6, 256},
-         "***ERROR***: rows:20 (<= 0 || > 1000) || num_taps:5 (<= 0 || > 4) is out of bounds returning false"},
-        {{20, 4, 256}, "***ERROR***: m_Numcols is invalid"},
-        {{3, 3, 256}, "***ERROR***: table 0 has 3 rows, a line needs 4"},
-        {{20, 3, 64 * 256 - 8}, "***ERROR***: 12 bytes at offset 0x00003ff8 lie outside the flash (64 x 256)"},
-        {{20, 3, -1}, "***ERROR***: 12 bytes at offset 0xffffffff lie outside the flash (64 x 256)"}};
-    for (const auto& [entry, message] : lies) {
-        RecordedLog log;
-        TapBalance tap_balance(m_TextProtocol, "recorded");
-        m_Flash.PutTable(256, MakeTable(20, 2));
-        m_Flash.PutDirectory(entry.rows < 0 ? 255 : 2, entry, {20, 3, 256});
-        EXPECT_FALSE(tap_balance.LoadDataFromCamera());
-        EXPECT_EQ(log.Count(message, kLogError), 1)
-            << message << testing::PrintToString(log.Messages("TapBalance", kLogError));
-        EXPECT_FALSE(tap_balance.Enable(true));
-        EXPECT_FALSE(tap_balance.TablesFor(0) || tap_balance.TablesFor(1));
-    }
-}
-
-TEST_F(TapBalanceTest, FlashesOfNonsenseSizeAreRefused) {
-    RecordedLog log;
-    TapBalance tap_balance(m_TextProtocol, "recorded");
-    m_Flash.Install(MakeTable(20, 2), MakeTable(20, 2));
+TEST_F(TapBalanceTest, ALyingFlashEndsTheDownloadWithItsMessage) {
+    const char* const nothing = "nothing fails";
     const struct {
         const char *command, *reply, *message;
-    } cases[] = {
-        {"tb p s", "0", "***ERROR***: page size 0 is out of bounds"},
-        {"tb p s", "80000000", "***ERROR***: the reply to \"tb p s\" is no number: \"80000000\""},
-        {"tb f s", "", "***ERROR***: no reply to \"tb f s\""},
-        {"tb p n", "fffffff", "***ERROR***: number of pages 268435455 is out of bounds"},
-        {"tb g 0", "ERR", "***ERROR***: the camera refused \"tb g 0\": \"ERR\""},
-        {"tb r 8 8", "", "***ERROR***: \"tb r 8 8\" failed, retry failed. Giving up"},
-    };
-    for (const auto& c : cases) {
-        log.Clear();
-        m_Flash.Fail(c.command, c.reply);
-        tap_balance.ForgetFlash();
+        TableEntry first = {20, 3, 256};
+        int tables = 2;
+    } cases[] = {{"tb p s", "0", "page size 0 is out of bounds"},
+                 {"tb p s", "80000000", "the reply to \"tb p s\" is no number: \"80000000\""},
+                 {"tb f s", "", "no reply to \"tb f s\""},
+                 {"tb p n", "fffffff", "number of pages 268435455 is out of bounds"},
+                 {"tb g 0", "ERR", "the camera refused \"tb g 0\": \"ERR\""},
+                 {"tb r 8 8", "", "\"tb r 8 8\" failed, retry failed. Giving up"},
+                 {nothing, "", "Invalid table data.", {20, 3, 256}, 255},
+                 {nothing, "", "20 mhz - rows (0) < 0  || num_taps (2) < 0", {0, 3, 256}},
+                 {nothing, "", "20 mhz - rows (20) < 0  || num_taps (-1) < 0", {20, 0, 256}},
+                 {nothing,
+                  "",
+                  "rows:1001 (<= 0 || > 1000) || num_taps:2 (<= 0 || > 4) is out of bounds returning false",
+                  {1001, 3, 256}},
+                 {nothing,
+                  "",
+                  "rows:20 (<= 0 || > 1000) || num_taps:5 (<= 0 || > 4) is out of bounds returning false",
+                  {20, 6, 256}},
+                 {nothing, "", "m_Numcols is invalid", {20, 4, 256}},
+                 {nothing, "", "table 0 has 3 rows, a line needs 4", {3, 3, 256}},
+                 {nothing, "", "12 bytes at offset 0x00003ff8 lie outside the flash (64 x 256)", {20, 3, 64 * 256 - 8}},
+                 {nothing, "", "12 bytes at offset 0xffffffff lie outside the flash (64 x 256)", {20, 3, ~0u}}};
+    for (const auto& [command, reply, message, first, tables] : cases) {
+        RecordedLog log;
+        TapBalance tap_balance(m_TextProtocol, "recorded");
+        m_Flash.Put(256, MakeTable(20, 2).FlashBytes());
+        m_Flash.PutDirectory(tables, first, {20, 3, 256});
+        m_Flash.Fail(command, reply);
         EXPECT_FALSE(tap_balance.LoadDataFromCamera());
-        EXPECT_EQ(log.Count(c.message, kLogError), 1)
-            << c.message << testing::PrintToString(log.Messages("TapBalance", kLogError));
+        EXPECT_EQ(log.Count(std::string("***ERROR***: ") + message, kLogError), 1) << message;
+        EXPECT_FALSE(tap_balance.Enable(true) || tap_balance.TablesFor(0) || tap_balance.TablesFor(1));
     }
 }
 
@@ -65,6 +54,7 @@ TEST_F(TapBalanceTest, ABadFileIsRefusedWithItsMessage) {
         {"1 2 256 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20\n4 2\n" + kRows,
          "***HASH PARSE ERROR***. Expected 20 bytes data and got 2"},
         {kDigest, "***PARSE ERROR***. Row:0 Expected 2 cols of data and got 0"},
+        {kDigest + "4 3\n" + kRows, "***PARSE ERROR***. 3 taps: a table has 2 or 4"},
         {kDigest + "1001 2\n" + kRows, "***PARSE ERROR***. 1001 rows: a table has 1 to 1000"},
         {kDigest + "5 2\n" + kRows + "5 1 1", "***PARSE ERROR***. Row:5 Expected 5 cols of data and got 3"},
         {kDigest + "4 2\n1 1 -inf 0 0\n" + kRows, "***PARSE ERROR***. Row:1 holds a value that no table can have"},
@@ -72,21 +62,20 @@ TEST_F(TapBalanceTest, ABadFileIsRefusedWithItsMessage) {
         {kDigest + "3 2\n" + kRows.substr(0, 30), "***ERROR***: table 0 has 3 rows, a line needs 4"}};
     const std::string path = testing::TempDir() + "zel_bad_20MHz.txt";
     for (const auto& [text, message] : files) {
-        RecordedLog log;
-        TapBalance tap_balance(m_TextProtocol, "recorded");
-        WriteText(path, text);
-        EXPECT_FALSE(tap_balance.LoadDataFromFile(path.c_str(), false));
-        EXPECT_EQ(log.Count(message, kLogError), 1) << message << testing::PrintToString(log.Messages("TapBalance"));
-        if (!text.starts_with(kDigest)) continue;
-        log.Clear();
-        WriteText(path, text.substr(kDigest.size()));
-        EXPECT_FALSE(tap_balance.LoadDataFromMasterFile(path.c_str()));
-        EXPECT_EQ(log.Count(message, kLogError), 1) << message << testing::PrintToString(log.Messages("TapBalance"));
+        for (const bool master : {false, true}) {
+            if (master && !text.starts_with(kDigest)) continue;
+            RecordedLog log;
+            TapBalance tap_balance(m_TextProtocol, "recorded");
+            WriteText(path, master ? text.substr(kDigest.size()) : text);
+            EXPECT_FALSE(master ? tap_balance.LoadDataFromMasterFile(path.c_str())
+                                : tap_balance.LoadDataFromFile(path.c_str(), false));
+            EXPECT_EQ(log.Count(message, kLogError), 1) << message;
+        }
     }
     std::remove(path.c_str());
 }
 
-// The lines that tell why nothing is corrected.
+// What is compared, what ends the correction, and the lines that tell it.
 TEST_F(TapBalanceTest, TheLogTellsWhyNothingIsCorrected) {
     RecordedLog log;
     TapBalance tap_balance(m_TextProtocol, "recorded");
@@ -95,7 +84,9 @@ TEST_F(TapBalanceTest, TheLogTellsWhyNothingIsCorrected) {
     EXPECT_TRUE(tap_balance.TranslatePixels(1, 1, 2, 0, &pixel));
     m_Flash.Install(MakeTable(20, 2), MakeTable(20, 2));
     ASSERT_TRUE(tap_balance.LoadDataFromCamera() && tap_balance.Enable(true));
-    m_Flash.PutDirectory(2, {4, 3, 256}, {4, 3, 512, Bytes(20, 0x0A)});
+    Sha1::Digest tens;
+    tens.fill(0x0A);
+    m_Flash.PutDirectory(2, {4, 3, 256}, {4, 3, 512, tens});
     tap_balance.SelectTable(1);
     const std::string path = testing::TempDir() + "zel_unchecked.txt";
     WriteText(path, kDigest + "4 2\n" + kRows);
@@ -104,15 +95,19 @@ TEST_F(TapBalanceTest, TheLogTellsWhyNothingIsCorrected) {
     m_Flash.Fail("tb", "ERR");
     EXPECT_FALSE(tap_balance.LoadDataFromFile(path.c_str(), true));
     EXPECT_FALSE(tap_balance.TranslatePixels(1, 1, 2, 0, &pixel));
-    for (const std::string& line :
-         {std::string("enable:1  m_DataValid:0 m_DataFault:0"),
-          std::string("TapBalance::TranslatePixels() - m_Enabled is false\n"),
-          std::string("***ERROR***. hash values do not match"), std::string("camera_hash: aaaaaaaaaaaaaaaaaaaa"),
-          std::string("hash : 123456789abcdef1011121314"),
-          "TapBalance::LoadDataFromFile(filename:" + path + ") ***ERROR***. GetTableHashFromCamera(select:0) failed",
-          std::string("**** DATA FAULT ****"), std::string("m_DataFault == true")}) {
-        EXPECT_EQ(log.Count(line), 1) << line;
-    }
+    EXPECT_EQ(pixel, 5);
+    EXPECT_TRUE(tap_balance.DataFault());
+    EXPECT_FALSE(tap_balance.Enable(true) || tap_balance.Enabled());
+    const std::string failed = ") ***ERROR***. GetTableHashFromCamera(select:0) failed";
+    const std::string lines[] = {"enable:1  m_DataValid:0 m_DataFault:0",
+                                 "TapBalance::TranslatePixels() - m_Enabled is false\n",
+                                 "***ERROR***. hash values do not match",
+                                 "camera_hash: aaaaaaaaaaaaaaaaaaaa",
+                                 "hash : 123456789abcdef1011121314",
+                                 "TapBalance::LoadDataFromFile(filename:" + path + failed,
+                                 "**** DATA FAULT ****",
+                                 "m_DataFault == true"};
+    for (const std::string& line : lines) EXPECT_EQ(log.Count(line), 1) << line;
     std::remove(path.c_str());
 }
 

@@ -1,5 +1,4 @@
-// A camera's calibration flash that answers at once, and tables to put into it. The layout is built here byte by byte,
-// not with the code under test.
+// A camera's calibration flash that answers at once, and tables to put into it.
 //
 //     ScriptedFlash flash;
 //     flash.Install(MakeTable(30, 4), MakeTable(40, 4));
@@ -7,14 +6,13 @@
 #ifndef TESTS_TAPBALANCE_SCRIPTEDFLASH_H
 #define TESTS_TAPBALANCE_SCRIPTEDFLASH_H
 
-#include <cstring>
 #include <functional>
 #include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "tapbalance/TapTable.h"
+#include "calibration/TableDirectory.h"
 #include "tests/support/ScriptedTransport.h"
 
 namespace zel::test {
@@ -34,31 +32,6 @@ inline TapTable MakeTable(int rows, int taps, int variant = 0) {
     }
     return table;
 }
-
-inline Bytes FloatBytes(float value) {
-    Bytes bytes(4);
-    std::memcpy(bytes.data(), &value, 4);  // both products are little-endian
-    return bytes;
-}
-
-inline Bytes Digest(const TapTable& table) {
-    Bytes bytes = LittleEndian(table.Taps()) + LittleEndian(table.Rows());
-    for (const float value : table.Millivolts()) bytes = bytes + FloatBytes(value);
-    for (int tap = 0; tap < table.Taps(); ++tap) {
-        for (const float value : table.Gains(tap)) bytes = bytes + FloatBytes(value);
-    }
-    Sha1 sha;
-    sha.Update(bytes);
-    const Sha1::Digest digest = sha.Finish();
-    return Bytes(digest.begin(), digest.end());
-}
-
-struct Entry {
-    int rows;
-    int columns;
-    int offset;
-    Bytes digest = Bytes(20);
-};
 
 class ScriptedFlash {
   public:
@@ -81,31 +54,23 @@ class ScriptedFlash {
     void Put(std::size_t position, const Bytes& bytes) {
         std::copy(bytes.begin(), bytes.end(), m_Content.begin() + static_cast<std::ptrdiff_t>(position));
     }
-    void PutDirectory(int tables, const Entry& first, const Entry& second) {
-        Bytes bytes{static_cast<unsigned char>(tables)};
-        for (const Entry* entry : {&first, &second}) {
-            bytes = bytes + Low(entry->rows) + Low(entry->columns) + LittleEndian(entry->offset) + entry->digest;
-        }
-        Put(0, bytes);
+    void PutDirectory(int tables, const TableEntry& first, const TableEntry& second) {
+        const TableDirectory::Bytes bytes = TableDirectory{tables, {first, second}}.Encode();
+        Put(0, Bytes(bytes.begin(), bytes.end()));
     }
-    void PutTable(std::size_t position, const TapTable& table) {
-        for (int row = 0; row < table.Rows(); ++row) {
-            Bytes bytes = FloatBytes(table.Millivolts()[static_cast<std::size_t>(row)]);
-            for (int tap = 0; tap < table.Taps(); ++tap) {
-                bytes = bytes + FloatBytes(table.Gains(tap)[static_cast<std::size_t>(row)]);
-            }
-            Put(position, bytes);
-            position += bytes.size();
-        }
+    // Both tables one behind the other from `start` on, `gap` bytes apart.
+    void PutTables(std::size_t start, std::size_t gap, const TapTable& first, const TapTable& second) {
+        const std::size_t next = start + first.FlashBytes().size() + gap;
+        const auto entry = [](const TapTable& table, std::size_t at) {
+            return TableEntry{table.Rows(), table.Columns(), static_cast<std::uint32_t>(at), table.Digest()};
+        };
+        PutDirectory(2, entry(first, start), entry(second, next));
+        Put(start, first.FlashBytes());
+        Put(next, second.FlashBytes());
     }
-    // Both tables, neither at the beginning of a page.
+    // Neither at the beginning of a page.
     void Install(const TapTable& first, const TapTable& second) {
-        const int first_at = static_cast<int>(std::max<std::size_t>(m_PageSize, 57)) + 10;
-        const int second_at = first_at + 4 * first.Columns() * first.Rows() + 6;
-        PutDirectory(2, {first.Rows(), first.Columns(), first_at, Digest(first)},
-                     {second.Rows(), second.Columns(), second_at, Digest(second)});
-        PutTable(static_cast<std::size_t>(first_at), first);
-        PutTable(static_cast<std::size_t>(second_at), second);
+        PutTables(std::max(m_PageSize, TableDirectory::kSize) + 10, 6, first, second);
     }
     const Bytes& Content() const { return m_Content; }
 
@@ -126,10 +91,6 @@ class ScriptedFlash {
     }
 
   private:
-    static Bytes Low(int value) {
-        const Bytes bytes = LittleEndian(value);
-        return Bytes(bytes.begin(), bytes.begin() + 2);
-    }
     static std::string Hex(std::size_t value) {
         std::ostringstream text;
         text << std::hex << value;
@@ -137,36 +98,31 @@ class ScriptedFlash {
     }
 
     std::string Reply(const std::string& command) {
-        std::istringstream in(command);
-        std::string tb, verb, what;
-        in >> tb >> verb;
-        if (verb == "f") return "OK";
-        if (verb == "p") {
-            in >> what;
-            if (what == "s") return Hex(m_PageSize);
-            if (what == "n") return Hex(m_Content.size() / m_PageSize);
-            m_Buffer.assign(m_PageSize, 0xFF);
-            return "OK";
-        }
-        std::vector<std::size_t> numbers;
-        for (std::size_t number = 0; in >> std::hex >> number;) numbers.push_back(number);
+        if (command == "tb f s") return "OK";
+        if (command == "tb p s") return Hex(m_PageSize);
+        if (command == "tb p n") return Hex(m_Content.size() / m_PageSize);
+        if (command == "tb p c") return m_Buffer.assign(m_PageSize, 0xFF), "OK";
+        const char verb = command.at(3);
+        std::istringstream in(command.substr(4));
+        in >> std::hex;
+        const std::vector<std::size_t> numbers(std::istream_iterator<std::size_t>(in), {});
         if (numbers.empty()) return "ERR";
-        const auto page = m_Content.begin() + static_cast<std::ptrdiff_t>(numbers[0] * m_PageSize);
-        if (verb == "g" || verb == "s") {
+        if (verb == 'g' || verb == 's') {
             if (numbers[0] >= m_Content.size() / m_PageSize) return "ERR page";
-            if (verb == "g") std::copy_n(page, m_PageSize, m_Buffer.begin());
-            if (verb == "s") std::copy_n(m_Buffer.begin(), m_PageSize, page);
+            const auto page = m_Content.begin() + static_cast<std::ptrdiff_t>(numbers[0] * m_PageSize);
+            if (verb == 'g') std::copy_n(page, m_PageSize, m_Buffer.begin());
+            if (verb == 's') std::copy_n(m_Buffer.begin(), m_PageSize, page);
             return "OK";
         }
-        const std::size_t count = verb == "r" ? numbers.at(1) : numbers.size() - 1;
+        const std::size_t count = verb == 'r' ? numbers.at(1) : numbers.size() - 1;
         if (numbers[0] + count > m_PageSize || count > 8) return "ERR range";
         std::string text;
         for (std::size_t i = 0; i < count; ++i) {
             unsigned char& byte = m_Buffer[numbers[0] + i];
-            if (verb == "w") byte = static_cast<unsigned char>(numbers[i + 1]);
+            if (verb == 'w') byte = static_cast<unsigned char>(numbers[i + 1]);
             text += (i ? " " : "") + Hex(byte);
         }
-        return verb == "w" ? "OK" : text;
+        return verb == 'w' ? "OK" : text;
     }
 
     std::size_t m_PageSize;

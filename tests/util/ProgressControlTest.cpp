@@ -1,49 +1,17 @@
-// The progress display without the system's window: what it shows, when it is drawn anew, and its thread.
+// The progress display without the system's window: what it shows, when it is drawn anew, its callback and its thread.
 #include "util/ProgressControl.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
-#include <chrono>
 #include <functional>
 #include <string>
 #include <thread>
 
 #include "tests/support/FakeClock.h"
+#include "util/ProgressReporter.h"
 
 namespace zel {
 namespace {
-
-class FakeWindow : public ProgressWindow {
-  public:
-    FakeWindow() {
-        SetHasBar(true);
-        s_Last = this;
-    }
-    ~FakeWindow() override { s_Last = nullptr; }
-
-    void DispatchMessages(const std::atomic<bool>&) override {
-        m_Seen = Copy().lines[0].length;  // reads while the owner writes, as a paint does
-        if (s_OnDispatch) s_OnDispatch();
-    }
-    Contents Shown() const { return Copy(); }
-    int Invalidations() const { return m_Invalidations; }
-
-    static std::unique_ptr<ProgressWindow> Make(const char*) { return std::make_unique<FakeWindow>(); }
-    static std::unique_ptr<ProgressWindow> MakeLate(const char* title) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(250));
-        return Make(title);
-    }
-    static std::unique_ptr<ProgressWindow> MakeNone(const char*) { return nullptr; }
-
-    static inline std::atomic<FakeWindow*> s_Last{nullptr};
-    static inline std::function<void()> s_OnDispatch;
-
-  private:
-    void Invalidate() override { ++m_Invalidations; }
-
-    int m_Invalidations = 0;
-    std::uint32_t m_Seen = 0;
-};
 
 TEST(ProgressPercentTest, IsTruncatedAndNeverFaults) {
     const struct {
@@ -56,87 +24,117 @@ TEST(ProgressPercentTest, IsTruncatedAndNeverFaults) {
     for (const auto& c : cases) EXPECT_EQ(c.expected, ProgressPercent(c.done, c.total)) << c.done << " of " << c.total;
 }
 
-TEST(ProgressTextTest, KeepsWhatFitsAndTheFullLength) {
-    ProgressControl control;
-    control.make_window = &FakeWindow::Make;
-    EXPECT_EQ(0, SetProgressText(&control, 0, "nothing is shown yet"));
-    ASSERT_TRUE(StartProgress(&control));
-    FakeWindow& window = *FakeWindow::s_Last;
-    for (const std::string& text :
-         {std::string(64, 'f'), std::string(64, 'f') + "beyond", std::string("row 1"), std::string()}) {
-        ASSERT_EQ(1, SetProgressText(&control, 1, text.c_str()));
-        EXPECT_EQ(text.size(), window.Shown().lines[1].length);
-        EXPECT_EQ(text.substr(0, 64), window.Shown().lines[1].Visible());
-        EXPECT_EQ("", window.Shown().lines[0].Visible());
+TEST(ProgressBarTest, ItsLabelIsMadeForANewPercentageAlone) {
+    ProgressBar bar;
+    EXPECT_TRUE(!bar.HasLabel() && bar.Set(0) && !bar.Set(0)) << "the first zero is news";
+    EXPECT_TRUE(bar.Set(42) && !bar.Set(42));
+    EXPECT_EQ("42 % Complete", std::string(bar.text, bar.text_length));
+}
+
+// The application's callback.
+class ProgressReporterTest : public testing::Test {
+  protected:
+    ProgressReporterTest() { ProgressReporter::SetCallback(&Note, this); }
+    ~ProgressReporterTest() override { ProgressReporter::SetCallback(nullptr, nullptr); }
+
+    static void ZEL_CALL Note(const char* line1, const char* line2, int percent, void* test) {
+        auto* const self = static_cast<ProgressReporterTest*>(test);
+        self->m_Reports.push_back(std::string(line1) + "|" + line2 + "|" + std::to_string(percent));
+        if (self->m_Reports.size() == self->m_RemoveAfter) ProgressReporter::SetCallback(nullptr, nullptr);
     }
-    EXPECT_EQ(0, SetProgressText(&control, 2, "no such line"));
-    EXPECT_EQ(0, SetProgressText(&control, 0, nullptr));
-    EXPECT_EQ(0, SetProgressText(nullptr, 0, "no display"));
-    EXPECT_EQ(4, window.Invalidations());
-}
 
-TEST(Progress, IsDrawnAnewOnlyWhenThePercentageChanges) {
-    ProgressControl control;
-    control.make_window = &FakeWindow::Make;
-    ASSERT_TRUE(StartProgress(&control));
-    const struct {
-        int done, total, invalidations;
-        std::string label;
-    } steps[] = {{5, 0, 0, ""},
-                 {0, 200, 1, "0 % Complete"},
-                 {84, 200, 2, "42 % Complete"},
-                 {85, 200, 2, "42 % Complete"},
-                 {7, 0, 2, "42 % Complete"},
-                 {200, 200, 3, "100 % Complete"},
-                 {0, 100, 4, "0 % Complete"}};
-    for (const auto& step : steps) {
-        UpdateProgress(&control, step.done, step.total);
-        const ProgressBar bar = FakeWindow::s_Last.load()->Shown().bar;
-        EXPECT_EQ(step.label, std::string(bar.text, bar.text_length)) << step.done << " of " << step.total;
-        EXPECT_EQ(step.invalidations, FakeWindow::s_Last.load()->Invalidations()) << step.done << " of " << step.total;
+    ProgressControl m_Control;
+    std::vector<std::string> m_Reports;
+    std::size_t m_RemoveAfter = 0;
+};
+
+TEST_F(ProgressReporterTest, IsToldEveryChangeAndTheEnd) {
+    EXPECT_EQ(0, SetProgressText(&m_Control, 0, "nothing is shown yet"));
+    ASSERT_TRUE(StartProgress(&m_Control));
+    EXPECT_FALSE(m_Control.thread.Started()) << "no window, on any system";
+    EXPECT_EQ(0, SetProgressText(&m_Control, 2, "no such line") + SetProgressText(&m_Control, 0, nullptr) +
+                     SetProgressText(nullptr, 0, "no display"));
+    const std::string slot(64, 'x');
+    for (const std::string& text : {slot, slot + "beyond", std::string("short"), std::string()}) {
+        EXPECT_EQ(1, SetProgressText(&m_Control, 1, text.c_str()));
     }
+    SetProgressText(&m_Control, 0, "Stopping camera...");
+    for (const int done : {0, 0, 84, 85, 500, -500}) UpdateProgress(&m_Control, done, 200);
+    UpdateProgress(&m_Control, 7, 0);
+    EndProgress(&m_Control);
+    const std::string text = "Stopping camera...||";
+    EXPECT_THAT(m_Reports,
+                testing::ElementsAre("|" + slot + "|-1", "|" + slot + "|-1", "|short|-1", "||-1", text + "-1",
+                                     text + "0", text + "42", text + "100", text + "0", "||-1"));
 }
 
-TEST(ProgressThread, EndsAfterItsFirstSleepWhenRunningIsClearedBeforeAMessageComes) {
-    const test::FakeClock clock;
-    ProgressControl control;
-    control.make_window = &FakeWindow::Make;
-    control.running = true;
-    FakeWindow::s_OnDispatch = [&] { control.running = false; };
-    ProgressThread(&control);
-    FakeWindow::s_OnDispatch = nullptr;
-    EXPECT_EQ(std::vector<std::uint32_t>{50}, clock.Sleeps());
+TEST_F(ProgressReporterTest, MayRemoveItselfAndIsNotCalledAfterwards) {
+    m_RemoveAfter = 1;
+    ASSERT_TRUE(StartProgress(&m_Control));
+    for (const char* text : {"first", "second"}) SetProgressText(&m_Control, 0, text);
+    EndProgress(&m_Control);
+    EXPECT_THAT(m_Reports, testing::ElementsAre("first||-1"));
 }
 
-TEST(ProgressThread, IsWaitedForUntilItHasItsWindow) {
-    ProgressControl control;
-    control.make_window = &FakeWindow::MakeLate;
-    for (int round = 0; round < 2; ++round) {
-        ASSERT_TRUE(StartProgress(&control));
-        EXPECT_FALSE(StartProgress(&control)) << "it runs already";
-        EXPECT_EQ(1, SetProgressText(&control, 0, "working"));
-        EndProgress(&control);
-        EXPECT_EQ(nullptr, FakeWindow::s_Last) << "the window is given back";
-        EXPECT_EQ(0, SetProgressText(&control, 0, "ended"));
-    }
-}
-
-TEST(ProgressThread, WithoutAWindowNobodyWaitsForOne) {
-    // Sleeps until the thread has tried.
-    struct Clock : test::FakeClock {
-        explicit Clock(const ProgressControl& shared) : control(shared) {}
-        void Sleep(std::uint32_t milliseconds) override {
-            FakeClock::Sleep(milliseconds);
-            while (!control.failed) std::this_thread::yield();
+// Windows on a thread of their own; time passes when somebody sleeps.
+class ProgressThreadTest : public testing::Test, public test::FakeClock {
+  protected:
+    struct Window : ProgressWindow {
+        ~Window() override { s_Test->m_Live = false; }
+        void DispatchMessages(const std::atomic<bool>&) override {
+            Copy();  // while the owner writes, as a paint does
+            if (s_Test->m_OnDispatch) s_Test->m_OnDispatch();
         }
-        const ProgressControl& control;
+        void Invalidate() override {}
     };
-    ProgressControl control;
-    const Clock clock(control);
-    control.make_window = &FakeWindow::MakeNone;
-    EXPECT_FALSE(StartProgress(&control));
-    EXPECT_LE(clock.CountSleeps(100), 1);
-    EndProgress(&control);
+    ProgressThreadTest() {
+        s_Test = this;
+        m_Control.make_window = [](const char*) -> std::unique_ptr<ProgressWindow> {
+            while (s_Test->CountSleeps(100) < s_Test->m_LateBy) std::this_thread::yield();
+            if (!s_Test->m_HasWindow) return nullptr;
+            s_Test->m_Live = true;
+            return std::make_unique<Window>();
+        };
+    }
+    // Nobody who waits for the window overtakes the thread by more than a poll.
+    void Sleep(std::uint32_t milliseconds) override {
+        FakeClock::Sleep(milliseconds);
+        const bool waits = milliseconds == 100 && CountSleeps(100) >= m_LateBy;
+        while (waits && !m_Control.failed && !m_Control.window) std::this_thread::yield();
+    }
+
+    static inline ProgressThreadTest* s_Test = nullptr;
+    int m_LateBy = 0;  // polls
+    bool m_HasWindow = true;
+    std::atomic<bool> m_Live{false};
+    std::function<void()> m_OnDispatch;
+    ProgressControl m_Control;
+};
+
+TEST_F(ProgressThreadTest, EndsAfterItsFirstSleepWhenRunningIsClearedBeforeAMessageComes) {
+    m_Control.running = true;
+    m_OnDispatch = [&] { m_Control.running = false; };
+    ProgressThread(&m_Control);
+    EXPECT_EQ(std::vector<std::uint32_t>{50}, Sleeps());
+}
+
+TEST_F(ProgressThreadTest, IsWaitedForUntilItHasItsWindow) {
+    for (const int late : {3, 6}) {
+        m_LateBy = late;
+        ASSERT_TRUE(StartProgress(&m_Control));
+        EXPECT_FALSE(StartProgress(&m_Control)) << "it runs already";
+        EXPECT_EQ(1, SetProgressText(&m_Control, 0, "working"));
+        EndProgress(&m_Control);
+        EXPECT_FALSE(m_Live) << "the window is given back";
+        EXPECT_EQ(0, SetProgressText(&m_Control, 0, "ended"));
+    }
+}
+
+TEST_F(ProgressThreadTest, WithoutAWindowNobodyWaitsForOne) {
+    m_HasWindow = false;
+    EXPECT_FALSE(StartProgress(&m_Control));
+    EXPECT_LE(CountSleeps(100), 1);
+    EndProgress(&m_Control);
 }
 
 }  // namespace

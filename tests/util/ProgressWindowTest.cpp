@@ -1,27 +1,58 @@
 // The real window, as the screen shows it.
 #include <gtest/gtest.h>
+#include <windows.h>
 
+#include <algorithm>
 #include <chrono>
+#include <functional>
 #include <string>
 #include <thread>
 
-#include "tests/util/WindowPicture.h"
 #include "util/ProgressControl.h"
 #include "util/windows/NativeProgressWindow.h"
 
 namespace zel {
 namespace {
 
-using test::Picture;
-
 constexpr char kTitle[] = "ZEL Camera Data Download";
 constexpr char kBarClass[] = "zel_progress";
 constexpr int kLinesHeight = 50;
 
-template <class Condition>
-bool Becomes(Condition condition) {
+using Picture = std::vector<std::uint32_t>;  // 0x00RRGGBB, row after row
+
+// A picture of this size that `draw` has drawn into.
+Picture Drawn(int width, int height, const std::function<void(HDC)>& draw) {
+    const HDC screen = GetDC(nullptr), memory = CreateCompatibleDC(screen);
+    BITMAPINFO info{};
+    info.bmiHeader = {sizeof(info.bmiHeader), width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    void* bits = nullptr;
+    const HBITMAP bitmap = CreateDIBSection(screen, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    const HGDIOBJ previous = SelectObject(memory, bitmap);
+    draw(memory);
+    GdiFlush();
+    const auto* const first = static_cast<const std::uint32_t*>(bits);
+    Picture picture(first, first + static_cast<std::ptrdiff_t>(width) * height);
+    for (std::uint32_t& pixel : picture) pixel &= 0xFFFFFF;
+    SelectObject(memory, previous);
+    DeleteObject(bitmap);
+    DeleteDC(memory);
+    ReleaseDC(nullptr, screen);
+    return picture;
+}
+
+// Whether the screen comes to show one of these pictures in the first `height` rows of the window's client area.
+bool Shows(HWND window, int height, const std::vector<Picture>& expected) {
+    RECT client{};
+    GetClientRect(window, &client);
+    POINT corner{};
+    ClientToScreen(window, &corner);
     for (int i = 0; i < 3000; ++i) {
-        if (condition()) return true;
+        const Picture shown = Drawn(client.right, height, [&](HDC memory) {
+            const HDC screen = GetDC(nullptr);
+            BitBlt(memory, 0, 0, client.right, height, screen, corner.x, corner.y, SRCCOPY);
+            ReleaseDC(nullptr, screen);
+        });
+        if (std::ranges::find(expected, shown) != expected.end()) return true;
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
     return false;
@@ -29,7 +60,7 @@ bool Becomes(Condition condition) {
 
 // The status lines on white.
 Picture ExpectedLines(const std::string& line1, const std::string& line2) {
-    return Picture::Drawn(400, kLinesHeight, [&](HDC dc) {
+    return Drawn(400, kLinesHeight, [&](HDC dc) {
         PatBlt(dc, 0, 0, 400, kLinesHeight, WHITENESS);
         SIZE size{};
         GetTextExtentPoint32A(dc, line1.c_str(), static_cast<int>(line1.size()), &size);
@@ -40,7 +71,7 @@ Picture ExpectedLines(const std::string& line1, const std::string& line2) {
 
 // A bar of `edge` pixels in its black outline, and the label in the middle.
 Picture ExpectedBar(int width, int height, int background, int edge, const std::string& label) {
-    return Picture::Drawn(width, height, [&](HDC dc) {
+    return Drawn(width, height, [&](HDC dc) {
         const RECT whole{0, 0, width, height};
         FillRect(dc, &whole, GetSysColorBrush(background));
         const HBRUSH blue = CreateSolidBrush(RGB(0, 0, 255)), black = CreateSolidBrush(RGB(0, 0, 0));
@@ -74,12 +105,9 @@ class ProgressWindowTest : public testing::Test {
         RECT client{};
         GetClientRect(m_Bar, &client);
         // Behind the bar is the button face, or white where the top window has been drawn across it.
-        const Picture on_face = ExpectedBar(client.right, client.bottom, COLOR_BTNFACE, edge, label);
-        const Picture on_white = ExpectedBar(client.right, client.bottom, COLOR_WINDOW, edge, label);
-        return Becomes([&] {
-            const Picture shown = Picture::OfScreen(m_Bar, 0, client.bottom);
-            return shown == on_face || shown == on_white;
-        });
+        return Shows(m_Bar, client.bottom,
+                     {ExpectedBar(client.right, client.bottom, COLOR_BTNFACE, edge, label),
+                      ExpectedBar(client.right, client.bottom, COLOR_WINDOW, edge, label)});
     }
 
     ProgressControl m_Control;
@@ -120,8 +148,7 @@ TEST_F(ProgressWindowTest, ShowsTheStatusLinesAndNothingBeyondTheirSlots) {
     for (const auto& [line1, line2] : steps) {
         SetProgressText(&m_Control, 0, line1.c_str());
         SetProgressText(&m_Control, 1, line2.c_str());
-        const Picture expected = ExpectedLines(line1.substr(0, 64), line2);
-        EXPECT_TRUE(Becomes([&] { return Picture::OfScreen(m_Top, 0, kLinesHeight) == expected; })) << line1;
+        EXPECT_TRUE(Shows(m_Top, kLinesHeight, {ExpectedLines(line1.substr(0, 64), line2)})) << line1;
     }
 }
 
@@ -133,22 +160,17 @@ TEST_F(ProgressWindowTest, ClosingItLeavesItInUse) {
     EXPECT_TRUE(IsWindow(m_Top));
 }
 
-// Windows of the test's own thread, which dispatches for them.
-class ProgressWindowHereTest : public testing::Test {
-  protected:
-    static void Repaint(const NativeProgressWindow& window) {
-        RedrawWindow(window.Top(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
-    }
-    static std::unique_ptr<NativeProgressWindow> Make(const char* title) {
-        return std::unique_ptr<NativeProgressWindow>(
-            static_cast<NativeProgressWindow*>(NativeProgressWindow::Make(title).release()));
-    }
-};
+// Of the test's own thread, which dispatches for it.
+std::unique_ptr<NativeProgressWindow> MakeWindow(const char* title) {
+    return std::unique_ptr<NativeProgressWindow>(
+        static_cast<NativeProgressWindow*>(NativeProgressWindow::Make(title).release()));
+}
 
-TEST_F(ProgressWindowHereTest, OnPurposeTheBrushOfAPaintLivesAsLongAsTheWindow) {
-    auto window = Make("brushes");
-    Repaint(*window);
-    Repaint(*window);
+TEST(ProgressWindowHereTest, OnPurposeTheBrushOfAPaintLivesAsLongAsTheWindow) {
+    auto window = MakeWindow("brushes");
+    for (int i = 0; i < 2; ++i) {
+        RedrawWindow(window->Top(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+    }
     const std::vector<HBRUSH> brushes = window->PaintBrushes();
     EXPECT_GE(brushes.size(), 2u);
     for (const HBRUSH brush : brushes) EXPECT_EQ(DWORD{OBJ_BRUSH}, GetObjectType(brush));
@@ -159,14 +181,14 @@ TEST_F(ProgressWindowHereTest, OnPurposeTheBrushOfAPaintLivesAsLongAsTheWindow) 
 
 LRESULT CALLBACK CreatesNoWindow(HWND, UINT, WPARAM, LPARAM) { return 0; }
 
-TEST_F(ProgressWindowHereTest, AClassLeftByAnUnloadedLibraryIsReplaced) {
+TEST(ProgressWindowHereTest, AClassLeftByAnUnloadedLibraryIsReplaced) {
     WNDCLASSEXA left{};
     left.cbSize = sizeof(left);
     left.lpfnWndProc = &CreatesNoWindow;
     left.hInstance = GetModuleHandleA(nullptr);
     left.lpszClassName = "left behind";
     ASSERT_TRUE(RegisterClassExA(&left));
-    const auto window = Make("left behind");
+    const auto window = MakeWindow("left behind");
     EXPECT_NE(nullptr, window->Top());
     EXPECT_NE(nullptr, window->Bar());
     DestroyWindow(window->Top());

@@ -36,7 +36,7 @@ std::vector<std::uint8_t> RowsOf(const CalibrationTable& table) {
 
 }  // namespace
 
-Sha1Digest DigestOf(const CalibrationTable& table) {
+Sha1::Digest DigestOf(const CalibrationTable& table) {
     std::vector<std::uint8_t> message;
     Append(message, table.gains.size(), 4);
     Append(message, table.Rows(), 4);
@@ -44,7 +44,7 @@ Sha1Digest DigestOf(const CalibrationTable& table) {
     for (const auto& column : table.gains) {
         for (const float gain : column) AppendFloat(message, gain);
     }
-    return Sha1(message);
+    return Sha1::Of(message);
 }
 
 std::vector<std::uint8_t> FlashContent(const CalibrationData& data) {
@@ -55,7 +55,7 @@ std::vector<std::uint8_t> FlashContent(const CalibrationData& data) {
         Append(content, table.Rows(), 2);
         Append(content, table.gains.size() + 1, 2);
         Append(content, kOffsets[i], 4);
-        const Sha1Digest digest = DigestOf(table);
+        const Sha1::Digest digest = DigestOf(table);
         content.insert(content.end(), digest.begin(), digest.end());
     }
     for (std::size_t i = 0; i < data.tables.size(); ++i) {

@@ -18,13 +18,13 @@
 #include <span>
 #include <vector>
 
-#include "devices/sim/firmware/Sha1.h"
+#include "calibration/Sha1.h"
 #include "devices/sim/sensor/CalibrationData.h"
 
 namespace zel::sim {
 
 // Over the taps and the rows as 32-bit integers, then the columns: millivolts, tap 1, tap 2 ...
-Sha1Digest DigestOf(const CalibrationTable& table);
+Sha1::Digest DigestOf(const CalibrationTable& table);
 
 // The memory's content as the camera is delivered; empty without tables.
 std::vector<std::uint8_t> FlashContent(const CalibrationData& data);

@@ -1,7 +1,9 @@
 #include "tools/zelcam/calibration/CalibrationCamera.h"
 
+#include <algorithm>
 #include <sstream>
 
+#include "calibration/TableDirectory.h"
 #include "include/ZelSDK.h"
 #include "platform/User.h"
 #include "tools/zelcam/camera/CameraSelector.h"
@@ -13,11 +15,6 @@ namespace zelcam {
 
 namespace {
 
-// Directory of the flash memory: the number of tables, then for each one rows (2), columns (2), offset (4), digest
-// (20).
-constexpr std::size_t kEntrySize = 28;
-constexpr std::size_t kDigestInEntry = 8;
-constexpr std::size_t kDirectorySize = 1 + kSpeeds * kEntrySize;
 constexpr std::size_t kSequence = 8;  // bytes that are read at a time
 
 void StoreReply(const char* reply, void* context) {
@@ -57,7 +54,7 @@ CalibrationTable ReadTable(OpenCamera& camera, int speed, Progress& progress) {
         throw Failure(camera.Label() + " tells of no calibration tables",
                       "it has one tap, was never calibrated, or did not answer", "ZEL_LOG shows the conversation");
     }
-    if (rows < 1 || rows > 1000 || (table.taps != 2 && table.taps != 4)) {
+    if (!zel::TapTable::IsValidShape(rows, table.taps + 1)) {
         throw Failure(SpeedLabel(camera, speed) + " makes no sense",
                       std::to_string(rows) + " rows of " + std::to_string(table.taps) + " taps",
                       "write a good one with 'zelcam calibrate write'");
@@ -104,18 +101,16 @@ CalibrationTables ReadTables(OpenCamera& camera) {
 
 std::optional<FlashDirectory> ReadDirectory(OpenCamera& camera) {
     if (Ask(camera, "tb g 0") != "OK") return std::nullopt;
-    std::vector<std::uint8_t> bytes;
-    while (bytes.size() < kDirectorySize) {
-        if (!ReadBytes(camera, bytes.size(), std::min(kSequence, kDirectorySize - bytes.size()), bytes)) {
-            return std::nullopt;
-        }
+    std::vector<std::uint8_t> read;
+    zel::TableDirectory::Bytes bytes{};
+    while (read.size() < bytes.size()) {
+        if (!ReadBytes(camera, read.size(), std::min(kSequence, bytes.size() - read.size()), read)) return std::nullopt;
     }
-    FlashDirectory directory{bytes[0] != 0xFF, {}};
-    for (std::size_t speed = 0; speed < directory.digests.size(); ++speed) {
-        const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(1 + speed * kEntrySize + kDigestInEntry);
-        std::copy_n(begin, directory.digests[speed].size(), directory.digests[speed].begin());
-    }
-    return directory;
+    std::ranges::copy(read, bytes.begin());
+    const zel::TableDirectory directory = zel::TableDirectory::Decode(bytes);
+    FlashDirectory result{directory.num_tables != zel::TableDirectory::kEmpty, {}};
+    std::ranges::transform(directory.entries, result.digests.begin(), &zel::TableEntry::digest);
+    return result;
 }
 
 void WriteTables(OpenCamera& camera, const CalibrationTables& tables) {

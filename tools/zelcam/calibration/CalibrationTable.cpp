@@ -1,83 +1,72 @@
 #include "tools/zelcam/calibration/CalibrationTable.h"
 
-#include <bit>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <limits>
 #include <sstream>
 
-#include "tapbalance/Sha1.h"
+#include "calibration/TableText.h"
 #include "tools/zelcam/text/Failure.h"
 
 namespace zelcam {
 
 namespace {
 
-constexpr std::size_t kMostRows = 1000;
 constexpr std::size_t kFewestRows = 4;  // a correction is computed from four rows at a time
-constexpr float kLargestGain = 2.0f;
-constexpr float kLargestLevel = 5000.0f;
 constexpr std::uintmax_t kLargestFile = 1 << 20;
 
-// NaN is outside, too.
-bool Within(float value, float largest) { return value >= 0.0f && value <= largest; }
-
-void AppendNumber(std::vector<std::uint8_t>& bytes, std::uint32_t value) {
-    for (int shift = 0; shift < 32; shift += 8) bytes.push_back(static_cast<std::uint8_t>(value >> shift));
-}
+constexpr const char* kLevelBounds = "a level is 0 to 5000 mV";
+constexpr const char* kGainBounds = "a gain is 0 to 2";
+constexpr const char* kRowBounds = "a table has 4 to 1000 rows";
 
 [[noreturn]] void FailToRead(const std::filesystem::path& path, const std::string& why) {
     throw Failure(path.string() + " is no calibration table", why, "");
 }
 
-// The lines of a file, one after another.
-class LineReader {
-  public:
-    explicit LineReader(const std::filesystem::path& path) : m_Path(path), m_File(path) {
-        if (!m_File) throw Failure(path.string() + " can't be read", "", "check the name");
-        std::error_code error;
-        if (std::filesystem::file_size(path, error) > kLargestFile) FailToRead(path, "it is too large");
-    }
-
-    std::vector<double> Numbers() {
-        std::string line;
-        if (!std::getline(m_File, line)) Fail("it ends too early");
-        ++m_Line;
-        std::istringstream words(line);
-        std::vector<double> numbers;
-        for (std::string word; words >> word;) {
-            char* end = nullptr;
-            numbers.push_back(std::strtod(word.c_str(), &end));
-            if (*end != '\0') Fail("'" + word + "' is no number");
-        }
-        return numbers;
-    }
-    bool AtEnd() { return (m_File >> std::ws).eof(); }
-    [[noreturn]] void Fail(const std::string& why) const {
-        FailToRead(m_Path, "line " + std::to_string(m_Line) + ": " + why);
-    }
-
-  private:
-    std::filesystem::path m_Path;
-    std::ifstream m_File;
-    int m_Line = 0;
-};
-
-// A whole number from 0 to `most`; -1 for any other.
-int Whole(double value, int most) {
-    return value >= 0.0 && value <= most && value == std::floor(value) ? static_cast<int>(value) : -1;
+std::string FileContents(const std::filesystem::path& path) {
+    std::ifstream file(path);
+    if (!file) throw Failure(path.string() + " can't be read", "", "check the name");
+    std::error_code error;
+    if (std::filesystem::file_size(path, error) > kLargestFile) FailToRead(path, "it is too large");
+    return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-Digest DigestOfLine(const std::vector<double>& numbers, const LineReader& reader) {
-    Digest digest;
-    for (std::size_t i = 0; i < digest.size(); ++i) {
-        const int byte = Whole(numbers[i], 255);
-        if (byte < 0) reader.Fail("a digest consists of 20 numbers from 0 to 255");
-        digest[i] = static_cast<std::uint8_t>(byte);
+std::vector<std::string> WordsOfLine(const std::string& text, int number) {
+    std::istringstream lines(text);
+    std::string line;
+    for (int i = 0; i < number; ++i) std::getline(lines, line);
+    std::istringstream words(line);
+    return std::vector<std::string>(std::istream_iterator<std::string>(words), {});
+}
+
+// What makes this text no table's, for the user.
+std::string Reason(const zel::TableTextFault& fault, const std::string& text) {
+    using Kind = zel::TableTextFault::Kind;
+    const std::string line = "line " + std::to_string(fault.line) + ": ";
+    if (fault.kind == Kind::kMoreLines) return line + "more lines follow than rows were announced";
+    if (fault.ended) return line + "it ends too early";
+    for (const std::string& word : WordsOfLine(text, fault.line)) {
+        char* end = nullptr;
+        std::strtod(word.c_str(), &end);
+        if (*end != '\0') return line + "'" + word + "' is no number";
     }
-    return digest;
+    switch (fault.kind) {
+        case Kind::kDigest:
+            return line + "a digest consists of 20 numbers from 0 to 255";
+        case Kind::kShape:
+            return line + "expected the number of rows and the number of taps";
+        case Kind::kTaps:
+            return std::to_string(fault.number) + " taps; a table has 2 or 4";
+        case Kind::kRows:
+            return line + kRowBounds;
+        case Kind::kValue:
+            return "row " + std::to_string(fault.row) + ": " + (fault.number == 0 ? kLevelBounds : kGainBounds);
+        default:
+            return line + "a row has five numbers";
+    }
 }
 
 }  // namespace
@@ -92,34 +81,27 @@ std::string HexText(const Digest& digest) {
     return text;
 }
 
+CalibrationTable::CalibrationTable(const zel::TapTable& table) : taps(table.Taps()) {
+    for (int row = 0; row < table.Rows(); ++row) rows.push_back(table.Row(row));
+}
+
 std::string CalibrationTable::Fault() const {
-    if (taps != 2 && taps != 4) return std::to_string(taps) + " taps; a table has 2 or 4";
-    if (rows.size() < kFewestRows || rows.size() > kMostRows) {
+    if (rows.size() < kFewestRows || rows.size() > static_cast<std::size_t>(zel::TapTable::kMostRows)) {
         return std::to_string(rows.size()) + " rows; a table has 4 to 1000";
     }
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const std::string where = "row " + std::to_string(i + 1) + ": ";
-        if (!Within(rows[i].millivolts, kLargestLevel)) return where + "a level is 0 to 5000 mV";
+        if (!zel::IsGoodLevel(rows[i].millivolts)) return where + kLevelBounds;
         if (i > 0 && rows[i].millivolts <= rows[i - 1].millivolts) return where + "the levels must rise";
-        for (int tap = 0; tap < taps; ++tap) {
-            if (!Within(rows[i].gains[static_cast<std::size_t>(tap)], kLargestGain)) return where + "a gain is 0 to 2";
-        }
+        if (!zel::IsGoodRow(rows[i], taps)) return where + kGainBounds;
     }
     return "";
 }
 
-// Taps, rows, then column after column, all little-endian.
 Digest CalibrationTable::ComputeDigest() const {
-    std::vector<std::uint8_t> bytes;
-    AppendNumber(bytes, static_cast<std::uint32_t>(taps));
-    AppendNumber(bytes, static_cast<std::uint32_t>(rows.size()));
-    for (const CalibrationRow& row : rows) AppendNumber(bytes, std::bit_cast<std::uint32_t>(row.millivolts));
-    for (std::size_t tap = 0; tap < static_cast<std::size_t>(taps); ++tap) {
-        for (const CalibrationRow& row : rows) AppendNumber(bytes, std::bit_cast<std::uint32_t>(row.gains[tap]));
-    }
-    zel::Sha1 sha1;
-    sha1.Update(bytes);
-    return sha1.Finish();
+    zel::TapTable table(static_cast<int>(rows.size()), taps);
+    for (int row = 0; row < table.Rows(); ++row) table.SetRow(row, rows[static_cast<std::size_t>(row)]);
+    return table.Digest();
 }
 
 double CalibrationTable::LargestDifference(const CalibrationTable& other) const {
@@ -145,39 +127,29 @@ Json CalibrationTable::ToJson() const {
 }
 
 int SpeedOfFile(const std::filesystem::path& path) {
-    const std::string name = path.filename().string();
-    for (int speed = 0; speed < kSpeeds; ++speed) {
-        if (name.find(kSpeedNames[speed]) != std::string::npos) return speed;
-    }
+    const int speed = zel::TableOfFileName(path.filename().string());
+    if (speed >= 0) return speed;
     throw Failure(path.string() + " belongs to no readout speed", "its name has neither 20MHz nor 40MHz in it",
                   "rename it");
 }
 
 CalibrationFile ReadCalibrationFile(const std::filesystem::path& path) {
-    LineReader reader(path);
+    const std::string text = FileContents(path);
     CalibrationFile file;
-    std::vector<double> numbers = reader.Numbers();
-    if (numbers.size() == file.digest.size()) {
-        file.cache = true;
-        file.digest = DigestOfLine(numbers, reader);
-        numbers = reader.Numbers();
-    }
-    if (numbers.size() != 2) reader.Fail("expected the number of rows and the number of taps");
-    const int rows = Whole(numbers[0], kMostRows);
-    file.table.taps = Whole(numbers[1], 4);
-    if (rows < 0) reader.Fail("a table has 4 to 1000 rows");
-    for (int i = 0; i < rows; ++i) {
-        numbers = reader.Numbers();
-        if (numbers.size() != 5) reader.Fail("a row has five numbers");
-        CalibrationRow& row = file.table.rows.emplace_back();
-        row.millivolts = static_cast<float>(numbers[0]);
-        // What stands behind the last tap counts for nothing.
-        for (int tap = 0; tap < file.table.taps; ++tap) {
-            row.gains[static_cast<std::size_t>(tap)] = static_cast<float>(numbers[static_cast<std::size_t>(tap) + 1]);
+    zel::TableTextFault fault;
+    std::optional<zel::TapTable> table;
+    if (WordsOfLine(text, 1).size() == file.digest.size()) {
+        if (const std::optional<zel::CacheFile> cache = zel::ParseCacheFile(text, fault)) {
+            file.cache = true;
+            file.digest = cache->digest;
+            table = cache->table;
         }
+    } else {
+        table = zel::ParseMasterFile(text, zel::Remarks::kNone, fault);
     }
-    if (!reader.AtEnd()) reader.Fail("more lines follow than rows were announced");
-    if (const std::string fault = file.table.Fault(); !fault.empty()) FailToRead(path, fault);
+    if (!table) FailToRead(path, Reason(fault, text));
+    file.table = CalibrationTable(*table);
+    if (const std::string wrong = file.table.Fault(); !wrong.empty()) FailToRead(path, wrong);
     return file;
 }
 

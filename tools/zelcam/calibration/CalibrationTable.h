@@ -1,42 +1,31 @@
-// One tap calibration table on the tool's side: its numbers, its files and its digest.
-//
-//   Master file:                        Cache file:
-//     ROWS TAPS                           20 numbers, the digest of the table
-//     MILLIVOLTS GAIN GAIN GAIN GAIN      then as a master file
-//     ...
-//
-// Rows always have five numbers; those of a camera with two taps end in two zeros.
+// One tap calibration table on the tool's side: its numbers, its files (calibration/TableText.h) and its digest.
 #ifndef ZELCAM_CALIBRATIONTABLE_H
 #define ZELCAM_CALIBRATIONTABLE_H
 
-#include <array>
-#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
 
+#include "calibration/TapTable.h"
 #include "tools/zelcam/text/Json.h"
 
 namespace zelcam {
 
 // The two readout speeds, by the number that selects their table.
-inline constexpr const char* kSpeedNames[] = {"20MHz", "40MHz"};
-inline constexpr int kSpeeds = 2;
+inline constexpr int kSpeeds = zel::kTapTables;
+inline constexpr auto& kSpeedNames = zel::kReadoutNames;
 
-using Digest = std::array<std::uint8_t, 20>;
+using Digest = zel::Sha1::Digest;
 std::string HexText(const Digest& digest);
 
-struct CalibrationRow {
-    float millivolts = 0.0f;
-    std::array<float, 4> gains{};
-
-    bool operator==(const CalibrationRow&) const = default;
-};
+using CalibrationRow = zel::TapRow;
 
 struct CalibrationTable {
     int taps = 0;
     std::vector<CalibrationRow> rows;
 
+    CalibrationTable() = default;
+    explicit CalibrationTable(const zel::TapTable& table);
     bool operator==(const CalibrationTable&) const = default;
 
     // What is wrong with the table, or empty: the taps, the number of rows, a number outside its bounds.

@@ -1,9 +1,9 @@
-#include "devices/sim/firmware/Sha1.h"
+#include "calibration/Sha1.h"
 
 #include <algorithm>
 #include <bit>
 
-namespace zel::sim {
+namespace zel {
 
 namespace {
 
@@ -45,7 +45,7 @@ void AddBlock(State& state, std::span<const std::uint8_t> block) {
 
 }  // namespace
 
-Sha1Digest Sha1(std::span<const std::uint8_t> message) {
+Sha1::Digest Sha1::Of(std::span<const std::uint8_t> message) {
     State state = {0x67452301u, 0xEFCDAB89u, 0x98BADCFEu, 0x10325476u, 0xC3D2E1F0u};
     std::span<const std::uint8_t> rest = message;
     for (; rest.size() >= kBlock; rest = rest.subspan(kBlock)) AddBlock(state, rest.first(kBlock));
@@ -59,11 +59,11 @@ Sha1Digest Sha1(std::span<const std::uint8_t> message) {
     const std::uint64_t bits = std::uint64_t{message.size()} * 8;
     for (std::size_t i = 0; i < 8; ++i) last[kLengthAt + i] = static_cast<std::uint8_t>(bits >> (56 - 8 * i));
     AddBlock(state, last);
-    Sha1Digest digest;
+    Digest digest;
     for (std::size_t i = 0; i < digest.size(); ++i) {
         digest[i] = static_cast<std::uint8_t>(state[i / 4] >> (24 - 8 * (i % 4)));
     }
     return digest;
 }
 
-}  // namespace zel::sim
+}  // namespace zel

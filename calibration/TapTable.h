@@ -1,13 +1,14 @@
 // One calibration table of a camera: at a series of signal levels, the gain of each tap.
-#ifndef TAPBALANCE_TAPTABLE_H
-#define TAPBALANCE_TAPTABLE_H
+#ifndef CALIBRATION_TAPTABLE_H
+#define CALIBRATION_TAPTABLE_H
 
 #include <array>
 #include <cstdint>
 #include <span>
+#include <string_view>
 #include <vector>
 
-#include "tapbalance/Sha1.h"
+#include "calibration/Sha1.h"
 
 namespace zel {
 
@@ -15,14 +16,22 @@ inline constexpr int kMostTaps = 4;
 inline constexpr int kTapTables = 2;  // one for the 20 MHz readout, one for the 40 MHz readout
 inline constexpr int TAP_BALANCE_SELECT_20MHZ = 0;
 inline constexpr int TAP_BALANCE_SELECT_40MHZ = 1;
+inline constexpr const char* kReadoutNames[kTapTables] = {"20MHz", "40MHz"};
+
+// The table whose readout a file's name tells; -1 when it tells none. Folders in front of the name do not count.
+int TableOfFileName(std::string_view path);
 
 // One row. A two-tap table uses the first two gains.
 struct TapRow {
     float millivolts = 0;
     std::array<float, kMostTaps> gains{};
+
+    bool operator==(const TapRow&) const = default;
 };
 
 // Whether the values are ones that a calibration can have: gains from 0 to 2, a level from 0 to 5000 mV.
+constexpr bool IsGoodGain(float gain) { return gain >= 0.0f && gain <= 2.0f; }
+constexpr bool IsGoodLevel(float millivolts) { return millivolts >= 0.0f && millivolts <= 5000.0f; }
 bool IsGoodRow(const TapRow& row, int taps);
 
 class TapTable {

@@ -1,4 +1,4 @@
-#include "tapbalance/TableText.h"
+#include "calibration/TableText.h"
 
 #include <algorithm>
 #include <array>
@@ -16,9 +16,6 @@ constexpr std::size_t kRowNumbers = 1 + kMostTaps;
 constexpr std::string_view kBlanks = " \t\r";
 constexpr std::string_view kWhiteSpace = " \t\r\n";
 
-// What may stand behind the numbers of a line: nothing in files of the library's own, a remark in those made by hand.
-enum class Remarks { kNone, kAllowed };
-
 void AppendSevenDecimals(std::string& text, float value) {
     std::array<char, 64> digits;
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::fixed, 7);
@@ -32,14 +29,21 @@ class Lines {
 
     bool AtEnd() const { return m_Rest.find_first_not_of(kWhiteSpace) == std::string_view::npos; }
     std::string_view Next() {
+        m_Ended = m_Rest.empty();
+        if (!m_Ended) ++m_Line;
         const std::size_t end = m_Rest.find('\n');
         const std::string_view line = m_Rest.substr(0, end);
         m_Rest.remove_prefix(end == std::string_view::npos ? m_Rest.size() : end + 1);
         return line;
     }
+    TableTextFault Fault(TableTextFault::Kind kind, int number, int row = 0) const {
+        return {kind, number, row, m_Line, m_Ended};
+    }
 
   private:
     std::string_view m_Rest;
+    int m_Line = 0;
+    bool m_Ended = false;
 };
 
 // The numbers that a line begins with, into `numbers`; how many there are. One more when something follows them that
@@ -63,47 +67,32 @@ int ParseNumbers(std::string_view line, std::span<Number> numbers, Remarks remar
 
 bool FitsFloat(double value) { return std::abs(value) <= double{std::numeric_limits<float>::max()}; }
 
-std::string Failure(const char* format, int first, int second = 0) {
-    std::array<char, 160> line;
-    std::snprintf(line.data(), line.size(), format, first, second);
-    return line.data();
-}
-
 // "ROWS TAPS" and the rows. Number: the precision in which the file is read.
 template <class Number>
-std::optional<TapTable> ParseTable(Lines& lines, Remarks remarks, std::string& error) {
+std::optional<TapTable> ParseTable(Lines& lines, Remarks remarks, TableTextFault& fault) {
+    using Kind = TableTextFault::Kind;
+    const auto fail = [&](Kind kind, int number, int row = 0) {
+        fault = lines.Fault(kind, number, row);
+        return std::nullopt;
+    };
     std::array<int, 2> shape{};
-    if (const int got = ParseNumbers<int>(lines.Next(), shape, remarks); got != 2) {
-        error = Failure("***PARSE ERROR***. Row:0 Expected 2 cols of data and got %d", got);
-        return std::nullopt;
-    }
+    if (const int got = ParseNumbers<int>(lines.Next(), shape, remarks); got != 2) return fail(Kind::kShape, got);
     const auto [rows, taps] = shape;
-    if (taps != 2 && taps != 4) {
-        error = Failure("***PARSE ERROR***. %d taps: a table has 2 or 4", taps);
-        return std::nullopt;
-    }
-    if (!TapTable::IsValidShape(rows, taps + 1)) {
-        error = Failure("***PARSE ERROR***. %d rows: a table has 1 to %d", rows, TapTable::kMostRows);
-        return std::nullopt;
-    }
+    if (taps != 2 && taps != 4) return fail(Kind::kTaps, taps);
+    if (!TapTable::IsValidShape(rows, taps + 1)) return fail(Kind::kRows, rows);
     TapTable table(rows, taps);
     for (int row = 0; row < rows; ++row) {
         std::array<Number, kRowNumbers> numbers{};
-        if (const int got = ParseNumbers<Number>(lines.Next(), numbers, remarks);
-            got != static_cast<int>(kRowNumbers)) {
-            error = Failure("***PARSE ERROR***. Row:%d Expected 5 cols of data and got %d", row + 1, got);
-            return std::nullopt;
-        }
-        for (const Number number : numbers) {
-            if (FitsFloat(double{number})) continue;
-            error = Failure("***PARSE ERROR***. Row:%d holds a value that no table can have", row + 1);
-            return std::nullopt;
-        }
+        const int got = ParseNumbers<Number>(lines.Next(), numbers, remarks);
+        if (got != static_cast<int>(kRowNumbers)) return fail(Kind::kRow, got, row + 1);
+        const auto unfit = std::ranges::find_if_not(numbers, [](Number number) { return FitsFloat(double{number}); });
+        if (unfit != numbers.end()) return fail(Kind::kValue, static_cast<int>(unfit - numbers.begin()), row + 1);
         TapRow values;
         values.millivolts = static_cast<float>(numbers[0]);
         for (std::size_t tap = 0; tap < kMostTaps; ++tap) values.gains[tap] = static_cast<float>(numbers[tap + 1]);
         table.SetRow(row, values);
     }
+    if (remarks == Remarks::kNone && !lines.AtEnd()) return fail(Kind::kMoreLines, rows);
     return table;
 }
 
@@ -128,7 +117,7 @@ std::string FormatCacheFile(const TapTable& table, const Sha1::Digest& digest) {
     return text;
 }
 
-std::optional<CacheFile> ParseCacheFile(std::string_view text, std::string& error) {
+std::optional<CacheFile> ParseCacheFile(std::string_view text, TableTextFault& fault) {
     Lines lines(text);
     std::array<int, std::tuple_size_v<Sha1::Digest>> numbers{};
     int got = ParseNumbers<int>(lines.Next(), numbers, Remarks::kNone);
@@ -139,21 +128,17 @@ std::optional<CacheFile> ParseCacheFile(std::string_view text, std::string& erro
         digest[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(number);
     }
     if (got != static_cast<int>(digest.size())) {
-        error = Failure("***HASH PARSE ERROR***. Expected 20 bytes data and got %d", got);
+        fault = lines.Fault(TableTextFault::Kind::kDigest, got);
         return std::nullopt;
     }
-    std::optional<TapTable> table = ParseTable<float>(lines, Remarks::kNone, error);
+    std::optional<TapTable> table = ParseTable<float>(lines, Remarks::kNone, fault);
     if (!table) return std::nullopt;
-    if (!lines.AtEnd()) {
-        error = Failure("***PARSE ERROR***. More lines follow than the %d rows of the table", table->Rows());
-        return std::nullopt;
-    }
     return CacheFile{digest, std::move(*table)};
 }
 
-std::optional<TapTable> ParseMasterFile(std::string_view text, std::string& error) {
+std::optional<TapTable> ParseMasterFile(std::string_view text, Remarks remarks, TableTextFault& fault) {
     Lines lines(text);
-    return ParseTable<double>(lines, Remarks::kAllowed, error);
+    return ParseTable<double>(lines, remarks, fault);
 }
 
 std::string DigestText(const Sha1::Digest& digest) {

@@ -14,13 +14,13 @@
 //    2       2     number of columns: mV and one per tap
 //    4       4     where the table begins, in bytes from the start of the flash
 //    8       20    SHA-1 digest of the table
-#ifndef TAPBALANCE_TABLEDIRECTORY_H
-#define TAPBALANCE_TABLEDIRECTORY_H
+#ifndef CALIBRATION_TABLEDIRECTORY_H
+#define CALIBRATION_TABLEDIRECTORY_H
 
 #include <array>
 #include <cstdint>
 
-#include "tapbalance/TapTable.h"
+#include "calibration/TapTable.h"
 
 namespace zel {
 

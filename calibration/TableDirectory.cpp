@@ -1,4 +1,4 @@
-#include "tapbalance/TableDirectory.h"
+#include "calibration/TableDirectory.h"
 
 #include <algorithm>
 #include <cstddef>

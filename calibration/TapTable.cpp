@@ -1,4 +1,4 @@
-#include "tapbalance/TapTable.h"
+#include "calibration/TapTable.h"
 
 #include <bit>
 
@@ -18,12 +18,18 @@ std::size_t Index(int i) { return static_cast<std::size_t>(i); }
 
 }  // namespace
 
+int TableOfFileName(std::string_view path) {
+    const std::string_view name = path.substr(path.find_last_of("/\\") + 1);
+    int select = 0;
+    while (select < kTapTables && name.find(kReadoutNames[select]) == std::string_view::npos) ++select;
+    return select < kTapTables ? select : -1;
+}
+
 bool IsGoodRow(const TapRow& row, int taps) {
     for (int tap = 0; tap < taps; ++tap) {
-        const float gain = row.gains[Index(tap)];
-        if (!(gain >= 0.0f && gain <= 2.0f)) return false;
+        if (!IsGoodGain(row.gains[Index(tap)])) return false;
     }
-    return row.millivolts >= 0.0f && row.millivolts <= 5000.0f;
+    return IsGoodLevel(row.millivolts);
 }
 
 bool TapTable::IsValidShape(int rows, int columns) {
@@ -54,9 +60,7 @@ Sha1::Digest TapTable::Digest() const {
     for (const std::vector<float>& column : m_Gains) {
         for (const float value : column) AppendFloat(bytes, value);
     }
-    Sha1 sha;
-    sha.Update(bytes);
-    return sha.Finish();
+    return Sha1::Of(bytes);
 }
 
 std::vector<std::uint8_t> TapTable::FlashBytes() const {

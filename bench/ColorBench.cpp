@@ -14,7 +14,6 @@ namespace {
 using kernels::ColorFormat;
 using kernels::KernelTable;
 using kernels::PlanarRow;
-constexpr int kUsb = 5;
 constexpr unsigned kBits = 14;
 constexpr std::array<float, 9> kMatrix{1.62f, -0.47f, -0.15f, -0.26f, 1.49f, -0.23f, 0.02f, -0.61f, 1.59f};
 
@@ -98,7 +97,7 @@ class Processor : public ZelCameraControlImpl {
   public:
     explicit Processor(int operation) : ZelCameraControlImpl("ColorBench") {
         FrameGeometry geometry;
-        geometry.interface_type = kUsb;
+        geometry.cuts_region = geometry.keeps_full_size = true;
         geometry.width = geometry.height = kSide;
         geometry.bit_depth = kBits;
         geometry.bytes_per_pixel = 2;

@@ -10,7 +10,6 @@ namespace zel::bench {
 namespace {
 
 namespace scalar = kernels::scalar;
-constexpr int kEBus = 4;
 
 void Unpack(FrameBench& bench, const kernels::KernelTable& fast) {
     Ring packed = MakeRing(12), out = MakeRing(12);
@@ -94,7 +93,7 @@ class Processor : public ZelCameraControlImpl {
   public:
     Processor(int taps, ZelRoiBin roi) : ZelCameraControlImpl("FrameBench") {
         FrameGeometry geometry;
-        geometry.interface_type = kEBus;
+        geometry.cuts_region = geometry.region_is_size = true;
         geometry.width = geometry.height = kSide;
         geometry.bit_depth = 12;
         geometry.bytes_per_pixel = 2;

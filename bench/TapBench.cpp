@@ -12,7 +12,6 @@
 namespace zel::bench {
 namespace {
 
-constexpr int kEBus = 4;
 constexpr int kBits = 14;
 constexpr int kRows = 32;
 
@@ -66,7 +65,6 @@ class Processor : public ZelCameraControlImpl {
   public:
     explicit Processor(TapBalance& balance) : ZelCameraControlImpl("TapBench"), m_Balance(balance) {
         FrameGeometry geometry;
-        geometry.interface_type = kEBus;
         geometry.width = geometry.height = kSide;
         geometry.bit_depth = kBits;
         geometry.bytes_per_pixel = 2;

@@ -84,7 +84,6 @@ void ZelCameraControl::ImageCallback(ZelImage* image) {
     // Held until the callback has returned: the application may close the camera inside.
     const FrameLease frame = m_ImageManager.Lease(static_cast<ZelImageInternal*>(image));
     if (!frame) return;
-    m_FrameOfAcquisitionSeen = true;
     const Path path = m_HasColorFilter ? Path::kColor : Path::kMonochrome;
     const Outcome outcome = PostProcessOnce(frame, path, Caller::kTransport);
     if (outcome == Outcome::kFailed) {

@@ -113,7 +113,7 @@ ZelImageInternal* ZelCameraControlImpl::PostProcessColorImage(const FrameLease& 
     }
     const unsigned full_w = image->w;
     const unsigned full_h = image->h;
-    if (!CropToRegion(image, geometry)) {
+    if (!PostProcessSubImage(image, geometry)) {
         ZEL_LOG(m_Logger, kLogWarning, kFunction, "ROI processing was not done!");
     }
     if (m_ImageAvgFrameCountMax > 0) PostProcessAverageImage(image);

@@ -11,11 +11,10 @@ namespace zel {
 
 namespace {
 constexpr int kLargestBinning = 128;
-constexpr int kEBus = 4;
 constexpr const char* kDashes = "----------------------------------------------------------------";
 
-// Camera Link and USB records keep the full frame's size, so that what binning leaves behind its result can be seen
-// there: zeros where samples were taken, the left-over columns and rows as they were.
+// In records that keep the full frame's size, what binning leaves behind its result can be seen: zeros where samples
+// were taken, the left-over columns and rows as they were.
 void BinFrame(std::span<std::uint16_t> frame, unsigned w, unsigned h, unsigned bx, unsigned by, unsigned ceiling,
               bool rest_is_seen) {
     if (rest_is_seen && (w % bx != 0 || h % by != 0)) {
@@ -33,28 +32,18 @@ bool ZelCameraControlImpl::PostProcessImage(ZelImageInternal* image, const Frame
     if (!PostProcessTapBalance(image, geometry)) {
         ZEL_LOG(m_Logger, kLogError, kFunction, "Failed to tap balance the image!");
     }
-    CropToRegion(image, geometry);
-    PostProcessBinning(image, geometry.interface_type, static_cast<int>(geometry.roi.YBin),
-                       static_cast<int>(geometry.roi.XBin));
+    PostProcessSubImage(image, geometry);
+    PostProcessBinning(image, geometry);
     if (m_ImageAvgFrameCountMax > 0) PostProcessAverageImage(image);
     return true;
 }
 
-// The two kinds of link take the region in different words.
-bool ZelCameraControlImpl::CropToRegion(ZelImageInternal* image, const FrameGeometry& geometry) {
-    const int type = geometry.interface_type;
-    const ZelRoiBin& roi = geometry.roi;
-    if (type == kEBus) return PostProcessSubImage(image, type, roi.XOrigin, roi.YOrigin, roi.XPixels, roi.YPixels);
-    return PostProcessSubImage(image, type, roi.XOrigin, roi.YOrigin, roi.XOrigin + roi.XPixels,
-                               roi.YOrigin + roi.YPixels);
-}
-
-bool ZelCameraControlImpl::PostProcessSubImage(ZelImageInternal* image, int interface_type, unsigned c0, unsigned r0,
-                                               unsigned c1, unsigned r1) {
+bool ZelCameraControlImpl::PostProcessSubImage(ZelImageInternal* image, const FrameGeometry& geometry) {
     ZEL_SCOPE_TIMER(timer, "PostProcessSubImage", m_Logger, "ZelCameraControlImpl::PostProcessSubImage");
-    if (IsUsbOrCameraLink(interface_type)) return CropByCorners(image, c0, r0, c1, r1);
-    if (interface_type == kEBus) return CropBySize(image, c0, r0, c1, r1);
-    return true;
+    if (!geometry.cuts_region) return true;
+    const ZelRoiBin& roi = geometry.roi;
+    if (geometry.region_is_size) return CropBySize(image, roi.XOrigin, roi.YOrigin, roi.XPixels, roi.YPixels);
+    return CropByCorners(image, roi.XOrigin, roi.YOrigin, roi.XOrigin + roi.XPixels, roi.YOrigin + roi.YPixels);
 }
 
 // On purpose: num_pixels and size_in_bytes stay those of the full frame.
@@ -99,22 +88,21 @@ bool ZelCameraControlImpl::CropBySize(ZelImageInternal* image, unsigned c0, unsi
     return true;
 }
 
-bool ZelCameraControlImpl::PostProcessBinning(ZelImageInternal* image, int interface_type, int vertical,
-                                              int horizontal) {
+bool ZelCameraControlImpl::PostProcessBinning(ZelImageInternal* image, const FrameGeometry& geometry) {
     if (!image) return false;
-    const int by = std::max(vertical, 1);
-    const int bx = std::max(horizontal, 1);
+    const int by = std::max(static_cast<int>(geometry.roi.YBin), 1);
+    const int bx = std::max(static_cast<int>(geometry.roi.XBin), 1);
     if (by > kLargestBinning || bx > kLargestBinning) return false;
     if (by == 1 && bx == 1) return true;
     if (image->bytes_per_pixel != kBytesPerSample) return false;
     const std::span frame = Samples(*image, Area(image->w, image->h));
     if (frame.empty()) return false;
     const unsigned ceiling = image->bit_depth >= 16 ? 0xFFFFu : (1u << image->bit_depth) - 1;
-    const bool full_size = IsUsbOrCameraLink(interface_type);
-    BinFrame(frame, image->w, image->h, static_cast<unsigned>(bx), static_cast<unsigned>(by), ceiling, full_size);
+    BinFrame(frame, image->w, image->h, static_cast<unsigned>(bx), static_cast<unsigned>(by), ceiling,
+             geometry.keeps_full_size);
     image->w /= static_cast<unsigned>(bx);
     image->h /= static_cast<unsigned>(by);
-    if (!full_size) {
+    if (!geometry.keeps_full_size) {
         image->num_pixels = image->w * image->h;
         image->size_in_bytes = image->bytes_per_pixel * image->num_pixels;
     }

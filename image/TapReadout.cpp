@@ -49,7 +49,7 @@ bool ZelCameraControlImpl::PostProcessTapBalance(ZelImageInternal* image, const 
 bool ZelCameraControlImpl::ReadOut(ZelImageInternal* image, const FrameGeometry& geometry, const TapRows& rows,
                                    bool& corrected) {
     const int taps = geometry.taps;
-    if (taps < 2 || IsUsbOrCameraLink(geometry.interface_type)) return ReorderTaps(image, taps, rows, corrected);
+    if (taps < 2 || !geometry.packed) return ReorderTaps(image, taps, rows, corrected);
     const std::uint64_t count = Area(image->w, image->h);
     // A packed sample takes more than a byte: the first test keeps the second from overflowing.
     if (!image->pixels || count > image->buffer_size) return false;

@@ -187,6 +187,4 @@ int ZelCameraControlImpl::UpdateImageAvgBuffer() {
     return 0;
 }
 
-bool IsUsbOrCameraLink(int interface_type) { return interface_type == 3 || interface_type == 5; }
-
 }  // namespace zel

@@ -62,9 +62,8 @@ class ZelCameraControlImpl {
     platform::Mutex& ProcessingLock() ZEL_RETURNS_LOCK(m_ProcessingLock) { return m_ProcessingLock; }
     bool PostProcessImage(ZelImageInternal* image, const FrameGeometry& geometry) ZEL_REQUIRES(m_ProcessingLock);
     bool PostProcessTapBalance(ZelImageInternal* image, const FrameGeometry& geometry) ZEL_REQUIRES(m_ProcessingLock);
-    bool PostProcessSubImage(ZelImageInternal* image, int interface_type, unsigned c0, unsigned r0, unsigned c1,
-                             unsigned r1);
-    bool PostProcessBinning(ZelImageInternal* image, int interface_type, int vertical, int horizontal);
+    bool PostProcessSubImage(ZelImageInternal* image, const FrameGeometry& geometry);
+    bool PostProcessBinning(ZelImageInternal* image, const FrameGeometry& geometry);
     bool PostProcessAverageImage(ZelImageInternal* image) ZEL_REQUIRES(m_ProcessingLock);
 
     // The color path. The lock is the processing lock, which is given up while a scratchpad callback runs.
@@ -156,7 +155,6 @@ class ZelCameraControlImpl {
     void RunColorSteps(const ColorFrame& frame, int pipeline, bool from_planes) ZEL_REQUIRES(m_ProcessingLock);
 
     static FrameLease Stamp(FrameLease frame);
-    bool CropToRegion(ZelImageInternal* image, const FrameGeometry& geometry);
     bool ReserveSpare(ZelImageInternal* image) ZEL_REQUIRES(m_ProcessingLock);
     void SwapBuffer(ZelImageInternal* image, PageBuffer& buffer);
     bool ReserveRows(std::size_t samples) ZEL_REQUIRES(m_ProcessingLock);
@@ -201,9 +199,6 @@ class ZelCameraControlImpl {
     unsigned m_ImageAvgFrameBytes ZEL_GUARDED_BY(m_ProcessingLock) = 0;  // size of the frames that are in the ring
     unsigned m_ImageAvgFramePixels ZEL_GUARDED_BY(m_ProcessingLock) = 0;
 };
-
-// Interface types that deliver their frames alike.
-bool IsUsbOrCameraLink(int interface_type);
 
 }  // namespace zel
 

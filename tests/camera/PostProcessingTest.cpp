@@ -8,6 +8,7 @@
 #include <random>
 
 #include "image/ZelCameraControlImpl.h"
+#include "link/LinkKind.h"
 #include "platform/Clock.h"
 #include "platform/Memory.h"
 #include "tapbalance/TapBalance.h"
@@ -32,7 +33,11 @@ class PostProcessingTest : public testing::Test {
     // A pool of one record of w * h samples; `taps` as the sensor has them.
     ZelImageInternal* Frame(unsigned w, unsigned h, const Samples& content, int taps = 1, int mhz = 20) {
         FrameGeometry geometry;
-        geometry.interface_type = m_Type;
+        const LinkKind& link = LinkKindOf(m_Type);
+        geometry.packed = link.packed;
+        geometry.cuts_region = link.cuts_region;
+        geometry.region_is_size = link.region_is_size;
+        geometry.keeps_full_size = link.keeps_full_size;
         geometry.width = w;
         geometry.height = h;
         geometry.bit_depth = 12;
@@ -62,6 +67,18 @@ class PostProcessingTest : public testing::Test {
     bool Processed(ZelImageInternal* image) {
         const platform::ScopedLock processing(m_Processor.ProcessingLock());
         return m_Processor.PostProcessImage(image, m_Processor.Geometry());
+    }
+    bool Binned(ZelImageInternal* image, int vertical, int horizontal) {
+        FrameGeometry geometry = m_Processor.Geometry();
+        geometry.roi.YBin = static_cast<unsigned>(vertical);
+        geometry.roi.XBin = static_cast<unsigned>(horizontal);
+        return m_Processor.PostProcessBinning(image, geometry);
+    }
+    bool Cropped(ZelImageInternal* image, unsigned c0, unsigned r0, unsigned c1, unsigned r1) {
+        FrameGeometry geometry = m_Processor.Geometry();
+        const bool size = geometry.region_is_size;
+        geometry.roi = {c0, r0, size ? c1 : c1 - c0, size ? r1 : r1 - r0, 1, 1};
+        return m_Processor.PostProcessSubImage(image, geometry);
     }
     bool Averaged(ZelImageInternal* image) {
         const platform::ScopedLock processing(m_Processor.ProcessingLock());
@@ -128,7 +145,7 @@ TEST_F(PostProcessingTest, BinningLeavesZerosBehindItsResult) {
             ZelImageInternal* image = Frame(w, h, Counting(w * h));
             Samples expected = Counting(w * h);
             kernels::scalar::Bin(expected, w, h, bx, by, 4095);
-            EXPECT_TRUE(m_Processor.PostProcessBinning(image, type, static_cast<int>(by), static_cast<int>(bx)));
+            EXPECT_TRUE(Binned(image, static_cast<int>(by), static_cast<int>(bx)));
             const std::size_t seen = type == kUsb ? w * h : image->num_pixels;
             EXPECT_EQ(Samples(image->pixels, image->pixels + seen),
                       Samples(expected.begin(), expected.begin() + static_cast<std::ptrdiff_t>(seen)))
@@ -213,7 +230,7 @@ TEST_P(CropTest, OfAFourByThreeFrame) {
     const Crop& crop = GetParam();
     m_Type = crop.type;
     ZelImageInternal* image = Frame(4, 3, Counting(12));
-    EXPECT_EQ(m_Processor.PostProcessSubImage(image, m_Type, crop.c0, crop.r0, crop.c1, crop.r1), crop.answer);
+    EXPECT_EQ(Cropped(image, crop.c0, crop.r0, crop.c1, crop.r1), crop.answer);
     EXPECT_EQ(image->w, crop.w);
     EXPECT_EQ(image->h, crop.h);
     EXPECT_EQ(Content(image), crop.content.empty() ? Counting(12) : crop.content);
@@ -232,40 +249,40 @@ INSTANTIATE_TEST_SUITE_P(, CropTest,
 
 TEST_F(PostProcessingTest, BinningSumsAndDropsWhatIsLeftOver) {
     ZelImageInternal* image = Frame(4, 1, {10, 20, 30, 40});
-    EXPECT_TRUE(m_Processor.PostProcessBinning(image, m_Type, 1, 2));
+    EXPECT_TRUE(Binned(image, 1, 2));
     EXPECT_EQ(Content(image), (Samples{30, 70}));
     image = Frame(1, 4, {10, 20, 30, 40});
-    EXPECT_TRUE(m_Processor.PostProcessBinning(image, m_Type, 2, 0));
+    EXPECT_TRUE(Binned(image, 2, 0));
     EXPECT_EQ(Content(image), (Samples{20, 70})) << "the first sample of a column is lost";
     image = Frame(5, 3, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15});
-    EXPECT_TRUE(m_Processor.PostProcessBinning(image, m_Type, 2, 2));
+    EXPECT_TRUE(Binned(image, 2, 2));
     EXPECT_EQ(Content(image), (Samples{13, 17}));
     EXPECT_EQ(image->num_pixels, 15u) << "kept on this kind of link";
 }
 
 TEST_F(PostProcessingTest, BinningClampsToTheBitDepth) {
     ZelImageInternal* image = Frame(4, 1, {3000, 3000, 4095, 4095});
-    EXPECT_TRUE(m_Processor.PostProcessBinning(image, m_Type, 1, 2));
+    EXPECT_TRUE(Binned(image, 1, 2));
     EXPECT_EQ(Content(image), (Samples{4095, 4095}));
     // The first sample above half the ceiling counts as half the ceiling.
     image = Frame(2, 1, {3000, 5});
-    EXPECT_TRUE(m_Processor.PostProcessBinning(image, m_Type, 1, 2));
+    EXPECT_TRUE(Binned(image, 1, 2));
     EXPECT_EQ(Content(image), (Samples{2052}));
 }
 
 TEST_F(PostProcessingTest, BinningBounds) {
     m_Type = kEBus;
     ZelImageInternal* image = Frame(4, 2, Counting(8));
-    EXPECT_FALSE(m_Processor.PostProcessBinning(nullptr, m_Type, 2, 2));
-    EXPECT_FALSE(m_Processor.PostProcessBinning(image, m_Type, 129, 1));
-    EXPECT_FALSE(m_Processor.PostProcessBinning(image, m_Type, 1, 129));
-    EXPECT_TRUE(m_Processor.PostProcessBinning(image, m_Type, -1, 0));
-    EXPECT_TRUE(m_Processor.PostProcessBinning(image, m_Type, 1, 1));
+    EXPECT_FALSE(Binned(nullptr, 2, 2));
+    EXPECT_FALSE(Binned(image, 129, 1));
+    EXPECT_FALSE(Binned(image, 1, 129));
+    EXPECT_TRUE(Binned(image, -1, 0));
+    EXPECT_TRUE(Binned(image, 1, 1));
     image->bytes_per_pixel = 1;
-    EXPECT_FALSE(m_Processor.PostProcessBinning(image, m_Type, 2, 2));
+    EXPECT_FALSE(Binned(image, 2, 2));
     EXPECT_EQ(Content(image), Counting(8));
     image->bytes_per_pixel = 2;
-    EXPECT_TRUE(m_Processor.PostProcessBinning(image, m_Type, 128, 128)) << "nothing is left of it";
+    EXPECT_TRUE(Binned(image, 128, 128)) << "nothing is left of it";
     EXPECT_EQ(image->num_pixels, 0u);
 }
 
@@ -296,8 +313,8 @@ TEST_F(PostProcessingTest, GeometryThatDoesNotFitTheBufferTouchesNothing) {
             image->num_pixels = image->w * image->h;
             image->size_in_bytes = image->num_pixels * 2;
             EXPECT_EQ(TapBalanced(image), taps == 1);
-            EXPECT_FALSE(m_Processor.PostProcessSubImage(image, m_Type, 1, 1, 3, 3));
-            EXPECT_FALSE(m_Processor.PostProcessBinning(image, m_Type, 2, 2));
+            EXPECT_FALSE(Cropped(image, 1, 1, 3, 3));
+            EXPECT_FALSE(Binned(image, 2, 2));
             image->w = image->h = 4;
             if (taps == 1) {
                 EXPECT_EQ(Content(image), Counting(16));

@@ -85,13 +85,10 @@ void ZelCameraControl::ImageCallback(ZelImage* image) {
     const FrameLease frame = m_ImageManager.Lease(static_cast<ZelImageInternal*>(image));
     if (!frame) return;
     const Path path = m_HasColorFilter ? Path::kColor : Path::kMonochrome;
-    const Outcome outcome = PostProcessOnce(frame, path, Caller::kTransport);
-    if (outcome == Outcome::kFailed) {
-        ZEL_LOG(m_Logger, kLogError, "zel_image_handler", "Failed to post process image %d!", frame->image_number);
-    }
+    if (!PostProcessOnce(frame, path, Caller::kTransport)) return;
     // What was stopped or switched off meanwhile is not called once more.
     const Callbacks callbacks = CopyCallbacks();
-    if (outcome == Outcome::kGone || m_Stopped || !callbacks.image) return;
+    if (m_Stopped || !callbacks.image) return;
     callbacks.image(image, callbacks.image_context);
 }
 

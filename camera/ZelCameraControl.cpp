@@ -11,7 +11,7 @@
 namespace zel {
 
 ZelCameraControl::ZelCameraControl(ICameraInterface* camera, const char* instance_name)
-    : ZelCameraControlImpl(instance_name),
+    : ZelCameraControlImpl(instance_name, &m_TapBalance),
       m_Camera(camera),
       m_SyncTable(std::make_unique<SyncTable>(camera, instance_name, m_ExchangeLock)),
       m_TextProtocol(camera, instance_name, m_ExchangeLock),

@@ -173,8 +173,7 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
   protected:
     ZelImage* GetPendingImageForApplication() override;
     ZelImage* GetPendingImageForTransport() override;
-    TapBalance* Taps() override { return &m_TapBalance; }
-    void SetProcessingStatus(int status) override;
+    void ColorWasBinned() override;
     ZelColorImage* HandOverColor(const FrameLease& frame, const char* operation);
 
   private:

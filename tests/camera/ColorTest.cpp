@@ -106,6 +106,7 @@ TEST_F(ColorTest, ADepthCanBeAskedForBeforeTheFirstStart) {
 TEST_F(ColorTest, BothBinningFactorsAreAnErrorOfTheCamera) {
     m_Table.m_Values[H_BIN] = m_Table.m_Values[V_BIN] = 2;
     Begin();
+    EXPECT_FALSE(m_Camera->IsMonochrome());
     m_Transport.EmitImage(Deliver());
     EXPECT_EQ(m_Camera->GetLastError(), ZEL_ERROR_INVALID_BINNING_SELECTION);
 }

@@ -70,6 +70,7 @@ const Words kOutput = [] {
 }();
 
 struct Format {
+    unsigned bits;
     int operation, depth;
     unsigned shift, channels, sample_bytes;
 };
@@ -82,15 +83,16 @@ TEST_P(PictureTest, IsTheDemosaicedFrameThroughTablesAndShift) {
     for (int variant = 0; variant < 16; ++variant) {
         const bool from_planes = variant & 1, input = variant & 2, output = variant & 4;
         ColorPipeline pipeline(variant & 8 ? Kind::kMain : Kind::kScratchpad, m_Logger);
+        pipeline.Stage([&](ColorSettings& settings) { settings.transform.SetInputBitDepth(format.bits); });
         ASSERT_TRUE(pipeline.ConcatenateTransform(format.operation, format.depth));
         // Tables that have not three channels are not applied.
         pipeline.SetTable(&ColorSettings::input_linearization, kInput.data(), 250 - !input, input ? 3 : 4);
         pipeline.SetTable(&ColorSettings::output_non_linearization, kOutput.data(), 1000, output ? 3 : 1);
         for (const auto& [w, h] : {std::pair(6u, 4u), {1u, 1u}, {1u, 5u}, {5u, 1u}, {2u, 2u}}) {
             SCOPED_TRACE(testing::Message() << "variant " << variant << ", " << w << " x " << h);
-            Record record(w, h, Counting(w * h, 100, 300), 14);
+            Record record(w, h, Counting(w * h, 1, (1u << format.bits) / 30), format.bits);
             ASSERT_TRUE(m_Renderer.ReservePicture(&record));
-            const ColorFrame frame(&record, 14, 1);
+            const ColorFrame frame(&record, format.bits, 1);
             ASSERT_TRUE(!from_planes || m_Renderer.Demosaic(frame));
             m_Renderer.Render(frame, pipeline, from_planes);
             const Words whole = Demosaiced(record, 1);
@@ -102,7 +104,7 @@ TEST_P(PictureTest, IsTheDemosaicedFrameThroughTablesAndShift) {
                 if (c < 3) {
                     expected = whole[pixel * 3 + c];
                     if (input) expected = kInput[3 * std::min(expected, 249u) + c];
-                    expected >>= format.shift;
+                    expected = std::min(expected, (1u << format.bits) - 1) >> format.shift;
                     if (output) expected = kOutput[3 * std::min(expected, 999u) + c];
                     if (format.sample_bytes == 1) expected = std::min(expected, 255u);
                 }
@@ -114,11 +116,12 @@ TEST_P(PictureTest, IsTheDemosaicedFrameThroughTablesAndShift) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, PictureTest,
-                         testing::Values(Format{ZEL_COLOR_TRANSFORM_16_BIT, 0, 0, 3, 2},
-                                         Format{ZEL_COLOR_TRANSFORM_16_BIT, 12, 2, 3, 2},
-                                         Format{ZEL_COLOR_TRANSFORM_16_BIT, 15, 0, 3, 2},  // refused; the depth stays
-                                         Format{ZEL_COLOR_TRANSFORM_8_BIT_RGB, 0, 6, 3, 1},
-                                         Format{ZEL_COLOR_TRANSFORM_8_BIT_RGBX, 0, 6, 4, 1}));
+                         testing::Values(Format{14, ZEL_COLOR_TRANSFORM_16_BIT, 0, 0, 3, 2},
+                                         Format{14, ZEL_COLOR_TRANSFORM_16_BIT, 10, 4, 3, 2},
+                                         Format{12, ZEL_COLOR_TRANSFORM_16_BIT, 13, 0, 3, 2},  // refused
+                                         Format{16, ZEL_COLOR_TRANSFORM_16_BIT, 2, 14, 3, 2},
+                                         Format{12, ZEL_COLOR_TRANSFORM_8_BIT_RGB, 0, 4, 3, 1},
+                                         Format{6, ZEL_COLOR_TRANSFORM_8_BIT_RGBX, 0, 0, 4, 1}));
 
 TEST_F(ColorRendererTest, TheDepthIsTheFrames) {
     ASSERT_TRUE(m_Pipeline.ConcatenateTransform(ZEL_COLOR_TRANSFORM_8_BIT_RGB, 0));

@@ -51,20 +51,5 @@ TEST_F(ScratchpadGateTest, OthersWaitUntilTheCallbackReturns) {
     EXPECT_FALSE(Call([] { return false; }));
 }
 
-TEST_F(ScratchpadGateTest, TheTransportDoesNotWaitForAThreadThatLeaves) {
-    std::atomic<bool> asking{false};
-    std::thread transport;
-    Call([&] {
-        transport = std::thread([&] { EXPECT_FALSE(Await(m_Image, Caller::kTransport, [&] { asking = true; })); });
-        while (!asking) std::this_thread::yield();
-        {
-            const platform::ScopedLock processing(m_Processing);
-            m_Gate.Leave();
-        }
-        transport.join();
-        return false;
-    });
-}
-
 }  // namespace
 }  // namespace zel::test

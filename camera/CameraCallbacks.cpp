@@ -9,10 +9,10 @@ constexpr int kEnableEvents = 11;
 constexpr unsigned kLastEventId = 10;
 constexpr const char* kEvent = "ZelCameraControl::EventCallback";
 
-std::atomic<unsigned> g_NotificationCount{0};
+std::atomic<unsigned> s_NotificationCount{0};
 }  // namespace
 
-unsigned ZelCameraControl::NotificationCount() { return g_NotificationCount; }
+unsigned ZelCameraControl::NotificationCount() { return s_NotificationCount; }
 
 ZelCameraControl::Callbacks ZelCameraControl::CopyCallbacks() {
     const platform::ScopedLock lock(m_CallbackLock);
@@ -120,7 +120,7 @@ void ZelCameraControl::EventCallback(const ZelCameraEvent* event) {
         case CAMERA_EVENT_IMAGE_READY:
             // A stop inside a callback is the last one also when a start is still to end.
             if (callbacks.notification && !m_Stopped) {
-                ++g_NotificationCount;
+                ++s_NotificationCount;
                 ZEL_SCOPE_TIMER(timer, "pending image callback execution time", m_Logger, kEvent);
                 callbacks.notification(ZEL_IMAGE_NOTIFICATION_PENDING, callbacks.notification_context);
             }

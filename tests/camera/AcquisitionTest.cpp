@@ -97,15 +97,5 @@ TEST_P(AcquisitionTest, StopWritesTheIdleStateAtMostTwice) {
     EXPECT_FALSE(m_Camera->Stop());
 }
 
-TEST_P(AcquisitionTest, ACameraThatVanishesBoundsEveryOperation) {
-    m_Transport.SetHandler(nullptr);
-    EXPECT_FALSE(m_Camera->Start());
-    EXPECT_LE(m_Clock.Elapsed(), 11000u);
-    const std::uint32_t before = m_Clock.Elapsed();
-    m_Camera->Stop();
-    EXPECT_LE(m_Clock.Elapsed() - before, 11000u);
-    EXPECT_TRUE(m_Camera->Close());
-}
-
 }  // namespace
 }  // namespace zel::test

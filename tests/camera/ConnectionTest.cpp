@@ -1,4 +1,4 @@
-// Opening, closing and recognising the model.
+// Opening, closing, recognising the model; small operations, and a camera object that has no transport.
 #include "camera/ZelCameraFactory.h"
 #include "tests/camera/CameraFixture.h"
 
@@ -45,6 +45,16 @@ TEST_F(ConnectionTest, TransportFailuresAreKeptAsLastError) {
     EXPECT_EQ(m_Camera->GetLastError(), ZEL_ERROR_UNSUPPORTED);
 }
 
+TEST_F(ConnectionTest, CodesThatAreAskedFor) {
+    for (const auto& [code, size] : {std::pair(0, 0), {3, 4}, {5, 8}, {9, 1}, {-1, 4}, {99, 4}}) {
+        EXPECT_EQ(m_Camera->GetDataTypeSize(code), size) << code;
+    }
+    for (const auto& [type, kind] : {std::pair(3, 1), {4, 0}, {5, 2}, {6, 0}}) {
+        m_Transport.m_Answers.interface_type = type;
+        EXPECT_EQ(m_Camera->GetCameraInterfaceType(), kind) << type;
+    }
+}
+
 TEST_F(ConnectionTest, ErrorNames) {
     *m_Camera->GetLastErrorPtr() = 16;
     EXPECT_STREQ(m_Camera->GetLastErrorStr(), "ZEL_ERROR_INVALID_BINNING_SELECTIONZEL_ERROR_UNKNOWN");
@@ -83,6 +93,29 @@ TEST_F(ConnectionTest, TheFactoryNeedsATransport) {
     EXPECT_EQ(transport.CountCalls("SetCameraCommon"), 1);
     zel_camera_control_destroy(camera);
     EXPECT_EQ(transport.Common(), nullptr) << "the transport forgets a destroyed camera object";
+}
+
+TEST(WithoutTransport, EveryOperationAnswersItsNothing) {
+    ZelCameraControl camera(nullptr, nullptr);
+    int word = 0;
+    EXPECT_FALSE(camera.Open());
+    EXPECT_FALSE(camera.Close());
+    EXPECT_EQ(camera.GetCameraName(), nullptr);
+    EXPECT_FALSE(camera.GetParameter(ZEL_PARAM_HSIZE, 4, &word));
+    EXPECT_TRUE(camera.GetParameter(ZEL_PARAM_DROPPED_FRAMES, 4, &word));
+    EXPECT_FALSE(camera.ResetCamera());
+    EXPECT_EQ(static_cast<ZelCamera&>(camera).GetPendingImage(), nullptr);
+    EXPECT_EQ(camera.GetLastPendingImage(), nullptr);
+    EXPECT_FALSE(camera.Start());
+    EXPECT_FALSE(camera.Stop());
+    EXPECT_FALSE(camera.SetTransportValue(1));
+    EXPECT_FALSE(camera.SetExposureToDefault());
+    EXPECT_FALSE(camera.SetTextCommand("x"));
+    EXPECT_FALSE(camera.SetImageCallback(nullptr, nullptr));
+    EXPECT_FALSE(camera.StartTriggerAcquisition());
+    EXPECT_FALSE(camera.SoftwareTrigger());
+    EXPECT_EQ(camera.RecvData(nullptr, 0, 0), 0);
+    EXPECT_EQ(camera.StartCommon(), 1);
 }
 
 }  // namespace

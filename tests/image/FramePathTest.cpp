@@ -1,13 +1,8 @@
 // The steps of a frame in their order, on the records of a pool: mono and color, and frames at a scratchpad callback.
 #include <gmock/gmock.h>
 
-#include <atomic>
-#include <thread>
-
 #include "image/ZelCameraControlImpl.h"
 #include "include/ZelCamera.h"
-#include "platform/Clock.h"
-#include "platform/Memory.h"
 #include "tests/image/Record.h"
 
 namespace zel::test {
@@ -24,12 +19,9 @@ class FramePathTest : public testing::Test {
         m_Geometry.bit_depth = 14;
         m_Geometry.bytes_per_pixel = 2;
         m_Geometry.cfa_phase = 1;
-        SetSize(6, 4);
-    }
-    void SetSize(unsigned w, unsigned h) {
-        m_Geometry.width = w;
-        m_Geometry.height = h;
-        m_Geometry.roi = {0, 0, w, h, 1, 1};
+        m_Geometry.width = 6;
+        m_Geometry.height = 4;
+        m_Geometry.roi = {0, 0, 6, 4, 1, 1};
         Begin();
     }
     void Begin() {
@@ -54,29 +46,6 @@ class FramePathTest : public testing::Test {
     FrameGeometry m_Geometry;
     ZelCameraControlImpl m_Path{""};
 };
-
-// Another thread closes the camera while this one takes a frame: at the first reading of the clock.
-TEST_F(FramePathTest, AFrameWhosePoolIsReleasedMeanwhileIsNotTouchedAgain) {
-    struct ReleasingClock : platform::ClockSource {
-        explicit ReleasingClock(ZelCameraControlImpl& path) : m_Path(path) { platform::SetClockSource(this); }
-        ~ReleasingClock() override { platform::SetClockSource(nullptr); }
-        std::uint32_t Milliseconds() override {
-            m_Path.ReleaseImagePool();
-            return 5;
-        }
-        void Sleep(std::uint32_t) override {}
-        ZelCameraControlImpl& m_Path;
-    };
-    EXPECT_TRUE(m_Path.Pool().SetPendingImage(Arrive().image));
-    const long long with_pool = platform::LivePageReservations();
-    {
-        ReleasingClock clock(m_Path);
-        const auto frame = m_Path.GetPendingImageImpl();
-        EXPECT_FALSE(m_Path.PostProcessOnce(frame, Path::kMonochrome));
-        EXPECT_EQ(platform::LivePageReservations(), with_pool) << "as long as somebody has one of its frames";
-    }
-    EXPECT_LT(platform::LivePageReservations(), with_pool);
-}
 
 TEST_F(FramePathTest, ARegionBeginsAtItsOwnPlaceInTheMosaic) {
     for (const auto& [by_size, x, y, phase] : {std::array{0u, 1u, 0u, 3u}, {1, 0, 1, 4}, {0, 0, 1, 4}, {1, 1, 1, 2}}) {
@@ -131,7 +100,9 @@ TEST_F(FramePathTest, AScratchpadsChangesAreUsed) {
 TEST_F(FramePathTest, GeometryThatDoesNotFitTheBuffers) {
     m_Geometry.packed = true;
     m_Geometry.taps = 2;
-    SetSize(300, 200);
+    m_Geometry.width = m_Geometry.roi.XPixels = 300;
+    m_Geometry.height = m_Geometry.roi.YPixels = 200;
+    Begin();
     for (int i = 0; i < 8; ++i) Processed(Arrive());
     m_Path.Pool().FreeAllInUseImages();
     // A larger frame, packed, fits the buffer; unpacked it asks for another one.
@@ -152,31 +123,6 @@ TEST_F(FramePathTest, GeometryThatDoesNotFitTheBuffers) {
         },
         nullptr);
     EXPECT_EQ(Processed(Arrive())->color_size_in_bytes, 300u * 200 * 6);
-}
-
-// Each frame has one complete transform, however fast another thread changes it.
-TEST_F(FramePathTest, AFrameNeverMixesTwoSettings) {
-    SetSize(64, 32);
-    std::atomic<bool> stop{false};
-    std::thread settings([&] {
-        const ColorMatrix three{3, 0, 0, 0, 3, 0, 0, 0, 3};
-        const Words table(3 * 16384, 7);
-        for (unsigned i = 0; !stop; ++i) {
-            m_Path.MainPipeline().ResetTransform();
-            m_Path.MainPipeline().ConcatenateMatrix(three.data());
-            m_Path.MainPipeline().SetTable(&ColorSettings::output_non_linearization, i % 2 ? table.data() : nullptr,
-                                           16384, 3);
-        }
-    });
-    for (int i = 0; i < 400; ++i) {
-        const FrameLease frame = Arrive(0);
-        const Words picture = Picture(*Processed(frame));
-        EXPECT_THAT(picture[0], testing::AnyOf(100, 300, 7));
-        EXPECT_THAT(picture, testing::Each(picture[0]));
-        m_Path.Pool().ReleaseImage(frame.image);
-    }
-    stop = true;
-    settings.join();
 }
 
 }  // namespace

@@ -116,26 +116,18 @@ TEST_F(ImageManagerTest, LeasesAreForRecordsOfThePoolAndOutliveThem) {
     EXPECT_EQ(images[69], m_Pool.TakeLastPending().image);
     EXPECT_TRUE(m_Pool.IsCurrent(m_Pool.Lease(images[69])));
     EXPECT_TRUE(m_Pool.IsCurrent(frame));
+    frame->color_pixels = AllocatePixels(192);
+    ASSERT_TRUE(frame->color_planes.Resize(32));
     ASSERT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(2));
     EXPECT_FALSE(m_Pool.IsCurrent(frame));
     EXPECT_FALSE(m_Pool.Lease(frame.image));
     EXPECT_EQ(0, frame->pixels[31]);
     frame = {};
-    m_Pool.FreeImages();
-    EXPECT_EQ(m_ReservationsBefore, platform::LivePageReservations());
-}
-
-TEST_F(ImageManagerTest, FreeImagesDestroysRecordsInEveryStateWithAllTheyOwn) {
-    const std::vector<ZelImageInternal*> images = MakePending(3);
-    m_Pool.ReleaseImage(m_Pool.GetPendingImage());
-    ZelImageInternal* const held = m_Pool.GetPendingImage();
-    held->color_pixels = AllocatePixels(192);
-    ASSERT_TRUE(held->color_planes.Resize(32));
-    EXPECT_EQ(111, Counts());
+    m_Pool.SetPendingImage(m_Pool.GetFreeImage());
+    EXPECT_TRUE(m_Pool.FreeImages());
     EXPECT_TRUE(m_Pool.FreeImages());
     EXPECT_EQ(0, Counts());
     EXPECT_EQ(m_ReservationsBefore, platform::LivePageReservations());
-    EXPECT_TRUE(m_Pool.FreeImages());
 }
 
 }  // namespace

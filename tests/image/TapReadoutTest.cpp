@@ -125,6 +125,7 @@ TEST_F(TapReadoutTest, EverySampleFindsItsPlaceAndItsTapsTable) {
 
 TEST_F(TapReadoutTest, WithoutScratchFourTapsAreUnpackedAndStayInTheirOrder) {
     m_Readout.Prepare(Taps(4));
+    EXPECT_EQ(m_Readout.BufferCount(), 1);
     m_Readout.ReleaseBuffers();
     EXPECT_EQ(m_Readout.BufferCount(), 0);
     for (const bool packed : {false, true}) {

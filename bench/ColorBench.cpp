@@ -1,11 +1,10 @@
 // The color path on one core, step by step and whole, beside memcpy of the mosaic frame, the scalar reference, OpenCV
 // and libdc1394.
 #include <array>
-#include <mutex>
 
 #include "bench/ColorPeers.h"
 #include "bench/FrameJobs.h"
-#include "image/ZelCameraControlImpl.h"
+#include "include/ZelCamera.h"
 #include "kernels/Kernels.h"
 
 namespace zel::bench {
@@ -14,7 +13,6 @@ namespace {
 using kernels::ColorFormat;
 using kernels::KernelTable;
 using kernels::PlanarRow;
-constexpr int kUsb = 5;
 constexpr unsigned kBits = 14;
 constexpr std::array<float, 9> kMatrix{1.62f, -0.47f, -0.15f, -0.26f, 1.49f, -0.23f, 0.02f, -0.61f, 1.59f};
 
@@ -93,41 +91,27 @@ void Steps(FrameBench& bench) {
                 Peer{"vs_scalar", {3, 3}, Transform(planes, out, plain, table.data())});
 }
 
-// The frame path itself, on the records of a pool.
-class Processor : public ZelCameraControlImpl {
+// The frame path with its color steps.
+class ColorPath : public FramePath {
   public:
-    explicit Processor(int operation) : ZelCameraControlImpl("ColorBench") {
-        FrameGeometry geometry;
-        geometry.interface_type = kUsb;
-        geometry.width = geometry.height = kSide;
-        geometry.bit_depth = kBits;
-        geometry.bytes_per_pixel = 2;
-        geometry.roi = {0, 0, kSide, kSide, 1, 1};
-        geometry.cfa_phase = 1;
-        SetGeometry(geometry);
-        ConcatenateTransform(kMainPipeline, operation, 0);
-        ConcatenateMatrix(kMainPipeline, kMatrix.data());
-        UpdateImagePool(kRing);
-        for (auto& record : m_Records) {
-            record = GetFreeImageImpl().image;
-            Draw({record->pixels, kSamples}, kBits);
-        }
+    explicit ColorPath(int operation) : FramePath(ColorGeometry()) {
+        camera.MainPipeline().ConcatenateTransform(operation, 0);
+        camera.MainPipeline().ConcatenateMatrix(kMatrix.data());
     }
-    void Process(std::size_t i) {
-        ZelImageInternal* const image = m_Records[i];
-        Pool().RestoreGeometry(image);
-        image->post_processed = 0;
-        PostProcessOnce(Pool().Lease(image), Path::kColor);
-    }
+    void Process(std::size_t i) { camera.PostProcessOnce(Fresh(i), ZelCameraControlImpl::Path::kColor); }
 
   private:
-    std::array<ZelImageInternal*, kRing> m_Records{};
+    static FrameGeometry ColorGeometry() {
+        FrameGeometry geometry = GeometryOf(kBits, 1);
+        geometry.cfa_phase = 1;
+        return geometry;
+    }
 };
 
 void Whole(Report& report, FrameBench& bench) {
     const Ring mosaics = MakeRing(kBits);
     const Pictures out;
-    Processor words(ZEL_COLOR_TRANSFORM_16_BIT);
+    ColorPath words(ZEL_COLOR_TRANSFORM_16_BIT);
     bench.Stage(
         "color.whole_16_bit", {0.16, 0.14}, 1, [&](std::size_t i) { words.Process(i); },
         Peer{"vs_opencv",
@@ -137,7 +121,7 @@ void Whole(Report& report, FrameBench& bench) {
                  OpenCvTransform(out[i], out[i], kSide, kMatrix.data());
              },
              HaveOpenCv()});
-    Processor bytes(ZEL_COLOR_TRANSFORM_8_BIT_RGBX);
+    ColorPath bytes(ZEL_COLOR_TRANSFORM_8_BIT_RGBX);
     bench.Stage("color.whole_8_bit", {0.18, 0.18}, 1, [&](std::size_t i) { bytes.Process(i); });
 
     for (std::size_t i = 0; i < 16; ++i) words.Process(i % kRing);

@@ -3,14 +3,12 @@
 
 #include "bench/FrameJobs.h"
 #include "bench/OpenCvPeers.h"
-#include "image/ZelCameraControlImpl.h"
 #include "kernels/Kernels.h"
 
 namespace zel::bench {
 namespace {
 
 namespace scalar = kernels::scalar;
-constexpr int kEBus = 4;
 
 void Unpack(FrameBench& bench, const kernels::KernelTable& fast) {
     Ring packed = MakeRing(12), out = MakeRing(12);
@@ -89,42 +87,6 @@ void Average(FrameBench& bench, const kernels::KernelTable& fast) {
                      HaveOpenCv()});
 }
 
-// The frame path itself, on the records of a pool.
-class Processor : public ZelCameraControlImpl {
-  public:
-    Processor(int taps, ZelRoiBin roi) : ZelCameraControlImpl("FrameBench") {
-        FrameGeometry geometry;
-        geometry.interface_type = kEBus;
-        geometry.width = geometry.height = kSide;
-        geometry.bit_depth = 12;
-        geometry.bytes_per_pixel = 2;
-        geometry.taps = taps;
-        geometry.roi = roi;
-        SetGeometry(geometry);
-        UpdateImagePool(kRing);
-        for (auto& record : m_Records) {
-            record = GetFreeImageImpl().image;
-            Draw({record->pixels, kSamples}, 12);
-        }
-    }
-    void ReadOutTaps(std::size_t i) {
-        const platform::ScopedLock processing(ProcessingLock());
-        PostProcessTapBalance(Fresh(i), Geometry());
-    }
-    void Process(std::size_t i) {
-        const platform::ScopedLock processing(ProcessingLock());
-        PostProcessImage(Fresh(i), Geometry());
-    }
-
-  private:
-    ZelImageInternal* Fresh(std::size_t i) {
-        Pool().RestoreGeometry(m_Records[i]);
-        return m_Records[i];
-    }
-
-    std::array<ZelImageInternal*, kRing> m_Records{};
-};
-
 // The same in three passes over the whole frame.
 auto Separately(Ring& packed, Ring& frames) {
     return [&packed, &frames, reorder = TwoTaps(frames, scalar::ReorderRowTwoTaps)](std::size_t i) {
@@ -135,15 +97,18 @@ auto Separately(Ring& packed, Ring& frames) {
 
 void WholePath(Report& report, FrameBench& bench) {
     Ring packed = MakeRing(12), frames = MakeRing(12);
-    Processor readout(2, {0, 0, kSide, kSide, 1, 1});
+    Readout two(GeometryOf(12, 2)), four(GeometryOf(12, 4));
     bench.Stage(
-        "frame.unpack_two_taps", {0.70, 0.65}, 1, [&](std::size_t i) { readout.ReadOutTaps(i); },
+        "frame.unpack_two_taps", {0.70, 0.65}, 1, [&](std::size_t i) { two(i); },
         Peer{"vs_separate", {0, 3}, Separately(packed, frames)});
-    Processor four(4, {0, 0, kSide, kSide, 1, 1});
-    bench.Stage("frame.unpack_four_taps", {}, 1, [&](std::size_t i) { four.ReadOutTaps(i); });
+    bench.Stage("frame.unpack_four_taps", {}, 1, [&](std::size_t i) { four(i); });
 
-    Processor whole(2, {kSide / 4, kSide / 4, kSide / 2, kSide / 2, 2, 2});
-    const auto process = [&](std::size_t i) { whole.Process(i); };
+    FrameGeometry geometry = GeometryOf(12, 2);
+    geometry.roi = {kSide / 4, kSide / 4, kSide / 2, kSide / 2, 2, 2};
+    FramePath whole(geometry);
+    const auto process = [&](std::size_t i) {
+        whole.camera.PostProcessOnce(whole.Fresh(i), ZelCameraControlImpl::Path::kMonochrome);
+    };
     bench.Stage("frame.whole", {0.55, 0.50}, 1, process);
     for (std::size_t i = 0; i < 16; ++i) process(i % kRing);
     const long before = PageFaults();

@@ -7,6 +7,7 @@
 
 #include <sys/resource.h>
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -17,6 +18,8 @@
 
 #include "bench/Figure.h"
 #include "image/PixelMemory.h"
+#include "image/TapReadout.h"
+#include "image/ZelCameraControlImpl.h"
 
 namespace zel::bench {
 
@@ -59,6 +62,57 @@ inline Ring MakeRing(unsigned bits) {
     for (std::size_t i = 0; i < kRing; ++i) Draw(ring[i], bits, static_cast<unsigned>(i + 1));
     return ring;
 }
+
+// What a camera of this depth and so many taps sends; the region is the frame.
+inline FrameGeometry GeometryOf(unsigned bits, int taps) {
+    FrameGeometry geometry;
+    geometry.cuts_region = geometry.region_is_size = true;
+    geometry.width = geometry.height = kSide;
+    geometry.bit_depth = bits;
+    geometry.bytes_per_pixel = 2;
+    geometry.taps = taps;
+    geometry.roi = {0, 0, kSide, kSide, 1, 1};
+    return geometry;
+}
+
+// The frame path of a camera object on the records of its pool.
+class FramePath {
+  public:
+    explicit FramePath(const FrameGeometry& geometry) {
+        camera.SetGeometry(geometry);
+        camera.UpdateImagePool(kRing);
+        for (FrameLease& frame : m_Frames) {
+            frame = camera.GetFreeImageImpl();
+            Draw({frame->pixels, kSamples}, geometry.bit_depth);
+        }
+    }
+    // As the transport delivers it: with the geometry of a full frame.
+    const FrameLease& Fresh(std::size_t i) {
+        camera.Pool().RestoreGeometry(m_Frames[i].image);
+        m_Frames[i]->post_processed = 0;
+        return m_Frames[i];
+    }
+    ZelCameraControlImpl camera{"Bench"};
+
+  private:
+    std::array<FrameLease, kRing> m_Frames;
+};
+
+// The tap readout alone.
+class Readout {
+  public:
+    explicit Readout(const FrameGeometry& geometry, TapBalance* balance = nullptr)
+        : m_Geometry(geometry), m_Path(geometry), m_Readout(m_Logger, balance) {
+        m_Readout.Prepare(geometry);
+    }
+    void operator()(std::size_t i) { m_Readout.Process(m_Path.Fresh(i).image, m_Geometry); }
+
+  private:
+    const FrameGeometry m_Geometry;
+    FramePath m_Path;
+    Logger m_Logger{"ZelCameraControl"};
+    TapReadout m_Readout;
+};
 
 // Pages that the system gave this process so far.
 inline long PageFaults() {

@@ -4,7 +4,6 @@
 #include <fstream>
 
 #include "bench/FrameJobs.h"
-#include "image/ZelCameraControlImpl.h"
 #include "kernels/Kernels.h"
 #include "platform/Locks.h"
 #include "tapbalance/TapBalance.h"
@@ -12,7 +11,6 @@
 namespace zel::bench {
 namespace {
 
-constexpr int kEBus = 4;
 constexpr int kBits = 14;
 constexpr int kRows = 32;
 
@@ -62,37 +60,6 @@ auto Correct(const Ring& frames, const TapTables& tables, LookUp look_up) {
     };
 }
 
-class Processor : public ZelCameraControlImpl {
-  public:
-    explicit Processor(TapBalance& balance) : ZelCameraControlImpl("TapBench"), m_Balance(balance) {
-        FrameGeometry geometry;
-        geometry.interface_type = kEBus;
-        geometry.width = geometry.height = kSide;
-        geometry.bit_depth = kBits;
-        geometry.bytes_per_pixel = 2;
-        geometry.taps = 2;
-        geometry.readout_mhz = 40;
-        SetGeometry(geometry);
-        UpdateImagePool(kRing);
-        for (auto& record : m_Records) {
-            record = GetFreeImageImpl().image;
-            Draw({record->pixels, kSamples}, kBits);
-        }
-    }
-    void Process(std::size_t i) {
-        Pool().RestoreGeometry(m_Records[i]);
-        const platform::ScopedLock processing(ProcessingLock());
-        PostProcessTapBalance(m_Records[i], Geometry());
-    }
-
-  protected:
-    TapBalance* Taps() override { return &m_Balance; }
-
-  private:
-    TapBalance& m_Balance;
-    std::array<ZelImageInternal*, kRing> m_Records{};
-};
-
 bool Run(Report& report) {
     namespace scalar = kernels::scalar;
     FrameBench bench(report);
@@ -106,7 +73,9 @@ bool Run(Report& report) {
         [&](std::size_t i) { four.balance.TranslatePixels(kSide, kSide, 4, 1, frames[i].data()); },
         Peer{"vs_scalar", {1.7, 1.7}, Correct(frames, tables, scalar::LookUp)});
 
-    Processor processor(two.balance);
+    FrameGeometry geometry = GeometryOf(kBits, 2);
+    geometry.readout_mhz = 40;
+    Readout readout(geometry, &two.balance);
     const TapTables pair = two.balance.TablesFor(1);
     const auto correct = Correct(frames, pair, scalar::LookUp);
     const auto passes = [&](std::size_t i) {
@@ -120,7 +89,7 @@ bool Run(Report& report) {
         correct(i);
     };
     bench.Stage(
-        "taps.unpack_two_taps_correction", {0.50, 0.55}, 1, [&](std::size_t i) { processor.Process(i); },
+        "taps.unpack_two_taps_correction", {0.50, 0.55}, 1, [&](std::size_t i) { readout(i); },
         Peer{"vs_three_passes", {0, 3}, passes});
 
     float gain = 0;

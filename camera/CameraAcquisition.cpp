@@ -14,7 +14,6 @@ constexpr int kCameraStopped = 0;
 constexpr int kCameraRunning = 2;
 constexpr int kCalculationDone = 2;
 constexpr std::uint32_t kCalculationBudgetMs = 5000;
-constexpr int kAttempts = 4;
 
 // The largest frame the pool's 32-bit arithmetic is trusted with.
 constexpr unsigned kLargestSide = 32768;
@@ -31,15 +30,10 @@ bool ZelCameraControl::Start() {
 bool ZelCameraControl::StartNow() {
     LeaveScratchpad();
     if (StoreError(m_Camera->Start()) != 0) return false;
-    if (IsUsbOrCameraLink(m_Camera->GetInterfaceType())) {
-        m_FrameOfAcquisitionSeen = false;
-        SetWithRetries(CAMERA_STATE, kCameraRunning, kStart,
-                       "***ERROR***: ZelCameraControl::Start() - m_SyncTable.Set(CAMERA_STATE, 2) failed - retry "
-                       "attempt #%d\n",
-                       0);
-    } else if (m_Camera->GetInterfaceType() == CAMERA_TYPE_PLEORA_EBUS) {
-        m_SyncTable->Set(CAMERA_STATE, kCameraRunning);
-    }
+    SetWithRetries(CAMERA_STATE, kCameraRunning, Link().run_attempts, kStart,
+                   "***ERROR***: ZelCameraControl::Start() - m_SyncTable.Set(CAMERA_STATE, 2) failed - retry "
+                   "attempt #%d\n",
+                   0);
     if (!m_Turns.Interrupted()) return true;
     StoreError(ZEL_ERROR_UNSUPPORTED);
     return false;
@@ -47,17 +41,18 @@ bool ZelCameraControl::StartNow() {
 
 bool ZelCameraControl::Start(int frame_count) { return Start() && SetTransportValue(frame_count); }
 
-// Up to four attempts, 100 ms apart. retry_line is logged before each further attempt with its number, and the source
-// line when there is one. Answers whether the last attempt succeeded.
-bool ZelCameraControl::SetWithRetries(int index, int value, const char* function_name, const char* retry_line,
-                                      int source_line) {
-    bool done = m_SyncTable->Set(index, value);
-    for (int attempt = 2; !done && attempt <= kAttempts && !m_Turns.Interrupted(); ++attempt) {
-        platform::SleepMilliseconds(100);
-        ZEL_LOG(m_Logger, kLogError, function_name, retry_line, attempt, source_line);
-        done = m_SyncTable->Set(index, value);
+// Attempts are 100 ms apart. retry_line is logged before each further one with its number, and the source line when
+// there is one.
+void ZelCameraControl::SetWithRetries(int index, int value, int attempts, const char* function_name,
+                                      const char* retry_line, int source_line) {
+    for (int attempt = 1; attempt <= attempts; ++attempt) {
+        if (attempt > 1) {
+            if (m_Turns.Interrupted()) return;
+            platform::SleepMilliseconds(100);
+            ZEL_LOG(m_Logger, kLogError, function_name, retry_line, attempt, source_line);
+        }
+        if (m_SyncTable->Set(index, value)) return;
     }
-    return done;
 }
 
 bool ZelCameraControl::Stop() {
@@ -82,8 +77,8 @@ int ZelCameraControl::StopCommon() {
     return m_SyncTable->Set(CAMERA_STATE, kCameraStopped) ? 0 : 1;
 }
 
-bool ZelCameraControl::AskForCalculation(bool reset_first) {
-    if (reset_first && !m_SyncTable->Set(CALC_STATE, 0)) return false;
+bool ZelCameraControl::AskForCalculation(const LinkKind& link) {
+    if (link.resets_calculation && !m_SyncTable->Set(CALC_STATE, 0)) return false;
     return m_SyncTable->Set(CALC_STATE, 1);
 }
 
@@ -105,22 +100,17 @@ int ZelCameraControl::StartCommon() {
     if (!entry) return 1;
     if (!m_Camera) return 1;
     platform::TimerResolution resolution;
-    const int type = m_Camera->GetInterfaceType();
-    if (!AskForCalculation(type == CAMERA_TYPE_PLEORA_EBUS)) return 1;
+    const LinkKind& link = Link();
+    if (!AskForCalculation(link)) return 1;
     if (!WaitForCalculation()) return 1;
     if (const int code = PrepareAcquisition()) return code;
 
+    if (link.trigger == TriggerDialogue::kNone) return 0;
     const bool hardware = m_HWTriggerEnabled;
-    if (IsUsbOrCameraLink(type)) {
-        ZEL_LOG(m_Logger, kLogTrace, kStartCommon, "CAMERA_TYPE_USB or CAMERA_LINK - Calling EnableHWTrigger(%s)",
-                hardware ? "true" : "false");
-        EnableHWTrigger(hardware);
-    } else if (type == CAMERA_TYPE_PLEORA_EBUS) {
-        ZEL_LOG(m_Logger, kLogTrace, kStartCommon, "CAMERA_TYPE_PLEORA_EBUS - Calling EnableHWTrigger(%s)",
-                hardware ? "true" : "false");
-        EnableHWTrigger(hardware);
-        if (hardware) SendText("arm\r\n");
-    }
+    ZEL_LOG(m_Logger, kLogTrace, kStartCommon, "%s - Calling EnableHWTrigger(%s)", link.log_name,
+            hardware ? "true" : "false");
+    EnableHWTrigger(hardware);
+    if (hardware && link.trigger == TriggerDialogue::kEBus) SendText("arm\r\n");
     return 0;
 }
 
@@ -138,7 +128,11 @@ int ZelCameraControl::PrepareAcquisition() {
 // frame costs no exchange with the camera.
 int ZelCameraControl::ReadGeometry() {
     FrameGeometry geometry;
-    geometry.interface_type = m_Camera->GetInterfaceType();
+    const LinkKind& link = Link();
+    geometry.packed = link.packed;
+    geometry.cuts_region = link.cuts_region;
+    geometry.region_is_size = link.region_is_size;
+    geometry.keeps_full_size = link.keeps_full_size;
     const struct {
         int index;
         unsigned* value;

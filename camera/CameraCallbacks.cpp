@@ -9,10 +9,10 @@ constexpr int kEnableEvents = 11;
 constexpr unsigned kLastEventId = 10;
 constexpr const char* kEvent = "ZelCameraControl::EventCallback";
 
-std::atomic<unsigned> g_NotificationCount{0};
+std::atomic<unsigned> s_NotificationCount{0};
 }  // namespace
 
-unsigned ZelCameraControl::NotificationCount() { return g_NotificationCount; }
+unsigned ZelCameraControl::NotificationCount() { return s_NotificationCount; }
 
 ZelCameraControl::Callbacks ZelCameraControl::CopyCallbacks() {
     const platform::ScopedLock lock(m_CallbackLock);
@@ -84,15 +84,11 @@ void ZelCameraControl::ImageCallback(ZelImage* image) {
     // Held until the callback has returned: the application may close the camera inside.
     const FrameLease frame = m_ImageManager.Lease(static_cast<ZelImageInternal*>(image));
     if (!frame) return;
-    m_FrameOfAcquisitionSeen = true;
     const Path path = m_HasColorFilter ? Path::kColor : Path::kMonochrome;
-    const Outcome outcome = PostProcessOnce(frame, path, Caller::kTransport);
-    if (outcome == Outcome::kFailed) {
-        ZEL_LOG(m_Logger, kLogError, "zel_image_handler", "Failed to post process image %d!", frame->image_number);
-    }
+    if (!PostProcessOnce(frame, path, Caller::kTransport)) return;
     // What was stopped or switched off meanwhile is not called once more.
     const Callbacks callbacks = CopyCallbacks();
-    if (outcome == Outcome::kGone || m_Stopped || !callbacks.image) return;
+    if (m_Stopped || !callbacks.image) return;
     callbacks.image(image, callbacks.image_context);
 }
 
@@ -124,7 +120,7 @@ void ZelCameraControl::EventCallback(const ZelCameraEvent* event) {
         case CAMERA_EVENT_IMAGE_READY:
             // A stop inside a callback is the last one also when a start is still to end.
             if (callbacks.notification && !m_Stopped) {
-                ++g_NotificationCount;
+                ++s_NotificationCount;
                 ZEL_SCOPE_TIMER(timer, "pending image callback execution time", m_Logger, kEvent);
                 callbacks.notification(ZEL_IMAGE_NOTIFICATION_PENDING, callbacks.notification_context);
             }

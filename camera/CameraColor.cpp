@@ -64,8 +64,8 @@ void ZelCameraControl::SetUpColor(int bits_per_pixel) {
     m_CfaPhase = ReadColorFilterPhase();
     m_HasColorFilter = !IsMonochrome();
     ZEL_LOG(m_Logger, kLogTrace, kSetUp, "CFA Phase: %d", m_CfaPhase.load());
-    for (const int pipeline : {kMainPipeline, kScratchpadPipeline}) {
-        Pipeline(pipeline).Stage([&](ColorSettings& settings) {
+    for (ColorPipeline* const pipeline : {&MainPipeline(), &ScratchpadPipeline()}) {
+        pipeline->Stage([&](ColorSettings& settings) {
             settings.transform.camera_correction = correction;
             settings.transform.white_balance = white_balance;
             settings.transform.through_color_space = xyz;
@@ -75,40 +75,37 @@ void ZelCameraControl::SetUpColor(int bits_per_pixel) {
     }
 }
 
-void ZelCameraControl::SetProcessingStatus(int status) {
-    if (status == kStatusBinnedColor) StoreError(ZEL_ERROR_INVALID_BINNING_SELECTION);
-}
+void ZelCameraControl::ColorWasBinned() { StoreError(ZEL_ERROR_INVALID_BINNING_SELECTION); }
 
 // ZelColorCamera: the main pipeline.
 
 bool ZelCameraControl::ConcatenateColorTransform(int operation, int bit_depth) {
     const Operation entry(*this);
-    return entry && ConcatenateTransform(kMainPipeline, operation, bit_depth);
+    return entry && MainPipeline().ConcatenateTransform(operation, bit_depth);
 }
 bool ZelCameraControl::ConcatenateColorMatrix(const float* matrix) {
     const Operation entry(*this);
-    return entry && ConcatenateMatrix(kMainPipeline, matrix);
+    return entry && MainPipeline().ConcatenateMatrix(matrix);
 }
 bool ZelCameraControl::ResetColorTransform() {
     const Operation entry(*this);
     if (!entry) return false;
-    ResetTransform(kMainPipeline);
+    MainPipeline().ResetTransform();
     return true;
 }
 bool ZelCameraControl::SetInputLinearizationTable(const unsigned short* entries, unsigned num_values,
                                                   unsigned channels) {
     const Operation entry(*this);
-    return entry && SetColorTable(kMainPipeline, &ColorSettings::input_linearization, entries, num_values, channels);
+    return entry && MainPipeline().SetTable(&ColorSettings::input_linearization, entries, num_values, channels);
 }
 bool ZelCameraControl::SetOutputNonLinearizationTable(const unsigned short* entries, unsigned num_values,
                                                       unsigned channels) {
     const Operation entry(*this);
-    return entry &&
-           SetColorTable(kMainPipeline, &ColorSettings::output_non_linearization, entries, num_values, channels);
+    return entry && MainPipeline().SetTable(&ColorSettings::output_non_linearization, entries, num_values, channels);
 }
 bool ZelCameraControl::GetColorTransform(float* matrix) {
     const Operation entry(*this);
-    return entry && CopyTransform(kMainPipeline, matrix);
+    return entry && MainPipeline().CopyTransform(matrix);
 }
 
 // ZelCameraInternal: the scratchpad's.
@@ -121,33 +118,32 @@ bool ZelCameraControl::SetScratchpadCallback(ZelScratchpadCallback callback, voi
 }
 bool ZelCameraControl::ConcatenateScratchpadTransform(int operation, int bit_depth) {
     const Operation entry(*this);
-    return entry && ConcatenateTransform(kScratchpadPipeline, operation, bit_depth);
+    return entry && ScratchpadPipeline().ConcatenateTransform(operation, bit_depth);
 }
 bool ZelCameraControl::ConcatenateScratchpadMatrix(const float* matrix) {
     const Operation entry(*this);
-    return entry && ConcatenateMatrix(kScratchpadPipeline, matrix);
+    return entry && ScratchpadPipeline().ConcatenateMatrix(matrix);
 }
 bool ZelCameraControl::ResetScratchpadTransform() {
     const Operation entry(*this);
     if (!entry) return false;
-    ResetTransform(kScratchpadPipeline);
+    ScratchpadPipeline().ResetTransform();
     return true;
 }
 bool ZelCameraControl::SetScratchpadInputLinearizationTable(const unsigned short* entries, unsigned num_values,
                                                             unsigned channels) {
     const Operation entry(*this);
-    return entry &&
-           SetColorTable(kScratchpadPipeline, &ColorSettings::input_linearization, entries, num_values, channels);
+    return entry && ScratchpadPipeline().SetTable(&ColorSettings::input_linearization, entries, num_values, channels);
 }
 bool ZelCameraControl::SetScratchpadOutputNonLinearizationTable(const unsigned short* entries, unsigned num_values,
                                                                 unsigned channels) {
     const Operation entry(*this);
     return entry &&
-           SetColorTable(kScratchpadPipeline, &ColorSettings::output_non_linearization, entries, num_values, channels);
+           ScratchpadPipeline().SetTable(&ColorSettings::output_non_linearization, entries, num_values, channels);
 }
 bool ZelCameraControl::GetScratchpadTransform(float* matrix) {
     const Operation entry(*this);
-    return entry && CopyTransform(kScratchpadPipeline, matrix);
+    return entry && ScratchpadPipeline().CopyTransform(matrix);
 }
 
 // Frames.
@@ -163,7 +159,7 @@ ZelColorImage* ZelCameraControl::GetLastPendingColorImage() {
 }
 
 ZelColorImage* ZelCameraControl::HandOverColor(const FrameLease& frame, const char* operation) {
-    if (!frame || PostProcessOnce(frame, Path::kColor) == Outcome::kGone) {
+    if (!frame || !PostProcessOnce(frame, Path::kColor)) {
         ZEL_LOG(m_Logger, kLogTrace, operation, "%s() returned 0", operation);
         return nullptr;
     }

@@ -102,7 +102,7 @@ int ZelCameraControl::ConnectCommon() {
     m_FilterType.Set(filter);
     SetUpColor(bits_per_pixel);
     ZEL_LOG(m_Logger, kLogTrace, kConnect, "Checking for Interface type\n");
-    if (m_Camera->GetInterfaceType() == CAMERA_TYPE_USB) RecogniseModel();
+    if (Link().looks_model_up) RecogniseModel();
     // A camera that can't be calibrated is connected all the same.
     if (m_TapBalanceWanted) LoadCalibration();
     ZEL_LOG(m_Logger, kLogTrace, kConnect, "EXIT");

@@ -65,11 +65,7 @@ ZelImage* ZelCameraControl::GetPendingImageForApplication() {
         ZEL_LOG(m_Logger, kLogTrace, kGetPending, "GetPendingImage() returned 0");
         return nullptr;
     }
-    const Outcome outcome = PostProcessOnce(frame, Path::kMonochrome);
-    if (outcome == Outcome::kGone) return nullptr;
-    if (outcome == Outcome::kFailed) {
-        ZEL_LOG(m_Logger, kLogError, kGetPending, "Failed to post process image %d!", frame->image_number);
-    }
+    if (!PostProcessOnce(frame, Path::kMonochrome)) return nullptr;
     ZEL_LOG(m_Logger, kLogTrace, kGetPending, "ZelCameraControl::GetPendingImage() - image:%s w:%d h:%d",
             PointerText(frame.image).text, frame->w, frame->h);
     return frame.image;
@@ -80,14 +76,7 @@ ZelImage* ZelCameraControl::GetLastPendingImage() {
     if (!entry) return nullptr;
     if (!m_Camera) return nullptr;
     const FrameLease frame = GetLastPendingImageImpl();
-    if (!frame) return nullptr;
-    const Outcome outcome = PostProcessOnce(frame, Path::kMonochrome);
-    if (outcome == Outcome::kGone) return nullptr;
-    if (outcome == Outcome::kFailed) {
-        ZEL_LOG(m_Logger, kLogError, "ZelCameraControl::GetLastPendingImage", "Failed to post process image %d!",
-                frame->image_number);
-    }
-    return frame.image;
+    return frame && PostProcessOnce(frame, Path::kMonochrome) ? frame.image : nullptr;
 }
 
 bool ZelCameraControl::FreeImage(ZelImage* image) {

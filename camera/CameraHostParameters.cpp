@@ -93,11 +93,11 @@ bool StoreMatrix(void* data, const ColorMatrix& matrix) {
 }  // namespace
 
 bool ParameterHandlers::ReadCorrectionMatrix(ZelCameraControl& camera, unsigned, void* data) {
-    return StoreMatrix(data, camera.Pipeline(ZelCameraControl::kMainPipeline).Staged().transform.camera_correction);
+    return StoreMatrix(data, camera.MainPipeline().Staged().transform.camera_correction);
 }
 
 bool ParameterHandlers::ReadWhiteBalanceMatrix(ZelCameraControl& camera, unsigned, void* data) {
-    return StoreMatrix(data, camera.Pipeline(ZelCameraControl::kMainPipeline).Staged().transform.white_balance);
+    return StoreMatrix(data, camera.MainPipeline().Staged().transform.white_balance);
 }
 
 bool ParameterHandlers::ReadLed(ZelCameraControl& camera, unsigned size, void* data) {

@@ -12,6 +12,7 @@ constexpr const char* kStartTrigger = "ZelCameraControl::StartTriggerCommon";
 constexpr int kCalculationDone = 2;
 constexpr std::uint32_t kTriggerCalculationLimitMs = 5001;
 constexpr int kPolarityActiveLow = 1;
+constexpr int kCalculationAttempts = 4;
 }  // namespace
 
 // True writes the source that the application chose last (1 when it chose none), false writes 0.
@@ -33,8 +34,8 @@ int ZelCameraControl::StartTriggerCommon() {
     if (!entry) return 1;
     if (!m_Camera) return 1;
     platform::TimerResolution resolution;
-    const int type = m_Camera->GetInterfaceType();
-    if (!AskForCalculation(type == CAMERA_TYPE_PLEORA_EBUS)) return 1;
+    const LinkKind& link = Link();
+    if (!AskForCalculation(link)) return 1;
     const std::uint32_t start = platform::MillisecondClock();
     int state = 0;
     do {
@@ -43,9 +44,16 @@ int ZelCameraControl::StartTriggerCommon() {
         if (m_Turns.Interrupted() || platform::MillisecondClock() - start >= kTriggerCalculationLimitMs) return 1;
     } while (state != kCalculationDone);
     if (const int code = PrepareAcquisition()) return code;
-    if (type == CAMERA_TYPE_PLEORA_EBUS) return StartTriggerEBus();
-    if (IsUsbOrCameraLink(type)) return StartTriggerUsbOrCameraLink(type);
-    return 0;
+    switch (link.trigger) {
+        case TriggerDialogue::kEBus:
+            return StartTriggerEBus();
+        case TriggerDialogue::kCameraLink:
+            return StartTriggerUsbOrCameraLink(false);
+        case TriggerDialogue::kUsb:
+            return StartTriggerUsbOrCameraLink(true);
+        default:
+            return 0;
+    }
 }
 
 int ZelCameraControl::StartTriggerEBus() {
@@ -86,12 +94,12 @@ int ZelCameraControl::StartTriggerEBus() {
     return 0;
 }
 
-int ZelCameraControl::StartTriggerUsbOrCameraLink(int interface_type) {
+int ZelCameraControl::StartTriggerUsbOrCameraLink(bool usb) {
     // On purpose: twice.
     ZEL_LOG(m_Logger, kLogTrace, kStartTrigger, "CAMERA_TYPE_USB or CAMERA_TYPE_EDT_CAMERA_LINK\n");
     ZEL_LOG(m_Logger, kLogTrace, kStartTrigger, "CAMERA_TYPE_USB or CAMERA_TYPE_EDT_CAMERA_LINK\n");
     if (m_HWTriggerEnabled) {
-        return EnableTriggerUsbOrCameraLink(interface_type) ? 0 : 1;
+        return EnableTriggerUsbOrCameraLink(usb) ? 0 : 1;
     }
     if (!m_SyncTable->Set(HW_TRIG_SOURCE, 0)) {
         // On purpose: the line names HW_TRIG_CL although 0 is written.
@@ -102,8 +110,8 @@ int ZelCameraControl::StartTriggerUsbOrCameraLink(int interface_type) {
     return 0;
 }
 
-bool ZelCameraControl::EnableTriggerUsbOrCameraLink(int interface_type) {
-    SetWithRetries(CALC_STATE, 1, kStartTrigger,
+bool ZelCameraControl::EnableTriggerUsbOrCameraLink(bool usb) {
+    SetWithRetries(CALC_STATE, 1, kCalculationAttempts, kStartTrigger,
                    "***ERROR***: EDTCameraLinkInterface::Start() - m_SyncTable.Set(CALC_STATE, 1) failed - retry "
                    "attempt #%d  line:%d\n",
                    __LINE__);
@@ -122,7 +130,6 @@ bool ZelCameraControl::EnableTriggerUsbOrCameraLink(int interface_type) {
     if (!m_SyncTable->Get(OP_MODE, &mode)) {
         ZEL_LOG(m_Logger, kLogError, kStartTrigger, "***ERROR***: m_SyncTable.Get(OP_MODE) failed");
     }
-    const bool usb = interface_type == CAMERA_TYPE_USB;
     if (usb) SendText("trig sw off\r\n");
     SendText("trig cl on\r\n");
     if (usb) SendText("trig a on\r\n");
@@ -147,7 +154,7 @@ bool ZelCameraControl::StartTriggerNow() {
         if (result) StoreError(ZEL_ERROR_UNSUPPORTED);
         return false;
     }
-    if (IsUsbOrCameraLink(m_Camera->GetInterfaceType())) {
+    if (Link().sets_trigger_state) {
         result = m_SyncTable->Set(TRIGGER_STATE, 1);
         if (!result) {
             // On purpose: a refused trigger state ends the operation with success.

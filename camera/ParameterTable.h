@@ -34,7 +34,6 @@ struct Parameter {
 
     const char* name;
     int translation;  // SyncTableIndex, kParameterUnsupported or kParameterHost
-    int host_slot;    // -1 for camera-side parameters
     Reader read = nullptr;
     Writer write = nullptr;
     const FixedAttributes* attributes = nullptr;  // null: the camera is asked

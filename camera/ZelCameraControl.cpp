@@ -11,7 +11,7 @@
 namespace zel {
 
 ZelCameraControl::ZelCameraControl(ICameraInterface* camera, const char* instance_name)
-    : ZelCameraControlImpl(instance_name),
+    : ZelCameraControlImpl(instance_name, &m_TapBalance),
       m_Camera(camera),
       m_SyncTable(std::make_unique<SyncTable>(camera, instance_name, m_ExchangeLock)),
       m_TextProtocol(camera, instance_name, m_ExchangeLock),
@@ -103,18 +103,12 @@ double ZelCameraControl::GetLinkUtilization() { return LinkFigure(&ICameraInterf
 int ZelCameraControl::GetCameraInterfaceType() {
     const Visit entry(*this);
     // A transport that is not this object's any more, or may be gone, keeps the type that it had.
-    if (m_Camera && TransportIsOurs()) m_KindOfLink = m_Camera->GetInterfaceType();
-    switch (m_KindOfLink) {
-        case CAMERA_TYPE_EDT_CAMERA_LINK:
-            return 1;
-        case CAMERA_TYPE_PLEORA_EBUS:
-            return 0;
-        case CAMERA_TYPE_USB:
-            return 2;
-        default:
-            ZEL_LOG(m_Logger, kLogWarning, "ZelCameraControl::GetCameraInterfaceType", "Invalid interface type!");
-            return 0;
+    if (m_Camera && TransportIsOurs()) m_InterfaceType = m_Camera->GetInterfaceType();
+    const LinkKind& link = LinkKindOf(m_InterfaceType);
+    if (!link.interface_type) {
+        ZEL_LOG(m_Logger, kLogWarning, "ZelCameraControl::GetCameraInterfaceType", "Invalid interface type!");
     }
+    return link.application_code;
 }
 
 int ZelCameraControl::GetScratchBufferCount() {

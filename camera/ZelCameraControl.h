@@ -24,6 +24,7 @@
 #include "include/ZelCameraInternal.h"
 #include "link/ICameraInterface.h"
 #include "link/IZelCameraCommon.h"
+#include "link/LinkKind.h"
 #include "link/SyncTable.h"
 #include "link/TextProtocol.h"
 #include "platform/Mutex.h"
@@ -172,8 +173,7 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
   protected:
     ZelImage* GetPendingImageForApplication() override;
     ZelImage* GetPendingImageForTransport() override;
-    TapBalance* Taps() override { return &m_TapBalance; }
-    void SetProcessingStatus(int status) override;
+    void ColorWasBinned() override;
     ZelColorImage* HandOverColor(const FrameLease& frame, const char* operation);
 
   private:
@@ -260,17 +260,19 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     int LoadLastError();
     int ReadGeometry();
     int PrepareAcquisition();
-    bool AskForCalculation(bool reset_first);
+    const LinkKind& Link() { return LinkKindOf(m_Camera->GetInterfaceType()); }
+    bool AskForCalculation(const LinkKind& link);
     bool WaitForCalculation();
-    bool SetWithRetries(int index, int value, const char* function_name, const char* retry_line, int source_line);
+    void SetWithRetries(int index, int value, int attempts, const char* function_name, const char* retry_line,
+                        int source_line);
     void EnableHWTrigger(bool on);
     void CameraCommand(const char* text);
     void SendText(const char* text);
     void SendText(const char* text, char* reply);
     void ArmBySoftware();
     int StartTriggerEBus();
-    int StartTriggerUsbOrCameraLink(int interface_type);
-    bool EnableTriggerUsbOrCameraLink(int interface_type);
+    int StartTriggerUsbOrCameraLink(bool usb);
+    bool EnableTriggerUsbOrCameraLink(bool usb);
 
     double LinkFigure(double (ICameraInterface::*figure)());
 
@@ -278,7 +280,7 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     Gate m_Gate;
     std::atomic<bool> m_Suspended{false};
     std::atomic<bool> m_DisconnectOwed{false};  // closed while the transport could not be told
-    std::atomic<int> m_KindOfLink{0};           // as the transport said last
+    std::atomic<int> m_InterfaceType{0};        // as the transport said last
     ControlTurns m_Turns{m_Stopped};
     // One exchange with the camera at a time, text or table; they end when the camera is being closed.
     struct CameraExchanges final : ExchangeLock {
@@ -298,7 +300,6 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     std::atomic<int> m_CameraOpened{0};
     int m_LastError = 0;                 // the transport stores codes here too: accessed through atomic_ref
     std::atomic<bool> m_Stopped{false};  // from a stop to the next start no image callback is made
-    std::atomic<bool> m_FrameOfAcquisitionSeen{false};  // cleared by Start before the camera is set running
 
     SharedText m_CameraName;
     SharedText m_FirmwareRevision;

@@ -9,6 +9,7 @@
 #include "image/ColorTable.h"
 #include "image/ZelColorTransformMatrix.h"
 #include "platform/Mutex.h"
+#include "sdk/Logger.h"
 
 namespace zel {
 
@@ -20,6 +21,19 @@ struct ColorSettings {
 
 class ColorPipeline {
   public:
+    enum class Kind { kMain = 1, kScratchpad = 2 };
+    ColorPipeline(Kind kind, Logger& logger) : m_Kind(kind), m_Logger(logger) {}
+    Kind WhichOne() const { return m_Kind; }
+
+    // What the application asks for, staged.
+    using TableSlot = std::shared_ptr<const ColorTable> ColorSettings::*;
+    bool ConcatenateTransform(int operation, int bit_depth);
+    bool ConcatenateMatrix(const float* matrix);
+    void ResetTransform();
+    // Without entries the samples are passed through.
+    bool SetTable(TableSlot slot, const unsigned short* entries, unsigned num_values, unsigned channels);
+    bool CopyTransform(float* matrix) const;
+
     // Runs change(settings) on the staged settings, under the pipeline's lock, and answers its result.
     template <class Change>
     auto Stage(Change&& change) {
@@ -43,6 +57,10 @@ class ColorPipeline {
     }
 
   private:
+    bool Operate(ZelColorTransformMatrix& transform, int operation, int bit_depth);
+
+    const Kind m_Kind;
+    Logger& m_Logger;
     mutable platform::Mutex m_Lock;
     bool m_Changed ZEL_GUARDED_BY(m_Lock) = false;
     ColorSettings m_Staged ZEL_GUARDED_BY(m_Lock);

@@ -8,8 +8,13 @@
 namespace zel {
 
 struct FrameGeometry {
-    int interface_type = 0;  // the kind of link, one of CAMERA_TYPE_..., or another number without one
-    unsigned width = 0;      // of the full frame that the camera sends
+    // What the link makes of frames and regions.
+    bool packed = true;            // those of several taps come with 12-bit samples, two in three bytes
+    bool cuts_region = false;      // the host cuts the region out...
+    bool region_is_size = false;   // ...by its size; else by its far corner
+    bool keeps_full_size = false;  // num_pixels and size_in_bytes stay those of the full frame
+
+    unsigned width = 0;  // of the full frame that the camera sends
     unsigned height = 0;
     unsigned bit_depth = 0;
     unsigned bytes_per_pixel = 0;

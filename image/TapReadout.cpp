@@ -1,17 +1,12 @@
-// The tap readout of a frame: packed samples are unpacked, the samples of two or four taps put into image order and
-// evened out.
-//
-// All of it happens in one go, row by row (or row pair by row pair). A packed frame is put together in a spare buffer
-// that changes places with the record's: every sample is read and written once, and no page comes from the system.
-// Where rows do not begin on a whole byte, the steps run one after the other; while somebody reads the log, correction
-// is a step of its own, so that its lines are true.
+#include "image/TapReadout.h"
+
 #include <algorithm>
 #include <cstring>
+#include <exception>
 #include <utility>
 
 #include "image/FrameSamples.h"
 #include "image/TapRows.h"
-#include "image/ZelCameraControlImpl.h"
 #include "kernels/Kernels.h"
 #include "tapbalance/TapBalance.h"
 
@@ -29,12 +24,27 @@ bool RowsAreWhole(const ZelImageInternal& image, int taps) {
 }
 }  // namespace
 
-bool ZelCameraControlImpl::PostProcessTapBalance(ZelImageInternal* image, const FrameGeometry& geometry) {
+void TapReadout::Prepare(const FrameGeometry& geometry) {
+    if (geometry.taps != 4) return;
+    m_ReorderBuffer.Reserve(std::size_t{geometry.width} * geometry.height * geometry.bytes_per_pixel);
+}
+
+int TapReadout::BufferCount() const {
+    return (m_ReorderBuffer.pixels ? 1 : 0) + (m_SpareBuffer.pixels ? 1 : 0) + (m_RowScratch.empty() ? 0 : 1);
+}
+
+void TapReadout::ReleaseBuffers() {
+    m_ReorderBuffer.Release();
+    m_SpareBuffer.Release();
+    m_RowScratch = {};
+}
+
+bool TapReadout::Process(ZelImageInternal* image, const FrameGeometry& geometry) {
     ZEL_SCOPE_TIMER(timer, "PostProcessTapBalance", m_Logger, "ZelCameraControlImpl::PostProcessTapBalance");
     if (!image) return false;
     const int taps = geometry.taps;
     const bool fast = geometry.readout_mhz == kFastReadoutMhz;
-    TapBalance* const balance = taps > 1 && (fast || geometry.readout_mhz == kSlowReadoutMhz) ? Taps() : nullptr;
+    TapBalance* const balance = taps > 1 && (fast || geometry.readout_mhz == kSlowReadoutMhz) ? m_Balance : nullptr;
     const TapRows rows(balance && !m_Logger.Enabled() ? balance->TablesFor(fast) : TapTables(), taps, image->h);
     bool corrected = false;
     const bool answer = ReadOut(image, geometry, rows, corrected);
@@ -46,10 +56,9 @@ bool ZelCameraControlImpl::PostProcessTapBalance(ZelImageInternal* image, const 
 }
 
 // Unpacks and reorders; tells whether the rows were corrected on the way.
-bool ZelCameraControlImpl::ReadOut(ZelImageInternal* image, const FrameGeometry& geometry, const TapRows& rows,
-                                   bool& corrected) {
+bool TapReadout::ReadOut(ZelImageInternal* image, const FrameGeometry& geometry, const TapRows& rows, bool& corrected) {
     const int taps = geometry.taps;
-    if (taps < 2 || IsUsbOrCameraLink(geometry.interface_type)) return ReorderTaps(image, taps, rows, corrected);
+    if (taps < 2 || !geometry.packed) return ReorderTaps(image, taps, rows, corrected);
     const std::uint64_t count = Area(image->w, image->h);
     // A packed sample takes more than a byte: the first test keeps the second from overflowing.
     if (!image->pixels || count > image->buffer_size) return false;
@@ -67,7 +76,7 @@ bool ZelCameraControlImpl::ReadOut(ZelImageInternal* image, const FrameGeometry&
 
 // The spare is as large as the record's buffer, or as the frame when that is larger: the record can hold a full frame
 // also after the two have changed places.
-bool ZelCameraControlImpl::ReserveSpare(ZelImageInternal* image) {
+bool TapReadout::ReserveSpare(ZelImageInternal* image) {
     constexpr const char* kFunction = "ZelCameraControlImpl::PostProcessTapBalance";
     const std::uint64_t bytes = Area(image->w, image->h) * kBytesPerSample;
     const std::uint64_t capacity = std::max<std::uint64_t>(bytes, image->buffer_size);
@@ -79,7 +88,7 @@ bool ZelCameraControlImpl::ReserveSpare(ZelImageInternal* image) {
     return false;
 }
 
-void ZelCameraControlImpl::SwapBuffer(ZelImageInternal* image, PageBuffer& buffer) {
+void TapReadout::SwapBuffer(ZelImageInternal* image, PageBuffer& buffer) {
     const std::size_t old_capacity = image->buffer_size;
     if (buffer.capacity != old_capacity) {
         // Its size follows from the other buffer's.
@@ -92,7 +101,7 @@ void ZelCameraControlImpl::SwapBuffer(ZelImageInternal* image, PageBuffer& buffe
     buffer.capacity = old_capacity;
 }
 
-bool ZelCameraControlImpl::ReserveRows(std::size_t samples) {
+bool TapReadout::ReserveRows(std::size_t samples) {
     try {
         if (m_RowScratch.size() < samples) m_RowScratch.resize(samples);
     } catch (const std::exception&) {
@@ -102,7 +111,7 @@ bool ZelCameraControlImpl::ReserveRows(std::size_t samples) {
 }
 
 // Unpacks and reorders in one go.
-void ZelCameraControlImpl::ReadOutByRows(ZelImageInternal* image, int taps, const TapRows& rows) {
+void TapReadout::ReadOutByRows(ZelImageInternal* image, int taps, const TapRows& rows) {
     const kernels::KernelTable& kernel = kernels::Kernels();
     const std::size_t w = image->w;
     const std::size_t h = image->h;
@@ -126,7 +135,7 @@ void ZelCameraControlImpl::ReadOutByRows(ZelImageInternal* image, int taps, cons
     image->size_in_bytes = static_cast<unsigned>(picture.size_bytes());
 }
 
-void ZelCameraControlImpl::UnpackFrame(ZelImageInternal* image) {
+void TapReadout::UnpackFrame(ZelImageInternal* image) {
     const std::span packed(reinterpret_cast<const std::uint8_t*>(image->pixels), image->buffer_size);
     const std::span samples(m_SpareBuffer.pixels, static_cast<std::size_t>(Area(image->w, image->h)));
     kernels::Kernels().unpack12(packed, samples);
@@ -134,13 +143,13 @@ void ZelCameraControlImpl::UnpackFrame(ZelImageInternal* image) {
     image->size_in_bytes = static_cast<unsigned>(samples.size_bytes());
 }
 
-bool ZelCameraControlImpl::ReorderTaps(ZelImageInternal* image, int taps, const TapRows& rows, bool& corrected) {
+bool TapReadout::ReorderTaps(ZelImageInternal* image, int taps, const TapRows& rows, bool& corrected) {
     if (taps == 2) return ReorderTwoTaps(image, rows, corrected);
     if (taps == 4) return ReorderFourTaps(image, rows, corrected);
     return true;
 }
 
-bool ZelCameraControlImpl::ReorderTwoTaps(ZelImageInternal* image, const TapRows& rows, bool& corrected) {
+bool TapReadout::ReorderTwoTaps(ZelImageInternal* image, const TapRows& rows, bool& corrected) {
     const std::span frame = Samples(*image, Area(image->w, image->h));
     const std::size_t w = image->w;
     if (frame.empty() || !ReserveRows(w)) return false;
@@ -155,7 +164,7 @@ bool ZelCameraControlImpl::ReorderTwoTaps(ZelImageInternal* image, const TapRows
     return true;
 }
 
-bool ZelCameraControlImpl::ReorderFourTaps(ZelImageInternal* image, const TapRows& rows, bool& corrected) {
+bool TapReadout::ReorderFourTaps(ZelImageInternal* image, const TapRows& rows, bool& corrected) {
     const std::size_t w = image->w;
     const std::size_t h = image->h;
     const std::span frame = Samples(*image, Area(image->w, image->h));

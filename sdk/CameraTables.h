@@ -60,7 +60,7 @@ struct CameraTables {
     int number_of_cameras ZEL_GUARDED_BY(lock) = 0;
 
     // Per library: the number of its first camera, -1 until it is recorded; and its record.
-    std::array<int, kNumInterfaceLibraries> _zel_camera_index_offset ZEL_GUARDED_BY(lock){-1, -1, -1};
+    std::array<int, kNumInterfaceLibraries> _zel_camera_index_offset ZEL_GUARDED_BY(lock);
     std::array<LibraryRecord, kNumInterfaceLibraries> _icamera_libs ZEL_GUARDED_BY(lock){};
 
     // What plug-ins are handed as a name: one per camera for the search, one for the events of each library. They
@@ -91,7 +91,10 @@ struct CameraTables {
     // Whether the calling thread is inside the tables or any camera object: it may be waited for.
     bool CallerIsInside();
 
-    CameraTables() { gate.Shut(kNotOpen); }
+    CameraTables() {
+        gate.Shut(kNotOpen);
+        _zel_camera_index_offset.fill(-1);
+    }
 };
 
 CameraTables& Tables();

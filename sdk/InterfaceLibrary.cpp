@@ -11,7 +11,6 @@ namespace zel {
 namespace {
 
 constexpr const char* kFunction = "ZelCameraManager::GetNumberOfCameras";
-constexpr const char* kNames[kNumInterfaceLibraries] = {"edt_camera_link.dll", "pleora_ebus.dll", "zel_usb.dll"};
 
 // The only answer of get_num_cameras that tells of a failed library.
 constexpr int kLibraryFailed = -1;
@@ -52,22 +51,21 @@ void ShutDown(int library, LibUnloadFunction lib_unload) {
         });
     }
     ZEL_LOG(CameraManagerLogger().Get(), kLogTrace, kFunction, "num_cameras == 0: calling lib_unload() on \"%s\" \n",
-            kNames[library]);
+            InterfaceLibraryName(library));
     lib_unload();
     events.Open(kShuttingDown);
 }
 
 }  // namespace
 
-const char* InterfaceLibraryName(int library) { return kNames[library]; }
-
 bool LoadInterfaceLibrary(int library, BoundLibrary& bound) {
     Logger& log = CameraManagerLogger().Get();
     LibraryRecord& record = bound.record;
-    record.module = platform::LoadSharedLibrary(kNames[library]);
+    record.module = platform::LoadSharedLibrary(InterfaceLibraryName(library));
     if (!record.module) {
         platform::DiscardLoadError();
-        ZEL_LOG(log, kLogError, kFunction, "***ERROR***: zel_load_lib(%s) failed i:%d", kNames[library], library);
+        ZEL_LOG(log, kLogError, kFunction, "***ERROR***: zel_load_lib(%s) failed i:%d", InterfaceLibraryName(library),
+                library);
         return false;
     }
     BindExports(bound);
@@ -82,14 +80,15 @@ bool LoadInterfaceLibrary(int library, BoundLibrary& bound) {
 int CountCameras(int library, const BoundLibrary& bound) {
     Logger& log = CameraManagerLogger().Get();
     const int answer = bound.get_num_cameras();
-    ZEL_LOG(log, kLogTrace, kFunction, "get_num_cameras() %s returned %d", kNames[library], answer);
+    ZEL_LOG(log, kLogTrace, kFunction, "get_num_cameras() %s returned %d", InterfaceLibraryName(library), answer);
     // On purpose: a library that failed is left loaded and untouched.
     if (answer == kLibraryFailed) return kLibraryFailed;
     const int count = std::max(answer, 0);
-    if (count > 0 || library == kUsbLibrary) return count;
+    if (count > 0 || kInterfaceLibraries[library].plugged_in_later) return count;
 
     if (bound.record.lib_unload) ShutDown(library, bound.record.lib_unload);
-    ZEL_LOG(log, kLogTrace, kFunction, "num_cameras == 0: calling FreeLibrary() on \"%s\" \n", kNames[library]);
+    ZEL_LOG(log, kLogTrace, kFunction, "num_cameras == 0: calling FreeLibrary() on \"%s\" \n",
+            InterfaceLibraryName(library));
     platform::UnloadSharedLibrary(bound.record.module);
     return kLibraryFailed;
 }

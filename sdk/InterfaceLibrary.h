@@ -2,16 +2,31 @@
 #ifndef SDK_INTERFACELIBRARY_H
 #define SDK_INTERFACELIBRARY_H
 
+#include <algorithm>
+#include <iterator>
+
 #include "link/CameraInterfaceLibrary.h"
 #include "platform/DynamicLibrary.h"
 
 namespace zel {
 
-inline constexpr int kNumInterfaceLibraries = 3;
-inline constexpr int kUsbLibrary = 2;
+// The libraries in load order, one row each; their places in it are what plug-ins and tables know them by.
+struct InterfaceLibrary {
+    const char* file_name;
+    bool plugged_in_later = false;  // is recorded without a camera too, so that it can report one that comes later
+    bool tells_ports = false;       // is asked for the port of any USB camera
+};
+inline constexpr InterfaceLibrary kInterfaceLibraries[] = {
+    {.file_name = "edt_camera_link.dll"},
+    {.file_name = "pleora_ebus.dll"},
+    {.file_name = "zel_usb.dll", .plugged_in_later = true, .tells_ports = true},
+};
+inline constexpr int kNumInterfaceLibraries = static_cast<int>(std::size(kInterfaceLibraries));
+inline constexpr int kPortLibrary = static_cast<int>(
+    std::ranges::find(kInterfaceLibraries, true, &InterfaceLibrary::tells_ports) - std::begin(kInterfaceLibraries));
+static_assert(kPortLibrary < kNumInterfaceLibraries);
 
-// File names in load order: Camera Link, eBUS, USB.
-const char* InterfaceLibraryName(int library);
+inline const char* InterfaceLibraryName(int library) { return kInterfaceLibraries[library].file_name; }
 
 // What is kept of a library between two camera searches. The last four entries may be null.
 struct LibraryRecord {
@@ -38,8 +53,7 @@ struct BoundLibrary {
 bool LoadInterfaceLibrary(int library, BoundLibrary& bound);
 
 // Asks a library for its cameras and decides its fate. Result: the number of cameras of a library to record; negative
-// for one that is not recorded: it failed (and stays loaded) or has no camera (and was released). The USB library is
-// recorded even without a camera, so that it can report cameras plugged in later.
+// for one that is not recorded: it failed (and stays loaded) or has no camera (and was released).
 int CountCameras(int library, const BoundLibrary& bound);
 
 // Shuts a recorded library down and unloads it; `record` must have lib_unload.

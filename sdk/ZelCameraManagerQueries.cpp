@@ -67,16 +67,16 @@ const char* ZelCameraManager::PortType(int camera_number) {
     {
         const platform::ScopedLock guard(tables.lock);
         if (!tables._zel_camera_interface_type_str[number].Contains("USB")) return nullptr;
-        get_camera_port_type = tables._icamera_libs[kUsbLibrary].get_camera_port_type;
+        get_camera_port_type = tables._icamera_libs[kPortLibrary].get_camera_port_type;
         cam_index = tables.camera_library_index[number];
     }
     if (!get_camera_port_type) {
         ZEL_LOG(log, kLogTrace, "ZelCameraManager::GetCameraAddressStr",
-                "***ERROR***: icamera_libs[offset:%d] didnt have 'get_port_type'\n", kUsbLibrary);
+                "***ERROR***: icamera_libs[offset:%d] didnt have 'get_port_type'\n", kPortLibrary);
         return nullptr;
     }
     ZEL_LOG(log, kLogTrace, "ZelCameraManager::GetCameraAddressStr",
-            "_icamera_libs[%d].get_camera_port_type(cam_index:%d)", kUsbLibrary, cam_index);
+            "_icamera_libs[%d].get_camera_port_type(cam_index:%d)", kPortLibrary, cam_index);
     return get_camera_port_type(cam_index);
 }
 

@@ -86,20 +86,5 @@ TEST_F(CallbackTest, EventsWithoutCallbacksAreHarmless) {
     EXPECT_TRUE(m_First.lines.empty());
 }
 
-// A callback may call the camera object: no lock is held while it runs.
-TEST_F(CallbackTest, ACallbackMaySetAnotherCallbackAndStop) {
-    static bool stopped;
-    stopped = false;
-    m_Camera->SetImageNotificationCallback(
-        [](int, void* context) {
-            auto* camera = static_cast<ZelCameraControl*>(context);
-            camera->SetImageNotificationCallback(nullptr, nullptr);
-            stopped = camera->Stop();
-        },
-        m_Camera.get());
-    m_Transport.EmitEvent(CAMERA_EVENT_IMAGE_READY);
-    EXPECT_TRUE(stopped);
-}
-
 }  // namespace
 }  // namespace zel::test

@@ -1,4 +1,4 @@
-// Opening, closing and recognising the model.
+// Opening, closing, recognising the model; small operations, and a camera object that has no transport.
 #include "camera/ZelCameraFactory.h"
 #include "tests/camera/CameraFixture.h"
 
@@ -7,6 +7,11 @@ namespace {
 
 class ConnectionTest : public CameraTest {
   protected:
+    bool Opened() {
+        int open = 7;
+        EXPECT_TRUE(m_Camera->IsOpen(&open));
+        return open != 0;
+    }
     std::uint64_t FirstModelValue() {
         std::uint64_t value = 1;
         m_Camera->GetParameter(ZEL_PARAM_MODEL_VALUE_1, 8, &value);
@@ -15,24 +20,19 @@ class ConnectionTest : public CameraTest {
 };
 
 TEST_F(ConnectionTest, OpensOnceAndClosesAgain) {
-    int open = 7;
     EXPECT_FALSE(m_Camera->IsOpen(nullptr));
-    EXPECT_TRUE(m_Camera->IsOpen(&open));
-    EXPECT_EQ(open, 0);
+    EXPECT_FALSE(Opened());
     m_Transport.ForgetCalls();
     EXPECT_TRUE(m_Camera->Open());
     EXPECT_TRUE(m_Camera->Open());
     EXPECT_THAT(m_Transport.Calls(), testing::ElementsAre("Connect", "Stop"));
-    EXPECT_TRUE(m_Camera->IsOpen(&open));
-    EXPECT_EQ(open, 1);
+    EXPECT_TRUE(Opened());
     m_Transport.m_Answers.disconnect = ZEL_ERROR_UNKNOWN;
     EXPECT_FALSE(m_Camera->Close());
-    m_Camera->IsOpen(&open);
-    EXPECT_EQ(open, 1) << "a failed close leaves the camera open";
+    EXPECT_TRUE(Opened()) << "a failed close leaves the camera open";
     m_Transport.m_Answers.disconnect = 0;
     EXPECT_TRUE(m_Camera->Close());
-    m_Camera->IsOpen(&open);
-    EXPECT_EQ(open, 0);
+    EXPECT_FALSE(Opened());
 }
 
 TEST_F(ConnectionTest, TransportFailuresAreKeptAsLastError) {
@@ -43,6 +43,16 @@ TEST_F(ConnectionTest, TransportFailuresAreKeptAsLastError) {
     m_Transport.m_Answers.stop = ZEL_ERROR_UNSUPPORTED;
     EXPECT_FALSE(m_Camera->Open());
     EXPECT_EQ(m_Camera->GetLastError(), ZEL_ERROR_UNSUPPORTED);
+}
+
+TEST_F(ConnectionTest, CodesThatAreAskedFor) {
+    for (const auto& [code, size] : {std::pair(0, 0), {3, 4}, {5, 8}, {9, 1}, {-1, 4}, {99, 4}}) {
+        EXPECT_EQ(m_Camera->GetDataTypeSize(code), size) << code;
+    }
+    for (const auto& [type, kind] : {std::pair(3, 1), {4, 0}, {5, 2}, {6, 0}}) {
+        m_Transport.m_Answers.interface_type = type;
+        EXPECT_EQ(m_Camera->GetCameraInterfaceType(), kind) << type;
+    }
 }
 
 TEST_F(ConnectionTest, ErrorNames) {
@@ -67,15 +77,6 @@ TEST_F(ConnectionTest, TheFirstModelCodeOfTheTableWins) {
     }
 }
 
-TEST_F(ConnectionTest, FilterTextTellsMonochromeFromColor) {
-    EXPECT_EQ(m_Camera->ConnectCommon(), 0);
-    EXPECT_TRUE(m_Camera->IsMonochrome());
-    m_Table.m_Exceptions.clear();
-    m_Table.m_Blocks[CFA_TYPE] = TextBytes("Bayer");
-    EXPECT_EQ(m_Camera->ConnectCommon(), 0);
-    EXPECT_FALSE(m_Camera->IsMonochrome());
-}
-
 TEST_F(ConnectionTest, ASilentCameraConnectsWithinItsBudgets) {
     m_Transport.SetHandler(nullptr);
     EXPECT_EQ(m_Camera->ConnectCommon(), 0);
@@ -92,6 +93,29 @@ TEST_F(ConnectionTest, TheFactoryNeedsATransport) {
     EXPECT_EQ(transport.CountCalls("SetCameraCommon"), 1);
     zel_camera_control_destroy(camera);
     EXPECT_EQ(transport.Common(), nullptr) << "the transport forgets a destroyed camera object";
+}
+
+TEST(WithoutTransport, EveryOperationAnswersItsNothing) {
+    ZelCameraControl camera(nullptr, nullptr);
+    int word = 0;
+    EXPECT_FALSE(camera.Open());
+    EXPECT_FALSE(camera.Close());
+    EXPECT_EQ(camera.GetCameraName(), nullptr);
+    EXPECT_FALSE(camera.GetParameter(ZEL_PARAM_HSIZE, 4, &word));
+    EXPECT_TRUE(camera.GetParameter(ZEL_PARAM_DROPPED_FRAMES, 4, &word));
+    EXPECT_FALSE(camera.ResetCamera());
+    EXPECT_EQ(static_cast<ZelCamera&>(camera).GetPendingImage(), nullptr);
+    EXPECT_EQ(camera.GetLastPendingImage(), nullptr);
+    EXPECT_FALSE(camera.Start());
+    EXPECT_FALSE(camera.Stop());
+    EXPECT_FALSE(camera.SetTransportValue(1));
+    EXPECT_FALSE(camera.SetExposureToDefault());
+    EXPECT_FALSE(camera.SetTextCommand("x"));
+    EXPECT_FALSE(camera.SetImageCallback(nullptr, nullptr));
+    EXPECT_FALSE(camera.StartTriggerAcquisition());
+    EXPECT_FALSE(camera.SoftwareTrigger());
+    EXPECT_EQ(camera.RecvData(nullptr, 0, 0), 0);
+    EXPECT_EQ(camera.StartCommon(), 1);
 }
 
 }  // namespace

@@ -150,22 +150,6 @@ TEST_F(FrameTest, StoppingOrClosingInTheNotificationIsTheLastCallback) {
     }
 }
 
-// What is taken while another thread makes a new pool is processed in memory that stays.
-TEST_F(FrameTest, FramesAreTakenWhileThePoolChanges) {
-    std::atomic<bool> running{true};
-    std::thread application([&] {
-        for (unsigned n = 0; running; ++n) n % 2 ? Next() : m_Camera->GetLastPendingImage();
-    });
-    for (int n = 0; n < 300; ++n) {
-        m_Camera->SetParameterValue(ZEL_PARAM_NUM_IMAGE_BUFFERS, 3 + n % 2);
-        EXPECT_EQ(m_Camera->StartCommon(), 0);
-        EXPECT_NE(Deliver(1), nullptr);
-        EXPECT_NE(Deliver(2), nullptr);
-    }
-    running = false;
-    application.join();
-}
-
 // The transport's thread delivers while two application threads take frames in both ways.
 TEST_F(FrameTest, ThreadsShareFramesWithoutLosingARecord) {
     ASSERT_TRUE(m_Camera->SetImageCallback([](ZelImage*, void*) {}, nullptr));

@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdint>
-#include <set>
 #include <vector>
 
 #include "platform/Memory.h"
@@ -19,24 +17,14 @@ class ImageManagerTest : public testing::Test {
 
     // Free, pending and in-use counts as one number of three digits.
     int Counts() { return m_Pool.FreeCount() * 100 + m_Pool.PendingCount() * 10 + m_Pool.InUseCount(); }
-    std::vector<ZelImageInternal*> TakeFree(int count) {
-        std::vector<ZelImageInternal*> images;
-        for (int i = 0; i < count; ++i) images.push_back(m_Pool.GetFreeImage());
-        return images;
-    }
-    static void ExpectFullFrame(const ZelImageInternal& image) {
-        EXPECT_EQ(8u, image.w);
-        EXPECT_EQ(4u, image.h);
-        EXPECT_EQ(12u, image.bit_depth);
-        EXPECT_EQ(2u, image.bytes_per_pixel);
-        EXPECT_EQ(32u, image.num_pixels);
-        EXPECT_EQ(64u, image.size_in_bytes);
-    }
     // A pool whose records all wait, in the order of the result.
     std::vector<ZelImageInternal*> MakePending(int count) {
         EXPECT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(count));
-        std::vector<ZelImageInternal*> images = TakeFree(count);
-        for (ZelImageInternal* image : images) EXPECT_TRUE(m_Pool.SetPendingImage(image));
+        std::vector<ZelImageInternal*> images;
+        while (ZelImageInternal* image = m_Pool.GetFreeImage()) {
+            EXPECT_TRUE(m_Pool.SetPendingImage(image));
+            images.push_back(image);
+        }
         return images;
     }
 
@@ -44,52 +32,35 @@ class ImageManagerTest : public testing::Test {
     ImageManager m_Pool{"ImageManagerTest"};
 };
 
-TEST_F(ImageManagerTest, RecordsAreBornZeroedWithTheirGeometryAndBuffer) {
-    ASSERT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(3));
-    EXPECT_EQ(300, Counts());
-    EXPECT_EQ(3, m_Pool.RegisteredCount());
-    for (ZelImageInternal* image : TakeFree(3)) {
-        ExpectFullFrame(*image);
-        EXPECT_EQ(64u, image->buffer_size);
-        EXPECT_EQ(0u, image->image_number);
-        EXPECT_EQ(nullptr, image->color_pixels);
-        EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(image) % kRecordAlignment);
-        EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(image->pixels) % kPixelAlignment);
-        EXPECT_TRUE(std::all_of(image->pixels, image->pixels + 32, [](unsigned short value) { return value == 0; }));
+TEST_F(ImageManagerTest, AnotherCountOrFrameSizeBuildsThePoolAnewWithZeroedRecords) {
+    const struct {
+        unsigned width, height;
+        int count;
+        bool anew;
+    } steps[] = {{8, 4, 3, true}, {4, 8, 3, false}, {4, 8, 2, true}, {100, 100, 2, true}, {100, 100, 2, false}};
+    for (const auto& [w, h, count, anew] : steps) {
+        SCOPED_TRACE(testing::Message() << count << " of " << w << " x " << h);
+        m_Pool.SetFrameGeometry(w, h, 12, 2);
+        ASSERT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(count));
+        EXPECT_EQ(anew ? 100 * count : count, Counts()) << "kept wherever they are";
+        EXPECT_EQ(count, m_Pool.RegisteredCount());
+        m_Pool.FreeAllInUseImages();
+        while (ZelImageInternal* image = m_Pool.TakeFree().image) {
+            EXPECT_EQ(image->pixels[0], anew ? 0 : 0x1234);
+            image->pixels[0] = 0x1234;
+            EXPECT_EQ(w, image->w);
+            EXPECT_EQ(h, image->h);
+            EXPECT_EQ(12u, image->bit_depth);
+            EXPECT_EQ(2u, image->bytes_per_pixel);
+            EXPECT_EQ(w * h, image->num_pixels);
+            EXPECT_EQ(2 * w * h, image->size_in_bytes);
+            EXPECT_EQ(2 * w * h, image->buffer_size);
+            EXPECT_EQ(nullptr, image->color_pixels);
+            EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(image) % kRecordAlignment);
+        }
     }
-}
-
-TEST_F(ImageManagerTest, SameCountAndFrameSizeKeepTheRecordsWhereverTheyAre) {
-    ASSERT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(3));
-    const std::vector<ZelImageInternal*> images = TakeFree(2);
-    ASSERT_TRUE(m_Pool.SetPendingImage(images[0]));
-    images[0]->pixels[0] = 0x1234;
-    m_Pool.SetFrameGeometry(4, 8, 12, 2);  // as many bytes as before
-    ASSERT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(3));
-    EXPECT_EQ(111, Counts());
-    EXPECT_EQ(images[0], m_Pool.GetPendingImage());
-    EXPECT_EQ(0x1234, images[0]->pixels[0]);
-}
-
-TEST_F(ImageManagerTest, AnotherCountOrFrameSizeBuildsThePoolAnew) {
-    ASSERT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(3));
-    TakeFree(1)[0]->pixels[0] = 0x1234;
-    ASSERT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(2));
-    EXPECT_EQ(200, Counts());
-
-    m_Pool.SetFrameGeometry(100, 100, 16, 2);
-    ASSERT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(2));
-    EXPECT_EQ(200, Counts());
-    for (const ZelImageInternal* image : TakeFree(2)) {
-        EXPECT_EQ(20000u, image->buffer_size);
-        EXPECT_EQ(0, image->pixels[0]);
-    }
-    // The change is used up: the next call keeps the records, which are in use now.
-    ASSERT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(2));
-    EXPECT_EQ(2, Counts());
     EXPECT_EQ(kPoolNegativeCount, m_Pool.PixelBufferAllocate(-1));
-    EXPECT_EQ(0, Counts());
-    EXPECT_EQ(0, m_Pool.RegisteredCount());
+    EXPECT_EQ(0, Counts() + m_Pool.RegisteredCount());
 }
 
 TEST_F(ImageManagerTest, MoreThanTheAvailableMemoryIsRefused) {
@@ -145,40 +116,18 @@ TEST_F(ImageManagerTest, LeasesAreForRecordsOfThePoolAndOutliveThem) {
     EXPECT_EQ(images[69], m_Pool.TakeLastPending().image);
     EXPECT_TRUE(m_Pool.IsCurrent(m_Pool.Lease(images[69])));
     EXPECT_TRUE(m_Pool.IsCurrent(frame));
+    frame->color_pixels = AllocatePixels(192);
+    ASSERT_TRUE(frame->color_planes.Resize(32));
     ASSERT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(2));
     EXPECT_FALSE(m_Pool.IsCurrent(frame));
     EXPECT_FALSE(m_Pool.Lease(frame.image));
     EXPECT_EQ(0, frame->pixels[31]);
     frame = {};
-    m_Pool.FreeImages();
-    EXPECT_EQ(m_ReservationsBefore, platform::LivePageReservations());
-}
-
-TEST_F(ImageManagerTest, FreeImagesDestroysRecordsInEveryStateWithAllTheyOwn) {
-    const std::vector<ZelImageInternal*> images = MakePending(3);
-    m_Pool.ReleaseImage(m_Pool.GetPendingImage());
-    ZelImageInternal* const held = m_Pool.GetPendingImage();
-    held->color_pixels = AllocatePixels(192);
-    ASSERT_TRUE(held->color_planes.Resize(32));
-    EXPECT_EQ(111, Counts());
+    m_Pool.SetPendingImage(m_Pool.GetFreeImage());
+    EXPECT_TRUE(m_Pool.FreeImages());
     EXPECT_TRUE(m_Pool.FreeImages());
     EXPECT_EQ(0, Counts());
     EXPECT_EQ(m_ReservationsBefore, platform::LivePageReservations());
-    EXPECT_TRUE(m_Pool.FreeImages());
-}
-
-TEST_F(ImageManagerTest, RecordsInAnotherStateAreRefusedAndStayWhereTheyAre) {
-    ASSERT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(3));
-    ZelImageInternal* const pending = m_Pool.GetFreeImage();
-    ASSERT_TRUE(m_Pool.SetPendingImage(pending));
-    ZelImageInternal* const released = m_Pool.GetFreeImage();
-    ASSERT_TRUE(m_Pool.ReleaseImage(released));
-    ZelImageInternal stranger;
-    for (ZelImageInternal* image : {pending, released, &stranger, static_cast<ZelImageInternal*>(nullptr)}) {
-        EXPECT_FALSE(m_Pool.ReleaseImage(image));
-        EXPECT_FALSE(m_Pool.SetPendingImage(image));
-        EXPECT_EQ(210, Counts());
-    }
 }
 
 }  // namespace

@@ -1,14 +1,9 @@
-// The color path of a frame: tap readout, region and average as for every frame, then demosaicing, input linearization,
-// color transform and output non-linearization into `color_pixels`.
-//
-// The four color steps go over the frame together, one row at a time, through rows that stay in the processor's cache.
-// Only when a scratchpad callback is attached does the demosaiced picture stand whole in the record's planes, where the
-// scratchpad's pipeline and the main one each take their rows from.
-#include <algorithm>
+#include "image/ColorRenderer.h"
+
 #include <cstring>
+#include <exception>
 
 #include "image/FrameSamples.h"
-#include "image/ZelCameraControlImpl.h"
 #include "kernels/CpuSupport.h"
 #include "kernels/Kernels.h"
 #include "platform/Clock.h"
@@ -91,67 +86,27 @@ bool CanApply(const std::shared_ptr<const ColorTable>& table) { return !table ||
 void Apply(const KernelTable& kernel, const ColorTable& table, const PlanarRow& row) {
     for (int k = 0; k < 3; ++k) kernel.look_up({row.channel[k], row.w}, table.Channel(k), 0xFFFF, 0xFFFF);
 }
+
+const KernelTable& KernelsFor(ColorPipeline::Kind pipeline) {
+    const KernelTable* const plain = kernels::FindKernels(kernels::Variant::kScalar);
+    return pipeline == ColorPipeline::Kind::kMain && kernels::CpuHasFma() ? kernels::Kernels() : *plain;
+}
 }  // namespace
 
-// The steps' results are logged; the frame is delivered with what was done.
-ZelImageInternal* ZelCameraControlImpl::PostProcessColorImage(const FrameLease& lease, int pipeline,
-                                                              platform::ScopedLock<platform::Mutex>& processing) {
-    constexpr const char* kFunction = "ZelCameraControlImpl::PostProcessColorImage";
-    ZEL_SCOPE_TIMER(timer, "PostProcessColorImage", m_Logger, kFunction);
-    ZelImageInternal* const image = lease.image;
-    const FrameGeometry& geometry = lease.Geometry();
-    if (!PostProcessTapBalance(image, geometry)) {
-        ZEL_LOG(m_Logger, kLogError, kFunction, "Failed to tap balance the image!");
-    }
-    // On purpose: one factor of 1 is enough to keep the color stages going.
-    const bool color = geometry.roi.XBin == 1 || geometry.roi.YBin == 1;
-    if (!color) {
-        ZEL_LOG(
-            m_Logger, kLogError, kFunction,
-            "The color pipeline has been deactivated because xbin > 1 and/or ybin > 1 with a single sensor camera!");
-        SetProcessingStatus(kStatusBinnedColor);
-    }
-    const unsigned full_w = image->w;
-    const unsigned full_h = image->h;
-    if (!CropToRegion(image, geometry)) {
-        ZEL_LOG(m_Logger, kLogWarning, kFunction, "ROI processing was not done!");
-    }
-    if (m_ImageAvgFrameCountMax > 0) PostProcessAverageImage(image);
-    if (!ReserveColorPixels(image)) return image;
-    if (!color) return image;
-    // A region that was cut out begins at another place of the mosaic.
-    const bool cut = image->w != full_w || image->h != full_h;
-    const int phase =
-        kernels::PhaseAt(geometry.cfa_phase, cut ? geometry.roi.XOrigin : 0, cut ? geometry.roi.YOrigin : 0);
-    if (phase == 0) ZEL_LOG(m_Logger, kLogError, kFunction, "Failed to demosaic the color image!");
-
-    const ColorFrame frame{image,
-                           image->w,
-                           image->h,
-                           image->num_pixels,
-                           image->size_in_bytes,
-                           geometry.bit_depth,
-                           phase,
-                           Samples(*image, Area(image->w, image->h)),
-                           static_cast<std::uint8_t*>(image->color_pixels)};
-    const ScratchpadHook hook = pipeline == kMainPipeline ? Scratchpad() : ScratchpadHook{};
-    bool in_planes = hook.callback && DemosaicColorImage(frame, pipeline);
-    if (in_planes) {
-        RunColorSteps(frame, kScratchpadPipeline, in_planes);
-        const bool again = CallScratchpad(hook, image, processing);
-        if (!m_ImageManager.IsCurrent(lease)) return nullptr;
-        if (again) {
-            in_planes = DemosaicColorImage(frame, pipeline);
-            ZEL_LOG(m_Logger, kLogTrace, kFunction, "Demosaic again because of scratchpad pipeline invocation!");
-        }
-    }
-    RunColorSteps(frame, pipeline, in_planes);
-    return image;
-}
+ColorFrame::ColorFrame(ZelImageInternal* record, unsigned bits, int filter_phase)
+    : image(record),
+      w(record->w),
+      h(record->h),
+      num_pixels(record->num_pixels),
+      size_in_bytes(record->size_in_bytes),
+      bit_depth(bits),
+      phase(filter_phase),
+      samples(Samples(*record, Area(record->w, record->h))),
+      out(static_cast<std::uint8_t*>(record->color_pixels)) {}
 
 // The buffer is as large as any format of what `pixels` can hold needs, so that no format and no region asks the system
 // for another one.
-bool ZelCameraControlImpl::ReserveColorPixels(ZelImageInternal* image) {
+bool ColorRenderer::ReservePicture(ZelImageInternal* image) {
     constexpr const char* kFunction = "ZelCameraControlImpl::PostProcessColorImage";
     if (!image->color_pixels) image->color_pixels = AllocatePixels(std::size_t{3} * image->buffer_size);
     const bool fits = image->color_pixels && !Samples(*image, Area(image->w, image->h)).empty() &&
@@ -162,13 +117,7 @@ bool ZelCameraControlImpl::ReserveColorPixels(ZelImageInternal* image) {
     return fits;
 }
 
-const KernelTable& ZelCameraControlImpl::ColorKernels(int pipeline) {
-    const KernelTable* const plain = kernels::FindKernels(kernels::Variant::kScalar);
-    return pipeline == kMainPipeline && kernels::CpuHasFma() ? kernels::Kernels() : *plain;
-}
-
-// Fills the record's planes with the demosaiced picture.
-bool ZelCameraControlImpl::DemosaicColorImage(const ColorFrame& frame, int pipeline) {
+bool ColorRenderer::Demosaic(const ColorFrame& frame) {
     constexpr const char* kFunction = "ZelCameraControlImpl::DemosaicColorImage";
     ZEL_SCOPE_TIMER(timer, "DemosaicColorImage", m_Logger, kFunction);
     PlaneSet& planes = frame.image->color_planes;
@@ -176,15 +125,15 @@ bool ZelCameraControlImpl::DemosaicColorImage(const ColorFrame& frame, int pipel
         ZEL_LOG(m_Logger, kLogError, kFunction, "Failed to demosaic the color image!");
         return false;
     }
-    Mosaic mosaic(ColorKernels(pipeline), frame.samples, frame.w, frame.h, frame.phase);
+    Mosaic mosaic(KernelsFor(ColorPipeline::Kind::kMain), frame.samples, frame.w, frame.h, frame.phase);
     for (std::size_t y = 0; y < frame.h; ++y) mosaic.Row(y, PlanesAt(planes, y * frame.w, frame.w));
     return true;
 }
 
-void ZelCameraControlImpl::RunColorSteps(const ColorFrame& frame, int pipeline, bool from_planes) {
+void ColorRenderer::Render(const ColorFrame& frame, ColorPipeline& pipeline, bool from_planes) {
     constexpr const char* kFunction = "ZelCameraControlImpl::PostProcessColorImage";
-    const KernelTable& kernel = ColorKernels(pipeline);
-    const ColorSettings& settings = Pipeline(pipeline).Prepare();
+    const KernelTable& kernel = KernelsFor(pipeline.WhichOne());
+    const ColorSettings& settings = pipeline.Prepare();
     const kernels::ColorTransform transform = settings.transform.Kernel(frame.bit_depth);
     const ColorFormat format = settings.transform.Format();
     const ColorTable* const input =
@@ -195,13 +144,13 @@ void ZelCameraControlImpl::RunColorSteps(const ColorFrame& frame, int pipeline, 
         ZEL_LOG(m_Logger, kLogError, kFunction, "Color input linearization step failed!");
     }
     ZEL_LOG(m_Logger, kLogTrace, kFunction, "ApplyColorTransform called for pipeline: %x",
-            static_cast<unsigned>(pipeline));
+            static_cast<unsigned>(pipeline.WhichOne()));
     const std::size_t w = frame.w;
-    if (!ReserveColorRows(3 * w)) {
+    if (!ReserveRows(3 * w)) {
         ZEL_LOG(m_Logger, kLogError, kFunction, "Color transform step failed!");
         return;
     }
-    const PlanarRow scratch{{m_ColorRows.data(), m_ColorRows.data() + w, m_ColorRows.data() + 2 * w}, w};
+    const PlanarRow scratch{{m_Rows.data(), m_Rows.data() + w, m_Rows.data() + 2 * w}, w};
     const std::size_t row_bytes = w * kernels::BytesPerPixel(format);
     StepTime demosaic(m_Logger, "DemosaicColorImage"), linearize(m_Logger, "ApplyInputLinearization"),
         apply(m_Logger, "ApplyColorTransform"), non_linearize(m_Logger, "ApplyOutputNonLinearization");
@@ -238,9 +187,9 @@ void ZelCameraControlImpl::RunColorSteps(const ColorFrame& frame, int pipeline, 
     for (StepTime* step : {&linearize, &apply, &non_linearize}) step->Report(kFunction);
 }
 
-bool ZelCameraControlImpl::ReserveColorRows(std::size_t samples) {
+bool ColorRenderer::ReserveRows(std::size_t samples) {
     try {
-        if (m_ColorRows.size() < samples) m_ColorRows.resize(samples);
+        if (m_Rows.size() < samples) m_Rows.resize(samples);
     } catch (const std::exception&) {
         return false;
     }

@@ -1,0 +1,138 @@
+// The color steps alone: settings, and the picture that they make of a frame.
+#include "image/ColorRenderer.h"
+
+#include <gmock/gmock.h>
+
+#include <limits>
+
+#include "include/ZelCamera.h"
+#include "tests/image/Record.h"
+
+namespace zel::test {
+namespace {
+
+using Matrix = std::array<float, 9>;
+using Kind = ColorPipeline::Kind;
+
+class ColorRendererTest : public testing::Test {
+  protected:
+    Matrix Transform() {
+        Matrix matrix{};
+        EXPECT_TRUE(m_Pipeline.CopyTransform(matrix.data()));
+        return matrix;
+    }
+    Logger m_Logger{"ColorRendererTest"};
+    ColorRenderer m_Renderer{m_Logger};
+    ColorPipeline m_Pipeline{Kind::kMain, m_Logger};
+};
+
+// The matrix concatenated last acts first: T x M. An operation that does not exist changes nothing.
+TEST_F(ColorRendererTest, OperationsBuildATransform) {
+    m_Pipeline.Stage([](ColorSettings& settings) {
+        settings.transform.camera_correction = {2, 0, 0, 0, 1, 0, 0, 0, 1};
+        settings.transform.white_balance = {1, 1, 0, 0, 1, 0, 0, 0, 1};
+    });
+    const struct {
+        std::vector<int> operations;
+        bool answer;
+        Matrix transform;
+    } rows[] = {{{8, 9}, true, {2, 2, 0, 0, 1, 0, 0, 0, 1}},
+                {{10}, true, {2, 1, 0, 0, 1, 0, 0, 0, 1}},
+                {{8, 0}, true, {1, 0, 0, 0, 1, 0, 0, 0, 1}},
+                {{8, 11}, false, {2, 0, 0, 0, 1, 0, 0, 0, 1}},
+                {{8, -1}, false, {2, 0, 0, 0, 1, 0, 0, 0, 1}}};
+    for (const auto& row : rows) {
+        m_Pipeline.ResetTransform();
+        bool answer = false;
+        for (const int operation : row.operations) answer = m_Pipeline.ConcatenateTransform(operation, 0);
+        EXPECT_EQ(answer, row.answer) << row.operations.back();
+        EXPECT_EQ(Transform(), row.transform) << row.operations.back();
+    }
+    EXPECT_FALSE(m_Pipeline.CopyTransform(nullptr));
+}
+
+TEST_F(ColorRendererTest, AMatrixThatLeadsNowhereIsRefused) {
+    const Matrix none{std::numeric_limits<float>::infinity(), 0, 0, 0, 1, 0, 0, 0, 1};
+    const Matrix huge{1e30f, 0, 0, 0, 1, 0, 0, 0, 1};
+    EXPECT_FALSE(m_Pipeline.ConcatenateMatrix(nullptr));
+    EXPECT_FALSE(m_Pipeline.ConcatenateMatrix(none.data()));
+    EXPECT_TRUE(m_Pipeline.ConcatenateMatrix(huge.data()));
+    EXPECT_FALSE(m_Pipeline.ConcatenateMatrix(huge.data())) << "their product overflows";
+    EXPECT_EQ(Transform(), huge);
+}
+
+// Sample v of channel k becomes 3 v + k, and at the end 1000 - v. The last entry goes on beyond the table's end.
+const Words kInput = Counting(750);
+const Words kOutput = [] {
+    Words table(3000);
+    for (unsigned i = 0; i < 3000; ++i) table[i] = static_cast<std::uint16_t>(1000 - i / 3);
+    return table;
+}();
+
+struct Format {
+    unsigned bits;
+    int operation, depth;
+    unsigned shift, channels, sample_bytes;
+};
+
+// Every format with and without tables, through the planes and straight, down to the smallest mosaics.
+class PictureTest : public ColorRendererTest, public testing::WithParamInterface<Format> {};
+
+TEST_P(PictureTest, IsTheDemosaicedFrameThroughTablesAndShift) {
+    const Format& format = GetParam();
+    for (int variant = 0; variant < 16; ++variant) {
+        const bool from_planes = variant & 1, input = variant & 2, output = variant & 4;
+        ColorPipeline pipeline(variant & 8 ? Kind::kMain : Kind::kScratchpad, m_Logger);
+        pipeline.Stage([&](ColorSettings& settings) { settings.transform.SetInputBitDepth(format.bits); });
+        ASSERT_TRUE(pipeline.ConcatenateTransform(format.operation, format.depth));
+        // Tables that have not three channels are not applied.
+        pipeline.SetTable(&ColorSettings::input_linearization, kInput.data(), 250 - !input, input ? 3 : 4);
+        pipeline.SetTable(&ColorSettings::output_non_linearization, kOutput.data(), 1000, output ? 3 : 1);
+        for (const auto& [w, h] : {std::pair(6u, 4u), {1u, 1u}, {1u, 5u}, {5u, 1u}, {2u, 2u}}) {
+            SCOPED_TRACE(testing::Message() << "variant " << variant << ", " << w << " x " << h);
+            Record record(w, h, Counting(w * h, 1, (1u << format.bits) / 30), format.bits);
+            ASSERT_TRUE(m_Renderer.ReservePicture(&record));
+            const ColorFrame frame(&record, format.bits, 1);
+            ASSERT_TRUE(!from_planes || m_Renderer.Demosaic(frame));
+            m_Renderer.Render(frame, pipeline, from_planes);
+            const Words whole = Demosaiced(record, 1);
+            ASSERT_EQ(record.color_size_in_bytes, w * h * format.channels * format.sample_bytes);
+            const auto* bytes = static_cast<const std::uint8_t*>(record.color_pixels);
+            for (unsigned i = 0; i < w * h * format.channels; ++i) {
+                const unsigned pixel = i / format.channels, c = i % format.channels;
+                unsigned expected = 255;
+                if (c < 3) {
+                    expected = whole[pixel * 3 + c];
+                    if (input) expected = kInput[3 * std::min(expected, 249u) + c];
+                    expected = std::min(expected, (1u << format.bits) - 1) >> format.shift;
+                    if (output) expected = kOutput[3 * std::min(expected, 999u) + c];
+                    if (format.sample_bytes == 1) expected = std::min(expected, 255u);
+                }
+                const unsigned seen = format.sample_bytes == 1 ? bytes[i] : bytes[2 * i] + 256u * bytes[2 * i + 1];
+                ASSERT_EQ(seen, expected) << "pixel " << pixel << " channel " << c;
+            }
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(, PictureTest,
+                         testing::Values(Format{14, ZEL_COLOR_TRANSFORM_16_BIT, 0, 0, 3, 2},
+                                         Format{14, ZEL_COLOR_TRANSFORM_16_BIT, 10, 4, 3, 2},
+                                         Format{12, ZEL_COLOR_TRANSFORM_16_BIT, 13, 0, 3, 2},  // refused
+                                         Format{16, ZEL_COLOR_TRANSFORM_16_BIT, 2, 14, 3, 2},
+                                         Format{12, ZEL_COLOR_TRANSFORM_8_BIT_RGB, 0, 4, 3, 1},
+                                         Format{6, ZEL_COLOR_TRANSFORM_8_BIT_RGBX, 0, 0, 4, 1}));
+
+TEST_F(ColorRendererTest, TheDepthIsTheFrames) {
+    ASSERT_TRUE(m_Pipeline.ConcatenateTransform(ZEL_COLOR_TRANSFORM_8_BIT_RGB, 0));
+    Record record(1, 1, {0xABCD}, 16);
+    ASSERT_TRUE(m_Renderer.ReservePicture(&record));
+    m_Renderer.Render(ColorFrame(&record, 16, 1), m_Pipeline, false);
+    EXPECT_EQ(*static_cast<const std::uint8_t*>(record.color_pixels), 0xAB);
+    record.size_in_bytes = 1u << 30;
+    EXPECT_FALSE(m_Renderer.ReservePicture(&record));
+    EXPECT_EQ(record.color_size_in_bytes, 0u);
+}
+
+}  // namespace
+}  // namespace zel::test

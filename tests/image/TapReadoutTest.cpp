@@ -1,0 +1,181 @@
+// The tap readout alone: every way of it against the order of the taps in plain words.
+#include "image/TapReadout.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdio>
+#include <fstream>
+#include <random>
+
+#include "platform/Memory.h"
+#include "tapbalance/TapBalance.h"
+#include "tests/image/Record.h"
+
+namespace zel::test {
+namespace {
+
+FrameGeometry Taps(int taps, bool packed = false, int mhz = 20) {
+    FrameGeometry geometry;
+    geometry.packed = packed;
+    geometry.width = geometry.height = 80;  // room for every frame here
+    geometry.bytes_per_pixel = 2;
+    geometry.taps = taps;
+    geometry.readout_mhz = mhz;
+    return geometry;
+}
+
+// Two taps deliver from both ends of a row to its middle, four from the corners to the middle in groups of top left,
+// top right, bottom left, bottom right. What no tap reads holds what the scratch held, here zeros.
+Words InImageOrder(const Words& raw, unsigned w, unsigned h, int taps) {
+    if (taps == 1) return raw;
+    Words picture(raw.size());
+    if (taps == 2) {
+        for (unsigned i = 0; i < w * h; ++i) {
+            const unsigned x = i % w, first = i - x;
+            picture[first + (x % 2 ? w - 1 - x / 2 : x / 2)] = raw[i];
+        }
+        return picture;
+    }
+    auto sample = raw.begin();
+    for (unsigned y = 0; y < h / 2; ++y) {
+        for (unsigned x = 0; x < w / 2; ++x) {
+            for (const unsigned row : {y, h - 1 - y}) {
+                for (const unsigned column : {x, w - 1 - x}) picture[row * w + column] = *sample++;
+            }
+        }
+    }
+    return picture;
+}
+
+// Two samples of 12 bits in three bytes.
+void Pack(const Words& samples, unsigned short* pixels) {
+    auto* out = reinterpret_cast<unsigned char*>(pixels);
+    for (std::size_t i = 0; i < samples.size(); i += 2) {
+        const unsigned first = samples[i], second = i + 1 < samples.size() ? samples[i + 1] : 0;
+        *out++ = static_cast<unsigned char>(first >> 4);
+        *out++ = static_cast<unsigned char>((first & 15) | (second & 15) << 4);
+        if (i + 1 < samples.size()) *out++ = static_cast<unsigned char>(second >> 4);
+    }
+}
+
+// The taps' gains differ, and differ with the level.
+class Balance {
+  public:
+    explicit Balance(int taps) {
+        balance.SetBitsPerPixel(12);
+        balance.SetGain(0);
+        for (const char* name : {"taps_20MHz.txt", "taps_40MHz.txt"}) {
+            std::ofstream file(name);
+            file << "6 " << taps << '\n';
+            for (int row = 0; row < 6; ++row) {
+                file << row * 300;
+                for (int tap = 0; tap < 4; ++tap) file << ' ' << (tap < taps ? 0.9 + 0.04 * tap + 0.005 * row : 0);
+                file << '\n';
+            }
+            file.close();
+            EXPECT_TRUE(balance.LoadDataFromMasterFile(name));
+            std::remove(name);
+        }
+        EXPECT_TRUE(balance.Enable(true));
+    }
+
+  private:
+    ExchangeLock m_Lock;
+    TextProtocol m_Text{nullptr, "", m_Lock};
+
+  public:
+    TapBalance balance{m_Text, ""};
+};
+
+class TapReadoutTest : public testing::Test {
+  protected:
+    Logger m_Logger{"TapReadoutTest"};
+    TapReadout m_Readout{m_Logger, nullptr};
+};
+
+TEST_F(TapReadoutTest, EverySampleFindsItsPlaceAndItsTapsTable) {
+    std::mt19937 random(7);
+    for (const int taps : {1, 2, 4}) {
+        Balance two_or_four(std::max(taps, 2));
+        for (const auto& [w, h] :
+             {std::pair(4u, 4u), {5u, 2u}, {3u, 3u}, {2u, 1u}, {4u, 1u}, {37u, 5u}, {70u, 5u}, {70u, 6u}}) {
+            for (const auto& [packed, mhz] : {std::pair(false, 20), {true, 40}, {false, 30}, {true, 0}}) {
+                if (packed && taps == 1) continue;
+                SCOPED_TRACE(testing::Message() << w << " x " << h << " taps " << taps << " packed " << packed);
+                Words raw(w * h);
+                for (auto& sample : raw) sample = static_cast<std::uint16_t>(random() % 4096);
+                Record record(w, h, raw);
+                if (packed) Pack(raw, record.pixels);
+                Words expected = InImageOrder(raw, w, h, taps);
+                // Cameras are calibrated for two readout speeds.
+                const bool corrected = taps > 1 && (mhz == 20 || mhz == 40);
+                const TapTables tables = two_or_four.balance.TablesFor(mhz == 40);
+                for (unsigned i = 0; corrected && i < expected.size(); ++i) {
+                    const bool left = i % w < w / 2, top = taps == 2 || i / w < h / 2;
+                    expected[i] = tables.lut[top ? (left ? 0u : 1u) : (left ? 3u : 2u)][expected[i]];
+                }
+                TapReadout readout(m_Logger, &two_or_four.balance);
+                readout.Prepare(Taps(taps));
+                EXPECT_TRUE(readout.Process(&record, Taps(taps, packed, mhz)));
+                EXPECT_EQ(record.Content(), expected);
+            }
+        }
+    }
+}
+
+TEST_F(TapReadoutTest, WithoutScratchFourTapsAreUnpackedAndStayInTheirOrder) {
+    m_Readout.Prepare(Taps(4));
+    EXPECT_EQ(m_Readout.BufferCount(), 1);
+    m_Readout.ReleaseBuffers();
+    EXPECT_EQ(m_Readout.BufferCount(), 0);
+    for (const bool packed : {false, true}) {
+        Record record(4, 2, Counting(8));
+        if (packed) Pack(Counting(8), record.pixels);
+        EXPECT_FALSE(m_Readout.Process(&record, Taps(4, packed)));
+        EXPECT_EQ(record.Content(), Counting(8));
+    }
+}
+
+TEST_F(TapReadoutTest, PackedFramesAskTheSystemForNoMemoryAndStayPackedWhenThereIsNone) {
+    Record record(2, 1, {7, 9});
+    platform::SetPageReservationLimit(0);
+    EXPECT_TRUE(m_Readout.Process(&record, Taps(2, true)));
+    platform::SetPageReservationLimit(-1);
+    EXPECT_EQ(record.Content(), (Words{7, 9}));
+    m_Readout.Process(&record, Taps(2, true));
+    const long long live = platform::LivePageReservations();
+    m_Readout.Process(&record, Taps(2, true));
+    EXPECT_EQ(platform::LivePageReservations(), live);
+}
+
+// A transport may hand over less than the full frame: the next frame finds the record's buffer as large as ever.
+TEST_F(TapReadoutTest, ASmallerPackedFrameLeavesTheRecordItsBuffer) {
+    m_Readout.Prepare(Taps(4));
+    for (const auto& [w, h, taps] : {std::array{0u, 4u, 2u}, {2u, 2u, 2u}, {3u, 1u, 2u}, {2u, 2u, 4u}, {0u, 0u, 4u}}) {
+        Record record(4, 4, Counting(16));
+        record.w = w;
+        record.h = h;
+        m_Readout.Process(&record, Taps(static_cast<int>(taps), true));
+        EXPECT_NE(record.pixels, nullptr);
+        EXPECT_EQ(record.buffer_size, 32u) << w << " x " << h;
+        EXPECT_EQ(record.size_in_bytes, 2 * w * h);
+    }
+}
+
+TEST_F(TapReadoutTest, GeometryThatDoesNotFitTheBufferIsRefused) {
+    EXPECT_FALSE(m_Readout.Process(nullptr, Taps(2)));
+    for (const bool packed : {false, true}) {
+        for (const int taps : {1, 2, 4}) {
+            Record record(4, 4, Counting(16));
+            record.w = record.h = 4000;
+            record.size_in_bytes = 2 * (record.num_pixels = record.w * record.h);
+            m_Readout.Prepare(Taps(taps));
+            EXPECT_EQ(m_Readout.Process(&record, Taps(taps, packed)), taps == 1);
+            record.w = record.h = 4;
+            EXPECT_EQ(record.Content(), Counting(16));
+        }
+    }
+}
+
+}  // namespace
+}  // namespace zel::test

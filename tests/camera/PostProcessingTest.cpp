@@ -9,8 +9,8 @@
 
 #include "image/ZelCameraControlImpl.h"
 #include "platform/Clock.h"
-#include "platform/Memory.h"
 #include "tapbalance/TapBalance.h"
+#include "tests/support/PageReservations.h"
 
 namespace zel::test {
 namespace {

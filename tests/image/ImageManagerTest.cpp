@@ -7,7 +7,7 @@
 #include <set>
 #include <vector>
 
-#include "platform/Memory.h"
+#include "tests/support/PageReservations.h"
 
 namespace zel {
 namespace {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "image/ZelImageInternal.h"
-#include "platform/Memory.h"
+#include "tests/support/PageReservations.h"
 
 namespace zel {
 namespace {

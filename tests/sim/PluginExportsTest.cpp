@@ -1,9 +1,9 @@
 // The plug-ins as the SDK sees them: loaded by name, bound by export.
 #include <gtest/gtest.h>
 
-#include "platform/Environment.h"
 #include "sim/Settings.h"
 #include "sim/SimControl.h"
+#include "tests/support/Process.h"
 #include "tools/plugin_check/HostCamera.h"
 #include "tools/plugin_check/PluginLibrary.h"
 

@@ -4,7 +4,7 @@
 #include <limits>
 #include <string>
 
-#include "platform/Memory.h"
+#include "tests/support/PageReservations.h"
 #include "tests/util/FileTools.h"
 #include "util/ZelUtilImpl.h"
 

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "platform/DynamicLibrary.h"
-#include "platform/Environment.h"
 #include "sim/SimControl.h"
+#include "tests/support/Process.h"
 
 namespace zelcam {
 

@@ -67,7 +67,7 @@ function(zel_test name)
         set(ARG_TIMEOUT 300)
     endif()
     add_executable(${name} ${ARG_SOURCES})
-    target_link_libraries(${name} PRIVATE zel_options GTest::gmock_main ${ARG_LINK})
+    target_link_libraries(${name} PRIVATE zel_options GTest::gmock_main ${ARG_LINK} zel_test_support)
     # The tests' own code need not be fast; compiling it should be. GoogleTest's headers are parsed once for all.
     # GCC 12 warns of bounds inside its own std::string when texts are concatenated.
     target_compile_options(${name} PRIVATE -O1)

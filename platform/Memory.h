@@ -16,11 +16,6 @@ void ReleasePages(void* pages);
 // Physical memory that is available now, in bytes; 0 when the system does not tell.
 std::uint64_t AvailablePhysicalMemory();
 
-// For tests: how many ReservePages calls succeed from now on before every further one fails (negative: all succeed),
-// and how many reservations are alive in the whole process.
-void SetPageReservationLimit(long long calls);
-long long LivePageReservations();
-
 }  // namespace zel::platform
 
 #endif

@@ -8,8 +8,6 @@
 #include <cstring>
 #include <memory>
 
-#include "platform/ReservationCount.h"
-
 namespace zel::platform {
 
 namespace {
@@ -23,13 +21,10 @@ std::size_t PageSize() {
 }  // namespace
 
 void* ReservePages(std::size_t bytes) {
-    if (bytes == 0 || bytes > static_cast<std::size_t>(-1) / 2 || !CountReservation()) return nullptr;
+    if (bytes == 0 || bytes > static_cast<std::size_t>(-1) / 2) return nullptr;
     const std::size_t total = PageSize() + bytes;
     void* region = mmap(nullptr, total, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (region == MAP_FAILED) {
-        CountRelease();
-        return nullptr;
-    }
+    if (region == MAP_FAILED) return nullptr;
     std::memcpy(region, &total, sizeof total);
     return static_cast<char*>(region) + PageSize();
 }
@@ -40,7 +35,6 @@ void ReleasePages(void* pages) {
     std::size_t total;
     std::memcpy(&total, region, sizeof total);
     munmap(region, total);
-    CountRelease();
 }
 
 // MemAvailable counts caches that the system would give up, unlike the free memory that sysinfo reports.

@@ -2,21 +2,12 @@
 
 #include <windows.h>
 
-#include "platform/ReservationCount.h"
-
 namespace zel::platform {
 
-void* ReservePages(std::size_t bytes) {
-    if (!CountReservation()) return nullptr;
-    void* pages = VirtualAlloc(nullptr, bytes, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
-    if (!pages) CountRelease();
-    return pages;
-}
+void* ReservePages(std::size_t bytes) { return VirtualAlloc(nullptr, bytes, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE); }
 
 void ReleasePages(void* pages) {
-    if (!pages) return;
-    VirtualFree(pages, 0, MEM_RELEASE);
-    CountRelease();
+    if (pages) VirtualFree(pages, 0, MEM_RELEASE);
 }
 
 std::uint64_t AvailablePhysicalMemory() {

@@ -2,8 +2,8 @@
 #include <cstdio>
 #include <fstream>
 
-#include "platform/Environment.h"
 #include "tests/camera/CameraFixture.h"
+#include "tests/support/Process.h"
 #include "tests/tapbalance/ScriptedFlash.h"
 #include "util/ProgressReporter.h"
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "platform/Memory.h"
+#include "tests/support/PageReservations.h"
 
 namespace zel {
 namespace {

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "platform/Memory.h"
+#include "tests/support/PageReservations.h"
 
 namespace zel {
 namespace {

@@ -7,9 +7,9 @@
 #include <fstream>
 #include <random>
 
-#include "platform/Memory.h"
 #include "tapbalance/TapBalance.h"
 #include "tests/image/Record.h"
+#include "tests/support/PageReservations.h"
 
 namespace zel::test {
 namespace {

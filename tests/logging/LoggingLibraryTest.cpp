@@ -12,8 +12,8 @@
 #include <thread>
 #include <vector>
 
-#include "platform/Environment.h"
 #include "sdk/Logger.h"
+#include "tests/support/Process.h"
 
 namespace zel {
 namespace {

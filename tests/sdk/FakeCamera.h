@@ -3,33 +3,42 @@
 #define TESTS_SDK_FAKECAMERA_H
 
 #include <atomic>
+#include <mutex>
 #include <string>
 #include <vector>
 
 #include "include/ZelCamera.h"
 
-class ICameraInterface;
-
 namespace zel::test {
 
 class FakeCamera final : public ZelCamera {
   public:
-    FakeCamera(ICameraInterface* transport, const char* name);
+    explicit FakeCamera(const char* name) : m_Name(name ? name : "(null)") { ++s_Alive; }
     ZEL_IMPLEMENTATION_DESTRUCTOR(FakeCamera)
-    ~FakeCamera();
-    bool Close() override;
+    ~FakeCamera() {
+        --s_Alive;
+        Note("destroy ");
+    }
+    bool Close() override {
+        Note("close ");
+        return true;
+    }
 
-    ICameraInterface* const m_Transport;
-    const std::string m_Name;  // the factory's second argument; "(null)" for a null one
-
+    const std::string m_Name;          // the factory's second argument
     std::atomic<bool> m_InUse{false};  // can't be retired
     std::atomic<bool> m_Suspended{false};
 
-    // What happened since the last call, oldest first: "create NAME", "close NAME", "destroy NAME".
-    static std::vector<std::string> TakeJournal();
-    static int Alive();
-    // The next object is not made.
-    static void FailNext();
+    inline static std::atomic<int> s_Alive{0};
+    inline static std::atomic<bool> s_FailNext{false};  // the next object is not made
+    inline static std::vector<std::string> s_Journal;   // "close NAME", "destroy NAME", oldest first
+
+  private:
+    void Note(const char* what) {
+        const std::lock_guard guard(s_Lock);
+        s_Journal.push_back(what + m_Name);
+    }
+
+    inline static std::mutex s_Lock;
 };
 
 }  // namespace zel::test

@@ -1,12 +1,11 @@
-// A created and opened SDK with the test plug-ins of this program's folder. At the end of each test it checks that no
-// camera object and no transport was left over.
+// A created and opened SDK with three test plug-ins, each without a camera at first. At the end of each test it checks
+// that no camera object and no transport was left over, and unloads the plug-ins.
 #ifndef TESTS_SDK_SDKFIXTURE_H
 #define TESTS_SDK_SDKFIXTURE_H
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <array>
 #include <string>
 
 #include "include/ZelSDK.h"
@@ -17,52 +16,39 @@
 
 namespace zel::test {
 
-// A load of a test plug-in that the test itself holds, so that the plug-in's state outlives the SDK's loads.
-class PluginHold {
-  public:
-    explicit PluginHold(const char* name) : m_Library(platform::LoadSharedLibrary(name)) {
+// A test plug-in, loaded once by the test itself, so that its state outlives the SDK's loads.
+struct Plugin {
+    explicit Plugin(const char* name) : m_Library(platform::LoadSharedLibrary(name)) {
         const auto control = platform::FindFunction<TestPluginControlFunction>(m_Library, "test_plugin_control");
         m_Control = control ? control() : nullptr;
-        if (!m_Control) ADD_FAILURE() << name << " was not found beside this program";
+        if (!m_Control || m_Control->created > 0) ADD_FAILURE() << name << " was not found, or not unloaded";
     }
-    ~PluginHold() { platform::UnloadSharedLibrary(m_Library); }
-    PluginHold(const PluginHold&) = delete;
-    PluginHold& operator=(const PluginHold&) = delete;
-
-    TestPluginControl& operator*() const { return *m_Control; }
+    ~Plugin() {
+        for (int left = m_Control ? m_Control->loads.load() : 0; left > 0; --left)
+            platform::UnloadSharedLibrary(m_Library);
+    }
     TestPluginControl* operator->() const { return m_Control; }
+    int LoadsOfTheSdk() const { return m_Control->loads - 1; }
 
-  private:
     platform::LibraryHandle m_Library;
     TestPluginControl* m_Control;
 };
 
-// Whether a library stays loaded when the test lets go of it: a fresh load then still finds the test's mark.
-inline bool LoadedWithoutUs(const char* name) {
-    const platform::LibraryHandle library = platform::LoadSharedLibrary(name);
-    const auto control = platform::FindFunction<TestPluginControlFunction>(library, "test_plugin_control");
-    const bool marked = control && control()->mark == 42;
-    platform::UnloadSharedLibrary(library);
-    return marked;
-}
-
 class SdkFixture : public testing::Test {
   protected:
-    void SetUp() override {
-        FakeCamera::TakeJournal();
-        ASSERT_NE(nullptr, m_Sdk);
-        ASSERT_TRUE(m_Sdk->Open());
+    SdkFixture() {
+        m_Edt->lacks = m_Pleora->lacks = "get_camera_port_type";  // which is the USB library's alone
+        FakeCamera::s_Journal.clear();
+        EXPECT_TRUE(m_Sdk->Open());
     }
-
     void TearDown() override {
         zel_destroy_sdk(m_Sdk);
-        EXPECT_EQ(0, FakeCamera::Alive());
-        for (PluginHold* plugin : {&m_Edt, &m_Pleora, &m_Usb}) {
+        EXPECT_EQ(0, FakeCamera::s_Alive);
+        for (const Plugin* plugin : m_Plugins) {
             EXPECT_EQ(0, (*plugin)->transports);
             EXPECT_EQ(0, (*plugin)->double_destructions);
             EXPECT_EQ(0, (*plugin)->calls_of_the_dead);
         }
-        DrainLoads();
     }
 
     int Search(int edt, int pleora, int usb) {
@@ -71,39 +57,20 @@ class SdkFixture : public testing::Test {
         m_Usb->num_cameras = usb;
         return m_Sdk->GetNumberOfCameras();
     }
-
     // The name of the camera object with this number, "" for none.
     std::string CameraText(int number) const {
         const auto* camera = static_cast<FakeCamera*>(m_Sdk->GetCamera(number));
         return camera ? camera->m_Name : "";
     }
+    int Transports() const { return m_Edt->transports + m_Pleora->transports + m_Usb->transports; }
+    int Unloads() const { return m_Edt->unloads + m_Pleora->unloads + m_Usb->unloads; }
 
     RecordedLog m_Log;
-    PluginHold m_Edt{"edt_camera_link.dll"};
-    PluginHold m_Pleora{"pleora_ebus.dll"};
-    PluginHold m_Usb{"zel_usb.dll"};
+    Plugin m_Edt{"edt_camera_link.dll"};
+    Plugin m_Pleora{"pleora_ebus.dll"};
+    Plugin m_Usb{"zel_usb.dll"};
+    const Plugin* const m_Plugins[3] = {&m_Edt, &m_Pleora, &m_Usb};
     ZelSDK* m_Sdk = zel_create_sdk();
-
-  private:
-    // Searches leave loads behind, so the state of the plug-ins outlives the test: every switch goes back.
-    void DrainLoads() {
-        for (PluginHold* plugin : {&m_Edt, &m_Pleora, &m_Usb}) {
-            TestPluginControl& control = **plugin;
-            control.num_cameras = 0;
-            control.failing_camera = -1;
-            control.fresh_transports = control.keep_transports = control.overwrite_name = control.block =
-                control.unload_kills = control.unload_reports = false;
-            control.text_kind = TextKind::kIndexed;
-            control.port_type = "USB 3.0";
-            control.version = nullptr;
-            control.blocked = false;
-            control.mark = control.unloads = control.transports = control.created = control.double_destructions =
-                control.calls_of_the_dead = 0;
-            control.callback = nullptr;
-            control.context = -2;
-            control.last_name[0] = '\0';
-        }
-    }
 };
 
 inline std::string OrNull(const char* text) { return text ? text : "(null)"; }

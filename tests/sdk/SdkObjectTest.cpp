@@ -1,5 +1,8 @@
-// The SDK object and the entry points.
+// The SDK object, the entry points, and the lock of the manager behind them.
 #include "tests/sdk/SdkFixture.h"
+
+#include <chrono>
+#include <thread>
 
 #include "include/ZelUtil.h"
 
@@ -7,8 +10,6 @@ const char* BuildVersion();
 
 namespace zel::test {
 namespace {
-
-using testing::ElementsAre;
 
 void ZEL_CALL Ignore(int, int, const char*, const char*, const char*, void*) {}
 
@@ -20,13 +21,10 @@ TEST(SdkObject, ThereIsOneAndAnyHolderDestroysIt) {
     EXPECT_EQ(1, log.LiveLogs());
     zel_destroy_sdk(sdk);
     EXPECT_EQ(0, log.LiveLogs());
-    EXPECT_THAT(log.Messages("ZEL_SDK"), ElementsAre("Creating Kestrane SDK", "Creating Kestrane SDK",
-                                                     "Destroying Kestrane SDK", "Calling ZelSDKImpl::Close"));
-}
-
-TEST(SdkObject, DestroyingNothingKeepsTheObject) {
-    RecordedLog log;
-    ZelSDK* sdk = zel_create_sdk();
+    EXPECT_THAT(log.Messages("ZEL_SDK"), testing::ElementsAre("Creating Kestrane SDK", "Creating Kestrane SDK",
+                                                              "Destroying Kestrane SDK", "Calling ZelSDKImpl::Close"));
+    // On purpose: destroying nothing ends the log alone.
+    sdk = zel_create_sdk();
     zel_destroy_sdk(nullptr);
     EXPECT_EQ(0, log.LiveLogs());
     EXPECT_EQ(sdk, zel_create_sdk());
@@ -34,27 +32,18 @@ TEST(SdkObject, DestroyingNothingKeepsTheObject) {
 }
 
 TEST(SdkObject, AnswersNothingWhileItIsNotOpen) {
-    ZelSDK* sdk = zel_create_sdk();
-    EXPECT_EQ(0, sdk->GetNumberOfCameras());
-    EXPECT_EQ(nullptr, sdk->GetCamera(0));
-    EXPECT_EQ(nullptr, sdk->GetCameraInterfaceTypeStr(0));
-    EXPECT_EQ(nullptr, sdk->GetCameraAddressStr(0, 0));
-    EXPECT_EQ(nullptr, sdk->GetCameraName(0));
-    EXPECT_EQ(nullptr, sdk->GetCameraSerialNumStr(0));
-    EXPECT_EQ(0, zel_set_camera_connect_callback(&Ignore, nullptr));
-    EXPECT_TRUE(sdk->Close());
-    zel_destroy_sdk(sdk);
-}
-
-TEST(SdkObject, OpensAndClosesAnyNumberOfTimes) {
     RecordedLog log;
     ZelSDK* sdk = zel_create_sdk();
     for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ(0, sdk->GetNumberOfCameras());
+        EXPECT_FALSE(sdk->GetCamera(0) || sdk->GetCameraInterfaceTypeStr(0) || sdk->GetCameraAddressStr(0, 0) ||
+                     sdk->GetCameraName(0) || sdk->GetCameraSerialNumStr(0));
+        EXPECT_EQ(0, zel_set_camera_connect_callback(&Ignore, nullptr));
+        EXPECT_TRUE(sdk->Close());
         EXPECT_TRUE(sdk->Open());
         EXPECT_TRUE(sdk->Open());
         EXPECT_EQ(1, zel_set_camera_connect_callback(&Ignore, nullptr));
         EXPECT_TRUE(sdk->Close());
-        EXPECT_EQ(0, zel_set_camera_connect_callback(&Ignore, nullptr));
     }
     // One manager each time.
     EXPECT_EQ(3, log.Count("Enter", 2));
@@ -62,21 +51,43 @@ TEST(SdkObject, OpensAndClosesAnyNumberOfTimes) {
     zel_destroy_sdk(sdk);
 }
 
-TEST(SdkObject, BuildVersionIsFixed) {
-    EXPECT_STREQ("zel_sdk.dll version 0.000003", BuildVersion());
+TEST(SdkObject, UtilityVersionAndReservedOperationsNeedNoOpen) {
     ZelSDK* sdk = zel_create_sdk();
-    sdk->Open();
     EXPECT_STREQ("zel_sdk.dll version 0.000003", BuildVersion());
-    zel_destroy_sdk(sdk);
-}
-
-TEST(SdkObject, UtilityAndReservedOperationsNeedNoOpen) {
-    ZelSDK* sdk = zel_create_sdk();
     EXPECT_NE(nullptr, sdk->GetUtil());
     EXPECT_EQ(ZelSDK().GetUtil(), sdk->GetUtil());
     EXPECT_TRUE(sdk->Reserved1(1, 2) == 0 && sdk->Reserved2() == 0 && sdk->Reserved3() == 0);
     EXPECT_TRUE(sdk->Reserved4() && sdk->Reserved5(1, 2, 3));
     zel_destroy_sdk(sdk);
+}
+
+class ManagerLock : public SdkFixture {};
+
+TEST_F(ManagerLock, OnPurposeAFailureLastsUntilTheSdkIsReopened) {
+    m_Usb->num_cameras = 1;
+    m_Usb->block = true;
+    int blocked_found = -1;
+    std::thread blocked([&] { blocked_found = m_Sdk->GetNumberOfCameras(); });
+    while (!m_Usb->blocked) std::this_thread::yield();
+
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(0, m_Sdk->GetNumberOfCameras());
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(4900));
+    EXPECT_EQ(1, m_Log.Count("***ERROR***: Lock() failed", 0));
+
+    // The holder finishes and its release succeeds, which mends nothing.
+    m_Usb->block = false;
+    blocked.join();
+    EXPECT_EQ(1, blocked_found);
+    EXPECT_EQ(0, m_Sdk->GetNumberOfCameras());
+    EXPECT_EQ(2, m_Log.Count("***ERROR***: Lock() failed", 0));
+
+    // What the holder found can still be asked for.
+    EXPECT_STREQ("zel_usb name 0", m_Sdk->GetCameraName(0));
+
+    m_Sdk->Close();
+    m_Sdk->Open();
+    EXPECT_EQ(1, m_Sdk->GetNumberOfCameras());
 }
 
 }  // namespace

@@ -17,8 +17,10 @@ namespace zel::test {
 
 class FakeClock : public platform::ClockSource {
   public:
-    // `start` near 2^32 tests the wrap of the millisecond clock.
-    explicit FakeClock(std::uint32_t start = 1000) : m_Start(start), m_Now(start) { platform::SetClockSource(this); }
+    // The millisecond clock passes 2^32 within the first second, so that every budget is tested across that.
+    explicit FakeClock(std::uint32_t start = 0xFFFFFF00u) : m_Start(start), m_Now(start) {
+        platform::SetClockSource(this);
+    }
     ~FakeClock() override { platform::SetClockSource(nullptr); }
     FakeClock(const FakeClock&) = delete;
     FakeClock& operator=(const FakeClock&) = delete;

@@ -5,8 +5,8 @@
 
 #include "include/ZelCameraInternal.h"
 #include "include/ZelProgress.h"
-#include "platform/Environment.h"
 #include "platform/User.h"
+#include "tests/support/Process.h"
 #include "tests/system/SystemFixture.h"
 
 namespace zel::test {

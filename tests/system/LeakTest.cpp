@@ -1,7 +1,7 @@
 // Start and stop many times over. The library is linked in, so that its clock can be replaced: the waits of a start
 // would take two minutes otherwise.
-#include "platform/ProcessResources.h"
 #include "tests/support/FakeClock.h"
+#include "tests/support/Process.h"
 #include "tests/system/SystemFixture.h"
 
 namespace zel::test {

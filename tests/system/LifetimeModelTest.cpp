@@ -4,7 +4,7 @@
 // ZEL_TEST_SEED chooses the order, ZEL_TEST_STEPS its length.
 #include <cstdlib>
 
-#include "platform/ProcessResources.h"
+#include "tests/support/Process.h"
 #include "tests/system/LifetimeDriver.h"
 #include "tests/system/ThreadClock.h"
 
@@ -89,7 +89,8 @@ TEST_P(LifetimeModelTest, EveryOrderOfStepsEndsWell) {
 
     watchdog.Note("threads end");
     while (platform::RunningThreads() > running) std::this_thread::yield();
-    // On Windows a lock that lives on takes a handle when it is first waited for; a leak in any step would be many more.
+    // On Windows a lock that lives on takes a handle when it is first waited for; a leak in any step would be many
+    // more.
     EXPECT_LE(platform::OpenHandles(), handles + 20);
     std::printf("%s: ", title.c_str());
     driver.PrintCounts();

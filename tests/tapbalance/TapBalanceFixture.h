@@ -8,9 +8,9 @@
 #include <fstream>
 #include <string>
 
-#include "platform/Environment.h"
 #include "tapbalance/TapBalance.h"
 #include "tests/support/FakeClock.h"
+#include "tests/support/Process.h"
 #include "tests/tapbalance/ScriptedFlash.h"
 
 namespace zel::test {

@@ -8,7 +8,7 @@
 #include <limits>
 
 #include "include/ZelImage.h"
-#include "platform/Memory.h"
+#include "tests/support/PageReservations.h"
 #include "util/ZelUtilImpl.h"
 
 namespace zel {

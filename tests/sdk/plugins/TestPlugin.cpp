@@ -1,82 +1,55 @@
-// A camera interface library for tests, built several times: PLUGIN_NAME is the word in its texts, the other macros
-// leave exports out.
+// A camera interface library for tests, built three times: PLUGIN_NAME is the word in its texts.
 #include "tests/sdk/plugins/TestPlugin.h"
 
-#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <mutex>
 #include <thread>
 
-#include "link/ICameraInterface.h"
+#include "tests/support/ScriptedTransport.h"
 
 namespace {
 
-constexpr int kMaxTransports = 4096;
+constexpr int kMaxTransports = 1024;
 
 zel::test::TestPluginControl s_Control;
-[[maybe_unused]] std::mutex s_NameLock;  // a search and an event may ask for transports at the same time
+std::mutex s_NameLock;  // a search and an event may ask for transports at the same time
 
 // A transport that remembers the camera object bound to it, and is seen being used after its end.
-class TestTransport final : public ICameraInterface {
+class TestTransport final : public zel::test::ScriptedTransport {
   public:
-    void SetCameraCommon(IZelCameraCommon*) override { Touch(0); }
-    int Connect() override { return Touch(0); }
-    int Disconnect() override { return Touch(0); }
-    int SendData(int, const unsigned char*) override { return Touch(0); }
-    int RecvData(int, unsigned char*, int) override { return Touch(0); }
-    int Start() override { return Touch(0); }
-    int Stop() override { return Touch(0); }
-    int GetInterfaceType() override { return Touch(CAMERA_TYPE_USB); }
-    int PrepareAcquisition(int*) override { return Touch(0); }
-    void SetFrameCount(int) override { Touch(0); }
-    bool SetImageHandler(ZelImageHandler, ZelCamera*) override { return Touch(true); }
-    bool SetEventHandler(ZelEventHandler, ZelCamera*) override { return Touch(true); }
-    bool EnableEvents(int) override { return Touch(true); }
-    int GetStatusValue() override { return Touch(1); }
-    int GetDroppedFrames() override { return Touch(0); }
-    int StartTrigger() override { return Touch(0); }
-    bool StopTrigger() override { return Touch(true); }
-    bool SetStatusValue(int) override { return Touch(true); }
-    bool GetLedState(unsigned char*) override { return Touch(false); }
-    bool SetLedState(bool) override { return Touch(false); }
-    void SetCameraObject(ZelCamera* camera) override { m_Bound = Touch(camera); }
-    ZelCamera* GetCameraObject() override { return Touch(m_Bound.load()); }
+    void SetCameraObject(ZelCamera* camera) override { m_Bound = Touched(camera); }
+    ZelCamera* GetCameraObject() override { return Touched(m_Bound.load()); }
 
     std::atomic<bool> m_Alive{false};
     std::atomic<ZelCamera*> m_Bound{nullptr};
 
   private:
-    template <class Result>
-    Result Touch(Result result) const {
+    ZelCamera* Touched(ZelCamera* camera) const {
         if (!m_Alive) ++s_Control.calls_of_the_dead;
-        return result;
+        return camera;
     }
 };
 
 // Transports live in a table and are never freed, so that a second destruction is seen and not suffered.
-[[maybe_unused]] TestTransport s_Transports[kMaxTransports];
-[[maybe_unused]] std::atomic<int> s_NextFresh{256};
+TestTransport s_Transports[kMaxTransports];
+std::atomic<int> s_NextFresh{256};
 
-[[maybe_unused]] const char* Text(char* buffer, std::size_t size, const char* what, int cam_index) {
-    switch (s_Control.text_kind.load()) {
-        case zel::test::TextKind::kNull:
-            return nullptr;
-        case zel::test::TextKind::kLong:
-            std::memset(buffer, 'x', 100);
-            buffer[100] = '\0';
-            return buffer;
-        case zel::test::TextKind::kIndexed:
-            break;
-    }
-    std::snprintf(buffer, size, "%s %s %d", PLUGIN_NAME, what, cam_index);
-    return buffer;
+// Good until the fourth text after it.
+const char* Text(const char* what, int index) {
+    thread_local char texts[4][128];
+    thread_local unsigned next = 0;
+    char* const text = texts[next++ % 4];
+    std::snprintf(text, sizeof texts[0], "%s %s %d", PLUGIN_NAME, what, index);
+    const zel::test::TextKind kind = s_Control.text_kind;
+    if (kind == zel::test::TextKind::kLong) std::memset(text, 'x', 100);
+    return kind == zel::test::TextKind::kNull ? nullptr : text;
 }
 
-[[maybe_unused]] void WaitWhileBlocked() {
+void WaitWhileBlocked() {
     while (s_Control.block) {
         s_Control.blocked = true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        std::this_thread::yield();
     }
 }
 
@@ -84,19 +57,15 @@ class TestTransport final : public ICameraInterface {
 
 ZEL_PLUGIN_EXPORT zel::test::TestPluginControl* ZEL_CALL test_plugin_control() { return &s_Control; }
 
-#ifndef PLUGIN_WITHOUT_COUNT
 ZEL_PLUGIN_EXPORT int ZEL_CALL get_num_cameras() {
     WaitWhileBlocked();
     return s_Control.num_cameras;
 }
-#endif
 
-#ifndef PLUGIN_WITHOUT_CREATE
 ZEL_PLUGIN_EXPORT ICameraInterface* ZEL_CALL create_camera_interface(int cam_index, char* name) {
-    {
-        const std::lock_guard guard(s_NameLock);
-        std::snprintf(s_Control.last_name, sizeof s_Control.last_name, "%s", name);
-    }
+    std::unique_lock guard(s_NameLock);
+    std::snprintf(s_Control.last_name, sizeof s_Control.last_name, "%s", name);
+    guard.unlock();
     if (s_Control.overwrite_name) std::memset(name, 'o', 64);
     WaitWhileBlocked();
     ++s_Control.created;
@@ -109,38 +78,22 @@ ZEL_PLUGIN_EXPORT ICameraInterface* ZEL_CALL create_camera_interface(int cam_ind
     }
     return transport;
 }
-#endif
 
-#ifndef PLUGIN_WITHOUT_DESTROY
 ZEL_PLUGIN_EXPORT void ZEL_CALL destroy_camera_interface(ICameraInterface* camera) {
     if (static_cast<TestTransport*>(camera)->m_Alive.exchange(false) || s_Control.unload_kills)
         --s_Control.transports;
     else
         ++s_Control.double_destructions;
 }
-#endif
 
-#if defined(PLUGIN_OPTIONAL) || defined(PLUGIN_TYPE_ONLY)
-ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_interface_type_str() {
-    static char text[128];
-    return Text(text, sizeof text, "USB type", 0);
-}
-#endif
+ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_interface_type_str() { return Text("USB type", 0); }
 
-#ifdef PLUGIN_OPTIONAL
-ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_name(int cam_index) {
-    thread_local char text[128];
-    return Text(text, sizeof text, "name", cam_index);
-}
+ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_name(int cam_index) { return Text("name", cam_index); }
 
-ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_serial_num_str(int cam_index) {
-    thread_local char text[128];
-    return Text(text, sizeof text, "serial", cam_index);
-}
+ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_serial_num_str(int cam_index) { return Text("serial", cam_index); }
 
 ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_address_str(int cam_index, int address_select) {
-    thread_local char text[128];
-    return Text(text, sizeof text, "address", 10 * cam_index + address_select);
+    return Text("address", 10 * cam_index + address_select);
 }
 
 ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_version_str() { return s_Control.version; }
@@ -157,8 +110,5 @@ ZEL_PLUGIN_EXPORT void ZEL_CALL set_camera_connection_event_callback(ConnectionE
     s_Control.callback = callback;
     s_Control.context = context;
 }
-#endif
 
-#ifdef PLUGIN_PORT_TYPE
 ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_port_type(int) { return s_Control.port_type; }
-#endif

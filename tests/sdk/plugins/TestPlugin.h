@@ -9,11 +9,12 @@
 
 namespace zel::test {
 
-enum class TextKind { kIndexed, kNull, kLong };  // "edt name 0"; null; 100 characters
+enum class TextKind { kIndexed, kNull, kLong };  // "edt name 0"; null; 100 characters x and more
 
 inline constexpr int kAllCameras = -2;
 
 struct TestPluginControl {
+    std::atomic<const char*> lacks{""};  // names of exports that are not there (tests/sdk/LibraryLoads.h)
     std::atomic<int> num_cameras{0};
     std::atomic<int> failing_camera{-1};        // create_camera_interface answers null for this one, or for kAllCameras
     std::atomic<bool> fresh_transports{false};  // a new transport for each call; otherwise one per camera
@@ -27,7 +28,7 @@ struct TestPluginControl {
     std::atomic<bool> block{false};           // get_num_cameras and create_camera_interface wait while this is set
 
     std::atomic<bool> blocked{false};
-    std::atomic<int> mark{0};  // the test's own
+    std::atomic<int> loads{0};  // that were not taken back
     std::atomic<int> unloads{0};
     std::atomic<int> transports{0};  // alive
     std::atomic<int> created{0};     // answers of create_camera_interface

@@ -3,7 +3,7 @@
 
 #include "devices/sim/link/Settings.h"
 #include "devices/sim/link/SimControl.h"
-#include "platform/Environment.h"
+#include "tests/support/Process.h"
 #include "tools/plugin_check/HostCamera.h"
 #include "tools/plugin_check/PluginLibrary.h"
 

@@ -6,7 +6,7 @@
 
 #include "devices/sim/link/SimControl.h"
 #include "platform/DynamicLibrary.h"
-#include "platform/Environment.h"
+#include "tests/support/Process.h"
 
 namespace zelcam {
 

@@ -117,8 +117,9 @@ TEST_F(Libraries, ThatWereReleasedMeanwhileAreShutDownOnceMore) {
     for (const bool kills : {false, true}) {
         m_Edt->unload_kills = kills;
         ASSERT_EQ(1, Search(1, 0, 0));
+        const auto* const camera = static_cast<FakeCamera*>(m_Sdk->GetCamera(0));
         ASSERT_EQ(0, Search(0, 0, 0));
-        EXPECT_EQ(1, FakeCamera::s_Alive);
+        EXPECT_TRUE(camera->m_Suspended) << "until a search is given its transport again";
         m_Sdk->Close();
         EXPECT_EQ(0, m_Edt->transports);
         EXPECT_EQ(2, m_Edt->unloads.exchange(0));

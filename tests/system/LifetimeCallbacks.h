@@ -1,77 +1,73 @@
-// The callbacks of a random test: they count themselves, tell of calls that must not come any more, and one of them at
-// a time does something inside that was planned.
+// The callbacks of a random test: they tell of calls that must not come any more, and one of them at a time does
+// something inside that was planned.
 #ifndef TESTS_SYSTEM_LIFETIMECALLBACKS_H
 #define TESTS_SYSTEM_LIFETIMECALLBACKS_H
 
-#include <array>
 #include <atomic>
 #include <functional>
+#include <tuple>
 
 #include "include/ZelCameraInternal.h"
 #include "include/ZelSDK.h"
 
 namespace zel::test {
 
-enum CallbackKind { kImage, kNotification, kScratchpad, kControl, kControlEx, kText, kConnect, kCallbackKinds };
-inline constexpr const char* kCallbackNames[] = {"image", "notification", "scratchpad", "control", "extended control",
-                                                 "text",  "connect"};
+// Where a call is made: inside a callback, beside another thread's exchange, or with nobody inside.
+enum Place { kImage, kNotification, kScratchpad, kControl, kControlEx, kText, kConnect, kExchange, kOutside };
+inline constexpr const char* kPlaceNames[] = {"image", "notification", "scratchpad", "control", "extended control",
+                                              "text",  "connect",      "exchange",   "nobody"};
+
+// Sets of callbacks, a bit each.
+constexpr unsigned Bit(Place place) { return 1u << place; }
+constexpr unsigned kFrameEnds = Bit(kImage) | Bit(kNotification), kFrames = kFrameEnds | Bit(kScratchpad);
+constexpr unsigned kControls = Bit(kControl) | Bit(kControlEx), kAll = 2 * Bit(kConnect) - 1;
 
 class LifetimeCallbacks;
 
-struct Callback {
-    LifetimeCallbacks* all = nullptr;
-    int kind = kImage;
-    std::atomic<int> inside{0};
-    std::atomic<bool> over{false};  // from here on a call is a fault
-};
-
-// Of one camera; the connect callback has one of its own. They outlive the SDK.
+// The callbacks of one camera; the connect callback has a set of its own. They outlive the SDK.
 struct CallbackSet {
-    std::array<Callback, kCallbackKinds> of;
+    LifetimeCallbacks& all;
+    std::atomic<unsigned> over{0};  // from here on a call of these is a fault
+    std::atomic<int> inside[kConnect + 1] = {};
 
-    void SetOver(bool over, CallbackKind first = kImage, CallbackKind last = kNotification) {
-        for (int kind = first; kind <= last; ++kind) of[static_cast<std::size_t>(kind)].over = over;
-    }
-    int Inside(CallbackKind first = kImage, CallbackKind last = kScratchpad) const {
-        int inside = 0;
-        for (int kind = first; kind <= last; ++kind) inside += of[static_cast<std::size_t>(kind)].inside;
-        return inside;
+    int Inside(unsigned which) const {
+        int sum = 0;
+        for (int place = 0; place <= kConnect; ++place) sum += which >> place & 1 ? inside[place].load() : 0;
+        return sum;
     }
 };
 
 class LifetimeCallbacks {
   public:
-    std::atomic<long> calls{0};
-    std::atomic<long> frames{0};
-    std::atomic<int> unwanted{-1};               // kind of a callback that was called although it is over
+    std::atomic<int> unwanted{-1};               // a callback that was called although it is over
     std::atomic<int> connections{0}, told{-99};  // connect callbacks, and the number that the last one told
 
-    void Install(ZelCamera* object, CallbackSet& set) {
-        Own(set);
-        object->SetImageCallback(OnImage, &set.of[kImage]);
-        object->SetImageNotificationCallback(OnNotification, &set.of[kNotification]);
-        static_cast<ZelCameraInternal*>(object)->SetScratchpadCallback(OnScratchpad, &set.of[kScratchpad]);
-        object->SetCameraControlCallbackEx(OnControlEx, &set);
-        object->SetCameraControlCallback(OnControl, &set);
-        object->SetTextCommandCallback(OnText, &set.of[kText]);
+    // With null they are taken away.
+    static int Install(ZelCamera& camera, CallbackSet* set) {
+        if (set) set->over = 0;
+        camera.SetImageCallback(set ? ZelImageCallback{On<kImage>} : nullptr, set);
+        camera.SetImageNotificationCallback(set ? ZelImageNotificationCallback{On<kNotification>} : nullptr, set);
+        static_cast<ZelCameraInternal&>(camera).SetScratchpadCallback(
+            set ? ZelScratchpadCallback{On<kScratchpad>} : nullptr, set);
+        camera.SetCameraControlCallbackEx(set ? ZelCameraControlCallbackEx{On<kControlEx>} : nullptr, set);
+        camera.SetCameraControlCallback(set ? ZelCameraControlCallback{On<kControl>} : nullptr, set);
+        return camera.SetTextCommandCallback(set ? ZelTextCommandCallback{On<kText>} : nullptr, set);
     }
-    static void Clear(ZelCamera* object) {
-        object->SetImageCallback(nullptr, nullptr);
-        object->SetImageNotificationCallback(nullptr, nullptr);
-        static_cast<ZelCameraInternal*>(object)->SetScratchpadCallback(nullptr, nullptr);
-        object->SetCameraControlCallbackEx(nullptr, nullptr);
-        object->SetCameraControlCallback(nullptr, nullptr);
-        object->SetTextCommandCallback(nullptr, nullptr);
+    static int InstallConnect(CallbackSet* set) {
+        if (set) set->over = 0;
+        return zel_set_camera_connect_callback(set ? ZelCameraConnectCallback{On<kConnect>} : nullptr, set);
     }
-    bool InstallConnect(CallbackSet& set) {
-        Own(set);
-        return zel_set_camera_connect_callback(OnConnect, &set.of[kConnect]) != 0;
+
+    // A frame stays readable in its callback, whatever happened to the camera in there.
+    static void Read(const ZelImage& image) {
+        static std::atomic<unsigned> sum{0};
+        sum += image.pixels[0] + image.pixels[image.w * image.h - 1] + image.image_number;
     }
 
     // The next call of this callback does `what`.
-    void Plan(Callback& callback, std::function<void()> what) {
+    void Plan(CallbackSet& set, Place place, std::function<void()> what) {
         m_Planned = std::move(what);
-        m_PlannedIn = &callback;
+        m_PlannedIn = &set.inside[place];
         m_State = kWaiting;
     }
     bool Done() const { return m_State == kDone; }
@@ -84,65 +80,29 @@ class LifetimeCallbacks {
   private:
     enum { kIdle, kWaiting, kDoing, kDone };
 
-    void Own(CallbackSet& set) {
-        for (int kind = 0; kind < kCallbackKinds; ++kind) {
-            Callback& callback = set.of[static_cast<std::size_t>(kind)];
-            if (!callback.all) callback.all = this, callback.kind = kind;  // before the first call of it
-            callback.over = false;
-        }
+    // The context of each is its last argument.
+    template <Place place, class Result, class... Arguments>
+    static Result ZEL_CALL On(Arguments... arguments) {
+        const auto all = std::tuple(arguments...);
+        auto& set = *static_cast<CallbackSet*>(std::get<sizeof...(arguments) - 1>(all));
+        if constexpr (place == kConnect) set.all.told = std::get<1>(all);
+        ++set.inside[place];
+        if (set.over & Bit(place)) set.all.unwanted = place;
+        set.all.DoPlanned(set.inside[place]);
+        if constexpr (place == kImage || place == kScratchpad) Read(*std::get<0>(all));
+        --set.inside[place];
+        if constexpr (place == kConnect) ++set.all.connections;
+        return Result();
     }
-    void Called(Callback& callback) {
-        ++calls;
-        ++callback.inside;
-        if (callback.over) unwanted = callback.kind;
+    void DoPlanned(const std::atomic<int>& callback) {
         int waiting = kWaiting;
-        if (m_State == kWaiting && m_PlannedIn == &callback && m_State.compare_exchange_strong(waiting, kDoing)) {
-            m_Planned();
-            m_State = kDone;
-        }
+        if (m_State != kWaiting || m_PlannedIn != &callback || !m_State.compare_exchange_strong(waiting, kDoing))
+            return;
+        m_Planned();
+        m_State = kDone;
     }
-    template <class After>
-    static void Run(void* context, After after) {
-        Callback& callback = *static_cast<Callback*>(context);
-        callback.all->Called(callback);
-        after();
-        --callback.inside;
-    }
-    // A frame stays readable in its callback, whatever happened to the camera in there.
-    static void Read(const ZelImage* image) {
-        static std::atomic<unsigned> sum{0};
-        sum += image->pixels[0] + image->pixels[image->w * image->h - 1] + image->image_number;
-    }
-
-    static void ZEL_CALL OnImage(ZelImage* image, void* context) {
-        Run(context, [&] { Read(image); });
-        ++static_cast<Callback*>(context)->all->frames;
-    }
-    static int ZEL_CALL OnScratchpad(ZelColorImage* image, void* context) {
-        Run(context, [&] { Read(image); });
-        return 0;
-    }
-    static void ZEL_CALL OnNotification(int, void* context) {
-        Run(context, [] {});
-    }
-    static void ZEL_CALL OnControl(int, void* context) {
-        Run(&static_cast<CallbackSet*>(context)->of[kControl], [] {});
-    }
-    static void ZEL_CALL OnControlEx(int, const ZelCameraControlRecord*, void* context) {
-        Run(&static_cast<CallbackSet*>(context)->of[kControlEx], [] {});
-    }
-    static void ZEL_CALL OnText(const char*, void* context) {
-        Run(context, [] {});
-    }
-    static void ZEL_CALL OnConnect(int, int number, const char*, const char*, const char*, void* context) {
-        auto& all = *static_cast<Callback*>(context)->all;
-        all.told = number;
-        Run(context, [] {});
-        ++all.connections;
-    }
-
     std::function<void()> m_Planned;
-    std::atomic<Callback*> m_PlannedIn{nullptr};
+    std::atomic<const std::atomic<int>*> m_PlannedIn{nullptr};
     std::atomic<int> m_State{kIdle};
 };
 

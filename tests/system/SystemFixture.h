@@ -1,93 +1,102 @@
-// An opened SDK over the simulated cameras: unpaced, 64 x 48 samples, contents left alone (set by ctest's environment).
+// An opened SDK over the simulated cameras: unpaced, 64 x 48 samples, contents left alone.
 #ifndef TESTS_SYSTEM_SYSTEMFIXTURE_H
 #define TESTS_SYSTEM_SYSTEMFIXTURE_H
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <string>
+#include <thread>
 
 #include "devices/sim/link/SimControl.h"
 #include "include/ZelCamera.h"
 #include "include/ZelSDK.h"
+#include "link/CameraInterfaceLibrary.h"
 #include "platform/DynamicLibrary.h"
+#include "tests/support/Process.h"
 
 namespace zel::test {
 
-// Counts calls and lets a test wait for them.
-class CallCounter {
-  public:
-    void Count() {
-        {
-            const std::lock_guard lock(m_Lock);
-            ++m_Calls;
-        }
-        m_Changed.notify_all();
-    }
-    bool WaitFor(int calls) {
-        std::unique_lock lock(m_Lock);
-        return m_Changed.wait_for(lock, std::chrono::seconds(60), [&] { return m_Calls >= calls; });
-    }
-    int Calls() {
-        const std::lock_guard lock(m_Lock);
-        return m_Calls;
-    }
+// Before a plug-in is loaded.
+inline void UseFastCameras() {
+    platform::SetEnvironment("ZEL_SIM_PACE", "none");
+    platform::SetEnvironment("ZEL_SIM_SIZE", "64x48");
+    platform::SetEnvironment("ZEL_SIM_FILL", "none");
+}
 
-  private:
-    std::mutex m_Lock;
-    std::condition_variable m_Changed;
-    int m_Calls = 0;
+// Calls of a callback with one number, which a test waits for.
+struct CallCounter {
+    std::atomic<int> calls{0};
+
+    static void ZEL_CALL Count(int, void* counter) { ++static_cast<CallCounter*>(counter)->calls; }
+    bool WaitFor(int count) const {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+        while (calls < count && std::chrono::steady_clock::now() < end) std::this_thread::yield();
+        return calls >= count;
+    }
 };
 
-// One plug-in's control interface.
+// One plug-in, kept loaded, and its control interface.
 class SimulatedLibrary {
   public:
-    explicit SimulatedLibrary(const char* name) : m_Library(platform::LoadSharedLibrary(name)) {
+    explicit SimulatedLibrary(const char* name) {
+        UseFastCameras();
+        m_Library = platform::LoadSharedLibrary(name);
         m_Control = platform::FindFunction<ZelSimControlFunction>(m_Library, "zel_sim_control");
+        m_Count = platform::FindFunction<GetNumCamerasFunction>(m_Library, "get_num_cameras");
     }
     ~SimulatedLibrary() { platform::UnloadSharedLibrary(m_Library); }
-    std::string operator()(const std::string& command) const {
-        char reply[4096] = {};
-        if (!m_Control) return "no control interface";
-        EXPECT_GE(m_Control(command.c_str(), reply, sizeof reply), 0) << command << ": " << reply;
-        return reply;
-    }
 
-    // Plugs a camera in, which may be so already.
-    void Plug(int camera) const {
-        if (m_Control) m_Control(("plug " + std::to_string(camera)).c_str(), nullptr, 0);
+    // Whether the command was carried out, and the answer to it.
+    bool Try(const std::string& command, std::string* answer = nullptr) const {
+        char reply[4096] = {};
+        const bool done = m_Control && m_Control(command.c_str(), reply, sizeof reply) >= 0;
+        if (answer) *answer = reply;
+        return done;
+    }
+    void operator()(const std::string& command) const { EXPECT_TRUE(Try(command)) << command; }
+    // How many are plugged in.
+    int Cameras() const { return m_Count(); }
+    // Ends all faults of a camera and plugs it in, which it may be already.
+    void Mend(int camera) const {
+        Try("fault " + std::to_string(camera) + " clear");
+        Try("plug " + std::to_string(camera));
     }
 
   private:
     platform::LibraryHandle m_Library;
-    ZelSimControlFunction m_Control = nullptr;
+    ZelSimControlFunction m_Control;
+    GetNumCamerasFunction m_Count;
 };
 
 class SystemTest : public testing::Test {
   protected:
-    static constexpr int kCameraLink = 0, kEBus = 1, kColor = 2, kMono = 3;
+    static constexpr int kCameraLink = 0, kEBus = 1, kColor = 2, kMono = 3, kCameras = 4;
 
-    SystemTest() {
-        m_Sdk = zel_create_sdk();
-        EXPECT_TRUE(m_Sdk->Open());
-        EXPECT_EQ(m_Sdk->GetNumberOfCameras(), 4);
-    }
+    SystemTest() { Open(); }
     ~SystemTest() override { zel_destroy_sdk(m_Sdk); }
 
+    void Open() {
+        m_Sdk = zel_create_sdk();
+        EXPECT_TRUE(m_Sdk->Open());
+        EXPECT_EQ(m_Sdk->GetNumberOfCameras(), kCameras);
+    }
+    // An opened camera that counts its frames.
     ZelCamera* Opened(int number) {
         ZelCamera* camera = m_Sdk->GetCamera(number);
         EXPECT_TRUE(camera && camera->Open());
+        EXPECT_TRUE(camera && camera->SetImageNotificationCallback(CallCounter::Count, &m_Frames));
         return camera;
     }
-
-    static void ZEL_CALL Count(int, void* context) { static_cast<CallCounter*>(context)->Count(); }
+    // Whether it starts, gives frames and stops.
+    bool GivesFrames(ZelCamera* camera) {
+        const int before = m_Frames.calls;
+        return camera->Start() && m_Frames.WaitFor(before + 1) && camera->Stop();
+    }
 
     SimulatedLibrary m_Usb{"zel_usb.dll"};
-    // Frames may flow until the SDK is destroyed, so what callbacks use outlives it.
-    CallCounter m_Frames;
-    CallCounter m_Events;
+    CallCounter m_Frames;  // which may flow until the SDK is destroyed
     ZelSDK* m_Sdk = nullptr;
 };
 

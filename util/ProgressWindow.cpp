@@ -9,7 +9,6 @@ namespace zel {
 
 void ProgressLine::Set(const char* full_text) {
     length = static_cast<std::uint32_t>(std::strlen(full_text));
-    std::memset(text, 0, sizeof(text));
     std::memcpy(text, full_text, std::min(length, kSize));
 }
 

@@ -93,7 +93,7 @@ TEST(Deflate, ChoosesLiteralsForNoiseAlone) {
     }
     EXPECT_EQ(LiteralZlibCompress(kinds[0], out), sizes[0]);
     EXPECT_LT(sizes[1], size / 20);
-    EXPECT_LE(sizes[2], size + 1000);
+    EXPECT_LE(sizes[2], size + 200);
 }
 
 }  // namespace

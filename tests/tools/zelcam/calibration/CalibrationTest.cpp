@@ -29,7 +29,7 @@ TEST(CalibrationFileTest, AMasterFileGivesEveryBitBack) {
     const TemporaryFolder folder;
     for (const int taps : {2, 4}) {
         CalibrationTable table = GoodTable(taps);
-        table.rows[1].gains[0] = std::nextafter(1.0f, 0.0f);
+        table.rows[3].millivolts = std::nextafter(1023.0f, 2000.0f);  // needs nine digits
         table.rows[4] = {5000.0f, {0.0f, 2.0f}};
         WriteMasterFile(folder / "x_40MHz.txt", table);
         EXPECT_EQ(ReadCalibrationFile(folder / "x_40MHz.txt").table, table);

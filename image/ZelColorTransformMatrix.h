@@ -38,9 +38,7 @@ class ZelColorTransformMatrix {
 
     const ColorMatrix& Matrix() const { return m_Matrix; }
     kernels::ColorFormat Format() const { return m_Format; }
-    unsigned InputBits() const { return m_InputBits; }
     unsigned OutputBits() const { return m_OutputBits; }
-    unsigned Shift() const { return m_Shift; }
     unsigned Largest() const { return (1u << m_InputBits) - 1; }
     // For samples of this many bits: a frame may have waited since the camera had another depth.
     kernels::ColorTransform Kernel(unsigned input_bits) const;

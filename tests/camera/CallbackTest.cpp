@@ -33,7 +33,9 @@ TEST_F(CallbackTest, EachEventReachesItsCallback) {
     m_Camera->SetCameraControlCallback(Heard::Control, &m_First);
     m_Camera->SetImageNotificationCallback(Heard::Notification, &m_First);
     const std::pair<unsigned, std::vector<std::string>> events[] = {
-        {5, {"control 5"}}, {6, {"notification 0"}}, {8, {"control 6"}}, {10, {}}, {11, {}}, {0xFFFFFFFFu, {}}};
+        {5, {"control 5"}}, {6, {"notification 0"}}, {7, {"notification 1"}},
+        {8, {"control 6"}}, {9, {"control 7"}},      {10, {}},
+        {11, {}},           {0xFFFFFFFFu, {}}};
     for (const auto& [id, heard] : events) {
         m_First.lines.clear();
         EXPECT_TRUE(m_Transport.EmitEvent(id));

@@ -22,13 +22,13 @@ TEST(ColorDepthHistoryTest, StaysUntilAnotherOneIsAccepted) {
 
 TEST(ColorCurveTest, GoesOnWithItsLastEntry) {
     ZelColorTransformMatrix transform;
-    EXPECT_EQ(transform.Kernel(transform.InputBits()).table, nullptr);
+    EXPECT_EQ(transform.Kernel(14).table, nullptr);
     transform.SetTable({5, 4, 9});
     const ZelColorTransformMatrix copy = transform;  // as staged settings become active ones
     transform.SetTable({});
-    EXPECT_EQ(transform.Kernel(transform.InputBits()).table, nullptr);
+    EXPECT_EQ(transform.Kernel(14).table, nullptr);
     std::uint16_t samples[3][1] = {{0}, {2}, {16383}};
-    kernels::scalar::TransformRow({{samples[0], samples[1], samples[2]}, 1}, copy.Kernel(copy.InputBits()));
+    kernels::scalar::TransformRow({{samples[0], samples[1], samples[2]}, 1}, copy.Kernel(14));
     EXPECT_THAT(samples,
                 testing::ElementsAre(testing::ElementsAre(5), testing::ElementsAre(9), testing::ElementsAre(9)));
 }

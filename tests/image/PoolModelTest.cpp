@@ -51,33 +51,24 @@ class PoolModelTest : public testing::TestWithParam<int> {
         m_All.insert(m_All.end(), {&m_Stranger, nullptr});
     }
 
+    // Operation number `choice` on both. 0 and 1, 2 and 3, 5 and 6 are the same, for they are the commonest.
     void Step(unsigned choice, ZelImageInternal* image) {
-        switch (choice) {
-            case 0:
-            case 1:
-                ASSERT_EQ(m_Model.Move(m_Model.free.Dequeue(), m_Model.in_use), m_Pool.GetFreeImage());
-                break;
-            case 2:
-            case 3:
-                ASSERT_EQ(m_Model.MoveInUse(image, m_Model.pending), m_Pool.SetPendingImage(image));
-                break;
-            case 4:
-                ASSERT_EQ(m_Model.Move(m_Model.pending.Dequeue(), m_Model.in_use), m_Pool.GetPendingImage());
-                break;
-            case 5:
-            case 6:
-                ASSERT_EQ(m_Model.MoveInUse(image, m_Model.free), m_Pool.ReleaseImage(image));
-                break;
-            case 7:
-                ASSERT_EQ(m_Model.GetLastPending(), m_Pool.GetLastPendingImage());
-                break;
-            case 8:
-                m_Model.FreeAllPending();
-                m_Pool.FreeAllPendingImages();
-                break;
-            default:
-                m_Model.FreeAllInUse();
-                m_Pool.FreeAllInUseImages();
+        if (choice < 2) {
+            ASSERT_EQ(m_Model.Move(m_Model.free.Dequeue(), m_Model.in_use), m_Pool.GetFreeImage());
+        } else if (choice < 4) {
+            ASSERT_EQ(m_Model.MoveInUse(image, m_Model.pending), m_Pool.SetPendingImage(image));
+        } else if (choice == 4) {
+            ASSERT_EQ(m_Model.Move(m_Model.pending.Dequeue(), m_Model.in_use), m_Pool.GetPendingImage());
+        } else if (choice < 7) {
+            ASSERT_EQ(m_Model.MoveInUse(image, m_Model.free), m_Pool.ReleaseImage(image));
+        } else if (choice == 7) {
+            ASSERT_EQ(m_Model.GetLastPending(), m_Pool.GetLastPendingImage());
+        } else if (choice == 8) {
+            m_Model.FreeAllPending();
+            m_Pool.FreeAllPendingImages();
+        } else {
+            m_Model.FreeAllInUse();
+            m_Pool.FreeAllInUseImages();
         }
     }
 

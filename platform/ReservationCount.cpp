@@ -7,24 +7,24 @@
 namespace zel::platform {
 
 namespace {
-std::atomic<long long> g_Allowed{-1};
-std::atomic<long long> g_Live{0};
+std::atomic<long long> s_Allowed{-1};
+std::atomic<long long> s_Live{0};
 }  // namespace
 
-void SetPageReservationLimit(long long calls) { g_Allowed = calls; }
+void SetPageReservationLimit(long long calls) { s_Allowed = calls; }
 
-long long LivePageReservations() { return g_Live; }
+long long LivePageReservations() { return s_Live; }
 
 bool CountReservation() {
-    long long allowed = g_Allowed.load();
+    long long allowed = s_Allowed.load();
     while (allowed >= 0) {
         if (allowed == 0) return false;
-        if (g_Allowed.compare_exchange_weak(allowed, allowed - 1)) break;
+        if (s_Allowed.compare_exchange_weak(allowed, allowed - 1)) break;
     }
-    ++g_Live;
+    ++s_Live;
     return true;
 }
 
-void CountRelease() { --g_Live; }
+void CountRelease() { --s_Live; }
 
 }  // namespace zel::platform

@@ -13,16 +13,16 @@ namespace zel::sim {
 
 namespace {
 
-platform::Mutex g_Lock;
+platform::Mutex s_Lock;
 
 // Shared with whoever is inside an export. Never destroyed: a process may end without lib_unload.
-std::shared_ptr<SimBus>& TheBus() ZEL_REQUIRES(g_Lock) {
+std::shared_ptr<SimBus>& TheBus() ZEL_REQUIRES(s_Lock) {
     static auto& bus = *new std::shared_ptr<SimBus>;
     return bus;
 }
 
 std::shared_ptr<SimBus> Bus() {
-    const platform::ScopedLock lock(g_Lock);
+    const platform::ScopedLock lock(s_Lock);
     std::shared_ptr<SimBus>& bus = TheBus();
     try {
         if (!bus) bus = std::make_shared<SimBus>(kThisPlugin);
@@ -88,7 +88,7 @@ ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_port_type(int cam_index) {
 
 ZEL_PLUGIN_EXPORT void ZEL_CALL lib_unload() {
     std::shared_ptr<SimBus> ended;  // destroyed after the lock is given back
-    const zel::platform::ScopedLock lock(zel::sim::g_Lock);
+    const zel::platform::ScopedLock lock(zel::sim::s_Lock);
     std::shared_ptr<SimBus>& bus = zel::sim::TheBus();
     if (bus && bus->ShutDown()) ended.swap(bus);
 }

@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <iostream>
 
+#include "platform/UserTexts.h"
 #include "tools/zelcam/calibration/CalibrationSource.h"
 #include "tools/zelcam/camera/CameraFacts.h"
 #include "tools/zelcam/commands/CalibrateActions.h"
@@ -170,7 +171,8 @@ class ImportAction : public Command {
         Json json = Json::array();
         for (std::size_t speed = 0; speed < present.size(); ++speed) {
             if (!m_Files.Has(speed)) continue;
-            if (!Internal(camera.Get()).TapBalanceLoadDataFromMasterFile(m_Files.Name(speed).c_str())) {
+            if (!Internal(camera.Get())
+                     .TapBalanceLoadDataFromMasterFile(zel::platform::SystemPath(m_Files.Name(speed)).c_str())) {
                 throw Failure(m_Files.Name(speed) + " was not loaded", "the SDK refused it", "ZEL_LOG tells why");
             }
             const CalibrationTable& table = m_Files.Table(speed);

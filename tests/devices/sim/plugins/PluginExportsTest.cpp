@@ -18,14 +18,14 @@ struct ConnectionEvent {
     int camera;
     int context;
 };
-std::vector<ConnectionEvent> g_Events;
+std::vector<ConnectionEvent> s_Events;
 
-void ZEL_CALL OnConnection(int id, int camera, int context) { g_Events.push_back({id, camera, context}); }
+void ZEL_CALL OnConnection(int id, int camera, int context) { s_Events.push_back({id, camera, context}); }
 
 class Plugin : public testing::Test {
   protected:
     void SetUp() override {
-        g_Events.clear();
+        s_Events.clear();
         for (const char* variable : kVariables) platform::SetEnvironment(variable, nullptr);
         platform::SetEnvironment("ZEL_SIM_PACE", "none");
         platform::SetEnvironment("ZEL_SIM_SIZE", "64x48");
@@ -101,7 +101,7 @@ TEST_F(Plugin, AnOpenCameraHearsOfItsUnplugAndReturn) {
     const std::size_t frames = host.Snapshot().image_numbers.size();
     EXPECT_EQ(Control("plug 0"), 0);
     EXPECT_TRUE(host.WaitForEvent(CAMERA_EVENT_RECONNECT, 60000));
-    ASSERT_EQ(g_Events.size(), 1u) << "a camera that is still open comes back without a connect event";
+    ASSERT_EQ(s_Events.size(), 1u) << "a camera that is still open comes back without a connect event";
     EXPECT_EQ(host.Snapshot().image_numbers.size(), frames);
     ASSERT_EQ(transport->Start(), 0);
     ASSERT_EQ(host.Set(CAMERA_STATE, 2), 0);

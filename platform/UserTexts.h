@@ -24,7 +24,7 @@ std::string Utf8FromSystem(const char* text);
 // lacks a character. Empty when it lacks one of the file's own name.
 std::string SystemPath(const std::string& utf8);
 
-// Between UTF-8 and the standard library's paths, which not every library takes plain texts to be in.
+// Between UTF-8 and the standard library's paths, whose plain constructor goes by another encoding on Windows.
 inline std::filesystem::path Utf8Path(const std::string& utf8) { return std::u8string(utf8.begin(), utf8.end()); }
 inline std::string Utf8Text(const std::filesystem::path& path) {
     const std::u8string text = path.u8string();

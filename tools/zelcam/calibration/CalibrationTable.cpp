@@ -8,6 +8,7 @@
 #include <limits>
 #include <sstream>
 
+#include "platform/UserTexts.h"
 #include "tapbalance/Sha1.h"
 #include "tools/zelcam/text/Failure.h"
 
@@ -29,14 +30,14 @@ void AppendNumber(std::vector<std::uint8_t>& bytes, std::uint32_t value) {
 }
 
 [[noreturn]] void FailToRead(const std::filesystem::path& path, const std::string& why) {
-    throw Failure(path.string() + " is no calibration table", why, "");
+    throw Failure(zel::platform::Utf8Text(path) + " is no calibration table", why, "");
 }
 
 // The lines of a file, one after another.
 class LineReader {
   public:
     explicit LineReader(const std::filesystem::path& path) : m_Path(path), m_File(path) {
-        if (!m_File) throw Failure(path.string() + " can't be read", "", "check the name");
+        if (!m_File) throw Failure(zel::platform::Utf8Text(path) + " can't be read", "", "check the name");
         std::error_code error;
         if (std::filesystem::file_size(path, error) > kLargestFile) FailToRead(path, "it is too large");
     }
@@ -145,12 +146,12 @@ Json CalibrationTable::ToJson() const {
 }
 
 int SpeedOfFile(const std::filesystem::path& path) {
-    const std::string name = path.filename().string();
+    const std::string name = zel::platform::Utf8Text(path.filename());
     for (int speed = 0; speed < kSpeeds; ++speed) {
         if (name.find(kSpeedNames[speed]) != std::string::npos) return speed;
     }
-    throw Failure(path.string() + " belongs to no readout speed", "its name has neither 20MHz nor 40MHz in it",
-                  "rename it");
+    throw Failure(zel::platform::Utf8Text(path) + " belongs to no readout speed",
+                  "its name has neither 20MHz nor 40MHz in it", "rename it");
 }
 
 CalibrationFile ReadCalibrationFile(const std::filesystem::path& path) {
@@ -197,7 +198,7 @@ void WriteTextFile(const std::filesystem::path& path, const std::string& text) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file << text;
     file.close();
-    if (!file) throw Failure(path.string() + " can't be written", "", "choose another --out");
+    if (!file) throw Failure(zel::platform::Utf8Text(path) + " can't be written", "", "choose another --out");
 }
 
 }  // namespace zelcam

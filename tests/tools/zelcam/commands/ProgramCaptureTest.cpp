@@ -219,9 +219,13 @@ TEST_F(ProgramCapture, FoldersAndFilesHaveAnyName) {
         EXPECT_GT(fs::file_size(picture), kSampleBytes / 4);
         EXPECT_EQ(result.Json()["pictures"][0]["file"], zel::platform::Utf8Text(picture.filename()));
     }
-    const ToolResult shown = RunTool("calibrate export --out \"" + (m_Folder / name) + "\"");
-    EXPECT_EQ(shown.exit_code, 0) << shown.err;
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 8) << shown.out;
+    EXPECT_EQ(RunTool("calibrate export --out \"" + (m_Folder / name) + "\"").exit_code, 0);
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 8);
+    const std::string table = m_Folder / (name + "/300101_20MHz.txt");
+    for (const char* command : {"show --no-plot", "import"}) {
+        const ToolResult result = RunTool(std::string("calibrate ") + command + " \"" + table + "\"");
+        EXPECT_EQ(result.exit_code, 0) << result.err;
+    }
 }
 
 TEST_F(ProgramCapture, RefusedSettingTakesNoPicture) {

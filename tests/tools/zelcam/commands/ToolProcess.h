@@ -62,7 +62,9 @@ class TemporaryFolder {
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
     const std::filesystem::path& Path() const { return m_Path; }
-    std::string operator/(const std::string& name) const { return (m_Path / name).generic_string(); }
+    std::string operator/(const std::string& name) const {
+        return zel::platform::Utf8Text((m_Path / zel::platform::Utf8Path(name)).generic_u8string());
+    }
 
   private:
     std::filesystem::path m_Path;

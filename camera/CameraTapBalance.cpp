@@ -1,8 +1,10 @@
 // Calibration of the taps: the operations on the tap balance object, and how its tables get there at connection.
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 
 #include "camera/ZelCameraControl.h"
+#include "platform/UserTexts.h"
 
 namespace zel {
 
@@ -35,7 +37,11 @@ bool ZelCameraControl::TapBalanceLoadDataFromMasterFile(const char* file_name) {
     const Operation entry(*this);
     if (!entry) return false;
     if (m_CameraOpened == 1) SyncTapBalanceGain();
-    return m_TapBalance.LoadDataFromMasterFile(file_name);
+    try {
+        return m_TapBalance.LoadDataFromMasterFile(platform::Utf8FromSystem(file_name).c_str());
+    } catch (const std::exception&) {
+        return false;
+    }
 }
 
 bool ZelCameraControl::TapBalanceGetTableConfig(int* rows, int* num_taps) {

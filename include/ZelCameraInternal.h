@@ -24,7 +24,8 @@ class ZelCameraInternal : public ZelColorCamera {
     // When a row can't be had neither is used; tables of the same sizes stay as they were.
     virtual bool TapBalanceLoadDataFromCamera();
     // Loads a table from a text file: "ROWS TAPS", then a row of five numbers per line, mV and four gains (the last two
-    // 0 for two taps). "20MHz" or "40MHz" in the file's name selects the table.
+    // 0 for two taps). "20MHz" or "40MHz" in the file's name, which is in the system's 8-bit encoding,
+    // selects the table.
     virtual bool TapBalanceLoadDataFromMasterFile(const char* file_name);
     // Rows and taps of the selected table, as the camera's flash memory tells. Null pointers are left out.
     virtual bool TapBalanceGetTableConfig(int* rows, int* num_taps);

@@ -11,7 +11,8 @@ class ZelUtil {
   public:
     // Saves `image` as an uncompressed 16-bit grey TIFF file, replacing an existing file. The file holds the raw
     // counts: nothing is scaled.
-    //   file_name  path of the file, in the system's 8-bit encoding
+    //   file_name  path of the file, in the system's 8-bit encoding: on Windows the code page, whose characters alone a
+    //              name can have; on Linux its bytes as they are, usually UTF-8
     //   image      any image handed out by a camera; null is refused
     // Result: true when the file was written; false for a null image, one whose geometry doesn't fit its buffer
     // (logged) and a file that can't be opened. A write that fails later (a full disk) is not noticed. May run on any

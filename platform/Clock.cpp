@@ -8,32 +8,32 @@
 namespace zel::platform {
 
 namespace {
-std::atomic<ClockSource*> g_Source{nullptr};
-std::atomic<int> g_Resolutions{0};
+std::atomic<ClockSource*> s_Source{nullptr};
+std::atomic<int> s_Resolutions{0};
 }  // namespace
 
 std::uint32_t MillisecondClock() {
-    ClockSource* source = g_Source.load(std::memory_order_acquire);
+    ClockSource* source = s_Source.load(std::memory_order_acquire);
     return source ? source->Milliseconds() : SystemMilliseconds();
 }
 
 void SleepMilliseconds(std::uint32_t milliseconds) {
-    if (ClockSource* source = g_Source.load(std::memory_order_acquire)) return source->Sleep(milliseconds);
+    if (ClockSource* source = s_Source.load(std::memory_order_acquire)) return source->Sleep(milliseconds);
     SystemSleep(milliseconds);
 }
 
-void SetClockSource(ClockSource* source) { g_Source.store(source, std::memory_order_release); }
+void SetClockSource(ClockSource* source) { s_Source.store(source, std::memory_order_release); }
 
 TimerResolution::TimerResolution() {
-    ++g_Resolutions;
+    ++s_Resolutions;
     SystemRaiseTimerResolution();
 }
 
 TimerResolution::~TimerResolution() {
     SystemRestoreTimerResolution();
-    --g_Resolutions;
+    --s_Resolutions;
 }
 
-int TimerResolution::LiveCount() { return g_Resolutions; }
+int TimerResolution::LiveCount() { return s_Resolutions; }
 
 }  // namespace zel::platform

@@ -11,6 +11,9 @@ using LibraryHandle = void*;
 // is "libzel_usb.so", found through the run path of the library this code is part of. Null when it can't be loaded.
 LibraryHandle LoadSharedLibrary(const char* canonical_name);
 
+// One more load of a library that is loaded already, or null: nothing is searched for.
+LibraryHandle LoadedLibrary(const char* canonical_name);
+
 // The address of an export of the library itself, not of those that it needs; or null. `library` may be null.
 void* FindExport(LibraryHandle library, const char* name);
 

@@ -23,19 +23,19 @@ bool WriteAndFlush(File file, const std::string& contents) {
 }  // namespace
 
 bool ReadTextFile(const std::string& path, std::size_t limit, std::string& contents) {
-    const File file(OpenStoredFile(path.c_str()));
-    if (!file) return false;
     try {
+        const File file(OpenStoredFile(path.c_str()));
+        if (!file) return false;
         contents.clear();
         std::array<char, 4096> part;
         while (const std::size_t count = std::fread(part.data(), 1, part.size(), file.get())) {
             if (count > limit - contents.size()) return false;
             contents.append(part.data(), count);
         }
+        return std::ferror(file.get()) == 0;
     } catch (const std::exception&) {
         return false;
     }
-    return std::ferror(file.get()) == 0;
 }
 
 bool ReplaceTextFile(const std::string& path, const std::string& contents) {
@@ -44,7 +44,7 @@ bool ReplaceTextFile(const std::string& path, const std::string& contents) {
         File file(MakeStoredFile(part.c_str()));
         if (!file) return false;
         if (WriteAndFlush(std::move(file), contents) && MoveIntoPlace(part.c_str(), path.c_str())) return true;
-        std::remove(part.c_str());
+        RemoveFile(part.c_str());
     } catch (const std::exception&) {
     }
     return false;

@@ -1,11 +1,15 @@
-// Whole text files.
+// Files by their names, which are UTF-8.
 #ifndef PLATFORM_FILES_H
 #define PLATFORM_FILES_H
 
 #include <cstddef>
+#include <cstdio>
 #include <string>
 
 namespace zel::platform {
+
+// fopen, for any name that the system knows.
+std::FILE* OpenFile(const std::string& path, const char* mode);
 
 // The file's contents. False when it can't be read, is longer than `limit` bytes, or is no file: a pipe or a device is
 // not waited for.

@@ -1,4 +1,4 @@
-// The steps of reading and replacing a file that depend on the system, behind Files.h.
+// The steps of reading and replacing a file that depend on the system, behind Files.h. Paths are UTF-8.
 #ifndef PLATFORM_STOREDFILE_H
 #define PLATFORM_STOREDFILE_H
 
@@ -18,6 +18,8 @@ bool FlushToDisk(std::FILE* file);
 
 // Renames `from` to `to`, in the place of a file that is there.
 bool MoveIntoPlace(const char* from, const char* to);
+
+bool RemoveFile(const char* path);
 
 }  // namespace zel::platform
 

@@ -11,6 +11,18 @@ bool StderrIsTerminal();
 // only set lock-free atomics. A second request while the first is being obeyed ends the program at once.
 void InstallInterruptHandler(void (*handler)());
 
+// While it lives a console shows the program's texts, which are UTF-8, as such. Pipes and files get the same bytes.
+class Utf8Console {
+  public:
+    Utf8Console();
+    ~Utf8Console();
+    Utf8Console(const Utf8Console&) = delete;
+    Utf8Console& operator=(const Utf8Console&) = delete;
+
+  private:
+    [[maybe_unused]] unsigned m_Before = 0;  // the console's encoding; 0: there is none
+};
+
 }  // namespace zel::platform
 
 #endif

@@ -7,8 +7,8 @@
 namespace zel::platform {
 
 // Folder of the calibration cache files: "c:\Users\NAME\AppData\Local\ZEL" on Windows, "ZEL" under the local data
-// folder ($XDG_DATA_HOME or ~/.local/share) elsewhere. Made when it does not exist. Empty when the user is not known or
-// the folder can't be made.
+// folder ($XDG_DATA_HOME or ~/.local/share) elsewhere; UTF-8. Made when it does not exist. Empty when the user is not
+// known or the folder can't be made.
 std::string CalibrationFolder();
 
 // The character between a folder and a file name in a path.

@@ -25,9 +25,9 @@ devices/sim/plugins:  include link platform devices/sim/link
 tools/zelcam/text:        include platform
 tools/zelcam/camera:      include tools/zelcam/text
 tools/zelcam/calibration: include platform calibration tools/zelcam/text tools/zelcam/camera
-tools/zelcam/frames:      include tools/zelcam/text tools/zelcam/camera
+tools/zelcam/frames:      include platform util tools/zelcam/text tools/zelcam/camera
 tools/zelcam/commands:    include platform tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames
-tools/zelcam:             tools/zelcam/text tools/zelcam/commands
+tools/zelcam:             platform tools/zelcam/text tools/zelcam/commands
 tools/plugin_check:       include link platform
 tools/scene_picture:      devices/sim/scene
 examples:                 include

@@ -1,4 +1,4 @@
-// A file that is written from its start, replacing an existing one. Write errors are not noticed.
+// A file that was opened for writing, closed with the object. Write errors are not noticed.
 #ifndef UTIL_BINARYFILE_H
 #define UTIL_BINARYFILE_H
 
@@ -12,7 +12,7 @@ namespace zel {
 
 class BinaryFile {
   public:
-    explicit BinaryFile(const char* name) : m_File(name ? std::fopen(name, "wb") : nullptr) {}
+    explicit BinaryFile(std::FILE* file) : m_File(file) {}
 
     explicit operator bool() const { return m_File != nullptr; }
     void Write(std::span<const std::uint8_t> bytes) {

@@ -56,6 +56,14 @@ LibraryHandle LoadSharedLibrary(const char* canonical_name) {
     }
 }
 
+LibraryHandle LoadedLibrary(const char* canonical_name) {
+    try {
+        return dlopen(SystemName(canonical_name).c_str(), kMode | RTLD_NOLOAD);
+    } catch (const std::exception&) {
+        return nullptr;
+    }
+}
+
 // The loader looks through the libraries that this one needs as well; what lies there is not this one's.
 void* FindExport(LibraryHandle library, const char* name) {
     if (!library || !name) return nullptr;

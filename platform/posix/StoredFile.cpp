@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/Files.h"
+
 namespace zel::platform {
 
 namespace {
@@ -29,6 +31,10 @@ std::FILE* MakeStoredFile(const char* path) {
     constexpr mode_t kReadableByAll = 0666;  // as far as the user's mask lets
     return StreamOf(open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kReadableByAll), "w");
 }
+
+std::FILE* OpenFile(const std::string& path, const char* mode) { return std::fopen(path.c_str(), mode); }
+
+bool RemoveFile(const char* path) { return unlink(path) == 0; }
 
 bool FlushToDisk(std::FILE* file) { return fsync(fileno(file)) == 0; }
 

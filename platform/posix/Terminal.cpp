@@ -28,4 +28,7 @@ void InstallInterruptHandler(void (*handler)()) {
     sigaction(SIGTERM, &action, nullptr);
 }
 
+Utf8Console::Utf8Console() = default;
+Utf8Console::~Utf8Console() = default;
+
 }  // namespace zel::platform

@@ -8,6 +8,11 @@ LibraryHandle LoadSharedLibrary(const char* canonical_name) {
     return canonical_name ? LoadLibraryA(canonical_name) : nullptr;
 }
 
+LibraryHandle LoadedLibrary(const char* canonical_name) {
+    HMODULE library = nullptr;
+    return GetModuleHandleExA(0, canonical_name, &library) ? library : nullptr;
+}
+
 void* FindExport(LibraryHandle library, const char* name) {
     if (!library || !name) return nullptr;
     return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name));

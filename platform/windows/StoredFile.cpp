@@ -6,6 +6,9 @@
 
 #include <cstdint>
 
+#include "platform/Files.h"
+#include "platform/windows/WideText.h"
+
 namespace zel::platform {
 
 namespace {
@@ -23,8 +26,9 @@ std::FILE* StreamOf(HANDLE handle, int flags, const char* mode) {
 }  // namespace
 
 std::FILE* OpenStoredFile(const char* path) {
-    const HANDLE handle = CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                      nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE handle =
+        CreateFileW(Wide(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE) return nullptr;
     if (GetFileType(handle) == FILE_TYPE_DISK) return StreamOf(handle, _O_RDONLY | _O_TEXT, "r");
     CloseHandle(handle);
@@ -32,15 +36,23 @@ std::FILE* OpenStoredFile(const char* path) {
 }
 
 std::FILE* MakeStoredFile(const char* path) {
-    DeleteFileA(path);
+    const std::wstring name = Wide(path);
+    DeleteFileW(name.c_str());
     const DWORD attributes = FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT;
-    return StreamOf(CreateFileA(path, GENERIC_WRITE, 0, nullptr, CREATE_NEW, attributes, nullptr), _O_TEXT, "w");
+    return StreamOf(CreateFileW(name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, attributes, nullptr), _O_TEXT,
+                    "w");
 }
+
+std::FILE* OpenFile(const std::string& path, const char* mode) {
+    return _wfopen(Wide(path).c_str(), Wide(mode).c_str());
+}
+
+bool RemoveFile(const char* path) { return DeleteFileW(Wide(path).c_str()) != 0; }
 
 bool FlushToDisk(std::FILE* file) { return _commit(_fileno(file)) == 0; }
 
 bool MoveIntoPlace(const char* from, const char* to) {
-    return MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+    return MoveFileExW(Wide(from).c_str(), Wide(to).c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
 }
 
 }  // namespace zel::platform

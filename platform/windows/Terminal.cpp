@@ -29,4 +29,11 @@ void InstallInterruptHandler(void (*handler)()) {
     SetConsoleCtrlHandler(&HandleControl, TRUE);
 }
 
+Utf8Console::Utf8Console() : m_Before(GetConsoleOutputCP()) {
+    if (m_Before) SetConsoleOutputCP(CP_UTF8);
+}
+Utf8Console::~Utf8Console() {
+    if (m_Before) SetConsoleOutputCP(m_Before);
+}
+
 }  // namespace zel::platform

@@ -6,23 +6,25 @@
 
 #include <exception>
 
+#include "platform/windows/WideText.h"
+
 namespace zel::platform {
 
 namespace {
-bool IsFolder(const std::string& path) {
-    const DWORD attributes = GetFileAttributesA(path.c_str());
+bool IsFolder(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
 }
 }  // namespace
 
 std::string CalibrationFolder() {
-    char name[UNLEN + 1] = {};
-    DWORD size = sizeof name;
-    if (!GetUserNameA(name, &size)) return "";
+    wchar_t name[UNLEN + 1] = {};
+    DWORD size = UNLEN + 1;
+    if (!GetUserNameW(name, &size)) return "";
     try {
-        const std::string folder = "c:\\Users\\" + std::string(name) + "\\AppData\\Local\\ZEL";
-        if (!IsFolder(folder)) CreateDirectoryA(folder.c_str(), nullptr);
-        return IsFolder(folder) ? folder : "";
+        const std::wstring folder = L"c:\\Users\\" + std::wstring(name) + L"\\AppData\\Local\\ZEL";
+        if (!IsFolder(folder)) CreateDirectoryW(folder.c_str(), nullptr);
+        return IsFolder(folder) ? Utf8(folder) : "";
     } catch (const std::exception&) {
         return "";
     }

@@ -1,13 +1,22 @@
 // zelcam: finds, sets up and runs cameras from the command line.
 #include <cstdio>
 #include <exception>
+#include <string>
+#include <vector>
 
+#include "platform/Terminal.h"
+#include "platform/UserTexts.h"
 #include "tools/zelcam/commands/CommandLine.h"
 #include "tools/zelcam/text/Failure.h"
 
 int main(int argc, char** argv) {
+    const zel::platform::Utf8Console console;
     try {
-        return zelcam::RunCommandLine(argc, argv);
+        std::vector<std::string> arguments = zel::platform::Arguments(argc, argv);
+        std::vector<char*> words;
+        for (std::string& argument : arguments) words.push_back(argument.data());
+        words.push_back(nullptr);
+        return zelcam::RunCommandLine(static_cast<int>(arguments.size()), words.data());
     } catch (const zelcam::Failure& failure) {
         std::fflush(stdout);
         std::fprintf(stderr, "zelcam: %s\n", failure.what());

@@ -1,9 +1,15 @@
 #include "devices/sim/link/Settings.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+
+#include "devices/sim/link/Complaints.h"
+#include "devices/sim/sensor/CameraModel.h"
+#include "platform/Files.h"
+#include "platform/UserTexts.h"
 
 namespace zel::sim {
 
@@ -12,122 +18,170 @@ namespace {
 constexpr unsigned kSmallestSide = 16;
 constexpr unsigned kLargestSide = 8192;
 
-const char* Value(const char* variable) {
-    const char* value = std::getenv(variable);
-    return value && *value ? value : nullptr;
+void Refuse(const std::string& variable, const std::string& value, const char* expected) {
+    Complain(variable + "=" + value + ": expected " + expected + "; using the default");
 }
 
-void Complain(const char* variable, const char* value, const char* expected) {
-    std::fprintf(stderr, "%s=%s: expected %s; using the default\n", variable, value, expected);
-}
-
-void ReadCameras(const char* variable, int& cameras) {
-    const char* value = Value(variable);
-    if (!value) return;
+// A whole number, and nothing else.
+bool ReadNumber(const std::string& value, long long& number) {
     char* end = nullptr;
-    const long count = std::strtol(value, &end, 10);
-    if (*end || end == value || count < -1 || count > 9) return Complain(variable, value, "a number from -1 to 9");
-    cameras = static_cast<int>(count);
+    number = std::strtoll(value.c_str(), &end, 10);
+    return !value.empty() && !*end;
 }
 
-bool GoodSide(unsigned side) { return side >= kSmallestSide && side <= kLargestSide && side % 2 == 0; }
+// A number of at least 0.001, and nothing else.
+bool ReadFactor(const std::string& value, double& factor) {
+    char* end = nullptr;
+    factor = std::strtod(value.c_str(), &end);
+    return !value.empty() && !*end && std::isfinite(factor) && factor >= 0.001 && factor <= 100000.0;
+}
 
-void ReadSize(unsigned& width, unsigned& height) {
-    const char* value = Value("ZEL_SIM_SIZE");
-    if (!value) return;
+bool ReadSize(const std::string& value, Settings& settings) {
+    const auto good = [](unsigned side) { return side >= kSmallestSide && side <= kLargestSide && side % 2 == 0; };
     unsigned w = 0;
     unsigned h = 0;
     int used = 0;
-    if (std::sscanf(value, "%5ux%5u%n", &w, &h, &used) != 2 || value[used] || !GoodSide(w) || !GoodSide(h)) {
-        return Complain("ZEL_SIM_SIZE", value, "WIDTHxHEIGHT, even numbers from 16 to 8192");
-    }
-    width = w;
-    height = h;
+    if (std::sscanf(value.c_str(), "%5ux%5u%n", &w, &h, &used) != 2 || value[static_cast<std::size_t>(used)])
+        return false;
+    if (!good(w) || !good(h)) return false;
+    settings.width = w;
+    settings.height = h;
+    return true;
 }
 
-void ReadPace(double& speed) {
-    const char* value = Value("ZEL_SIM_PACE");
-    if (!value || std::strcmp(value, "real") == 0) return;
-    if (std::strcmp(value, "none") == 0) {
-        speed = 0.0;
-        return;
-    }
+bool ReadPace(const std::string& value, Settings& settings) {
+    double factor = value == "none" ? 0.0 : 1.0;
+    if (value != "none" && value != "real" && !ReadFactor(value, factor)) return false;
+    settings.speed = factor;
+    return true;
+}
+
+bool ReadSeed(const std::string& value, Settings& settings) {
     char* end = nullptr;
-    const double factor = std::strtod(value, &end);
-    if (*end || end == value || !std::isfinite(factor) || factor < 0.001 || factor > 100000.0) {
-        return Complain("ZEL_SIM_PACE", value, "\"real\", \"none\" or a factor from 0.001 to 100000");
-    }
-    speed = factor;
+    settings.seed = std::strtoull(value.c_str(), &end, 10);
+    if (!*end && value[0] != '-') return true;
+    settings.seed = Settings().seed;
+    return false;
 }
 
-void ReadSeed(std::uint64_t& seed) {
-    const char* value = Value("ZEL_SIM_SEED");
-    if (!value) return;
-    char* end = nullptr;
-    const unsigned long long number = std::strtoull(value, &end, 10);
-    if (*end || end == value || *value == '-') return Complain("ZEL_SIM_SEED", value, "a number from 0");
-    seed = number;
-}
-
-void ReadFill(SensorFill& fill) {
-    const char* value = Value("ZEL_SIM_FILL");
-    if (!value || std::strcmp(value, "noise") == 0) return;
-    if (std::strcmp(value, "static") == 0) {
-        fill = SensorFill::kStatic;
-    } else if (std::strcmp(value, "none") == 0) {
-        fill = SensorFill::kNone;
-    } else {
-        Complain("ZEL_SIM_FILL", value, "\"noise\", \"static\" or \"none\"");
-    }
-}
-
-void ReadTaps(bool& even) {
-    const char* value = Value("ZEL_SIM_TAPS");
-    if (!value || std::strcmp(value, "uneven") == 0) return;
-    if (std::strcmp(value, "even") != 0) return Complain("ZEL_SIM_TAPS", value, "\"uneven\" or \"even\"");
-    even = true;
-}
-
-void ReadScene(std::string& scene) {
-    const char* value = Value("ZEL_SIM_SCENE");
-    if (!value || std::strcmp(value, "builtin") == 0) return;
-    std::FILE* file = std::fopen(value, "rb");
-    if (!file) return Complain("ZEL_SIM_SCENE", value, "\"builtin\" or the path of a picture that can be read");
+bool ReadScene(const std::string& value, Settings& settings) {
+    if (value == "builtin") return true;
+    std::FILE* const file = platform::OpenFile(value, "rb");
+    if (!file) return false;
     std::fclose(file);
-    scene = value;
+    settings.scene = value;
+    return true;
 }
 
-void ReadPhase(int& phase) {
-    const char* value = Value("ZEL_SIM_CFA_PHASE");
-    if (!value) return;
-    if (value[0] < '1' || value[0] > '4' || value[1])
-        return Complain("ZEL_SIM_CFA_PHASE", value, "a phase from 1 to 4");
-    phase = value[0] - '0';
+bool ReadFill(const std::string& value, Settings& settings) {
+    if (value == "noise") return true;
+    settings.fill = value == "static" ? SensorFill::kStatic : value == "none" ? SensorFill::kNone : SensorFill::kNoise;
+    return settings.fill != SensorFill::kNoise;
+}
+
+bool ReadTaps(const std::string& value, Settings& settings) {
+    settings.even_taps = value == "even";
+    return value == "even" || value == "uneven";
+}
+
+bool ReadPhase(const std::string& value, Settings& settings) {
+    long long phase = 0;
+    if (!ReadNumber(value, phase) || phase < 1 || phase > 4) return false;
+    settings.cfa_phase = static_cast<int>(phase);
+    return true;
 }
 
 // Any text that fits: a host must cope with color spaces that it does not know.
-void ReadColorSpace(std::string& color_space) {
-    const char* value = Value("ZEL_SIM_COLOR_SPACE");
-    if (!value) return;
-    if (std::strlen(value) > 31) return Complain("ZEL_SIM_COLOR_SPACE", value, "a text of up to 31 characters");
-    color_space = value;
+bool ReadColorSpace(const std::string& value, Settings& settings) {
+    if (value.size() > 31) return false;
+    settings.color_space = value;
+    return true;
+}
+
+// "drift", "turn:0.5", "all:2" ...
+bool ReadMotion(const std::string& value, Settings& settings) {
+    const std::size_t colon = value.find(':');
+    const std::string what = value.substr(0, colon);
+    SceneMotion motion;
+    motion.drift = what == "drift" || what == "all";
+    motion.turn = what == "turn" || what == "all";
+    if (colon != std::string::npos && !ReadFactor(value.substr(colon + 1), motion.speed)) return false;
+    if (!motion.drift && !motion.turn) return value == "off";
+    settings.motion = motion;
+    return true;
+}
+
+bool ReadFaults(const std::string& value, Settings& settings) {
+    settings.faults = value;
+    return true;
+}
+
+// A variable of the environment, and what it may be. An empty value is none.
+struct Variable {
+    const char* name;
+    bool (*read)(const std::string& value, Settings& settings);
+    const char* expected;
+};
+
+constexpr Variable kVariables[] = {
+    {"ZEL_SIM_SIZE", ReadSize, "WIDTHxHEIGHT, even numbers from 16 to 8192"},
+    {"ZEL_SIM_PACE", ReadPace, "\"real\", \"none\" or a factor from 0.001 to 100000"},
+    {"ZEL_SIM_SEED", ReadSeed, "a number from 0"},
+    {"ZEL_SIM_SCENE", ReadScene, "\"builtin\" or the path of a picture that can be read"},
+    {"ZEL_SIM_FILL", ReadFill, "\"noise\", \"static\" or \"none\""},
+    {"ZEL_SIM_TAPS", ReadTaps, "\"uneven\" or \"even\""},
+    {"ZEL_SIM_CFA_PHASE", ReadPhase, "a phase from 1 to 4"},
+    {"ZEL_SIM_COLOR_SPACE", ReadColorSpace, "a text of up to 31 characters"},
+    {"ZEL_SIM_MOTION", ReadMotion, "\"off\", \"drift\", \"turn\" or \"all\", with a speed as in \"drift:2\""},
+    {"ZEL_SIM_FAULTS", ReadFaults, ""},
+};
+
+// How many characters two names have in common, from both ends.
+std::size_t Likeness(const std::string& a, const std::string& b) {
+    const auto from_start = std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first - a.begin();
+    const auto from_end = std::mismatch(a.rbegin(), a.rend(), b.rbegin(), b.rend()).first - a.rbegin();
+    return static_cast<std::size_t>(from_start + from_end);
+}
+
+void TellMisspeltNames() {
+    const std::vector<std::string> known = SettingNames();
+    const std::string beginning = "ZEL_SIM_";
+    for (const std::string& name : platform::EnvironmentVariables(beginning)) {
+        if (std::ranges::find(known, name) != known.end()) continue;
+        const auto nearest =
+            std::ranges::max_element(known, {}, [&](const auto& other) { return Likeness(name, other); });
+        const bool near = 2 * Likeness(name, *nearest) >= beginning.size() + name.size();
+        Complain(name + " is no setting of the simulated cameras" + (near ? "; did you mean " + *nearest + "?" : ""));
+    }
 }
 
 }  // namespace
 
-Settings ReadSettings(const char* cameras_variable, int default_cameras) {
+std::vector<std::string> SettingNames() {
+    std::vector<std::string> names;
+    for (const SimLibrary& library : SimLibraries()) names.emplace_back(library.cameras_variable);
+    for (const Variable& variable : kVariables) names.emplace_back(variable.name);
+    return names;
+}
+
+int CamerasOf(const SimLibrary& library) {
+    const int by_default = DefaultCameraCount(library.interface_type);
+    const std::string value = platform::EnvironmentVariable(library.cameras_variable);
+    if (value.empty()) return by_default;
+    long long count = 0;
+    if (ReadNumber(value, count) && count >= -1 && count <= 9) return static_cast<int>(count);
+    Refuse(library.cameras_variable, value, "a number from -1 to 9");
+    return by_default;
+}
+
+Settings ReadSettings() {
     Settings settings;
-    settings.cameras = default_cameras;
-    ReadCameras(cameras_variable, settings.cameras);
-    ReadSize(settings.width, settings.height);
-    ReadPace(settings.speed);
-    ReadSeed(settings.seed);
-    ReadFill(settings.fill);
-    ReadScene(settings.scene);
-    ReadPhase(settings.cfa_phase);
-    ReadColorSpace(settings.color_space);
-    ReadTaps(settings.even_taps);
+    for (const Variable& variable : kVariables) {
+        const std::string value = platform::EnvironmentVariable(variable.name);
+        if (!value.empty() && !variable.read(value, settings)) Refuse(variable.name, value, variable.expected);
+    }
     if (!settings.Paced()) settings.calc_delay_ms = 0;
+    TellMisspeltNames();
     return settings;
 }
 

@@ -4,13 +4,14 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
+#include "devices/sim/link/SimLibraries.h"
 #include "devices/sim/sensor/Sensor.h"
 
 namespace zel::sim {
 
 struct Settings {
-    int cameras = 0;      // -1: the library says that it failed
     unsigned width = 0;   // 0: the model's
     unsigned height = 0;  // 0: the model's
     double speed = 1.0;   // how much faster than a real camera; 0: as fast as the computer can
@@ -20,14 +21,20 @@ struct Settings {
     int cfa_phase = 0;        // 0: the model's
     std::string color_space;  // empty: the model's
     bool even_taps = false;   // the taps of a camera do not differ
-    int calc_delay_ms = 20;   // how long a recalculation takes
+    SceneMotion motion{};
+    std::string faults;      // for FaultScript
+    int calc_delay_ms = 20;  // how long a recalculation takes
 
     bool Paced() const { return speed > 0.0; }
 };
 
-// Reads the environment. cameras_variable: the name of the variable with this library's number of cameras. A value that
-// makes no sense is reported on the standard error stream and replaced by the default.
-Settings ReadSettings(const char* cameras_variable, int default_cameras);
+// Reads the environment. A value that makes no sense is told and replaced by the default; so is a name that is none.
+Settings ReadSettings();
+// How many cameras a library has; -1: it says that it failed.
+int CamerasOf(const SimLibrary& library);
+
+// The names of all variables.
+std::vector<std::string> SettingNames();
 
 }  // namespace zel::sim
 

@@ -7,12 +7,20 @@
 
 namespace zel::sim {
 
+namespace {
+
+const SimLibrary& LibraryOf(const PluginDescription& plugin) {
+    return *std::ranges::find(SimLibraries(), plugin.interface_type, &SimLibrary::interface_type);
+}
+
+}  // namespace
+
 SimBus::SimBus(const PluginDescription& plugin)
-    : m_Settings(ReadSettings(plugin.cameras_variable, DefaultCameraCount(plugin.interface_type))),
-      m_Slots(static_cast<std::size_t>(std::max(m_Settings.cameras, 0))) {
+    : m_Cameras(CamerasOf(LibraryOf(plugin))), m_Slots(static_cast<std::size_t>(std::max(m_Cameras, 0))) {
+    const Settings common = ReadSettings();
     for (int i = 0; i < static_cast<int>(m_Slots.size()); ++i) {
         Slot& slot = m_Slots[static_cast<std::size_t>(i)];
-        Settings settings = m_Settings;
+        Settings settings = common;
         settings.seed += static_cast<std::uint64_t>(plugin.interface_type) * 1000 + static_cast<std::uint64_t>(i);
         slot.camera = std::make_unique<SimCamera>(ModelOfLink(plugin.interface_type, i), settings);
         slot.camera->SetVanished([this, i] { Enqueue({i, true, false, {}}); });
@@ -23,9 +31,11 @@ SimBus::SimBus(const PluginDescription& plugin)
             std::snprintf(slot.addresses[n].data(), slot.addresses[n].size(), "%s", text.c_str());
         }
     }
+    if (!common.faults.empty()) m_Script = std::make_unique<FaultScript>(*this, common.faults, plugin.interface_type);
 }
 
 SimBus::~SimBus() {
+    m_Script.reset();
     {
         const platform::ScopedLock lock(m_Lock);
         m_Callback = nullptr;
@@ -38,9 +48,14 @@ SimBus::~SimBus() {
 }
 
 bool SimBus::ShutDown() {
+    {
+        const platform::ScopedLock lock(m_Lock);
+        m_Callback = nullptr;
+        if (std::ranges::any_of(m_Slots, [](const Slot& slot) { return slot.transport != nullptr; })) return false;
+    }
+    m_Script.reset();  // whose reports are over then
     const platform::ScopedLock lock(m_Lock);
-    m_Callback = nullptr;
-    return !m_Reporting && std::ranges::none_of(m_Slots, [](const Slot& slot) { return slot.transport != nullptr; });
+    return !m_Reporting;
 }
 
 SimBus::Slot* SimBus::Find(int camera) {
@@ -49,7 +64,7 @@ SimBus::Slot* SimBus::Find(int camera) {
 }
 
 int SimBus::CameraCount() {
-    if (m_Settings.cameras < 0) return -1;
+    if (m_Cameras < 0) return -1;
     int count = static_cast<int>(m_Slots.size());
     while (count > 0 && !Camera(count - 1)->Plugged()) --count;
     return count;

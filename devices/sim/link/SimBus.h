@@ -13,6 +13,7 @@
 #include <thread>
 #include <vector>
 
+#include "devices/sim/link/FaultScript.h"
 #include "devices/sim/link/SimCameraTransport.h"
 #include "link/CameraInterfaceLibrary.h"
 #include "platform/Mutex.h"
@@ -26,7 +27,6 @@ struct PluginDescription {
     const char* interface_type_text;
     const char* port_type_text;
     const char* address_formats[3];  // "#" stands for the camera's number, from 1
-    const char* cameras_variable;
     int interface_type;
 };
 
@@ -80,7 +80,7 @@ class SimBus {
     void ReportLoop();
     void Deliver(const Report& report);
 
-    Settings m_Settings;
+    const int m_Cameras;        // -1: the library is to look broken
     std::vector<Slot> m_Slots;  // never changes its size
 
     platform::Mutex m_Lock;
@@ -91,6 +91,7 @@ class SimBus {
     bool m_Reporting ZEL_GUARDED_BY(m_Lock) = false;
     std::thread m_Reporter ZEL_GUARDED_BY(m_Lock);
     CallGate m_ReportCalls;
+    std::unique_ptr<FaultScript> m_Script;
 };
 
 }  // namespace zel::sim

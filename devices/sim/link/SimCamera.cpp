@@ -203,6 +203,7 @@ Sensor& SimCamera::TheSensor() {
         sensor.cfa_phase = m_Model.cfa_phase;
         sensor.seed = m_Settings.seed;
         sensor.scene = m_Settings.scene;
+        sensor.motion = m_Settings.motion;
         sensor.taps = FactoryCalibration(m_Model);
         m_Sensor = std::make_unique<Sensor>(sensor);
     }

@@ -74,7 +74,7 @@ class SimCamera {
     Faults& FaultsLocked() ZEL_REQUIRES(m_Lock) { return m_Faults; }
     FrameCounts& FramesLocked() ZEL_REQUIRES(m_Lock) { return m_Frames; }
     unsigned FaultClearsLocked() const ZEL_REQUIRES(m_Lock) { return m_FaultClears; }
-    // Made at first use, on the thread that renders.
+    // Made at first use: at a start, or on the thread that renders.
     Sensor& TheSensor();
 
   private:

@@ -163,7 +163,7 @@ bool SimCameraTransport::FillAndQueue(IZelCameraCommon& common, ZelImage& image,
     const std::uint64_t samples = std::uint64_t{model.width} * model.height;
     const platform::ScopedLock lock(m_Camera.Lock());
     const auto now = Clock::now();
-    m_Rate.Add(model.packed ? (samples * 3 + 1) / 2 : samples * 2, now);
+    m_Rate.Add(model.packed ? samples * 3 / 2 : samples * 2, now);
     m_LatencySeconds = std::chrono::duration<double>(now - job.ready).count();
     ++m_Camera.FramesLocked().delivered;
     return true;
@@ -186,11 +186,8 @@ void SimCameraTransport::Fill(ZelImage& image, const FrameJob& job) {
     ReadOutTaps(m_Picture, model.width, model.height, job.taps, m_Raw);
     if (!model.packed) {
         std::memcpy(image.pixels, m_Raw.data(), std::min(capacity, samples * 2));
-    } else if (capacity >= (samples * 3 + 1) / 2) {
-        Pack12(m_Raw, {reinterpret_cast<std::uint8_t*>(image.pixels), (samples * 3 + 1) / 2});
     } else {
-        const std::size_t whole = capacity / 3 * 2;
-        Pack12(std::span(m_Raw).first(whole), {reinterpret_cast<std::uint8_t*>(image.pixels), capacity / 3 * 3});
+        Pack12(m_Raw, {reinterpret_cast<std::uint8_t*>(image.pixels), std::min(capacity, samples * 3 / 2)});
     }
 }
 

@@ -89,14 +89,17 @@ int SimCameraTransport::Launch(bool triggered) {
 
     const platform::ScopedLock lock(m_ThreadLock);
     if (m_Stops != stops || !m_Connected) return ZEL_ERROR_CAMERA_COMM_FAILURE;
+    SensorSettings settings;
     {
         const platform::ScopedLock camera_lock(m_Camera.Lock());
         m_StopRequested = false;
         m_Dropped = 0;
+        settings = m_Camera.FirmwareLocked().Settings();
     }
     try {
+        if (m_Camera.PluginSettings().fill != SensorFill::kNone) m_Camera.TheSensor().Prepare(settings);
         m_Frames = std::thread([this] { FrameLoop(); });
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {
         return ZEL_ERROR_UNKNOWN;
     }
     return ZEL_NO_ERROR;

@@ -1,10 +1,16 @@
 #include "devices/sim/link/SimCommands.h"
 
+#include <algorithm>
+#include <iterator>
 #include <sstream>
 
 namespace zel::sim {
 
 namespace {
+
+// Instead of a fault.
+constexpr const char* kClear = "clear";
+constexpr const char* kCalcNever = "calc-never";
 
 // One command at work: the words after the camera's number, and where its answer goes.
 struct Call {
@@ -32,11 +38,11 @@ bool DoUnplug(const Call& call) { return Plug(call, false); }
 
 bool DoFault(const Call& call) {
     const std::string line = Rest(call.words);
-    if (line == "clear") {
+    if (line == kClear) {
         call.camera.ClearFaults();
         return true;
     }
-    if (line == "calc-never") {
+    if (line == kCalcNever) {
         call.camera.SetCalcNeverEnds(true);
         return true;
     }
@@ -119,7 +125,7 @@ bool DoSetFlashTimes(const Call& call) {
 }
 
 struct Command {
-    const char* name;
+    std::string_view name;
     bool (*run)(const Call&);
 };
 
@@ -137,21 +143,30 @@ constexpr Command kCommands[] = {
     {"set-flash-times", DoSetFlashTimes},
 };
 
+const Command* FindCommand(const std::string& name) {
+    const Command* const row = std::ranges::find(kCommands, name, &Command::name);
+    return row == std::end(kCommands) ? nullptr : row;
+}
+
 }  // namespace
+
+std::string WrongWith(const std::string& name, const std::string& arguments) {
+    if (!FindCommand(name)) return "unknown command '" + name + "'";
+    std::string reason;
+    if (name == "fault" && arguments != kClear && arguments != kCalcNever) ParseFault(arguments, reason);
+    return reason;
+}
 
 bool RunSimCommand(SimBus& bus, const std::string& command, std::string& answer) {
     std::istringstream words(command);
     std::string name;
     words >> name;
-    for (const Command& row : kCommands) {
-        if (name != row.name) continue;
-        int number = -1;
-        SimCamera* const camera = words >> number ? bus.Camera(number) : nullptr;
-        if (camera) return row.run({bus, number, *camera, words, answer});
-        answer = name + " needs the number of a camera";
-        return false;
-    }
-    answer = "unknown command '" + name + "'";
+    answer = WrongWith(name, kClear);
+    if (!answer.empty()) return false;
+    int number = -1;
+    SimCamera* const camera = words >> number ? bus.Camera(number) : nullptr;
+    if (camera) return FindCommand(name)->run({bus, number, *camera, words, answer});
+    answer = name + " needs the number of a camera";
     return false;
 }
 

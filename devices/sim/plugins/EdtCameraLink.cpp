@@ -8,7 +8,6 @@ const PluginDescription kThisPlugin = {
     .interface_type_text = "Camera Link",
     .port_type_text = "Camera Link",
     .address_formats = {"unit #", "channel 0", "simulated"},
-    .cameras_variable = "ZEL_SIM_CL_CAMERAS",
     .interface_type = CAMERA_TYPE_EDT_CAMERA_LINK,
 };
 

@@ -8,7 +8,6 @@ const PluginDescription kThisPlugin = {
     .interface_type_text = "GigE",
     .port_type_text = "GigE",
     .address_formats = {"192.168.200.#", "02:5a:45:4c:00:0#", "simulated"},
-    .cameras_variable = "ZEL_SIM_EBUS_CAMERAS",
     .interface_type = CAMERA_TYPE_PLEORA_EBUS,
 };
 

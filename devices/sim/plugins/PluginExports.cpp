@@ -2,7 +2,9 @@
 // and ends with the lib_unload that finds no transport alive; until then cameras stay as they are, plugged or not.
 #include <cstdio>
 #include <memory>
+#include <string_view>
 
+#include "devices/sim/link/Complaints.h"
 #include "devices/sim/link/SimCommands.h"
 #include "devices/sim/link/SimControl.h"
 #include "devices/sim/plugins/Plugin.h"
@@ -13,16 +15,16 @@ namespace zel::sim {
 
 namespace {
 
-platform::Mutex g_Lock;
+platform::Mutex s_Lock;
 
 // Shared with whoever is inside an export. Never destroyed: a process may end without lib_unload.
-std::shared_ptr<SimBus>& TheBus() ZEL_REQUIRES(g_Lock) {
+std::shared_ptr<SimBus>& TheBus() ZEL_REQUIRES(s_Lock) {
     static auto& bus = *new std::shared_ptr<SimBus>;
     return bus;
 }
 
 std::shared_ptr<SimBus> Bus() {
-    const platform::ScopedLock lock(g_Lock);
+    const platform::ScopedLock lock(s_Lock);
     std::shared_ptr<SimBus>& bus = TheBus();
     try {
         if (!bus) bus = std::make_shared<SimBus>(kThisPlugin);
@@ -88,7 +90,7 @@ ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_port_type(int cam_index) {
 
 ZEL_PLUGIN_EXPORT void ZEL_CALL lib_unload() {
     std::shared_ptr<SimBus> ended;  // destroyed after the lock is given back
-    const zel::platform::ScopedLock lock(zel::sim::g_Lock);
+    const zel::platform::ScopedLock lock(zel::sim::s_Lock);
     std::shared_ptr<SimBus>& bus = zel::sim::TheBus();
     if (bus && bus->ShutDown()) ended.swap(bus);
 }
@@ -104,6 +106,9 @@ ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_version_str() { return kThisPlugin.ve
 
 ZEL_PLUGIN_EXPORT int ZEL_CALL zel_sim_control(const char* command, char* reply, int reply_size) {
     if (!command) return -1;
+    if (const std::string_view text = command; text.starts_with("told ")) {
+        return zel::sim::HasTold(std::string(text.substr(5))) ? 0 : -1;  // without the lock, which the asker may hold
+    }
     return OnBus(-1, [=](SimBus& bus) {
         std::string answer;
         const bool done = zel::sim::RunSimCommand(bus, command, answer);

@@ -8,7 +8,6 @@ const PluginDescription kThisPlugin = {
     .interface_type_text = "USB",
     .port_type_text = "USB 3.0",
     .address_formats = {"bus 1", "device #", "simulated"},
-    .cameras_variable = "ZEL_SIM_USB_CAMERAS",
     .interface_type = CAMERA_TYPE_USB,
 };
 

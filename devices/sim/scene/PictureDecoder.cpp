@@ -6,6 +6,8 @@
 #include <memory>
 #include <new>
 
+#include "platform/UserTexts.h"
+
 // Without vector code both products decode a JPEG file to the same samples.
 #define STB_IMAGE_IMPLEMENTATION
 #define STB_IMAGE_STATIC
@@ -21,10 +23,11 @@ namespace zel::sim {
 namespace {
 
 constexpr std::uintmax_t kLargestFile = std::uintmax_t{1} << 29;
+constexpr std::int64_t kMostPixels = std::int64_t{1} << 26;  // takes 0.8 GB to decode
 
 bool ReadFile(const std::string& path, std::vector<char>& bytes, std::string& reason) {
     try {
-        const std::filesystem::path file(std::u8string(path.begin(), path.end()));
+        const std::filesystem::path file = platform::Utf8Path(path);
         if (!std::filesystem::is_regular_file(file)) return reason = "no such file", false;
         if (std::filesystem::file_size(file) > kLargestFile) return reason = "too large", false;
         std::ifstream stream(file, std::ios::binary);
@@ -47,10 +50,15 @@ bool DecodePicture(const std::string& path, DecodedPicture& picture, std::string
     int width = 0;
     int height = 0;
     int channels = 0;
+    const auto* const data = reinterpret_cast<const stbi_uc*>(bytes.data());
+    const auto size = static_cast<int>(bytes.size());
+    if (stbi_info_from_memory(data, size, &width, &height, &channels) && std::int64_t{width} * height > kMostPixels) {
+        reason = std::to_string(width) + " x " + std::to_string(height) + " pixels are too many, at most " +
+                 std::to_string(kMostPixels);
+        return false;
+    }
     const std::unique_ptr<stbi_us, void (*)(void*)> samples(
-        stbi_load_16_from_memory(reinterpret_cast<const stbi_uc*>(bytes.data()), static_cast<int>(bytes.size()), &width,
-                                 &height, &channels, 3),
-        stbi_image_free);
+        stbi_load_16_from_memory(data, size, &width, &height, &channels, 3), stbi_image_free);
     if (!samples || width <= 0 || height <= 0) {
         const char* why = stbi_failure_reason();
         reason = why ? why : "not a picture";

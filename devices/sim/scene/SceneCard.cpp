@@ -10,7 +10,6 @@
 namespace zel::sim {
 
 Rgb StarCard::At(double x, double y) const {
-    constexpr double kRays = 36.0;  // pairs
     constexpr double kTurn = 6.283185307179586;
     const double dx = x - Width() / 2;
     const double dy = y - Height() / 2;

@@ -35,6 +35,8 @@ class SceneCard {
 // Alternating rays from the middle: shows focus and its direction, and aliasing towards the middle.
 class StarCard : public SceneCard {
   public:
+    static constexpr double kRays = 36.0;  // pairs, ink first from the right downwards
+
     StarCard() : SceneCard(300.0, 300.0) {}
     Rgb At(double x, double y) const override;
 };

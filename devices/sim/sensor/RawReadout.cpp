@@ -8,7 +8,7 @@ namespace {
 
 using Samples = std::span<const std::uint16_t>;
 
-// a = left column k, b = right column w - 1 - k: a b a b ...; the middle column of an odd row ends it.
+// a = left column k, b = right column w - 1 - k: a b a b ...
 void ReadOutTwoTaps(Samples picture, std::size_t w, std::size_t h, std::span<std::uint16_t> raw) {
     for (std::size_t y = 0; y < h; ++y) {
         const std::uint16_t* row = picture.data() + y * w;
@@ -16,20 +16,6 @@ void ReadOutTwoTaps(Samples picture, std::size_t w, std::size_t h, std::span<std
         for (std::size_t k = 0; k < w / 2; ++k) {
             out[2 * k] = row[k];
             out[2 * k + 1] = row[w - 1 - k];
-        }
-        if (w % 2) out[w - 1] = row[w / 2];
-    }
-}
-
-// The samples that no group of four holds: the middle column, the middle row.
-void CopyMiddle(Samples picture, std::size_t w, std::size_t h, std::uint16_t* out) {
-    for (std::size_t y = 0; y < h; ++y) {
-        const std::uint16_t* row = picture.data() + y * w;
-        const bool middle_row = h % 2 && y == h / 2;
-        if (middle_row) {
-            out = std::copy_n(row, w, out);
-        } else if (w % 2) {
-            *out++ = row[w / 2];
         }
     }
 }
@@ -46,7 +32,6 @@ void ReadOutFourTaps(Samples picture, std::size_t w, std::size_t h, std::span<st
             *out++ = bottom[w - 1 - k];
         }
     }
-    CopyMiddle(picture, w, h, out);
 }
 
 }  // namespace
@@ -64,7 +49,7 @@ void ReadOutTaps(std::span<const std::uint16_t> picture, unsigned w, unsigned h,
     }
 }
 
-std::size_t Pack12(std::span<const std::uint16_t> samples, std::span<std::uint8_t> packed) {
+void Pack12(std::span<const std::uint16_t> samples, std::span<std::uint8_t> packed) {
     const std::size_t pairs = std::min(samples.size() / 2, packed.size() / 3);
     const std::uint16_t* in = samples.data();
     std::uint8_t* out = packed.data();
@@ -73,13 +58,6 @@ std::size_t Pack12(std::span<const std::uint16_t> samples, std::span<std::uint8_
         out[1] = static_cast<std::uint8_t>((in[1] & 0x0F) << 4 | (in[0] & 0x0F));
         out[2] = static_cast<std::uint8_t>(in[1] >> 4);
     }
-    std::size_t written = pairs * 3;
-    if (samples.size() % 2 && pairs == samples.size() / 2 && packed.size() - written >= 2) {
-        out[0] = static_cast<std::uint8_t>(in[0] >> 4);
-        out[1] = static_cast<std::uint8_t>(in[0] & 0x0F);
-        written += 2;
-    }
-    return written;
 }
 
 }  // namespace zel::sim

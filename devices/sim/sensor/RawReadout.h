@@ -9,13 +9,11 @@
 
 namespace zel::sim {
 
-// Rearranges a picture (w * h samples) into tap order.
+// Rearranges a picture (w * h samples, both even) into tap order.
 //   1 tap   as it is (so is any other number of taps not named here)
-//   2 taps  each row as pairs: a sample from the left edge moving right, one from the right edge moving left; the
-//           middle column of an odd width comes once, at the end of the row
+//   2 taps  each row as pairs: a sample from the left edge moving right, one from the right edge moving left
 //   4 taps  groups of four: top row from the left, top row from the right, bottom row from the left, bottom row from
-//           the right; rows move from the top and bottom edges to the middle. w / 2 columns times h / 2 rows of groups;
-//           the middle column and row of odd sizes follow as they are, in picture order
+//           the right; rows move from the top and bottom edges to the middle
 // Does nothing when either buffer holds fewer than w * h samples.
 void ReadOutTaps(std::span<const std::uint16_t> picture, unsigned w, unsigned h, int taps,
                  std::span<std::uint16_t> raw);
@@ -24,9 +22,8 @@ void ReadOutTaps(std::span<const std::uint16_t> picture, unsigned w, unsigned h,
 //
 //    byte 0: bits 11..4 of a     byte 1: bits 3..0 of b | bits 3..0 of a     byte 2: bits 11..4 of b
 //
-// An odd last sample fills one and a half bytes, the upper half of the second being 0. Bits above 11 are dropped. A
-// buffer too small for all samples gets the pairs that fit. Result: bytes written.
-std::size_t Pack12(std::span<const std::uint16_t> samples, std::span<std::uint8_t> packed);
+// Bits above 11 are dropped. A buffer too small for all samples gets the pairs that fit.
+void Pack12(std::span<const std::uint16_t> samples, std::span<std::uint8_t> packed);
 
 }  // namespace zel::sim
 

@@ -49,12 +49,14 @@ struct Sensor::State {
     explicit State(const SensorModel& wanted) : model(wanted) {}
 
     bool Prepare(const SensorSettings& wanted);
-    void RenderNoise(std::uint64_t frame, std::span<std::uint16_t> image) const;
+    void RenderNoise(std::uint64_t frame, std::span<const std::uint16_t> levels, std::span<std::uint16_t> image) const;
     void RenderStatic(std::uint64_t frame, std::span<std::uint16_t> image);
 
     SensorModel model;
     SensorSettings settings;
     LightPicture light;
+    MovingLight film;
+    bool moves = false;
     SignalTable table;
     TapGains taps;
     bool looked = false;               // at the scene
@@ -67,6 +69,8 @@ bool Sensor::State::Prepare(const SensorSettings& wanted) {
     if (!looked) {
         looked = true;
         light.Look(model.scene, model.width, model.height, model.cfa_phase);
+        moves = model.motion.Any() &&
+                film.Begin(model.motion, light.Levels(), model.width, model.height, model.cfa_phase, model.seed);
     }
     if (!tabulated || !(wanted == settings)) {
         settings = wanted;
@@ -76,9 +80,9 @@ bool Sensor::State::Prepare(const SensorSettings& wanted) {
     return tabulated && !light.Levels().empty();
 }
 
-void Sensor::State::RenderNoise(std::uint64_t frame, std::span<std::uint16_t> image) const {
+void Sensor::State::RenderNoise(std::uint64_t frame, std::span<const std::uint16_t> levels,
+                                std::span<std::uint16_t> image) const {
     RandomNumbers numbers(RandomNumbers(model.seed).Next() ^ frame);
-    const auto levels = light.Levels();
     const auto largest = static_cast<float>(taps.Ceiling());
     for (std::size_t start = 0; start < levels.size(); start += kGaussianStretch) {
         const std::size_t count = std::min(kGaussianStretch, levels.size() - start);
@@ -89,7 +93,7 @@ void Sensor::State::RenderNoise(std::uint64_t frame, std::span<std::uint16_t> im
 
 void Sensor::State::RenderStatic(std::uint64_t frame, std::span<std::uint16_t> image) {
     if (still.empty()) {
-        RenderNoise(0, image);
+        RenderNoise(0, light.Levels(), image);
         try {
             still.assign(image.begin(), image.end());
         } catch (const std::bad_alloc&) {
@@ -129,8 +133,13 @@ void Sensor::Render(const SensorSettings& settings, SensorFill fill, std::uint64
     } else if (fill == SensorFill::kStatic) {
         m_State->RenderStatic(frame, image);
     } else {
-        m_State->RenderNoise(frame, image);
+        const auto levels = m_State->moves ? m_State->film.Levels(frame) : m_State->light.Levels();
+        m_State->RenderNoise(frame, levels, image);
     }
+}
+
+void Sensor::Prepare(const SensorSettings& settings) {
+    if (m_State && m_State->Prepare(settings)) GaussianTable();
 }
 
 }  // namespace zel::sim

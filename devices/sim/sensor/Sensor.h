@@ -11,6 +11,7 @@
 #include <span>
 #include <string>
 
+#include "devices/sim/sensor/SceneMotion.h"
 #include "devices/sim/sensor/TapGains.h"
 
 namespace zel::sim {
@@ -29,6 +30,7 @@ struct SensorModel {
     double photon_flux = 1.0e6;       // photons per pixel and second from a scene value of 1.0
     std::uint64_t seed = 1;
     std::string scene = "builtin";  // or the path of a PNG or JPEG file
+    SceneMotion motion{};           // in frames of the full model
     CalibrationData taps;           // how the taps differ; empty: they do not
 };
 
@@ -61,9 +63,12 @@ class Sensor {
 
     // Renders frame number `frame` into `image`, width * height samples, row after row, the picture as it lies on the
     // sensor. The same model, settings and number give the same frame, in both products. Frames of one sensor are
-    // rendered by one thread. The scene is looked at before the first frame that shows it. A buffer of fewer samples
-    // stays as it is; without memory for the scene a frame is black.
+    // rendered by one thread at a time. The scene is looked at before the first frame that shows it. A buffer of fewer
+    // samples stays as it is; without memory for the scene a frame is black.
     void Render(const SensorSettings& settings, SensorFill fill, std::uint64_t frame, std::span<std::uint16_t> image);
+
+    // Does what would hold the first frame up: looks at the scene, which takes a while.
+    void Prepare(const SensorSettings& settings);
 
   private:
     struct State;

@@ -6,6 +6,7 @@
 #include "calibration/TableDirectory.h"
 #include "include/ZelSDK.h"
 #include "platform/User.h"
+#include "platform/UserTexts.h"
 #include "tools/zelcam/camera/CameraSelector.h"
 #include "tools/zelcam/text/Failure.h"
 #include "tools/zelcam/text/Progress.h"
@@ -143,8 +144,9 @@ std::filesystem::path CacheFile(const CameraEntry& camera, int speed) {
     const std::string ending = std::string("_") + kSpeedNames[speed] + ".txt";
     if (folder.empty() || camera.serial.empty()) return {};
     std::error_code error;
-    for (std::filesystem::directory_iterator file(folder, error), end; !error && file != end; file.increment(error)) {
-        const std::string name = file->path().filename().string();
+    for (std::filesystem::directory_iterator file(zel::platform::Utf8Path(folder), error), end; !error && file != end;
+         file.increment(error)) {
+        const std::string name = zel::platform::Utf8Text(file->path().filename());
         if (name.starts_with("zel_") && name.ends_with(ending) && name.find(camera.serial) != std::string::npos) {
             return file->path();
         }

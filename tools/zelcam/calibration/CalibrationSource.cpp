@@ -1,6 +1,7 @@
 #include "tools/zelcam/calibration/CalibrationSource.h"
 
 #include "platform/User.h"
+#include "platform/UserTexts.h"
 #include "tools/zelcam/text/Failure.h"
 
 namespace zelcam {
@@ -21,7 +22,7 @@ bool CacheAgrees(const CameraEntry& camera, const DirectoryDigests& digests) {
 }
 
 CalibrationSource FindGeneralFiles() {
-    const std::filesystem::path folder = zel::platform::CalibrationFolder();
+    const std::filesystem::path folder = zel::platform::Utf8Path(zel::platform::CalibrationFolder());
     try {
         for (const char* speed : kSpeedNames) {
             ReadCalibrationFile(folder / (std::string("CameraTable_") + speed + ".txt"));

@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "calibration/TableText.h"
+#include "platform/UserTexts.h"
 #include "tools/zelcam/text/Failure.h"
 
 namespace zelcam {
@@ -23,12 +24,12 @@ constexpr const char* kGainBounds = "a gain is 0 to 2";
 constexpr const char* kRowBounds = "a table has 4 to 1000 rows";
 
 [[noreturn]] void FailToRead(const std::filesystem::path& path, const std::string& why) {
-    throw Failure(path.string() + " is no calibration table", why, "");
+    throw Failure(zel::platform::Utf8Text(path) + " is no calibration table", why, "");
 }
 
 std::string FileContents(const std::filesystem::path& path) {
     std::ifstream file(path);
-    if (!file) throw Failure(path.string() + " can't be read", "", "check the name");
+    if (!file) throw Failure(zel::platform::Utf8Text(path) + " can't be read", "", "check the name");
     std::error_code error;
     if (std::filesystem::file_size(path, error) > kLargestFile) FailToRead(path, "it is too large");
     return std::string(std::istreambuf_iterator<char>(file), {});
@@ -127,10 +128,10 @@ Json CalibrationTable::ToJson() const {
 }
 
 int SpeedOfFile(const std::filesystem::path& path) {
-    const int speed = zel::TableOfFileName(path.filename().string());
+    const int speed = zel::TableOfFileName(zel::platform::Utf8Text(path.filename()));
     if (speed >= 0) return speed;
-    throw Failure(path.string() + " belongs to no readout speed", "its name has neither 20MHz nor 40MHz in it",
-                  "rename it");
+    throw Failure(zel::platform::Utf8Text(path) + " belongs to no readout speed",
+                  "its name has neither 20MHz nor 40MHz in it", "rename it");
 }
 
 CalibrationFile ReadCalibrationFile(const std::filesystem::path& path) {
@@ -169,7 +170,7 @@ void WriteTextFile(const std::filesystem::path& path, const std::string& text) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file << text;
     file.close();
-    if (!file) throw Failure(path.string() + " can't be written", "", "choose another --out");
+    if (!file) throw Failure(zel::platform::Utf8Text(path) + " can't be written", "", "choose another --out");
 }
 
 }  // namespace zelcam

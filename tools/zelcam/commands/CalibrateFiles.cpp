@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <iostream>
 
+#include "platform/UserTexts.h"
 #include "tools/zelcam/calibration/CalibrationSource.h"
 #include "tools/zelcam/camera/CameraFacts.h"
 #include "tools/zelcam/commands/CalibrateActions.h"
@@ -14,6 +15,8 @@ namespace zelcam {
 namespace {
 
 namespace fs = std::filesystem;
+using zel::platform::Utf8Path;
+using zel::platform::Utf8Text;
 
 std::string SizeText(const CalibrationTable& table) {
     return std::to_string(table.rows.size()) + " rows, " + std::to_string(table.taps) + " taps";
@@ -25,7 +28,7 @@ std::vector<fs::path> ExportTables(const CalibrationTables& tables, const fs::pa
     fs::create_directories(folder, error);
     std::vector<fs::path> paths;
     for (std::size_t speed = 0; speed < tables.size(); ++speed) {
-        paths.push_back(folder / (prefix + "_" + kSpeedNames[speed] + ".txt"));
+        paths.push_back(folder / Utf8Path(prefix + "_" + kSpeedNames[speed] + ".txt"));
         WriteMasterFile(paths.back(), tables[speed]);
     }
     return paths;
@@ -106,11 +109,11 @@ class ExportAction : public Command {
         const Session session;
         OpenCamera camera(session, m_Camera);
         const std::string prefix = m_Prefix.empty() ? camera.Entry().serial : m_Prefix;
-        const std::vector<fs::path> paths = ExportTables(ReadTables(camera), m_Out, prefix);
+        const std::vector<fs::path> paths = ExportTables(ReadTables(camera), Utf8Path(m_Out), prefix);
         Json json = Json::array();
         for (const fs::path& path : paths) {
-            json.push_back(path.string());
-            if (!m_Json) std::printf("%s\n", path.string().c_str());
+            json.push_back(Utf8Text(path));
+            if (!m_Json) std::printf("%s\n", Utf8Text(path).c_str());
         }
         if (m_Json) PrintJson(Json{{"files", json}});
         return kExitSuccess;
@@ -132,11 +135,11 @@ class TableFiles {
 
     void Read() {
         for (const std::string& path : m_Paths) {
-            const auto speed = static_cast<std::size_t>(SpeedOfFile(path));
+            const auto speed = static_cast<std::size_t>(SpeedOfFile(Utf8Path(path)));
             if (!m_Names[speed].empty()) {
                 throw Failure("two files for one table", m_Names[speed] + " and " + path, "", kExitUsage);
             }
-            m_Tables[speed] = ReadCalibrationFile(path).table;
+            m_Tables[speed] = ReadCalibrationFile(Utf8Path(path)).table;
             m_Names[speed] = path;
         }
     }
@@ -170,7 +173,8 @@ class ImportAction : public Command {
         Json json = Json::array();
         for (std::size_t speed = 0; speed < present.size(); ++speed) {
             if (!m_Files.Has(speed)) continue;
-            if (!Internal(camera.Get()).TapBalanceLoadDataFromMasterFile(m_Files.Name(speed).c_str())) {
+            if (!Internal(camera.Get())
+                     .TapBalanceLoadDataFromMasterFile(zel::platform::SystemPath(m_Files.Name(speed)).c_str())) {
                 throw Failure(m_Files.Name(speed) + " was not loaded", "the SDK refused it", "ZEL_LOG tells why");
             }
             const CalibrationTable& table = m_Files.Table(speed);
@@ -223,7 +227,7 @@ class WriteAction : public Command {
         CalibrationTables tables = Merge(present);
         if (!m_Yes) Confirm(camera);
         std::vector<fs::path> backup;
-        if (present) backup = ExportTables(*present, m_Backup, camera.Entry().serial + "_before");
+        if (present) backup = ExportTables(*present, Utf8Path(m_Backup), camera.Entry().serial + "_before");
         WriteTables(camera, tables);
         Report(camera, tables, backup);
         return kExitSuccess;
@@ -278,8 +282,8 @@ class WriteAction : public Command {
             if (!m_Json) std::printf("%s written and read back, digest %s\n", kSpeedNames[speed], digest.c_str());
         }
         for (const fs::path& path : backup) {
-            json["backup"].push_back(path.string());
-            if (!m_Json) std::printf("before: %s\n", path.string().c_str());
+            json["backup"].push_back(Utf8Text(path));
+            if (!m_Json) std::printf("before: %s\n", Utf8Text(path).c_str());
         }
         if (m_Json) PrintJson(json);
     }

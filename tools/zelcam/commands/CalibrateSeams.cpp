@@ -46,7 +46,7 @@ class SeamsAction : public Command {
                 throw Failure(camera.Label() + " can't be corrected", "its calibration was not loaded",
                               "see 'zelcam calibrate check'");
             }
-            const SeamMeter meter = Measure(session, camera, corrected);
+            const SeamMeter meter = Measure(camera, corrected);
             Report(camera, meter, corrected, json);
         }
         if (m_Json) PrintJson(json);
@@ -54,7 +54,7 @@ class SeamsAction : public Command {
     }
 
   private:
-    SeamMeter Measure(const Session& session, OpenCamera& camera, bool corrected) const {
+    SeamMeter Measure(OpenCamera& camera, bool corrected) const {
         SeamMeter meter;
         Acquisition acquisition(camera, FrameMode::kEvery, StartMode::kFree, m_Settings);
         Progress progress(corrected ? "with correction" : "without", !m_Json);
@@ -71,9 +71,7 @@ class SeamsAction : public Command {
             options.folder = m_Save;
             options.format = "png";
             options.prefix = corrected ? "corrected" : "uncorrected";
-            PictureSaver(options, session.Sdk()->GetUtil(), ReadFacts(camera),
-                         {ReadNumber(camera.Get(), ZEL_PARAM_GAIN), 0})
-                .Save(frame.Get());
+            PictureSaver(options, ReadFacts(camera), {ReadNumber(camera.Get(), ZEL_PARAM_GAIN), 0}).Save(frame.Get());
         }
         return meter;
     }

@@ -1,6 +1,7 @@
 // zelcam calibrate show, check: what the tables say, and whether camera, files and data agree.
 #include <cstdio>
 
+#include "platform/UserTexts.h"
 #include "tools/zelcam/calibration/CalibrationCamera.h"
 #include "tools/zelcam/calibration/CalibrationPlot.h"
 #include "tools/zelcam/commands/CalibrateActions.h"
@@ -12,6 +13,8 @@ namespace zelcam {
 namespace {
 
 namespace fs = std::filesystem;
+using zel::platform::Utf8Path;
+using zel::platform::Utf8Text;
 
 // A table with where it comes from.
 struct NamedTable {
@@ -55,13 +58,13 @@ class ShowAction : public Command {
                 Json entry{{"name", named.name}};
                 entry.update(named.table.ToJson());
                 entry["fault"] = named.table.Fault();
-                entry["plot"] = plot.empty() ? Json() : Json(plot.string());
+                entry["plot"] = plot.empty() ? Json() : Json(Utf8Text(plot));
                 json.push_back(entry);
                 continue;
             }
             std::printf("%s\n%s", named.name.c_str(), NumbersText(named.table).c_str());
             if (const std::string fault = named.table.Fault(); !fault.empty()) std::printf("BAD: %s\n", fault.c_str());
-            if (!plot.empty()) std::printf("plot: %s\n", plot.string().c_str());
+            if (!plot.empty()) std::printf("plot: %s\n", Utf8Text(plot).c_str());
         }
         if (m_Json) PrintJson(json);
         return kExitSuccess;
@@ -71,7 +74,7 @@ class ShowAction : public Command {
     std::vector<NamedTable> Tables() const {
         std::vector<NamedTable> tables;
         for (const std::string& file : m_Files) {
-            tables.push_back({file, fs::path(file).stem().string(), ReadCalibrationFile(file).table});
+            tables.push_back({file, Utf8Text(Utf8Path(file).stem()), ReadCalibrationFile(Utf8Path(file)).table});
         }
         if (!tables.empty()) return tables;
         const Session session;
@@ -86,8 +89,8 @@ class ShowAction : public Command {
 
     fs::path Plot(const NamedTable& named) const {
         std::error_code error;
-        fs::create_directories(m_Out, error);
-        const fs::path path = fs::path(m_Out) / (named.stem + ".svg");
+        fs::create_directories(Utf8Path(m_Out), error);
+        const fs::path path = Utf8Path(m_Out) / Utf8Path(named.stem + ".svg");
         WriteTextFile(path, PlotSvg(named.table, named.name));
         return path;
     }
@@ -116,7 +119,7 @@ Digests Collect(const CameraEntry& camera, int speed, const CalibrationTable& ta
     digests.data = HexText(table.ComputeDigest());
     if (directory) digests.directory = HexText((*directory)[static_cast<std::size_t>(speed)]);
     const fs::path cache = CacheFile(camera, speed);
-    digests.cache_path = cache.string();
+    digests.cache_path = Utf8Text(cache);
     if (cache.empty()) return digests;
     try {
         const CalibrationFile file = ReadCalibrationFile(cache);

@@ -49,7 +49,7 @@ class CaptureCommand : public Command {
         }
         const std::vector<WriteOutcome> settings = m_Settings.Apply(camera.Get());
         const CameraFacts facts = ReadFacts(camera);
-        PictureSaver saver(m_Pictures, session.Sdk()->GetUtil(), facts, PicturesOf(camera, m_Settings, m_Pictures));
+        PictureSaver saver(m_Pictures, facts, PicturesOf(camera, m_Settings, m_Pictures));
         CatchInterrupts();
         Take(camera, saver);
         Report(facts, settings);

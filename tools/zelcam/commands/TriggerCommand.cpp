@@ -46,7 +46,7 @@ class TriggerCommand : public Command {
         const PictureSettings pictures = PicturesOf(camera, m_Settings, m_Pictures);
         std::optional<PictureSaver> saver;
         if (m_Save) {
-            saver.emplace(m_Pictures, session.Sdk()->GetUtil(), facts, pictures);
+            saver.emplace(m_Pictures, facts, pictures);
         }
         CatchInterrupts();
         Take(camera, saver ? &*saver : nullptr);

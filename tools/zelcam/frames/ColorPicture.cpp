@@ -2,11 +2,12 @@
 
 #include <lodepng.h>
 
-#include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <system_error>
 
 #include "include/ZelImage.h"
+#include "platform/UserTexts.h"
 #include "tools/zelcam/text/Failure.h"
 
 namespace zelcam {
@@ -75,12 +76,14 @@ void WriteColorPng(const std::string& file_name, const std::vector<std::uint8_t>
     std::vector<unsigned char> file;
     const unsigned error = lodepng::encode(file, samples, width, height, state);
     if (error) throw Failure("'" + file_name + "' can't be made", lodepng_error_text(error), "");
-    std::ofstream stream(file_name, std::ios::binary);
+    const std::filesystem::path path = zel::platform::Utf8Path(file_name);
+    std::ofstream stream(path, std::ios::binary);
     const bool opened = stream.good();
     stream.write(reinterpret_cast<const char*>(file.data()), static_cast<std::streamsize>(file.size()));
     stream.close();
     if (stream) return;
-    if (opened) std::remove(file_name.c_str());
+    std::error_code ignored;
+    if (opened) std::filesystem::remove(path, ignored);
     throw Failure("'" + file_name + "' can't be written",
                   opened ? "the file came out incomplete" : "the file can't be opened",
                   opened ? "make room on the disk or choose another --out" : "choose another --out");

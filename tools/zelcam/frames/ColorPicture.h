@@ -16,7 +16,7 @@ namespace zelcam {
 // first, shifted up by `shift` bits. Empty when the frame has no color picture of this format.
 std::vector<std::uint8_t> PngSamples(const ZelColorImage& image, const ColorSetting& setting, unsigned shift);
 
-// Writes those samples of a width x height picture. Throws Failure.
+// Writes those samples of a width x height picture; the name is UTF-8. Throws Failure.
 void WriteColorPng(const std::string& file_name, const std::vector<std::uint8_t>& samples, unsigned width,
                    unsigned height, const ColorSetting& setting);
 

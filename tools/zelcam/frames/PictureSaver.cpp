@@ -8,15 +8,19 @@
 #include <system_error>
 
 #include "include/ZelImage.h"
-#include "include/ZelUtil.h"
+#include "platform/Files.h"
+#include "platform/UserTexts.h"
 #include "tools/zelcam/frames/Acquisition.h"
 #include "tools/zelcam/frames/ColorPicture.h"
 #include "tools/zelcam/text/Failure.h"
 #include "tools/zelcam/text/UtcTime.h"
+#include "util/ImageFile.h"
 
 namespace zelcam {
 
 namespace fs = std::filesystem;
+using zel::platform::Utf8Path;
+using zel::platform::Utf8Text;
 
 const char* const kFrameClock =
     "the SDK's millisecond clock (monotonic; timeGetTime on Windows), modulo 2^32, not the time of day";
@@ -69,17 +73,17 @@ PictureSettings PicturesOf(const OpenCamera& camera, const AcquisitionSettings& 
     return pictures;
 }
 
-PictureSaver::PictureSaver(const PictureOptions& options, ZelUtil* util, const CameraFacts& facts,
-                           const PictureSettings& settings)
-    : m_Options(options), m_Util(util), m_Facts(facts), m_Settings(settings) {
+PictureSaver::PictureSaver(const PictureOptions& options, const CameraFacts& facts, const PictureSettings& settings)
+    : m_Options(options), m_Facts(facts), m_Settings(settings) {
     m_Options.SettleFormat(settings.color.has_value());
     if (m_Options.prefix.empty()) m_Options.prefix = "camera" + std::to_string(facts.entry.number);
     const std::string what = "folder '" + m_Options.folder + "' can't be used";
     std::error_code error;
-    fs::create_directories(m_Options.folder, error);
+    const fs::path folder = Utf8Path(m_Options.folder);
+    fs::create_directories(folder, error);
     if (error) throw Failure(what, error.message(), "choose another --out");
-    if (!fs::is_directory(m_Options.folder, error)) throw Failure(what, "it is a file", "choose another --out");
-    const fs::path probe = fs::path(m_Options.folder) / (m_Options.prefix + "_0000.tmp");
+    if (!fs::is_directory(folder, error)) throw Failure(what, "it is a file", "choose another --out");
+    const fs::path probe = folder / Utf8Path(m_Options.prefix + "_0000.tmp");
     const bool writable = std::ofstream(probe).good();
     fs::remove(probe, error);
     if (!writable) throw Failure(what, "no file can be written there", "choose another --out or --prefix");
@@ -88,9 +92,9 @@ PictureSaver::PictureSaver(const PictureOptions& options, ZelUtil* util, const C
 Json PictureSaver::Save(ZelColorImage* image) {
     char number[16];
     std::snprintf(number, sizeof number, "_%04d", ++m_Count);
-    const fs::path stem = fs::path(m_Options.folder) / (m_Options.prefix + number);
+    const std::string stem = Utf8Text(Utf8Path(m_Options.folder) / Utf8Path(m_Options.prefix + number));
     const bool tiff = m_Options.format == "tiff";
-    const fs::path picture = stem.string() + (tiff ? ".tif" : ".png");
+    const fs::path picture = Utf8Path(stem + (tiff ? ".tif" : ".png"));
     unsigned scaled_by = 0;
     if (m_Settings.color) {
         const ColorSetting& color = *m_Settings.color;
@@ -100,10 +104,10 @@ Json PictureSaver::Save(ZelColorImage* image) {
         if (m_Options.scale) scaled_by = ScaleToSixteenBits(image);
         WriteGrey(picture, image);
     }
-    const Json description = Describe(image, picture.filename().string(), scaled_by);
-    WriteDescription(stem.string() + ".json", description);
+    const Json description = Describe(image, Utf8Text(picture.filename()), scaled_by);
+    WriteDescription(Utf8Path(stem + ".json"), description);
     Json result = description;
-    result["path"] = picture.generic_string();
+    result["path"] = Utf8Text(picture.generic_u8string());
     return result;
 }
 
@@ -113,13 +117,15 @@ void PictureSaver::WriteColor(const fs::path& path, const ZelColorImage& image, 
         throw Failure("frame " + std::to_string(image.image_number) + " has no color picture",
                       "the SDK did not make one of this format", "leave --color out");
     }
-    WriteColorPng(path.string(), samples, image.w, image.h, *m_Settings.color);
+    WriteColorPng(Utf8Text(path), samples, image.w, image.h, *m_Settings.color);
 }
 
 void PictureSaver::WriteGrey(const fs::path& path, ZelColorImage* image) const {
     const bool png = m_Options.format == "png";
-    const std::string name = path.string();
-    const bool saved = png ? m_Util->SavePNG(name.c_str(), image) : m_Util->SaveTIFF(name.c_str(), image);
+    const std::string name = Utf8Text(path);
+    const auto open = [&] { return zel::platform::OpenFile(name, "wb"); };
+    const bool fits = zel::FitsItsBuffer(*image, image->bytes_per_pixel);
+    const bool saved = fits && (png ? zel::WritePng(*image, open) : zel::WriteTiff(*image, open));
     if (!saved)
         throw Failure("'" + name + "' can't be written", "the file can't be opened or memory ran out",
                       "choose another --out");
@@ -135,7 +141,7 @@ void PictureSaver::WriteDescription(const fs::path& path, const Json& descriptio
     file << JsonText(description) << "\n";
     file.close();
     if (!file) {
-        throw Failure("'" + path.string() + "' can't be written", "the file came out incomplete",
+        throw Failure("'" + Utf8Text(path) + "' can't be written", "the file came out incomplete",
                       "make room on the disk or choose another --out");
     }
 }

@@ -11,7 +11,6 @@
 #include "tools/zelcam/text/Json.h"
 
 class ZelColorImage;
-class ZelUtil;
 
 namespace CLI {
 class App;
@@ -50,8 +49,7 @@ PictureSettings PicturesOf(const OpenCamera& camera, const AcquisitionSettings& 
 class PictureSaver {
   public:
     // Makes the folder. Throws Failure when it can't be written to.
-    PictureSaver(const PictureOptions& options, ZelUtil* util, const CameraFacts& facts,
-                 const PictureSettings& settings);
+    PictureSaver(const PictureOptions& options, const CameraFacts& facts, const PictureSettings& settings);
 
     // Saves a frame and its description under the next number. Result: the description. Throws Failure.
     Json Save(ZelColorImage* image);
@@ -63,7 +61,6 @@ class PictureSaver {
     Json Describe(const ZelColorImage* image, const std::string& file, unsigned scaled_by) const;
 
     PictureOptions m_Options;
-    ZelUtil* m_Util;
     CameraFacts m_Facts;
     PictureSettings m_Settings;
     int m_Count = 0;

@@ -23,18 +23,13 @@ class FirmwareHost {
         m_Firmware.Handle(datagram, answer);
         return answer;
     }
-    // The exception code of a table request; -1 when the two datagrams are not framed as they should be.
+    // The exception code of a table request; -1 when it is not answered.
     int Request(int command, int index, const Bytes& data, Bytes& reply) {
         const Bytes answer = Raw(TableRequest(command, index, data));
         if (answer.size() < 9) return -1;
-        const std::size_t length = answer[1] * 256u + answer[2];
-        const std::size_t exception = 3 + length;
-        if (answer[0] != 0 || answer[3] != command || length != 3 + answer[4] * 256u + answer[5]) return -1;
-        if (answer.size() < exception + 3) return -1;
+        const std::size_t exception = 3 + answer[1] * 256u + answer[2];
         reply.assign(answer.begin() + 6, answer.begin() + static_cast<std::ptrdiff_t>(exception));
-        const std::size_t rest = answer[exception + 1] * 256u + answer[exception + 2];
-        if (answer.size() != exception + 3 + rest || (rest != 0 && rest < 3)) return -1;
-        return rest == 0 ? 0 : answer[exception + 5];
+        return answer.size() == exception + 3 ? 0 : answer.back();
     }
     int Get(int index) {
         Bytes reply;

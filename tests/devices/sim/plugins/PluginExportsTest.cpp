@@ -1,6 +1,10 @@
 // The plug-ins as the SDK sees them: loaded by name, bound by export.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
 #include "devices/sim/link/Settings.h"
 #include "devices/sim/link/SimControl.h"
 #include "tests/support/Process.h"
@@ -13,27 +17,22 @@ namespace {
 using plugin_check::HostCamera;
 using plugin_check::PluginLibrary;
 
-struct ConnectionEvent {
-    int id;
-    int camera;
-    int context;
-};
-std::vector<ConnectionEvent> g_Events;
+std::atomic<int> s_Events;
 
-void ZEL_CALL OnConnection(int id, int camera, int context) { g_Events.push_back({id, camera, context}); }
+void ZEL_CALL OnConnection(int id, int, int) { s_Events += id == ICAMERA_INTERFACE_EVENT_ID_DISCONNECT ? 1 : 100; }
 
 class Plugin : public testing::Test {
   protected:
     void SetUp() override {
-        g_Events.clear();
-        for (const char* variable : kVariables) platform::SetEnvironment(variable, nullptr);
+        s_Events = 0;
+        for (const std::string& name : SettingNames()) platform::SetEnvironment(name.c_str(), nullptr);
         platform::SetEnvironment("ZEL_SIM_PACE", "none");
         platform::SetEnvironment("ZEL_SIM_SIZE", "64x48");
         platform::SetEnvironment("ZEL_SIM_FILL", "none");
     }
     void TearDown() override {
         if (library && library->lib_unload) library->lib_unload();
-        for (const char* variable : kVariables) platform::SetEnvironment(variable, nullptr);
+        for (const std::string& name : SettingNames()) platform::SetEnvironment(name.c_str(), nullptr);
     }
     void Load(const char* name) {
         library = std::make_unique<PluginLibrary>(name);
@@ -48,66 +47,70 @@ class Plugin : public testing::Test {
         return result;
     }
 
-    static constexpr const char* kVariables[] = {"ZEL_SIM_CL_CAMERAS",  "ZEL_SIM_EBUS_CAMERAS", "ZEL_SIM_USB_CAMERAS",
-                                                 "ZEL_SIM_SIZE",        "ZEL_SIM_PACE",         "ZEL_SIM_SEED",
-                                                 "ZEL_SIM_SCENE",       "ZEL_SIM_FILL",         "ZEL_SIM_CFA_PHASE",
-                                                 "ZEL_SIM_COLOR_SPACE", "ZEL_SIM_TAPS"};
     std::unique_ptr<PluginLibrary> library;
     ZelSimControlFunction m_Control = nullptr;
 };
 
 TEST_F(Plugin, AWrongSettingIsReportedAndTheDefaultTaken) {
-    const std::pair<const char*, const char*> kWrong[] = {
-        {"ZEL_SIM_SIZE", "63x48"},
-        {"ZEL_SIM_PACE", "-1"},
-        {"ZEL_SIM_SEED", "x"},
-        {"ZEL_SIM_FILL", "red"},
-        {"ZEL_SIM_SCENE", "/no/such/picture.png"},
-        {"ZEL_SIM_CFA_PHASE", "5"},
-        {"ZEL_SIM_TAPS", "flat"},
-        {"ZEL_SIM_COLOR_SPACE", "a text that is longer than a table entry"}};
-    for (const auto& [variable, value] : kWrong) {
+    const std::pair<std::string, std::string> kWrong[] = {{"SIZE", "63x48"},
+                                                          {"PACE", "-1"},
+                                                          {"SEED", "x"},
+                                                          {"FILL", "red"},
+                                                          {"SCENE", "/no/such/picture.png"},
+                                                          {"MOTION", "drift:0"},
+                                                          {"CFA_PHASE", "5"},
+                                                          {"TAPS", "flat"},
+                                                          {"COLOR_SPACE", "a text that is longer than a table entry"}};
+    for (const auto& [name, value] : kWrong) {
         SetUp();
-        platform::SetEnvironment(variable, value);
+        const std::string variable = "ZEL_SIM_" + name;
+        platform::SetEnvironment(variable.c_str(), value.c_str());
         testing::internal::CaptureStderr();
-        const Settings settings = ReadSettings("ZEL_SIM_USB_CAMERAS", 2);
+        const Settings settings = ReadSettings();
+        ReadSettings();
         const std::string line = testing::internal::GetCapturedStderr();
-        EXPECT_EQ(line.find(std::string(variable) + '=' + value + ": expected "), 0u) << line;
-        EXPECT_EQ(settings.width, variable == std::string("ZEL_SIM_SIZE") ? 0u : 64u);
-        EXPECT_EQ(settings.speed, variable == std::string("ZEL_SIM_PACE") ? 1.0 : 0.0);
+        EXPECT_EQ(line.find(variable + '=' + value + ": expected "), 0u) << line;
+        EXPECT_EQ(line.find('\n'), line.size() - 1) << "once in a process";
+        EXPECT_EQ(settings.width, name == "SIZE" ? 0u : 64u);
+        EXPECT_EQ(settings.speed, name == "PACE" ? 1.0 : 0.0);
         EXPECT_EQ(settings.scene, "builtin");
     }
+    platform::SetEnvironment("ZEL_SIM_SCEEN", "x");
+    testing::internal::CaptureStderr();
+    ReadSettings();
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("did you mean ZEL_SIM_SCENE?"), std::string::npos);
+    platform::SetEnvironment("ZEL_SIM_SCEEN", nullptr);
 }
 
-TEST_F(Plugin, AnOpenCameraHearsOfItsUnplugAndReturn) {
+// One script for all libraries: each does the lines that are about its cameras, at their times.
+TEST_F(Plugin, AScriptOfFaultsIsDoneByItself) {
+    platform::SetEnvironment("ZEL_SIM_FAULTS",
+                             "unplug E150-2M;unplgu 0; fault 0 rust;@-1 plug 0;plug nobody; @0.3 unplug zel_usb/1;"
+                             "fault 500101 lose times=3; @0.01+0.01 event 500101 3");
     Load("pleora_ebus.dll");
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(library->get_num_cameras(), 0);
+    library->lib_unload();
+    Load("zel_usb.dll");
     library->set_camera_connection_event_callback(OnConnection, 1);
     ICameraInterface* const transport = library->create_camera_interface(0, nullptr);
-    ASSERT_TRUE(transport);
     HostCamera host(*transport);
     transport->SetCameraCommon(&host);
     host.RegisterHandlers();
-    ASSERT_EQ(transport->Connect(), 0);
-    ASSERT_EQ(transport->Start(), 0);
-    ASSERT_EQ(host.Set(CAMERA_STATE, 2), 0);
-    ASSERT_TRUE(host.WaitForFrames(3, 60000));
-    // The application may stop from inside the event.
-    host.m_OnEvent = [&](unsigned id) {
-        if (id == CAMERA_EVENT_DISCONNECT) transport->Stop();
-    };
-    EXPECT_EQ(Control("unplug 0"), 0);
-    EXPECT_EQ(Control("unplug 0"), -1) << "it is gone already";
-    EXPECT_TRUE(host.WaitForEvent(CAMERA_EVENT_DISCONNECT, 60000));
-    const std::size_t frames = host.Snapshot().image_numbers.size();
-    EXPECT_EQ(Control("plug 0"), 0);
-    EXPECT_TRUE(host.WaitForEvent(CAMERA_EVENT_RECONNECT, 60000));
-    ASSERT_EQ(g_Events.size(), 1u) << "a camera that is still open comes back without a connect event";
-    EXPECT_EQ(host.Snapshot().image_numbers.size(), frames);
-    ASSERT_EQ(transport->Start(), 0);
-    ASSERT_EQ(host.Set(CAMERA_STATE, 2), 0);
-    EXPECT_TRUE(host.WaitForFrames(frames + 3, 60000));
+    EXPECT_EQ(transport->Connect(), 0);
+    EXPECT_EQ(transport->Start(), 0);
+    EXPECT_EQ(host.Set(CAMERA_STATE, 2), 0);
+    EXPECT_TRUE(host.WaitForFrames(1, 60000));
+    EXPECT_TRUE(host.WaitForEvent(3, 60000));
     EXPECT_EQ(transport->Stop(), 0);
-    EXPECT_EQ(transport->Disconnect(), 0);
+    EXPECT_EQ(transport->GetDroppedFrames(), 3);
+    while (s_Events == 0) std::this_thread::yield();  // the test's time limit ends it
+    EXPECT_EQ(s_Events, 1);
+    EXPECT_EQ(library->get_num_cameras(), 1);
+    const std::string told = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), 4) << told;
+    for (const char* reason : {"'unplgu 0': unknown command", "unknown fault 'rust'", "expected @SECONDS", "'nobody'"})
+        EXPECT_NE(told.find(reason), std::string::npos) << reason;
     transport->SetCameraCommon(nullptr);
     library->destroy_camera_interface(transport);
     library->destroy_camera_interface(transport);  // left alone

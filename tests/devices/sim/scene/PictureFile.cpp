@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "platform/UserTexts.h"
+
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #define STB_IMAGE_WRITE_STATIC
 #define STBI_WRITE_NO_STDIO
@@ -17,10 +19,6 @@ void Append(void* context, void* data, int size) {
     auto& bytes = *static_cast<std::vector<char>*>(context);
     const char* first = static_cast<const char*>(data);
     bytes.insert(bytes.end(), first, first + size);
-}
-
-std::filesystem::path Utf8Path(const std::string& text) {
-    return std::filesystem::path(std::u8string(text.begin(), text.end()));
 }
 
 }  // namespace
@@ -44,17 +42,16 @@ std::vector<char> EncodePicture(FileKind kind, int width, int height, const Colo
 TemporaryFile::TemporaryFile(const std::string& name, const std::vector<char>& bytes) {
     static int number = 0;
     const auto stamp = std::filesystem::file_time_type::clock::now().time_since_epoch().count();
-    const auto folder = std::filesystem::temp_directory_path().u8string();
-    m_Path = std::string(folder.begin(), folder.end()) + "/zel_sensor_" + std::to_string(stamp) + "_" +
+    m_Path = platform::Utf8Text(std::filesystem::temp_directory_path()) + "/zel_sensor_" + std::to_string(stamp) + "_" +
              std::to_string(number++) + "_" + name;
-    std::ofstream stream(Utf8Path(m_Path), std::ios::binary);
+    std::ofstream stream(platform::Utf8Path(m_Path), std::ios::binary);
     stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     EXPECT_TRUE(stream.good()) << m_Path;
 }
 
 TemporaryFile::~TemporaryFile() {
     std::error_code ignored;
-    std::filesystem::remove(Utf8Path(m_Path), ignored);
+    std::filesystem::remove(platform::Utf8Path(m_Path), ignored);
 }
 
 }  // namespace zel::sim::test

@@ -1,4 +1,4 @@
-// Picture files for the sensor's tests.
+// Picture files for the sensor's tests, and sensors that look at them.
 #ifndef TESTS_SENSOR_PICTUREFILE_H
 #define TESTS_SENSOR_PICTUREFILE_H
 
@@ -7,6 +7,8 @@
 #include <functional>
 #include <string>
 #include <vector>
+
+#include "devices/sim/sensor/Sensor.h"
 
 namespace zel::sim::test {
 
@@ -36,6 +38,15 @@ class FlatPicture : public TemporaryFile {
     explicit FlatPicture(const Color8& color)
         : TemporaryFile("flat.png", EncodePicture(FileKind::kPng, 4, 4, [&](int, int) { return color; })) {}
 };
+
+inline SensorModel ModelOf(unsigned width, unsigned height, int phase = 0, const std::string& scene = "builtin") {
+    SensorModel model;
+    model.width = width;
+    model.height = height;
+    model.cfa_phase = phase;
+    model.scene = scene;
+    return model;
+}
 
 }  // namespace zel::sim::test
 

@@ -1,9 +1,8 @@
 // Pictures as scenes: decoding, scaling, and files that are no pictures.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "devices/sim/scene/Scene.h"
+#include "platform/UserTexts.h"
 #include "tests/devices/sim/scene/PictureFile.h"
 #include "tests/devices/sim/sensor/FrameStatistics.h"
 
@@ -23,46 +22,37 @@ TEST(SceneFileTest, ALargePictureIsAveragedInLinearLight) {
     }
 }
 
-class UnreadableSceneTest : public testing::TestWithParam<const char*> {
-  protected:
-    static std::vector<char> Bytes(const std::string& kind) {
-        auto png = EncodePicture(FileKind::kPng, 40, 40, [](int x, int y) {
-            return Color8{static_cast<std::uint8_t>(x * y), 5, 9};
-        });
-        if (kind == "Empty") return {};
-        if (kind == "Text") return {'h', 'e', 'l', 'l', 'o'};
-        if (kind == "CutShort") png.resize(png.size() / 2);
-        if (kind == "HeaderOnly") png.resize(33);
-        if (kind == "HugeSize") png[16] = png[20] = 0x7F;  // bytes 16..23 are width and height, high byte first
-        if (kind == "BadBlock") png[43] = static_cast<char>(0xFF);  // in the compressed data
-        return png;
-    }
-};
-
-TEST_P(UnreadableSceneTest, CostsALineAndGivesTheBuiltInScene) {
-    const TemporaryFile file("broken.png", Bytes(GetParam()));
-    std::string path = file.Path();
-    if (std::string(GetParam()) == "Missing") path += ".missing";
-    if (std::string(GetParam()) == "Folder") path = std::filesystem::temp_directory_path().string();
-    SensorModel model;
-    model.width = 40;
-    model.height = 30;
+TEST(SceneFileTest, AnUnreadableOneCostsALineAndGivesTheBuiltInScene) {
+    SensorModel model = ModelOf(40, 30);
     Sensor builtin(model);
-    model.scene = path;
-    Sensor broken(model);
-    testing::internal::CaptureStderr();
-    const Frame frame = RenderFrame(broken, {}, 1);
-    RenderFrame(broken, {}, 2);
-    const std::string line = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(line.find("scene \"" + path + "\" can't be read ("), 0u) << line;
-    EXPECT_EQ(line.find('\n'), line.size() - 1) << line;  // one line, once
-    EXPECT_EQ(frame, RenderFrame(builtin, {}, 1));
+    const Frame expected = RenderFrame(builtin, {}, 1);
+    const auto png = EncodePicture(FileKind::kPng, 40, 40, [](int x, int y) {
+        return Color8{static_cast<std::uint8_t>(x * y), 5, 9};
+    });
+    const std::vector<char> cut_short(png.begin(), png.begin() + static_cast<std::ptrdiff_t>(png.size() / 2));
+    // Bytes 16 to 23 are width and height, high byte first: 16384 x 16384 samples take gigabytes.
+    std::vector<char> huge = png;
+    huge[18] = huge[22] = 16384 >> 8;
+    huge[19] = huge[23] = 0;
+    const TemporaryFile files[] = {{"text.png", {'h', 'e', 'l', 'l', 'o'}}, {"cut.png", cut_short}, {"huge.png", huge}};
+    const std::pair<std::string, std::string> cases[] = {
+        {files[0].Path() + ".missing", "no such file"},
+        {platform::Utf8Text(std::filesystem::temp_directory_path()), "no such file"},
+        {files[0].Path(), "unknown image type"},
+        {files[1].Path(), ""},
+        {files[2].Path(), "16384 x 16384 pixels are too many, at most 67108864"}};
+    for (const auto& [path, reason] : cases) {
+        model.scene = path;
+        Sensor broken(model);
+        testing::internal::CaptureStderr();
+        const Frame frame = RenderFrame(broken, {}, 1);
+        RenderFrame(broken, {}, 2);
+        const std::string line = testing::internal::GetCapturedStderr();
+        EXPECT_EQ(line.find("scene \"" + path + "\" can't be read (" + reason), 0u) << line;
+        EXPECT_EQ(line.find('\n'), line.size() - 1) << line;  // one line, once
+        EXPECT_EQ(frame, expected) << path;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Sensor, UnreadableSceneTest,
-                         testing::Values("Missing", "Folder", "Empty", "Text", "CutShort", "HeaderOnly", "HugeSize",
-                                         "BadBlock"),
-                         [](const auto& param) { return std::string(param.param); });
 
 }  // namespace
 }  // namespace zel::sim::test

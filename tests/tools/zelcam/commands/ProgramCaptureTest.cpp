@@ -204,6 +204,30 @@ TEST_F(ProgramCapture, FolderThatCanNotBeWrittenFailsBeforeTheStart) {
     EXPECT_EQ(FileText(m_Folder / "file"), "in the way");
 }
 
+// On Windows most of these characters are in no 8-bit encoding, which the SDK's own writers are bound to.
+TEST_F(ProgramCapture, FoldersAndFilesHaveAnyName) {
+    const std::string name = "\u00DCml\u00E4ut \u65E5\u672C";
+    const fs::path folder = zel::platform::Utf8Path(m_Folder / name);
+    const std::pair<const char*, const char*> formats[] = {
+        {"-f tiff", ".tif"}, {"-f png", ".png"}, {"-c 2 --color", ".png"}};
+    for (const auto& [options, extension] : formats) {
+        const std::string prefix = name + options[3];
+        const ToolResult result =
+            RunTool("capture --json -o \"" + (m_Folder / name) + "\" -p \"" + prefix + "\" " + options);
+        ASSERT_EQ(result.exit_code, 0) << result.err;
+        const fs::path picture = folder / zel::platform::Utf8Path(prefix + "_0001" + extension);
+        EXPECT_GT(fs::file_size(picture), kSampleBytes / 4);
+        EXPECT_EQ(result.Json()["pictures"][0]["file"], zel::platform::Utf8Text(picture.filename()));
+    }
+    EXPECT_EQ(RunTool("calibrate export --out \"" + (m_Folder / name) + "\"").exit_code, 0);
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 8);
+    const std::string table = m_Folder / (name + "/300101_20MHz.txt");
+    for (const char* command : {"show --no-plot", "import"}) {
+        const ToolResult result = RunTool(std::string("calibrate ") + command + " \"" + table + "\"");
+        EXPECT_EQ(result.exit_code, 0) << result.err;
+    }
+}
+
 TEST_F(ProgramCapture, RefusedSettingTakesNoPicture) {
     const ToolResult result = RunTool("capture --exposure 0 --out \"" + (m_Folder / "c") + "\"");
     EXPECT_EQ(result.exit_code, 1);

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "platform/User.h"
+#include "platform/UserTexts.h"
 #include "tests/tools/zelcam/commands/SimControl.h"
 
 namespace zelcam {
@@ -33,8 +34,9 @@ inline std::string FileText(const std::filesystem::path& path) {
 // Removes the cache files of the simulated cameras' calibration. On Windows they lie in the user's own folder.
 inline void RemoveCacheFiles() {
     std::error_code ignored;
-    for (const auto& file : std::filesystem::directory_iterator(zel::platform::CalibrationFolder(), ignored)) {
-        const std::string name = file.path().filename().string();
+    for (const auto& file :
+         std::filesystem::directory_iterator(zel::platform::Utf8Path(zel::platform::CalibrationFolder()), ignored)) {
+        const std::string name = zel::platform::Utf8Text(file.path().filename());
         if (name.starts_with("zel_L2048-4M_300101_") || name.starts_with("zel_E150-2M_400101_")) {
             std::filesystem::remove(file.path(), ignored);
         }
@@ -60,11 +62,22 @@ class TemporaryFolder {
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
     const std::filesystem::path& Path() const { return m_Path; }
-    std::string operator/(const std::string& name) const { return (m_Path / name).generic_string(); }
+    std::string operator/(const std::string& name) const {
+        return zel::platform::Utf8Text((m_Path / zel::platform::Utf8Path(name)).generic_u8string());
+    }
 
   private:
     std::filesystem::path m_Path;
 };
+
+// A command line in UTF-8, for the system's shell.
+inline int RunCommand(const std::string& command) {
+#ifdef _WIN32
+    return _wsystem(zel::platform::Utf8Path(command).c_str());
+#else
+    return std::system(command.c_str());
+#endif
+}
 
 // Runs "NAME ARGUMENTS", a program of this folder, with the environment as it is. Arguments with blanks are quoted
 // with ".
@@ -74,7 +87,7 @@ inline ToolResult RunProgram(const std::string& name, const std::string& argumen
     const std::string out = (folder.Path() / "out").make_preferred().string();
     const std::string err = (folder.Path() / "err").make_preferred().string();
     const std::string command = program + " " + arguments + " >\"" + out + "\" 2>\"" + err + "\"";
-    const int status = std::system(command.c_str());
+    const int status = RunCommand(command);
     // One system answers the exit code, the other puts it into the second byte.
     return {status > 255 ? status / 256 : status, FileText(out), FileText(err)};
 }

@@ -10,6 +10,8 @@
 namespace zel::sim {
 namespace {
 
+using zel::test::TextReply;
+
 const CameraModel kModels[] = {ModelOfLink(CAMERA_TYPE_EDT_CAMERA_LINK, 0), ModelOfLink(CAMERA_TYPE_PLEORA_EBUS, 0),
                                ModelOfLink(CAMERA_TYPE_USB, 0), ModelOfLink(CAMERA_TYPE_USB, 1)};
 
@@ -48,7 +50,6 @@ TEST(FirmwareTable, EveryEntryKeepsItsRangeAndItsAccess) {
 TEST(FirmwareTable, ARequestThatMakesNoSenseIsAnsweredWithAnException) {
     FirmwareHost host(kModels[0]);
     Bytes reply;
-    EXPECT_EQ(host.Request(SYNC_TABLE_CMD_GET, 89, {}, reply), kExceptionBadIndex);
     EXPECT_EQ(host.Request(SYNC_TABLE_CMD_GET, -1, {}, reply), kExceptionBadIndex);
     EXPECT_EQ(host.Request(SYNC_TABLE_CMD_SET, EXPOSURE_TIME, {1, 2, 3}, reply), kExceptionIncompleteData);
     EXPECT_EQ(host.Request(99, EXPOSURE_TIME, {}, reply), kExceptionIncompleteData);
@@ -86,6 +87,41 @@ TEST(FirmwareTable, ARecalculationTakesItsTimeAndLetsTheRunBegin) {
     EXPECT_EQ(host.Get(CALC_STATE), 2);
     EXPECT_EQ(host.Target().Taps(), 1);
     EXPECT_EQ(host.Set(CAMERA_STATE, 2), 0);
+}
+
+TEST(FirmwareText, CommandsComeWithAndWithoutHeaderAndLineEnd) {
+    FirmwareHost host(kModels[0]);
+    const Bytes reply = TextReply(kModels[0].name);
+    EXPECT_EQ(host.Raw({9, 0, 4, 'n', 'a', 'm', 'e'}), reply);
+    EXPECT_EQ(host.Raw({9, 0, 6, 'n', 'a', 'm', 'e', '\r', '\n'}), reply);
+    EXPECT_EQ(host.Raw({'n', 'a', 'm', 'e', '\r', '\n'}), reply);
+    EXPECT_EQ(host.Raw({9, 0, 7, 'n', 'a', 'm', 'e'}), TextReply("ERR")) << "a header that disagrees is text";
+    EXPECT_EQ(host.Raw({}), TextReply("ERR"));
+    for (const char* command : {"trig b on", "trig cl", "cam.fly", "armed", "INFO"}) {
+        EXPECT_EQ(host.Text(command), "ERR") << command;
+    }
+}
+
+TEST(FirmwareTrigger, TheInputObeysItsPolarity) {
+    const struct {
+        const char* command;
+        TriggerEdge edge;
+        bool taken;
+    } kCases[] = {{"trig cl hi", TriggerEdge::kRising, true},
+                  {"trig cl hi", TriggerEdge::kFalling, false},
+                  {"trig cl lo", TriggerEdge::kFalling, true},
+                  {"trig cl low", TriggerEdge::kRising, false},
+                  {"trig a hi", TriggerEdge::kActive, true}};
+    for (const auto& c : kCases) {
+        FirmwareHost host(kModels[0]);
+        host.Text("trig cl on");
+        host.Text(c.command);
+        host.Text("arm");
+        EXPECT_EQ(host.Target().HardwareTrigger(c.edge), c.taken) << c.command;
+        EXPECT_EQ(host.Target().FrameDue(), c.taken);
+        host.Text("trig cl off");
+        EXPECT_FALSE(host.Target().HardwareTrigger(TriggerEdge::kActive)) << "the input is off";
+    }
 }
 
 }  // namespace

@@ -25,6 +25,7 @@ class SyncTableTest : public SyncTableFixture {
     int m_Value = -1;
     SyncTableAttributes m_Record = MakeAttributes(H_BIN, "record", 1, 8, 7);
     // Whatever is done with an entry; the first four talk to the camera.
+    enum : std::size_t { kGet, kGetAttribute, kSet, kSetBlock, kExchanges };
     const std::vector<std::function<bool(SyncTable&, int)>> m_Operations{
         [this](SyncTable& table, int index) { return table.Get(index, &m_Value); },
         [this](SyncTable& table, int index) { return table.GetAttribute(index, &m_Record); },
@@ -65,9 +66,10 @@ TEST_F(SyncTableTest, ExchangesRunUnderTheLockWithRaisedTimerResolution) {
         return model.Answer(datagram);
     });
     SyncTable nowhere(nullptr, "none", m_Lock);
-    for (int i = 0; i < 4; ++i) {
+    for (std::size_t i = 0; i < kExchanges; ++i) {
+        m_Camera.ForgetSent();
         EXPECT_TRUE(m_Operations[i](m_Table, H_SIZE));
-        EXPECT_EQ(i + 1, m_Camera.Exchanges());
+        EXPECT_EQ(1, m_Camera.Exchanges());
         EXPECT_FALSE(m_Operations[i](nowhere, H_SIZE));
     }
 }
@@ -75,12 +77,12 @@ TEST_F(SyncTableTest, ExchangesRunUnderTheLockWithRaisedTimerResolution) {
 // On purpose: what becomes of a block depends on the reply alone.
 TEST_F(SyncTableTest, AShortSendEndsAnExchangeAtOnceUnlessItIsABlock) {
     m_Camera.SetShortSend(1);
-    for (int i = 0; i < 3; ++i) EXPECT_FALSE(m_Operations[i](m_Table, H_SIZE));
+    for (const auto i : {kGet, kGetAttribute, kSet}) EXPECT_FALSE(m_Operations[i](m_Table, H_SIZE));
     EXPECT_EQ(3, m_Camera.Exchanges());
     EXPECT_EQ(0, m_Camera.ReceiveCalls());
     EXPECT_EQ(5, Target(H_SIZE));
     m_Camera.Feed(SetReply());
-    EXPECT_TRUE(m_Operations[3](m_Table, H_SIZE));
+    EXPECT_TRUE(m_Operations[kSetBlock](m_Table, H_SIZE));
 }
 
 TEST_F(SyncTableTest, FlagsDecideWhereValuesComeFromAndWhereTheyGo) {
@@ -111,7 +113,7 @@ TEST_F(SyncTableTest, FlagsDecideWhereValuesComeFromAndWhereTheyGo) {
         m_Table.SetCachedReads(c.cached_reads);
         EXPECT_TRUE(m_Table.Get(VGA_GAIN, nullptr) && m_Table.Get(VGA_GAIN, &m_Value));
         std::vector<int> seen{m_Value};
-        for (const int operation : {2, 3}) {
+        for (const auto operation : {kSet, kSetBlock}) {
             EXPECT_TRUE(m_Operations[operation](m_Table, VGA_GAIN));
             seen.push_back(Target(VGA_GAIN));
             seen.push_back(CachedValue(VGA_GAIN));
@@ -218,9 +220,9 @@ TEST_F(SyncTableTest, AReadIsRepeatedThreeTimesUnlessTheIndexIsBad) {
 
 TEST_F(SyncTableTest, AWriteIsNotRepeatedAndItsTargetStays) {
     m_Camera.QueueReplies(2, ExceptionReply(0x11));
-    EXPECT_FALSE(m_Operations[2](m_Table, VGA_GAIN));
+    EXPECT_FALSE(m_Operations[kSet](m_Table, VGA_GAIN));
     EXPECT_EQ(5, Target(VGA_GAIN));
-    EXPECT_FALSE(m_Operations[3](m_Table, VGA_GAIN));
+    EXPECT_FALSE(m_Operations[kSetBlock](m_Table, VGA_GAIN));
     EXPECT_EQ(5, Target(VGA_GAIN));
     EXPECT_EQ(2, m_Camera.Exchanges());
     EXPECT_EQ(0u, m_Clock.Elapsed());

@@ -23,8 +23,13 @@ using testing::HasSubstr;
 
 class LoggingLibrary : public testing::Test {
   protected:
-    void TearDown() override {
+    LoggingLibrary() { RemoveFile(); }
+    ~LoggingLibrary() override {
         Ask("");
+        RemoveFile();
+    }
+    // Windows refuses as long as the file is open; another run's is not.
+    void RemoveFile() const {
         std::error_code error;
         std::filesystem::remove(m_File, error);
     }

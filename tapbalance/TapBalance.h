@@ -40,7 +40,6 @@ class TapBalance {
     // False, and switched off, while no table set was loaded or the camera's digest could not be read.
     bool Enable(bool enable);
     bool Enabled() const { return m_Enabled; }
-    bool DataValid() const { return m_DataValid; }
     bool DataFault() const { return m_DataFault; }
     // The sensor's bit depth, 0 to 16.
     bool SetBitsPerPixel(int bits_per_pixel);
@@ -57,7 +56,6 @@ class TapBalance {
     // ---- Tables from the camera ----
     // Remembers the selection even when it is no table; what follows then fails.
     bool SelectTable(int select);
-    int SelectedTable() const { return m_TableSelect; }
     // What is known of the camera's flash belongs to the past: asked for again at the next use.
     void ForgetFlash();
     // Whether the camera's directory, when it was asked for last, said that no table was ever written. A flash memory

@@ -8,13 +8,12 @@ constexpr SpectralMatrix kSpectralResponse{{
     {0.11f, 0.76f, 0.13f},
     {0.02f, 0.15f, 0.55f},
 }};
+// Of the one kind of pixel of a monochrome sensor; white gives 1.
 constexpr std::array<float, 3> kMonochromeResponse{0.28f, 0.44f, 0.28f};
 
 }  // namespace
 
 const SpectralMatrix& SpectralResponse() { return kSpectralResponse; }
-
-const std::array<float, 3>& MonochromeResponse() { return kMonochromeResponse; }
 
 unsigned FilterColor(int phase, unsigned x, unsigned y) {
     // Colors of the 2 x 2 cell, row after row.

@@ -14,9 +14,6 @@ namespace zel::sim {
 using SpectralMatrix = std::array<std::array<float, 3>, 3>;
 const SpectralMatrix& SpectralResponse();
 
-// The same for the one kind of pixel of a monochrome sensor; white gives 1.
-const std::array<float, 3>& MonochromeResponse();
-
 // The filter (0 red, 1 green, 2 blue) of the pixel (x, y) when the top-left pixel has the phase 1 to 4.
 //
 //    phase 1   R G     phase 2   B G     phase 3   G R     phase 4   G B

@@ -82,15 +82,34 @@ void MovingLight::MakeStar() {
     const ChartPlacement placement(m_Width, m_Height);
     const double x = placement.PixelX(500.0);
     const double y = placement.PixelY(500.0);
-    const double radius = kRim * placement.Scale();
-    m_Star = {Pixel(x - radius, m_Width), Pixel(y - radius, m_Height), Pixel(x + radius + 1.0, m_Width),
-              Pixel(y + radius + 1.0, m_Height)};
-    m_StarAngles.reserve(std::size_t{m_Star.right - m_Star.left} * (m_Star.bottom - m_Star.top));
+    const double hub = kHub * placement.Scale();
+    const double rim = kRim * placement.Scale();
+    constexpr double kPixelsPerUnit = kTurn / (StarCard::kRays * kPairUnits);  // at radius 1
+    for (unsigned parity = 0; parity < 2; ++parity) {
+        for (unsigned column = 0; column < m_Width; ++column) {
+            const unsigned cell = parity * 2 + column % 2;
+            m_Ink[parity].push_back(Response(cell, Gray(kInk)));
+            m_Paper[parity].push_back(Response(cell, Gray(kPaper)));
+        }
+    }
+    m_Star = {Pixel(x - rim, m_Width), Pixel(y - rim, m_Height), Pixel(x + rim + 1.0, m_Width),
+              Pixel(y + rim + 1.0, m_Height)};
     for (unsigned row = m_Star.top; row < m_Star.bottom; ++row) {
+        m_StarRuns.push_back({row, m_Star.left, m_StarAngles.size()});
         for (unsigned column = m_Star.left; column < m_Star.right; ++column) {
-            const double turns = PlainAtan2(row + 0.5 - y, column + 0.5 - x) / kTurn + 1.0;
-            m_StarAngles.push_back(
-                static_cast<std::uint16_t>(static_cast<std::uint32_t>(turns * StarCard::kRays * kPairUnits)));
+            const double dx = column + 0.5 - x;
+            const double dy = row + 0.5 - y;
+            const double radius = std::sqrt(dx * dx + dy * dy);
+            StarRun& run = m_StarRuns.back();
+            if (radius >= hub && radius < rim) {
+                const double units = (PlainAtan2(dy, dx) / kTurn + 1.0) * StarCard::kRays * kPairUnits;
+                m_StarAngles.push_back(static_cast<std::uint16_t>(static_cast<std::uint32_t>(units)));
+                m_StarSlopes.push_back(static_cast<float>(radius * kPixelsPerUnit));
+            } else if (run.first == m_StarAngles.size()) {
+                run.left = column + 1;
+            } else {
+                m_StarRuns.push_back({row, column + 1, m_StarAngles.size()});
+            }
         }
     }
 }
@@ -134,29 +153,24 @@ void MovingLight::DrawSpot(const Spot& spot, double time) {
 // Ink and paper go over into each other within a pixel, measured along the circle.
 void MovingLight::DrawStar(double time) {
     m_Drawn.push_back(m_Star);
-    const ChartPlacement placement(m_Width, m_Height);
-    const double x = placement.PixelX(500.0);
-    const double y = placement.PixelY(500.0);
     const double turned = std::fmod(time * (kPairUnits / kFramesPerPair), kPairUnits);
     const auto turn = static_cast<std::uint16_t>(static_cast<std::uint32_t>(turned));
-    const auto hub = static_cast<float>(kHub * placement.Scale());
-    const auto rim = static_cast<float>(kRim * placement.Scale());
-    constexpr auto kPixelsPerUnit = static_cast<float>(kTurn / (StarCard::kRays * kPairUnits));  // at radius 1
-    const std::uint16_t* angle = m_StarAngles.data();
-    for (unsigned row = m_Star.top; row < m_Star.bottom; ++row) {
-        const auto dy = static_cast<float>(row + 0.5 - y);
-        const float ink[2] = {Response(row % 2 * 2, Gray(kInk)), Response(row % 2 * 2 + 1, Gray(kInk))};
-        const float paper[2] = {Response(row % 2 * 2, Gray(kPaper)), Response(row % 2 * 2 + 1, Gray(kPaper))};
-        std::uint16_t* const levels = Row(row);
-        for (unsigned column = m_Star.left; column < m_Star.right; ++column, ++angle) {
-            const auto dx = static_cast<float>(column + 0.5 - x);
-            const float radius = std::sqrt(dx * dx + dy * dy);
-            if (radius < hub || radius >= rim) continue;
-            const int phase = static_cast<std::uint16_t>(*angle - turn) - 32768;  // ink below 0
-            const int beyond = std::min(std::abs(phase), 32768 - std::abs(phase)) * (phase < 0 ? -1 : 1);
-            const float white = std::clamp(static_cast<float>(beyond) * radius * kPixelsPerUnit + 0.5f, 0.0f, 1.0f);
-            const unsigned parity = column % 2;
-            levels[column] = static_cast<std::uint16_t>(ink[parity] + (paper[parity] - ink[parity]) * white + 0.5f);
+    constexpr auto kHalf = static_cast<float>(kPairUnits / 2);
+    for (std::size_t r = 0; r < m_StarRuns.size(); ++r) {
+        const StarRun& run = m_StarRuns[r];
+        const std::size_t count =
+            (r + 1 < m_StarRuns.size() ? m_StarRuns[r + 1].first : m_StarAngles.size()) - run.first;
+        const std::uint16_t* const angles = m_StarAngles.data() + run.first;
+        const float* const slopes = m_StarSlopes.data() + run.first;
+        const float* const ink = m_Ink[run.row % 2].data() + run.left;
+        const float* const paper = m_Paper[run.row % 2].data() + run.left;
+        std::uint16_t* const levels = Row(run.row) + run.left;
+        for (std::size_t i = 0; i < count; ++i) {
+            const auto phase = static_cast<float>(static_cast<std::uint16_t>(angles[i] - turn)) - kHalf;  // ink below 0
+            const float distance = std::min(std::fabs(phase), kHalf - std::fabs(phase));
+            const float beyond = phase < 0.0f ? -distance : distance;
+            const float white = std::min(std::max(beyond * slopes[i] + 0.5f, 0.0f), 1.0f);
+            levels[i] = static_cast<std::uint16_t>(static_cast<int>(ink[i] + (paper[i] - ink[i]) * white + 0.5f));
         }
     }
 }

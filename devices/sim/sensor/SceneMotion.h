@@ -41,6 +41,12 @@ class MovingLight {
         unsigned left, top, right, bottom;
     };
 
+    // Pixels of the star in a row.
+    struct StarRun {
+        unsigned row, left;
+        std::size_t first;  // of its pixels in the lists
+    };
+
     void MakeSpots(std::uint64_t seed);
     void MakeStar();
     void DrawSpot(const Spot& spot, double frame);
@@ -58,7 +64,11 @@ class MovingLight {
     std::vector<Part> m_Drawn;  // parts that differ from the still picture
     std::vector<float> m_Profile;
     Part m_Star{};
-    std::vector<std::uint16_t> m_StarAngles;  // of its pixels, in 65536ths of a pair of rays
+    std::vector<StarRun> m_StarRuns;
+    std::vector<std::uint16_t> m_StarAngles;  // of the pixels of all runs, in 65536ths of a pair of rays
+    std::vector<float> m_StarSlopes;          // pixels to the next such angle
+    std::vector<float> m_Ink[2];              // levels along even and odd rows
+    std::vector<float> m_Paper[2];
 };
 
 }  // namespace zel::sim

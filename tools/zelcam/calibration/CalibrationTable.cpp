@@ -10,6 +10,7 @@
 
 #include "tapbalance/Sha1.h"
 #include "tools/zelcam/text/Failure.h"
+#include "tools/zelcam/text/OutputFile.h"
 
 namespace zelcam {
 
@@ -195,9 +196,10 @@ void WriteMasterFile(const std::filesystem::path& path, const CalibrationTable& 
 
 void WriteTextFile(const std::filesystem::path& path, const std::string& text) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    const bool opened = file.good();
     file << text;
     file.close();
-    if (!file) throw Failure(path.string() + " can't be written", "", "choose another --out");
+    if (!file) FailToWrite(path, opened);
 }
 
 }  // namespace zelcam

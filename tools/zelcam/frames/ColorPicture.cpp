@@ -2,12 +2,12 @@
 
 #include <lodepng.h>
 
-#include <cstdio>
 #include <cstring>
 #include <fstream>
 
 #include "include/ZelImage.h"
 #include "tools/zelcam/text/Failure.h"
+#include "tools/zelcam/text/OutputFile.h"
 
 namespace zelcam {
 
@@ -79,11 +79,7 @@ void WriteColorPng(const std::string& file_name, const std::vector<std::uint8_t>
     const bool opened = stream.good();
     stream.write(reinterpret_cast<const char*>(file.data()), static_cast<std::streamsize>(file.size()));
     stream.close();
-    if (stream) return;
-    if (opened) std::remove(file_name.c_str());
-    throw Failure("'" + file_name + "' can't be written",
-                  opened ? "the file came out incomplete" : "the file can't be opened",
-                  opened ? "make room on the disk or choose another --out" : "choose another --out");
+    if (!stream) FailToWrite(file_name, opened);
 }
 
 }  // namespace zelcam

@@ -2,6 +2,9 @@
 #ifndef TESTS_ZELCAM_TOOLPROCESS_H
 #define TESTS_ZELCAM_TOOLPROCESS_H
 
+#include <gmock/gmock.h>
+
+#include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -11,6 +14,7 @@
 
 #include "platform/User.h"
 #include "tests/tools/zelcam/commands/SimControl.h"
+#include "tools/zelcam/text/Failure.h"
 
 namespace zelcam {
 
@@ -45,7 +49,7 @@ inline void RemoveCacheFiles() {
 class TemporaryFolder {
   public:
     TemporaryFolder() {
-        static int s_Count = 0;
+        static std::atomic<int> s_Count = 0;
         const auto now = std::filesystem::file_time_type::clock::now().time_since_epoch().count();
         do {
             m_Path = std::filesystem::temp_directory_path() /
@@ -66,20 +70,49 @@ class TemporaryFolder {
     std::filesystem::path m_Path;
 };
 
+// Runs a command line of the system's shell in this folder, its output going where `out` says, a file by default.
+inline ToolResult RunCommand(const std::string& line, std::string out = "") {
+    const TemporaryFolder folder;
+    const std::string file = (folder.Path() / "out").make_preferred().string();
+    const std::string err = (folder.Path() / "err").make_preferred().string();
+    if (out.empty()) out = "\"" + file + "\"";
+    const int status = std::system((line + " >" + out + " 2>\"" + err + "\"").c_str());
+    // One system answers the exit code, the other puts it into the second byte.
+    return {status > 255 ? status / 256 : status, FileText(file), FileText(err)};
+}
+
 // Runs "NAME ARGUMENTS", a program of this folder, with the environment as it is. Arguments with blanks are quoted
 // with ".
-inline ToolResult RunProgram(const std::string& name, const std::string& arguments) {
-    const TemporaryFolder folder;
-    const std::string program = std::filesystem::path("./" + name).make_preferred().string();
-    const std::string out = (folder.Path() / "out").make_preferred().string();
-    const std::string err = (folder.Path() / "err").make_preferred().string();
-    const std::string command = program + " " + arguments + " >\"" + out + "\" 2>\"" + err + "\"";
-    const int status = std::system(command.c_str());
-    // One system answers the exit code, the other puts it into the second byte.
-    return {status > 255 ? status / 256 : status, FileText(out), FileText(err)};
+inline ToolResult RunProgram(const std::string& name, const std::string& arguments, const std::string& out = "") {
+    return RunCommand(std::filesystem::path("./" + name).make_preferred().string() + " " + arguments, out);
 }
 
 inline ToolResult RunTool(const std::string& arguments) { return RunProgram("zelcam", arguments); }
+
+// Expects the action to end in a failure of this kind whose line has `line` in it.
+template <class Action>
+void ExpectFailure(Action action, const FailureKind& kind, const std::string& line) {
+    try {
+        action();
+        ADD_FAILURE() << "no failure; expected " << line;
+    } catch (const Failure& failure) {
+        EXPECT_THAT(failure.what(), testing::HasSubstr(line));
+        EXPECT_EQ(failure.ExitCode(), kind.exit_code) << line;
+    }
+}
+
+// Runs the tool with --json, for a call that fails: one line, exit code and code are of one kind. Result: the JSON.
+inline nlohmann::json FailureOfTool(const std::string& arguments, const FailureKind& kind, const std::string& line) {
+    const ToolResult result = RunTool(arguments + " --json");
+    const nlohmann::json json = result.Json();
+    const nlohmann::json error = json.is_object() && json.contains("error") ? json["error"] : nlohmann::json::object();
+    EXPECT_EQ(result.exit_code, kind.exit_code) << arguments;
+    EXPECT_EQ(error.value("code", ""), kind.code) << arguments << result.out;
+    EXPECT_EQ(error.value("exit_code", 0), kind.exit_code) << arguments;
+    EXPECT_EQ(result.err, "zelcam: " + error.value("message", "") + "\n") << arguments;
+    EXPECT_THAT(result.err, testing::HasSubstr(line)) << arguments;
+    return json;
+}
 
 }  // namespace zelcam
 

@@ -27,8 +27,8 @@ struct ToolResult {
     nlohmann::json Json() const { return nlohmann::json::parse(out, nullptr, false); }
 };
 
-inline std::string FileText(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
+inline std::string FileText(const std::filesystem::path& path, std::ios::openmode mode = std::ios::binary) {
+    std::ifstream file(path, mode);
     std::ostringstream text;
     text << file.rdbuf();
     return text.str();
@@ -78,7 +78,7 @@ inline ToolResult RunCommand(const std::string& line, std::string out = "") {
     if (out.empty()) out = "\"" + file + "\"";
     const int status = std::system((line + " >" + out + " 2>\"" + err + "\"").c_str());
     // One system answers the exit code, the other puts it into the second byte.
-    return {status > 255 ? status / 256 : status, FileText(file), FileText(err)};
+    return {status > 255 ? status / 256 : status, FileText(file, std::ios::in), FileText(err, std::ios::in)};
 }
 
 // Runs "NAME ARGUMENTS", a program of this folder, with the environment as it is. Arguments with blanks are quoted

@@ -7,9 +7,17 @@ namespace zel::platform {
 // Whether the error stream is shown on a terminal, so that a line may be drawn over itself.
 bool StderrIsTerminal();
 
-// Has `handler` called when the user asks the program to end (Ctrl-C, or the system's polite request). The handler may
-// only set lock-free atomics. A second request while the first is being obeyed ends the program at once.
-void InstallInterruptHandler(void (*handler)());
+// Columns of that terminal; 0 when it does not tell.
+int TerminalColumns();
+
+// Has writing to the standard output fail where it can't arrive, instead of ending the program or ending up in a file
+// that the program opens later: a pipe that nobody reads, a stream that was closed before the start.
+void GuardStandardStreams();
+
+// Has `handler` called when the user asks the program to end, with the number of the signal by the shell's count: 2 for
+// Ctrl-C, 15 for the system's polite request, 1 for a terminal that is gone (unless the user had that ignored). The
+// handler may only set lock-free atomics. A second request while the first is being obeyed ends the program at once.
+void InstallInterruptHandler(void (*handler)(int signal));
 
 // While it lives a console shows the program's texts, which are UTF-8, as such. Pipes and files get the same bytes.
 class Utf8Console {

@@ -33,9 +33,9 @@ for ((n = 0; n < cameras; n++)); do
     "$zelcam" info --camera "$n" --json >"$out/camera$n.info.json"
     look=(--format png --scale)
     [ -z "$(member color_filter "$out/camera$n.info.json")" ] || look=(--color)
-    "$zelcam" capture --camera "$n" --frames "$frames" --exposure 30000 --timeout 60 "${look[@]}" --out "$out" --json >"$summary"
+    "$zelcam" capture --camera "$n" --frames "$frames" --exposure 30000 --timeout 60 "${look[@]}" --overwrite --out "$out" --json >"$summary"
     beside=$out/camera${n}_0001.json
-    rate=$(member frames_per_second "$summary")
+    rate=$(member camera_frames_per_second "$summary")
     printf '%-7s %-14s %-12s %-4s %-7s %-13s %-15s %.1f\n' "$n" "$(member model "$summary")" \
         "$(member width "$beside")x$(member height "$beside")" "$(member bits "$beside")" "$(member frames "$summary")" \
         "$(member link "$summary")" "$(member no_free_buffer "$summary")" "${rate/null/0}"

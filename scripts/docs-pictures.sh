@@ -43,7 +43,7 @@ frame() {
     shift
     local format=png
     case " $* " in *" --color "*) format=16 ;; esac
-    "$bin/zelcam" capture --camera "$camera" --format "$format" --prefix frame --out . "$@" >&2
+    "$bin/zelcam" capture --camera "$camera" --format "$format" --prefix frame --overwrite --out . "$@" >&2
     pngtopam frame_0001.png
 }
 

@@ -1,23 +1,40 @@
 #include "platform/Terminal.h"
 
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
+
+#include <initializer_list>
 
 namespace zel::platform {
 
 namespace {
 
-void (*s_Handler)() = nullptr;
+void (*s_Handler)(int) = nullptr;
 
-void HandleSignal(int) {
-    if (s_Handler) s_Handler();
+void HandleSignal(int number) {
+    if (s_Handler) s_Handler(number);
 }
 
 }  // namespace
 
 bool StderrIsTerminal() { return isatty(STDERR_FILENO) != 0; }
 
-void InstallInterruptHandler(void (*handler)()) {
+int TerminalColumns() {
+    winsize size{};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
+void GuardStandardStreams() {
+    signal(SIGPIPE, SIG_IGN);
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        // Opened the wrong way round: the number is taken, and using it fails as it would have.
+        if (fcntl(stream, F_GETFD) < 0) open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
+}
+
+void InstallInterruptHandler(void (*handler)(int signal)) {
     s_Handler = handler;
     struct sigaction action = {};
     action.sa_handler = &HandleSignal;
@@ -26,6 +43,9 @@ void InstallInterruptHandler(void (*handler)()) {
     action.sa_flags = static_cast<int>(SA_RESETHAND);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
+    struct sigaction present = {};
+    sigaction(SIGHUP, nullptr, &present);
+    if (present.sa_handler != SIG_IGN) sigaction(SIGHUP, &action, nullptr);
 }
 
 Utf8Console::Utf8Console() = default;

@@ -10,13 +10,16 @@ namespace zel::platform {
 
 namespace {
 
-std::atomic<void (*)()> s_Handler{nullptr};
+constexpr int kInterrupted = 2;
+constexpr int kHungUp = 1;
+
+std::atomic<void (*)(int)> s_Handler{nullptr};
 
 // Called on a thread of the system's. TRUE: obeyed; FALSE: the system ends the program.
-BOOL WINAPI HandleControl(DWORD) {
-    void (*const handler)() = s_Handler.exchange(nullptr);
+BOOL WINAPI HandleControl(DWORD event) {
+    void (*const handler)(int) = s_Handler.exchange(nullptr);
     if (!handler) return FALSE;
-    handler();
+    handler(event == CTRL_CLOSE_EVENT ? kHungUp : kInterrupted);
     return TRUE;
 }
 
@@ -24,7 +27,16 @@ BOOL WINAPI HandleControl(DWORD) {
 
 bool StderrIsTerminal() { return _isatty(_fileno(stderr)) != 0; }
 
-void InstallInterruptHandler(void (*handler)()) {
+int TerminalColumns() {
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    const bool known = GetConsoleScreenBufferInfo(GetStdHandle(STD_ERROR_HANDLE), &info) != 0;
+    return known ? info.srWindow.Right - info.srWindow.Left + 1 : 0;
+}
+
+// Writing where nothing can arrive fails by itself here.
+void GuardStandardStreams() {}
+
+void InstallInterruptHandler(void (*handler)(int signal)) {
     s_Handler = handler;
     SetConsoleCtrlHandler(&HandleControl, TRUE);
 }

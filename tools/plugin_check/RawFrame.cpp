@@ -1,7 +1,10 @@
 #include "tools/plugin_check/RawFrame.h"
 
+#include <fmt/format.h>
+
 #include <cstdio>
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <vector>
 
 #include "tools/plugin_check/HostCamera.h"
@@ -67,7 +70,7 @@ bool WritePicture(const RawFrame& frame, RawFrameKind kind, const char* file_nam
 
 }  // namespace
 
-bool SaveRawFrame(const PluginLibrary& library, RawFrameKind kind, int taps, const char* file_name) {
+bool SaveRawFrame(const PluginLibrary& library, RawFrameKind kind, int taps, const char* file_name, bool json) {
     if (!library.Complete() || library.get_num_cameras() < 1) {
         std::fprintf(stderr, "no camera: the library can't be loaded or finds none\n");
         return false;
@@ -101,8 +104,13 @@ bool SaveRawFrame(const PluginLibrary& library, RawFrameKind kind, int taps, con
         std::fprintf(stderr, "%s can't be written\n", file_name);
         return false;
     }
-    std::printf("%s: %d x %d, %d bits, %d taps%s\n", file_name, frame.width, frame.height, frame.bits, frame.taps,
-                frame.packed ? ", packed" : "");
+    const std::string text =
+        json ? nlohmann::ordered_json{{"file", file_name},  {"width", frame.width}, {"height", frame.height},
+                                      {"bits", frame.bits}, {"taps", frame.taps},   {"packed", frame.packed}}
+                   .dump(2)
+             : fmt::format("{}: {} x {}, {} bits, {} taps{}", file_name, frame.width, frame.height, frame.bits,
+                           frame.taps, frame.packed ? ", packed" : "");
+    std::puts(text.c_str());
     return true;
 }
 

@@ -12,8 +12,8 @@ enum class RawFrameKind {
 };
 
 // Takes a frame with the library's first camera, read out by `taps` taps (0: as the camera is set), and writes it as a
-// PGM picture, counts as they are. False after a message on the standard error stream.
-bool SaveRawFrame(const PluginLibrary& library, RawFrameKind kind, int taps, const char* file_name);
+// PGM picture, counts as they are; tells of it, as JSON or a line. False after a message on the standard error stream.
+bool SaveRawFrame(const PluginLibrary& library, RawFrameKind kind, int taps, const char* file_name, bool json);
 
 }  // namespace zel::plugin_check
 

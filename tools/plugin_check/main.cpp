@@ -1,6 +1,6 @@
 // Checks a camera interface library (a plug-in) against what the SDK expects of one.
+#include <CLI/CLI.hpp>
 #include <cstdio>
-#include <cstring>
 #include <string>
 
 #include "tools/plugin_check/Checks.h"
@@ -11,7 +11,7 @@ namespace {
 using namespace zel::plugin_check;
 
 void CheckCamera(const PluginLibrary& library, int count, int camera, Report& report) {
-    std::printf("camera %d\n", camera);
+    report.BeginCamera(camera);
     char name[64] = "";
     if (library.get_camera_name) std::snprintf(name, sizeof(name), "%s", library.get_camera_name(camera));
     ICameraInterface* const transport = library.create_camera_interface(camera, name);
@@ -28,48 +28,68 @@ void CheckCamera(const PluginLibrary& library, int count, int camera, Report& re
     library.destroy_camera_interface(transport);
 }
 
-}  // namespace
+struct Wishes {
+    std::string file;
+    std::string bytes;
+    std::string samples;
+    int taps = 0;
+    bool json = false;
+};
 
-namespace {
+void Declare(CLI::App& app, Wishes& wishes) {
+    app.add_option("file", wishes.file, "A plug-in, such as zel_usb.dll or a path")->required();
+    app.add_flag("--json", wishes.json, "Print JSON and nothing else on the standard output");
+    CLI::Option* const bytes = app.add_option(
+        "--bytes", wishes.bytes, "No checks: a PGM file for one frame of the first camera as the link delivers it");
+    CLI::Option* const samples =
+        app.add_option("--samples", wishes.samples, "The same with samples unpacked, in the order of the taps");
+    bytes->excludes(samples);
+    app.add_option("taps", wishes.taps, "With --bytes or --samples: taps to read the frame out by (default: as set)")
+        ->check(CLI::IsMember({1, 2, 4}));
+    app.footer(
+        "Exit codes: 0 all checks passed, 1 one failed or the frame did not come, 2 the command line was not "
+        "understood.\nCameras must be attached, and free for the check. Example: zel_plugin_check zel_usb.dll");
+}
 
-constexpr const char* kUsage =
-    "usage: zel_plugin_check FILE\n"
-    "       zel_plugin_check FILE --bytes PICTURE [TAPS]\n"
-    "       zel_plugin_check FILE --samples PICTURE [TAPS]\n"
-    "FILE: a plug-in, such as zel_usb.dll or a path. PICTURE: no checks; a PGM file that gets one frame of the first\n"
-    "camera as the link delivers it (--bytes), or its samples unpacked, in the order of the taps (--samples). TAPS: 1, "
-    "2\n"
-    "or 4.\n";
-
-int SaveFrame(int argc, char** argv) {
-    const bool bytes = std::strcmp(argv[2], "--bytes") == 0;
-    const std::string taps = argc == 5 ? argv[4] : "0";
-    const bool known_taps = argc == 4 || taps == "1" || taps == "2" || taps == "4";
-    if (argc > 5 || !known_taps || (!bytes && std::strcmp(argv[2], "--samples") != 0)) {
-        std::fputs(kUsage, stderr);
-        return 2;
+bool Run(const Wishes& wishes) {
+    const PluginLibrary library(wishes.file.c_str());
+    bool good = false;
+    if (wishes.bytes.empty() && wishes.samples.empty()) {
+        Report report(wishes.json);
+        const int count = CheckLibrary(library, report);
+        for (int camera = 0; camera < count; ++camera) CheckCamera(library, count, camera, report);
+        report.Check(count > 0, "cameras", count > 0 ? std::to_string(count) + " checked" : "none attached");
+        report.Finish(wishes.file);
+        good = report.Failed() == 0;
+    } else {
+        const bool bytes = !wishes.bytes.empty();
+        good = SaveRawFrame(library, bytes ? RawFrameKind::kBytes : RawFrameKind::kSamples, wishes.taps,
+                            (bytes ? wishes.bytes : wishes.samples).c_str(), wishes.json);
     }
-    const PluginLibrary library(argv[1]);
-    const bool saved =
-        SaveRawFrame(library, bytes ? RawFrameKind::kBytes : RawFrameKind::kSamples, taps[0] - '0', argv[3]);
     if (library.lib_unload) library.lib_unload();
-    return saved ? 0 : 1;
+    return good;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc >= 4) return SaveFrame(argc, argv);
-    if (argc != 2 || std::strcmp(argv[1], "--help") == 0) {
-        std::fputs(kUsage, stderr);
+    CLI::App app{"Checks a camera interface library against what the SDK expects of one.", "zel_plugin_check"};
+    Wishes wishes;
+    Declare(app, wishes);
+    try {
+        app.parse(argc, argv);
+        if (wishes.taps > 0 && wishes.bytes.empty() && wishes.samples.empty()) {
+            throw CLI::RequiresError("taps", "--bytes or --samples");
+        }
+    } catch (const CLI::Success& help) {
+        app.exit(help);
+        return std::fflush(stdout) == 0 ? 0 : 1;
+    } catch (const CLI::ParseError& error) {
+        std::fprintf(stderr, "zel_plugin_check: %s; see 'zel_plugin_check --help'\n", error.what());
         return 2;
     }
-    Report report;
-    const PluginLibrary library(argv[1]);
-    const int count = CheckLibrary(library, report);
-    for (int camera = 0; camera < count; ++camera) CheckCamera(library, count, camera, report);
-    report.Check(count > 0, "cameras", count > 0 ? std::to_string(count) + " checked" : "none attached");
-    if (library.lib_unload) library.lib_unload();
-    std::printf("%d checks passed, %d failed\n", report.Passed(), report.Failed());
-    return report.Failed() == 0 ? 0 : 1;
+    const bool good = Run(wishes);
+    if (std::fflush(stdout) == 0 && !std::ferror(stdout)) return good ? 0 : 1;
+    std::fprintf(stderr, "zel_plugin_check: the standard output can't be written\n");
+    return 1;
 }

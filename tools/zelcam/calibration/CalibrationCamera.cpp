@@ -1,5 +1,7 @@
 #include "tools/zelcam/calibration/CalibrationCamera.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <sstream>
 
@@ -36,9 +38,7 @@ std::string Ask(OpenCamera& camera, const std::string& command) {
 
 // Appends `count` bytes of the page that the camera has in hand.
 bool ReadBytes(OpenCamera& camera, std::size_t offset, std::size_t count, std::vector<std::uint8_t>& bytes) {
-    char command[32];
-    std::snprintf(command, sizeof command, "tb r %x %x", static_cast<unsigned>(offset), static_cast<unsigned>(count));
-    std::istringstream words(Ask(camera, command));
+    std::istringstream words(Ask(camera, fmt::format("tb r {:x} {:x}", offset, count)));
     unsigned byte = 0;
     std::size_t got = 0;
     for (; words >> std::hex >> byte && byte <= 0xFF; ++got) bytes.push_back(static_cast<std::uint8_t>(byte));

@@ -1,9 +1,9 @@
 #include "tools/zelcam/calibration/CalibrationPlot.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
-
-#include "tools/zelcam/text/TextTools.h"
 
 namespace zelcam {
 
@@ -34,7 +34,7 @@ class Axis {
     double Place(double value) const { return m_From + (value - m_Low) / (m_Steps * m_Step) * (m_To - m_From); }
     int Ticks() const { return m_Steps + 1; }
     double Tick(int number) const { return m_Low + number * m_Step; }
-    std::string TickText(int number) const { return FixedText(Tick(number), m_Decimals); }
+    std::string TickText(int number) const { return fmt::format("{:.{}f}", Tick(number), m_Decimals); }
 
   private:
     double m_From;
@@ -50,15 +50,15 @@ double Drawn(float value, float most) { return value >= 0.0f ? std::min(value, m
 double DrawnGain(float gain) { return Drawn(gain, 2.0f); }
 double DrawnLevel(const CalibrationRow& row) { return Drawn(row.millivolts, 5000.0f); }
 
-std::string Coordinates(double x, double y) { return FixedText(x, 1) + "," + FixedText(y, 1); }
+std::string Coordinates(double x, double y) { return fmt::format("{:.1f},{:.1f}", x, y); }
 
 std::string Line(double x1, double y1, double x2, double y2) {
-    return "<path d=\"M" + Coordinates(x1, y1) + "L" + Coordinates(x2, y2) + "\" stroke=\"#ddd\"/>\n";
+    return fmt::format("<path d=\"M{}L{}\" stroke=\"#ddd\"/>\n", Coordinates(x1, y1), Coordinates(x2, y2));
 }
 
 std::string Label(double x, double y, const char* anchor, const std::string& text, const char* color = "#333") {
-    return "<text x=\"" + FixedText(x, 1) + "\" y=\"" + FixedText(y, 1) + "\" text-anchor=\"" + anchor + "\" fill=\"" +
-           color + "\">" + text + "</text>\n";
+    return fmt::format("<text x=\"{:.1f}\" y=\"{:.1f}\" text-anchor=\"{}\" fill=\"{}\">{}</text>\n", x, y, anchor,
+                       color, text);
 }
 
 std::string Escaped(const std::string& text) {

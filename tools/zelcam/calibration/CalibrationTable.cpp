@@ -11,6 +11,7 @@
 #include "calibration/TableText.h"
 #include "platform/UserTexts.h"
 #include "tools/zelcam/text/Failure.h"
+#include "tools/zelcam/text/OutputFile.h"
 
 namespace zelcam {
 
@@ -168,9 +169,10 @@ void WriteMasterFile(const std::filesystem::path& path, const CalibrationTable& 
 
 void WriteTextFile(const std::filesystem::path& path, const std::string& text) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    const bool opened = file.good();
     file << text;
     file.close();
-    if (!file) throw Failure(zel::platform::Utf8Text(path) + " can't be written", "", "choose another --out");
+    if (!file) FailToWrite(path, opened);
 }
 
 }  // namespace zelcam

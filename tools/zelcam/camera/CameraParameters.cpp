@@ -1,5 +1,8 @@
 #include "tools/zelcam/camera/CameraParameters.h"
 
+#include <fmt/format.h>
+
+#include <algorithm>
 #include <cstring>
 
 #include "include/ZelCamera.h"
@@ -15,6 +18,11 @@ constexpr int kFlagReadOnly = 4;
 
 // The camera keeps the bounds of the pixel clock in MHz, its value comes in hertz.
 constexpr long long kHertzPerMegahertz = 1000000;
+
+// EXPOSURE_TIME alone has a unit that is set.
+bool CountsMilliseconds(ZelCamera* camera, const ParameterInfo& info) {
+    return info.id == ZEL_PARAM_EXPOSURE_TIME && ReadNumber(camera, ZEL_PARAM_EXPOSURE_UNIT) == 1;
+}
 
 bool IsNumber(ValueKind kind) { return kind == ValueKind::kNumber || kind == ValueKind::kSigned; }
 
@@ -66,8 +74,11 @@ ValueRange ReadRange(ZelCamera* camera, const ParameterInfo& info) {
     if (!maximum || !standard) return {};
     const ValueRange range = RangeFromWords(*minimum, *maximum, *standard);
     if (info.id == ZEL_PARAM_READOUT_SPEED) return ScaledRange(range, kHertzPerMegahertz, 1);
-    const bool milliseconds = info.id == ZEL_PARAM_EXPOSURE_TIME && ReadNumber(camera, ZEL_PARAM_EXPOSURE_UNIT) == 1;
-    return milliseconds ? ScaledRange(range, 1, 1000) : range;
+    return CountsMilliseconds(camera, info) ? ScaledRange(range, 1, 1000) : range;
+}
+
+std::string UnitOf(ZelCamera* camera, const ParameterInfo& info) {
+    return CountsMilliseconds(camera, info) ? "ms" : info.unit;
 }
 
 Access ReadAccess(ZelCamera* camera, const ParameterInfo& info) {
@@ -87,11 +98,9 @@ std::string ReadText(ZelCamera* camera, unsigned id) {
 }
 
 std::string WriteOutcome::Text() const {
-    std::string text = std::string(info->name) + ": requested " + requested + " -> actual ";
-    text += actual ? actual->Text() : "not readable";
-    if (*info->unit) text += std::string(" ") + info->unit;
-    if (range.known) text += " (range " + range.Text() + ")";
-    return text;
+    return fmt::format("{}: requested {} -> actual {}{}{}{}", info->name, requested,
+                       actual ? actual->Text() : "not readable", unit.empty() ? "" : " ", unit,
+                       range.known ? " (range " + range.Text() + ")" : "");
 }
 
 Json WriteOutcome::ToJson() const {
@@ -99,7 +108,7 @@ Json WriteOutcome::ToJson() const {
     json["name"] = info->name;
     json["requested"] = requested;
     json["actual"] = actual ? actual->ToJson() : Json();
-    json["unit"] = info->unit;
+    json["unit"] = unit;
     if (range.known) {
         json["minimum"] = range.minimum;
         json["maximum"] = range.maximum;
@@ -115,6 +124,7 @@ WriteOutcome WriteParameter(ZelCamera* camera, const ParameterInfo& info, const 
     outcome.requested = text;
     const ParameterValue wanted = ParameterValue::Parse(info, text);
     outcome.range = ReadRange(camera, info);
+    outcome.unit = UnitOf(camera, info);
     const bool written = Write(camera, info, wanted);
     if (info.access == Access::kWriteOnly) {
         outcome.accepted = written;
@@ -138,15 +148,21 @@ WriteOutcome WriteParameter(ZelCamera* camera, const ParameterInfo& info, const 
 
 WriteOutcome RequireParameter(ZelCamera* camera, const ParameterInfo& info, const std::string& text) {
     WriteOutcome outcome = WriteParameter(camera, info, text);
-    if (!outcome.accepted) throw Failure(outcome.Text(), outcome.reason, "nothing was started");
+    if (!outcome.accepted) throw Failure(outcome.Text(), outcome.reason, "nothing was started", kRefused);
     return outcome;
+}
+
+void PutUnitsFirst(std::vector<Assignment>& assignments) {
+    const auto time = std::find_if(assignments.begin(), assignments.end(),
+                                   [](const Assignment& a) { return a.info->id == ZEL_PARAM_EXPOSURE_TIME; });
+    std::stable_partition(time, assignments.end(),
+                          [](const Assignment& a) { return a.info->id == ZEL_PARAM_EXPOSURE_UNIT; });
 }
 
 Assignment ParseAssignment(const std::string& text) {
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos || equals == 0) {
-        throw Failure("'" + text + "'", "not of the form NAME=VALUE", "write it like EXPOSURE_TIME_US=5000",
-                      kExitUsage);
+        throw Failure("'" + text + "'", "not of the form NAME=VALUE", "write it like EXPOSURE_TIME_US=5000", kUsage);
     }
     return {&FindParameter(text.substr(0, equals)), text.substr(equals + 1)};
 }

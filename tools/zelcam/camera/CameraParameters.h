@@ -22,6 +22,9 @@ std::optional<int> ReadAttribute(ZelCamera* camera, unsigned id, int attribute);
 // Minimum, maximum and default of a number; not known for other kinds.
 ValueRange ReadRange(ZelCamera* camera, const ParameterInfo& info);
 
+// The unit that the parameter's value has with the camera's present settings; empty when it has none.
+std::string UnitOf(ZelCamera* camera, const ParameterInfo& info);
+
 // Whether the parameter can be written: what the table says, unless the camera says that its entry is read-only.
 Access ReadAccess(ZelCamera* camera, const ParameterInfo& info);
 
@@ -35,6 +38,7 @@ struct WriteOutcome {
     std::string requested;
     std::optional<ParameterValue> actual;  // as read back; null for write-only parameters
     ValueRange range;
+    std::string unit;
     bool accepted = false;
     std::string reason;  // why not
 
@@ -57,6 +61,9 @@ struct Assignment {
 
 // "NAME=VALUE"; throws Failure.
 Assignment ParseAssignment(const std::string& text);
+
+// Moves writes of EXPOSURE_UNIT before those of EXPOSURE_TIME, so that a time is meant in that unit in either order.
+void PutUnitsFirst(std::vector<Assignment>& assignments);
 
 }  // namespace zelcam
 

@@ -24,7 +24,7 @@ std::string KnownCameras(const std::vector<CameraEntry>& cameras) {
 int SelectCamera(const std::vector<CameraEntry>& cameras, const std::string& wanted) {
     if (cameras.empty()) {
         throw Failure("no camera found", "no interface library beside zel_sdk reports one",
-                      "check cable, power and driver, then run 'zelcam list'");
+                      "check cable, power and driver, then run 'zelcam list'", kNoCamera);
     }
     for (const CameraEntry& camera : cameras) {
         if (wanted == std::to_string(camera.number)) return camera.number;
@@ -39,11 +39,11 @@ int SelectCamera(const std::vector<CameraEntry>& cameras, const std::string& wan
     if (matches.size() == 1) return matches.front();
     if (matches.size() > 1) {
         throw Failure("camera '" + wanted + "'", "more than one camera has this serial number",
-                      "use its number; " + KnownCameras(cameras));
+                      "use its number; " + KnownCameras(cameras), kNoCamera);
     }
     const std::vector<std::string> near = NearestWords(wanted, serials, 1);
     throw Failure("no camera '" + wanted + "'", "it is neither a camera number nor a serial number",
-                  (near.empty() ? "" : "did you mean " + near.front() + "? ") + KnownCameras(cameras));
+                  (near.empty() ? "" : "did you mean " + near.front() + "? ") + KnownCameras(cameras), kNoCamera);
 }
 
 }  // namespace zelcam

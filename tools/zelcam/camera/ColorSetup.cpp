@@ -31,7 +31,7 @@ int FormatOperation(ColorFormat format) {
 }
 
 void Require(bool done, const std::string& what) {
-    if (!done) throw Failure(what, "the SDK does not do it for this camera", "leave --color out");
+    if (!done) throw Failure(what, "the SDK does not do it for this camera", "leave --color out", kRefused);
 }
 
 // The camera's own matrices lead to the color space that it names. What is concatenated last acts on a pixel first, so
@@ -45,7 +45,7 @@ void ConcatenateMatrices(ZelColorCamera* camera, const std::string& label, Color
     const bool from_xyz = space == "XYZ";
     if (!from_xyz && space != "CCIR 709") {
         throw Failure(label + " has no known color space", "its matrices lead to '" + space + "'",
-                      "use --color-space sensor");
+                      "use --color-space sensor", kRefused);
     }
     const bool to_xyz = wanted == ColorSpace::kXyz;
     if (from_xyz != to_xyz) {
@@ -103,12 +103,13 @@ void ColorOptions::Declare(CLI::App& command) {
 ColorSetting ColorOptions::SetUp(ZelCamera* camera, const std::string& label) const {
     auto* const internal = static_cast<ZelCameraInternal*>(camera);
     if (internal->IsMonochrome()) {
-        throw Failure(label + " has no color", "it is a monochrome camera", "leave --color out");
+        throw Failure(label + " has no color", "it is a monochrome camera", "leave --color out", kRefused);
     }
     ZelRoiBin region{};
     camera->GetParameter(ZEL_PARAM_ROI_BIN, sizeof region, &region);
     if (region.XBin > 1 || region.YBin > 1) {
-        throw Failure("color frames are not binned", "the camera is set to binning", "leave --bin or --color out");
+        throw Failure("color frames are not binned", "the camera is set to binning", "leave --bin or --color out",
+                      kRefused);
     }
     ColorSetting setting;
     setting.format = static_cast<ColorFormat>(IndexOf(kColorFormats, format));

@@ -43,7 +43,7 @@ const ParameterInfo& FindParameter(const std::string& wanted) {
     std::string advice;
     for (const std::string& near : NearestWords(name, names, 3)) advice += (advice.empty() ? "" : ", ") + near;
     if (!advice.empty()) advice = "did you mean " + advice + "? ";
-    throw Failure("no parameter '" + wanted + "'", "", advice + "'zelcam params' lists them all", kExitUsage);
+    throw Failure("no parameter '" + wanted + "'", "", advice + "'zelcam params' lists them all", kUsage);
 }
 
 const ParameterInfo& ParameterById(unsigned id) {

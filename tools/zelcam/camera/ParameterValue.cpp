@@ -1,7 +1,8 @@
 #include "tools/zelcam/camera/ParameterValue.h"
 
+#include <fmt/format.h>
+
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -45,7 +46,7 @@ void StoreRegion(void* bytes, const std::string& text) {
     for (std::size_t i = 0; i < kRegionWords; ++i) {
         const std::size_t end = text.find(',', start);
         const bool last = i + 1 == kRegionWords;
-        if ((end == std::string::npos) != last) throw Failure("ROI_BIN '" + text + "'", "not " + form, "", kExitUsage);
+        if ((end == std::string::npos) != last) throw Failure("ROI_BIN '" + text + "'", "not " + form, "", kUsage);
         StoreNumber(bytes, i, "ROI_BIN", text.substr(start, end - start));
         start = end + 1;
     }
@@ -54,9 +55,7 @@ void StoreRegion(void* bytes, const std::string& text) {
 std::string MatrixText(const void* bytes) {
     std::string text;
     for (std::size_t i = 0; i < kMatrixElements; ++i) {
-        char element[32];
-        std::snprintf(element, sizeof element, "%.4g", Load<double>(bytes, i));
-        text += (i == 0 ? "" : i % 3 == 0 ? "; " : " ") + std::string(element);
+        text += fmt::format("{}{:.4g}", i == 0 ? "" : i % 3 == 0 ? "; " : " ", Load<double>(bytes, i));
     }
     return text;
 }
@@ -69,11 +68,11 @@ long long ParseInteger(const std::string& what, const std::string& text, long lo
     char* end = nullptr;
     const long long value = std::strtoll(digits.c_str(), &end, hexadecimal ? 16 : 10);
     if (digits.empty() || *end != '\0') {
-        throw Failure(what + " '" + text + "'", "not a whole number", "write it like 5000 or 0x1388", kExitUsage);
+        throw Failure(what + " '" + text + "'", "not a whole number", "write it like 5000 or 0x1388", kUsage);
     }
     if (value < lowest || value > highest) {
         throw Failure(what + " '" + text + "'", "outside " + std::to_string(lowest) + ".." + std::to_string(highest),
-                      "", kExitUsage);
+                      "", kUsage);
     }
     return value;
 }
@@ -90,12 +89,12 @@ ParameterValue ParameterValue::Parse(const ParameterInfo& info, const std::strin
             break;
         case ValueKind::kText:
             if (text.size() >= kTextBytes) {
-                throw Failure(std::string(info.name) + " '" + text + "'", "longer than 31 characters", "", kExitUsage);
+                throw Failure(std::string(info.name) + " '" + text + "'", "longer than 31 characters", "", kUsage);
             }
             std::memcpy(value.Data(), text.data(), text.size());
             break;
         default:
-            throw Failure(info.name, "can't be written", "", kExitUsage);
+            throw Failure(info.name, "can't be written", "", kUsage);
     }
     return value;
 }

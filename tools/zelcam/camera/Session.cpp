@@ -49,11 +49,11 @@ OpenCamera::OpenCamera(const Session& session, const std::string& wanted)
       m_Camera(session.Sdk()->GetCamera(m_Entry.number)) {
     if (!m_Camera) {
         throw Failure(Label() + " can't be used", "its interface library did not create it",
-                      "check that no other program holds it");
+                      "check that no other program holds it", kNoCamera);
     }
     if (!m_Camera->Open()) {
         throw Failure(Label() + " can't be opened", ErrorText(m_Camera),
-                      "check cable and power, and that no other program holds it");
+                      "check cable and power, and that no other program holds it", kNoCamera);
     }
 }
 

@@ -7,6 +7,7 @@
 #include "tools/zelcam/camera/CameraFacts.h"
 #include "tools/zelcam/commands/CalibrateActions.h"
 #include "tools/zelcam/text/Failure.h"
+#include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/ProgressBar.h"
 #include "tools/zelcam/text/TextTools.h"
 
@@ -38,6 +39,7 @@ class DownloadAction : public Command {
   public:
     const char* Name() const override { return "download"; }
     const char* Help() const override { return "Have the SDK fetch the tables into this computer's cache files"; }
+    const char* Example() const override { return "download --camera 1"; }
 
     void Declare(CLI::App& command) override {
         DeclareCamera(command);
@@ -45,7 +47,7 @@ class DownloadAction : public Command {
         DeclareJson(command);
     }
 
-    int Run() override {
+    void Run(Json& result) override {
         const Session session;
         const CameraEntry entry = session.Describe(SelectCamera(session.Cameras(), m_Camera));
         if (m_Again) RemoveCache(entry);
@@ -61,27 +63,27 @@ class DownloadAction : public Command {
         const CalibrationSource source = FindCalibrationSource(camera);
         if (downloaded && source.name != "cache") {
             throw Failure("the tables of " + camera.Label() + " came, but are not in its cache files", source.why,
-                          "check the calibration folder's rights and the disk's room; every program downloads anew");
+                          "check the calibration folder's rights and the disk's room; every program downloads anew",
+                          kOutput);
         }
-        Report(entry, downloaded, source);
-        return kExitSuccess;
+        Report(entry, downloaded, source, result);
     }
 
   private:
-    void Report(const CameraEntry& entry, bool downloaded, const CalibrationSource& source) const {
+    void Report(const CameraEntry& entry, bool downloaded, const CalibrationSource& source, Json& result) const {
         Json files = Json::array();
         for (int speed = 0; source.name == "cache" && speed < kSpeeds; ++speed) {
-            files.push_back(CacheFile(entry, speed).string());
+            files.push_back(Utf8Text(CacheFile(entry, speed)));
         }
         if (m_Json) {
-            PrintJson(Json{{"camera", ToJson(entry)}, {"downloaded", downloaded}, {"cache_files", files}});
+            result = Json{{"camera", ToJson(entry)}, {"downloaded", downloaded}, {"cache_files", files}};
             return;
         }
-        std::printf("camera %d: %s\n", entry.number,
-                    downloaded      ? "downloaded"
-                    : files.empty() ? ("nothing to download, calibrated from " + source.Text()).c_str()
-                                    : "the cache files are right already");
-        for (const Json& file : files) std::printf("%s\n", file.get<std::string>().c_str());
+        Print("camera {}: {}\n", entry.number,
+              downloaded      ? "downloaded"
+              : files.empty() ? "nothing to download, calibrated from " + source.Text()
+                              : "the cache files are right already");
+        for (const Json& file : files) Print("{}\n", file.get<std::string>());
     }
     static void RemoveCache(const CameraEntry& camera) {
         for (int speed = 0; speed < kSpeeds; ++speed) {
@@ -97,6 +99,7 @@ class ExportAction : public Command {
   public:
     const char* Name() const override { return "export"; }
     const char* Help() const override { return "Save the tables in the camera as master files"; }
+    const char* Example() const override { return "export --camera 1 --out tables"; }
 
     void Declare(CLI::App& command) override {
         DeclareCamera(command);
@@ -105,18 +108,14 @@ class ExportAction : public Command {
         DeclareJson(command);
     }
 
-    int Run() override {
+    void Run(Json& result) override {
         const Session session;
         OpenCamera camera(session, m_Camera);
         const std::string prefix = m_Prefix.empty() ? camera.Entry().serial : m_Prefix;
         const std::vector<fs::path> paths = ExportTables(ReadTables(camera), Utf8Path(m_Out), prefix);
-        Json json = Json::array();
         for (const fs::path& path : paths) {
-            json.push_back(Utf8Text(path));
-            if (!m_Json) std::printf("%s\n", Utf8Text(path).c_str());
+            m_Json ? result["files"].push_back(Utf8Text(path)) : Print("{}\n", Utf8Text(path));
         }
-        if (m_Json) PrintJson(Json{{"files", json}});
-        return kExitSuccess;
     }
 
   private:
@@ -137,7 +136,7 @@ class TableFiles {
         for (const std::string& path : m_Paths) {
             const auto speed = static_cast<std::size_t>(SpeedOfFile(Utf8Path(path)));
             if (!m_Names[speed].empty()) {
-                throw Failure("two files for one table", m_Names[speed] + " and " + path, "", kExitUsage);
+                throw Failure("two files for one table", m_Names[speed] + " and " + path, "", kUsage);
             }
             m_Tables[speed] = ReadCalibrationFile(Utf8Path(path)).table;
             m_Names[speed] = path;
@@ -157,48 +156,48 @@ class ImportAction : public Command {
   public:
     const char* Name() const override { return "import"; }
     const char* Help() const override { return "Load master files into the SDK and compare them with the camera"; }
+    const char* Example() const override { return "import tables/400101_20MHz.txt --camera 1"; }
 
     void Declare(CLI::App& command) override {
         m_Files.Declare(command);
         DeclareCamera(command);
-        command.footer("Nothing is written; 'zelcam calibrate write' writes files into the camera.");
+        command.footer("Nothing is written; 'zelcam calibrate write' writes files into the camera.\n" +
+                       command.get_footer());
         DeclareJson(command);
     }
 
-    int Run() override {
+    void Run(Json& result) override {
         m_Files.Read();
         const Session session;
         OpenCamera camera(session, m_Camera);
         const CalibrationTables present = ReadTables(camera);
-        Json json = Json::array();
+        result = Json::array();
         for (std::size_t speed = 0; speed < present.size(); ++speed) {
             if (!m_Files.Has(speed)) continue;
             if (!Internal(camera.Get())
                      .TapBalanceLoadDataFromMasterFile(zel::platform::SystemPath(m_Files.Name(speed)).c_str())) {
-                throw Failure(m_Files.Name(speed) + " was not loaded", "the SDK refused it", "ZEL_LOG tells why");
+                throw Failure(m_Files.Name(speed) + " was not loaded", "the SDK refused it",
+                              "ZEL_LOG tells why (docs/zelcam.md)", kRefused);
             }
             const CalibrationTable& table = m_Files.Table(speed);
             const bool same = table == present[speed];
             const double difference = table.LargestDifference(present[speed]);
             if (m_Json) {
-                json.push_back({{"table", kSpeedNames[speed]},
-                                {"file", m_Files.Name(speed)},
-                                {"rows", table.rows.size()},
-                                {"taps", table.taps},
-                                {"same_as_camera", same},
-                                {"largest_difference", difference}});
+                result.push_back({{"table", kSpeedNames[speed]},
+                                  {"file", m_Files.Name(speed)},
+                                  {"rows", table.rows.size()},
+                                  {"taps", table.taps},
+                                  {"same_as_camera", same},
+                                  {"largest_difference", difference}});
                 continue;
             }
-            std::printf("%s: %s, %s; ", kSpeedNames[speed], m_Files.Name(speed).c_str(), SizeText(table).c_str());
+            Print("{}: {}, {}; ", kSpeedNames[speed], m_Files.Name(speed), SizeText(table));
             if (same) {
-                std::printf("the same as in the camera\n");
+                Print("the same as in the camera\n");
             } else {
-                std::printf("the camera has %s, gains differ by up to %.5f\n", SizeText(present[speed]).c_str(),
-                            difference);
+                Print("the camera has {}, gains differ by up to {:.5f}\n", SizeText(present[speed]), difference);
             }
         }
-        if (m_Json) PrintJson(json);
-        return kExitSuccess;
     }
 
   private:
@@ -209,17 +208,19 @@ class WriteAction : public Command {
   public:
     const char* Name() const override { return "write"; }
     const char* Help() const override { return "Write master files into the camera's flash memory"; }
+    const char* Example() const override { return "write tables/400101_20MHz.txt --camera 1"; }
 
     void Declare(CLI::App& command) override {
         m_Files.Declare(command);
         DeclareCamera(command);
         command.add_flag("-y,--yes", m_Yes, "Do not ask");
         command.add_option("--backup", m_Backup, "Folder for the tables that are overwritten")->capture_default_str();
-        command.footer("A table that no file is given for stays. Both are written and read back.");
+        command.footer("A table that no file is given for stays. Both are written and read back.\n" +
+                       command.get_footer());
         DeclareJson(command);
     }
 
-    int Run() override {
+    void Run(Json& result) override {
         m_Files.Read();
         const Session session;
         OpenCamera camera(session, m_Camera);
@@ -229,8 +230,7 @@ class WriteAction : public Command {
         std::vector<fs::path> backup;
         if (present) backup = ExportTables(*present, Utf8Path(m_Backup), camera.Entry().serial + "_before");
         WriteTables(camera, tables);
-        Report(camera, tables, backup);
-        return kExitSuccess;
+        Report(camera, tables, backup, result);
     }
 
   private:
@@ -274,18 +274,19 @@ class WriteAction : public Command {
         }
     }
 
-    void Report(const OpenCamera& camera, const CalibrationTables& tables, const std::vector<fs::path>& backup) const {
+    void Report(const OpenCamera& camera, const CalibrationTables& tables, const std::vector<fs::path>& backup,
+                Json& result) const {
         Json json{{"camera", ToJson(camera.Entry())}, {"tables", Json::array()}, {"backup", Json::array()}};
         for (std::size_t speed = 0; speed < tables.size(); ++speed) {
             const std::string digest = HexText(tables[speed].ComputeDigest());
             json["tables"].push_back({{"table", kSpeedNames[speed]}, {"digest", digest}});
-            if (!m_Json) std::printf("%s written and read back, digest %s\n", kSpeedNames[speed], digest.c_str());
+            if (!m_Json) Print("{} written and read back, digest {}\n", kSpeedNames[speed], digest);
         }
         for (const fs::path& path : backup) {
             json["backup"].push_back(Utf8Text(path));
-            if (!m_Json) std::printf("before: %s\n", Utf8Text(path).c_str());
+            if (!m_Json) Print("before: {}\n", Utf8Text(path));
         }
-        if (m_Json) PrintJson(json);
+        if (m_Json) result = json;
     }
 
     TableFiles m_Files;

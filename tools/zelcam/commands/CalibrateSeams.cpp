@@ -1,4 +1,7 @@
 // zelcam calibrate seams: how far the taps differ, without the correction and with it.
+#include <fmt/format.h>
+
+#include <cmath>
 #include <cstdio>
 
 #include "include/ZelImage.h"
@@ -10,6 +13,7 @@
 #include "tools/zelcam/frames/PictureSaver.h"
 #include "tools/zelcam/text/Failure.h"
 #include "tools/zelcam/text/Interrupt.h"
+#include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/ProgressBar.h"
 #include "tools/zelcam/text/TextTools.h"
 
@@ -17,10 +21,22 @@ namespace zelcam {
 
 namespace {
 
+// Taps differ by a few per cent, and what is left around a straight line in an even scene is noise.
+constexpr double kLargestStep = 0.2;    // of the level
+constexpr double kLargestError = 0.01;  // of the level
+
+bool IsEven(const std::vector<Seam>& seams, double level) {
+    for (const Seam& seam : seams) {
+        if (std::fabs(seam.step) > kLargestStep * level || seam.error > kLargestError * level) return false;
+    }
+    return true;
+}
+
 class SeamsAction : public Command {
   public:
     const char* Name() const override { return "seams"; }
     const char* Help() const override { return "Measure the step across each seam, without and with the correction"; }
+    const char* Example() const override { return "seams --frames 64 --exposure 20000"; }
 
     void Declare(CLI::App& command) override {
         DeclareCamera(command);
@@ -29,28 +45,29 @@ class SeamsAction : public Command {
             ->capture_default_str();
         m_Settings.Declare(command);
         command.add_option("--save", m_Save, "Folder for the last frame of each kind, as PNG");
-        command.footer("Point the camera at something even. A slope across the seam does no harm, edges do.");
+        command.footer("Point the camera at something even. A slope across the seam does no harm, edges do.\n" +
+                       command.get_footer());
         DeclareJson(command);
     }
 
-    int Run() override {
+    void Run(Json& result) override {
         const Session session;
         WishForCalibration(session, m_Camera);
         const ProgressBar bar("calibration", !m_Json);
         OpenCamera camera(session, m_Camera);
-        m_Settings.Apply(camera.Get());
+        const std::vector<WriteOutcome> settings = m_Settings.Apply(camera.Get());
+        for (const WriteOutcome& outcome : settings) m_Json ? void() : Print("{}\n", outcome.Text());
+        FlushOutput();
         CatchInterrupts();
-        Json json = Json::array();
+        result = Json::array();
         for (const bool corrected : {false, true}) {
             if (!Internal(camera.Get()).TapBalanceEnable(corrected) && corrected) {
                 throw Failure(camera.Label() + " can't be corrected", "its calibration was not loaded",
-                              "see 'zelcam calibrate check'");
+                              "see 'zelcam calibrate check'", kRefused);
             }
             const SeamMeter meter = Measure(camera, corrected);
-            Report(camera, meter, corrected, json);
+            Report(camera, meter, corrected, result);
         }
-        if (m_Json) PrintJson(json);
-        return kExitSuccess;
     }
 
   private:
@@ -60,7 +77,7 @@ class SeamsAction : public Command {
         Progress progress(corrected ? "with correction" : "without", !m_Json);
         while (meter.Frames() < static_cast<std::uint64_t>(m_Frames)) {
             Frame frame = acquisition.Next();
-            if (!frame) throw Failure("interrupted", "", "");
+            FailIfInterrupted(Counted(meter.Frames(), "frame") + " measured");
             const std::size_t count = std::size_t{frame->w} * frame->h;
             if (!meter.Add({frame->pixels, count}, frame->w, frame->h)) {
                 throw Failure(camera.Label() + " changed the size of its frames", "", "");
@@ -71,30 +88,43 @@ class SeamsAction : public Command {
             options.folder = m_Save;
             options.format = "png";
             options.prefix = corrected ? "corrected" : "uncorrected";
-            PictureSaver(options, ReadFacts(camera), {ReadNumber(camera.Get(), ZEL_PARAM_GAIN), 0}).Save(frame.Get());
+            PictureSaver(options, 1, ReadFacts(camera), {ReadNumber(camera.Get(), ZEL_PARAM_GAIN), 0})
+                .Save(frame.Get());
         }
         return meter;
     }
 
-    void Report(const OpenCamera& camera, const SeamMeter& meter, bool corrected, Json& json) const {
+    void Report(const OpenCamera& camera, const SeamMeter& meter, bool corrected, Json& result) const {
         const int taps = 1 << ReadNumber(camera.Get(), ZEL_PARAM_TAPS_INDEX);
         const std::vector<Seam> seams = meter.Seams(taps);
         if (seams.empty()) {
             throw Failure(camera.Label() + " has no seams that can be measured",
                           "it is read out through " + std::to_string(taps) + " taps, or its frames are small",
-                          "use whole frames, and --set TAPS_INDEX=1 or 2 for 2 or 4 taps");
+                          "use whole frames, and --set TAPS_INDEX=1 or 2 for 2 or 4 taps", kRefused);
         }
         std::vector<std::vector<std::string>> rows(1, {"seam", "step / counts", "error", "% of the level"});
         Json list = Json::array();
         for (const Seam& seam : seams) {
             const double share = meter.Level() > 0.0 ? 100.0 * seam.step / meter.Level() : 0.0;
-            rows.push_back({seam.name, FixedText(seam.step, 2), FixedText(seam.error, 2), FixedText(share, 3)});
+            rows.push_back({seam.name, fmt::format("{:.2f}", seam.step), fmt::format("{:.2f}", seam.error),
+                            fmt::format("{:.3f}", share)});
             list.push_back({{"seam", seam.name}, {"step", seam.step}, {"error", seam.error}});
         }
-        json.push_back({{"corrected", corrected}, {"frames", m_Frames}, {"level", meter.Level()}, {"seams", list}});
-        if (m_Json) return;
-        std::printf("%s, mean level %s counts, %d frames\n%s", corrected ? "corrected" : "not corrected",
-                    FixedText(meter.Level(), 1).c_str(), m_Frames, FormatTable(rows).c_str());
+        const bool even = IsEven(seams, meter.Level());
+        result.push_back({{"corrected", corrected},
+                          {"frames", m_Frames},
+                          {"level", meter.Level()},
+                          {"even", even},
+                          {"seams", list}});
+        if (!m_Json) {
+            Print("{}, mean level {:.1f} counts, {}\n{}", corrected ? "corrected" : "not corrected", meter.Level(),
+                  Counted(static_cast<unsigned>(m_Frames), "frame"), FormatTable(rows));
+        }
+        if (!even && corrected) {
+            std::fprintf(stderr,
+                         "zelcam: warning: the scene is not even: the steps are its edges, not the taps'; point the "
+                         "camera at something even\n");
+        }
     }
 
     int m_Frames = 16;

@@ -1,11 +1,12 @@
 // zelcam calibrate show, check: what the tables say, and whether camera, files and data agree.
-#include <cstdio>
+#include <fmt/format.h>
 
 #include "platform/UserTexts.h"
 #include "tools/zelcam/calibration/CalibrationCamera.h"
 #include "tools/zelcam/calibration/CalibrationPlot.h"
 #include "tools/zelcam/commands/CalibrateActions.h"
 #include "tools/zelcam/text/Failure.h"
+#include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/TextTools.h"
 
 namespace zelcam {
@@ -29,9 +30,9 @@ std::string NumbersText(const CalibrationTable& table) {
     for (std::size_t i = 0; i < table.rows.size(); ++i) {
         const CalibrationRow& row = table.rows[i];
         auto& line = lines.emplace_back();
-        line = {std::to_string(i + 1), FixedText(row.millivolts, 3)};
+        line = {std::to_string(i + 1), fmt::format("{:.3f}", row.millivolts)};
         for (std::size_t tap = 0; tap < static_cast<std::size_t>(table.taps); ++tap) {
-            line.push_back(FixedText(row.gains[tap], 5));
+            line.push_back(fmt::format("{:.5f}", row.gains[tap]));
         }
     }
     return FormatTable(lines);
@@ -41,6 +42,7 @@ class ShowAction : public Command {
   public:
     const char* Name() const override { return "show"; }
     const char* Help() const override { return "Print the gains of each tap and draw them as an SVG plot"; }
+    const char* Example() const override { return "show --camera 1 --out plots"; }
 
     void Declare(CLI::App& command) override {
         command.add_option("files", m_Files, "Master or cache files (default: the tables in the camera)");
@@ -50,8 +52,8 @@ class ShowAction : public Command {
         DeclareJson(command);
     }
 
-    int Run() override {
-        Json json = Json::array();
+    void Run(Json& result) override {
+        result = Json::array();
         for (const NamedTable& named : Tables()) {
             const fs::path plot = m_NoPlot ? fs::path() : Plot(named);
             if (m_Json) {
@@ -59,15 +61,13 @@ class ShowAction : public Command {
                 entry.update(named.table.ToJson());
                 entry["fault"] = named.table.Fault();
                 entry["plot"] = plot.empty() ? Json() : Json(Utf8Text(plot));
-                json.push_back(entry);
+                result.push_back(entry);
                 continue;
             }
-            std::printf("%s\n%s", named.name.c_str(), NumbersText(named.table).c_str());
-            if (const std::string fault = named.table.Fault(); !fault.empty()) std::printf("BAD: %s\n", fault.c_str());
-            if (!plot.empty()) std::printf("plot: %s\n", Utf8Text(plot).c_str());
+            Print("{}\n{}", named.name, NumbersText(named.table));
+            if (const std::string fault = named.table.Fault(); !fault.empty()) Print("BAD: {}\n", fault);
+            if (!plot.empty()) Print("plot: {}\n", Utf8Text(plot));
         }
-        if (m_Json) PrintJson(json);
-        return kExitSuccess;
     }
 
   private:
@@ -135,38 +135,43 @@ class CheckAction : public Command {
   public:
     const char* Name() const override { return "check"; }
     const char* Help() const override { return "Compare the digests of the camera, of its data and of the cache file"; }
+    const char* Example() const override { return "check --camera 1"; }
 
     void Declare(CLI::App& command) override {
         DeclareCamera(command);
-        command.footer("Exit code 1 when a digest differs. Without a cache file the camera alone is checked.");
+        command.footer("A digest that differs is a failure. Without a cache file the camera alone is checked.\n" +
+                       command.get_footer());
         DeclareJson(command);
     }
 
-    int Run() override {
+    void Run(Json& result) override {
         const Session session;
         OpenCamera camera(session, m_Camera);
         const CalibrationTables tables = ReadTables(camera);
         const std::optional<FlashDirectory> directory = ReadDirectory(camera);
-        Json json = Json::array();
-        bool good = true;
+        result = Json::array();
+        std::string bad;
         for (int speed = 0; speed < kSpeeds; ++speed) {
             const CalibrationTable& table = tables[static_cast<std::size_t>(speed)];
             const Digests digests = Collect(camera.Entry(), speed, table, directory ? &directory->digests : nullptr);
             const std::string fault = table.Fault();
-            good = good && digests.CameraGood() && digests.CacheGood() && fault.empty();
-            m_Json ? json.push_back(ToJson(speed, digests, fault)) : Print(speed, digests, fault);
+            if (!digests.CameraGood() || !digests.CacheGood() || !fault.empty()) {
+                bad += (bad.empty() ? "" : " and ") + std::string(kSpeedNames[speed]);
+            }
+            m_Json ? result.push_back(ToJson(speed, digests, fault)) : PrintDigests(speed, digests, fault);
         }
-        if (m_Json) PrintJson(json);
-        return good ? kExitSuccess : kExitFailure;
+        if (bad.empty()) return;
+        throw Failure("the calibration of " + camera.Label() + " is not as its digests say", bad,
+                      "'zelcam calibrate download' makes new cache files, 'write' a new calibration");
     }
 
   private:
-    static void Print(int speed, const Digests& digests, const std::string& fault) {
+    static void PrintDigests(int speed, const Digests& digests, const std::string& fault) {
         const auto line = [](const char* what, const std::string& digest, const char* verdict) {
-            std::printf("  %-22s %-40s  %s\n", what, digest.c_str(), verdict);
+            Print("  {:<22} {:<40}  {}\n", what, digest, verdict);
         };
         const auto same = [&](const std::string& digest) { return digest == digests.data ? "same" : "DIFFERENT"; };
-        std::printf("%s\n", kSpeedNames[speed]);
+        Print("{}\n", kSpeedNames[speed]);
         line("data in the camera", digests.data, fault.empty() ? "" : ("BAD, " + fault).c_str());
         line("digest in the camera", digests.directory.empty() ? "-" : digests.directory,
              digests.directory.empty() ? "NOT TOLD" : same(digests.directory));

@@ -1,6 +1,8 @@
 // zelcam capture: takes frames and saves them.
+#include <fmt/format.h>
+
 #include <algorithm>
-#include <cstdio>
+#include <chrono>
 
 #include "include/ZelCamera.h"
 #include "include/ZelSDK.h"
@@ -10,6 +12,7 @@
 #include "tools/zelcam/frames/Statistics.h"
 #include "tools/zelcam/text/Failure.h"
 #include "tools/zelcam/text/Interrupt.h"
+#include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/Progress.h"
 #include "tools/zelcam/text/TextTools.h"
 
@@ -21,93 +24,113 @@ namespace {
 constexpr int kPoolByDefault = 8;
 constexpr int kLargestPoolByDefault = 16;
 
-// Frames per second from the arrival of the first and the last frame; 0 when they arrived in the same millisecond.
-double ArrivalRate(std::uint64_t intervals, std::uint32_t first_ms, std::uint32_t last_ms) {
-    const std::uint32_t span = last_ms - first_ms;
-    return span == 0 ? 0.0 : 1000.0 * static_cast<double>(intervals) / span;
-}
-
 class CaptureCommand : public Command {
   public:
     const char* Name() const override { return "capture"; }
     const char* Help() const override { return "Take frames and save them, each with a .json that describes it"; }
+    const char* Example() const override { return "capture --frames 10 --exposure 20000 --out pictures"; }
 
     void Declare(CLI::App& command) override {
         DeclareCamera(command);
         DeclareFrames(command, m_Frames);
         m_Settings.Declare(command);
+        m_Settings.DeclareProcessing(command);
         m_Pictures.Declare(command);
+        command.add_flag("--allow-loss", m_AllowLoss, "No failure when frames between the saved ones were lost");
         DeclareJson(command);
     }
 
-    int Run() override {
+    void Run(Json& result) override {
         m_Pictures.SettleFormat(m_Settings.color.color);
         const Session session;
         OpenCamera camera(session, m_Camera);
-        if (m_Settings.buffers.empty() && m_Frames > kPoolByDefault) {
-            m_Settings.buffers = std::to_string(std::min(m_Frames, kLargestPoolByDefault));
+        const int frames = m_Frames + m_Settings.processing.FramesBefore();
+        if (m_Settings.buffers.empty() && frames > kPoolByDefault) {
+            m_Settings.buffers = std::to_string(std::min(frames, kLargestPoolByDefault));
         }
         const std::vector<WriteOutcome> settings = m_Settings.Apply(camera.Get());
         const CameraFacts facts = ReadFacts(camera);
-        PictureSaver saver(m_Pictures, facts, PicturesOf(camera, m_Settings, m_Pictures));
+        PictureSaver saver(m_Pictures, m_Frames, facts, PicturesOf(camera, m_Settings, m_Pictures));
+        if (m_Json) result["camera"] = ToJson(facts);
         CatchInterrupts();
-        Take(camera, saver);
-        Report(facts, settings);
-        if (Interrupted()) throw Failure("interrupted", std::to_string(m_Taken.size()) + " frames are saved", "");
-        return kExitSuccess;
+        Tell(settings, result);
+        if (!m_Json) Print("{}\n", saver.PlanText());
+        FlushOutput();
+        ReportAlways([&] { Take(camera, saver); }, [&] { Report(result); });
+        RefuseLoss(camera);
     }
 
   private:
+    using Clock = std::chrono::steady_clock;
+
     void Take(OpenCamera& camera, PictureSaver& saver) {
-        DropCounter counter;
         Acquisition acquisition(camera, FrameMode::kEvery, StartMode::kFree, m_Settings);
+        ReportAlways([&] { Save(acquisition, saver); },
+                     [&] {
+                         const bool answers = !acquisition.Waiter().LinkLost();
+                         const std::uint64_t missing = m_Counter.Missing();
+                         m_Drops = m_Counter.Count(answers ? std::min(acquisition.LinkDrops(), missing) : 0);
+                     });
+        FailIfInterrupted(Counted(m_Taken.size(), "frame") + " saved");
+    }
+
+    void Save(Acquisition& acquisition, PictureSaver& saver) {
         Progress progress("saving");
         // The first frames of an average are of fewer frames than the user asked for.
         for (int skipped = 0; skipped < m_Settings.processing.FramesBefore(); ++skipped) {
-            if (!acquisition.Next()) break;
+            if (!acquisition.Next()) return;
         }
+        Clock::time_point first;
         while (m_Taken.size() < static_cast<std::size_t>(m_Frames)) {
             Frame frame = acquisition.Next();
-            if (!frame) break;
-            counter.Frame(frame->image_number);
-            if (m_Taken.empty()) m_FirstArrival = frame->arrival_time_ms;
-            m_LastArrival = frame->arrival_time_ms;
+            if (!frame) return;
             m_Taken.push_back(saver.Save(frame.Get()));
+            m_Counter.Frame(frame->image_number, frame->arrival_time_ms);
+            if (m_Taken.size() == 1) first = Clock::now();
+            m_Seconds = std::chrono::duration<double>(Clock::now() - first).count();
             progress.Show(m_Taken.size(), static_cast<std::uint64_t>(m_Frames));
         }
-        m_Drops = counter.Count(std::min(acquisition.LinkDrops(), counter.Missing()));
-        const std::uint64_t intervals = m_Taken.empty() ? 0 : m_Taken.size() - 1 + counter.Missing();
-        m_Rate = ArrivalRate(intervals, m_FirstArrival, m_LastArrival);
     }
 
-    void Report(const CameraFacts& facts, const std::vector<WriteOutcome>& settings) const {
+    // From the first picture on the disk to the last one.
+    double SavedRate() const { return m_Seconds > 0.0 ? static_cast<double>(m_Taken.size() - 1) / m_Seconds : 0.0; }
+
+    void Report(Json& result) const {
+        const double camera_rate = m_Counter.CameraRate();
         if (m_Json) {
-            Json json;
-            json["camera"] = ToJson(facts);
-            json["settings"] = Json::array();
-            for (const WriteOutcome& outcome : settings) json["settings"].push_back(outcome.ToJson());
-            json["frames"] = m_Taken.size();
-            json["frames_per_second"] = m_Rate > 0.0 ? Json(m_Rate) : Json();
-            json["dropped"] = {{"link", m_Drops.link}, {"no_free_buffer", m_Drops.no_buffer}};
-            json["pictures"] = m_Taken;
-            PrintJson(json);
+            const auto known = [](double rate) { return rate > 0.0 ? Json(rate) : Json(); };
+            result["frames"] = m_Taken.size();
+            result["saved_frames_per_second"] = known(SavedRate());
+            result["camera_frames_per_second"] = known(camera_rate);
+            result["dropped"] = {{"link", m_Drops.link}, {"no_free_buffer", m_Drops.no_buffer}};
+            result["pictures"] = m_Taken;
             return;
         }
-        for (const WriteOutcome& outcome : settings) std::printf("%s\n", outcome.Text().c_str());
-        for (const Json& picture : m_Taken) std::printf("%s\n", picture["path"].get<std::string>().c_str());
-        std::printf("%zu frames, %s frames/s, dropped: %llu on the link, %llu without a free buffer\n", m_Taken.size(),
-                    m_Rate > 0.0 ? FixedText(m_Rate, 1).c_str() : "?", static_cast<unsigned long long>(m_Drops.link),
-                    static_cast<unsigned long long>(m_Drops.no_buffer));
+        for (const Json& picture : m_Taken) Print("{}\n", picture["path"].get<std::string>());
+        Print("{} saved", Counted(m_Taken.size(), "frame"));
+        if (m_Taken.size() > 1) Print(", {:.1f} frames/s", SavedRate());
+        if (camera_rate > 0.0) Print(" (camera: {:.1f} frames/s)", camera_rate);
+        Print("; dropped: {} on the link, {} without a free buffer\n", m_Drops.link, m_Drops.no_buffer);
+        FlushOutput();
+    }
+
+    void RefuseLoss(const OpenCamera& camera) const {
+        if (m_AllowLoss || m_Drops.link + m_Drops.no_buffer == 0) return;
+        throw Failure(Counted(m_Drops.link + m_Drops.no_buffer, "frame") + " of " + camera.Label() +
+                          " went missing between those saved",
+                      fmt::format("{} on the link, {} without a free buffer", m_Drops.link, m_Drops.no_buffer),
+                      "use more --buffers, a longer --exposure or a faster disk, or accept it with --allow-loss",
+                      kFramesLost);
     }
 
     int m_Frames = 1;
     AcquisitionSettings m_Settings;
     PictureOptions m_Pictures;
     std::vector<Json> m_Taken;
-    std::uint32_t m_FirstArrival = 0;
-    std::uint32_t m_LastArrival = 0;
-    double m_Rate = 0.0;
+    FrameCounter m_Counter;
+    double m_Seconds = 0.0;
     Drops m_Drops;
+    bool m_AllowLoss = false;
 };
 
 }  // namespace

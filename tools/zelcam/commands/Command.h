@@ -3,9 +3,14 @@
 #define ZELCAM_COMMAND_H
 
 #include <CLI/CLI.hpp>
+#include <exception>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "tools/zelcam/camera/CameraParameters.h"
+#include "tools/zelcam/text/Failure.h"
+#include "tools/zelcam/text/Json.h"
 
 namespace zelcam {
 
@@ -15,10 +20,13 @@ class Command {
 
     virtual const char* Name() const = 0;
     virtual const char* Help() const = 0;
+    // A command line to begin with, without the program's name.
+    virtual const char* Example() const = 0;
     // Adds the command's options to its part of the command line.
     virtual void Declare(CLI::App& command) = 0;
-    // Carries the command out; throws Failure. Result: the exit code.
-    virtual int Run() = 0;
+    // Carries the command out; throws Failure. With --json nothing is printed: what is known goes into `result`, as
+    // soon as it is known, and is printed at the end whatever that is.
+    virtual void Run(Json& result) = 0;
 
   protected:
     void DeclareJson(CLI::App& command) {
@@ -32,6 +40,26 @@ class Command {
         command.add_option("-n,--frames", frames, "How many frames")
             ->check(CLI::Range(1, 1000000))
             ->capture_default_str();
+    }
+
+    // Tells what became of the settings, before the run that they are for.
+    void Tell(const std::vector<WriteOutcome>& settings, Json& result) const;
+
+    // Carries out `work`, then `report`, also when the work fails; its failure is the one that is told.
+    template <class Work, class Report>
+    static void ReportAlways(Work work, Report report) {
+        std::exception_ptr failure;
+        try {
+            work();
+        } catch (const std::exception&) {
+            failure = std::current_exception();
+        }
+        try {
+            report();
+        } catch (const Failure&) {
+            if (!failure) throw;
+        }
+        if (failure) std::rethrow_exception(failure);
     }
 
     bool m_Json = false;

@@ -1,65 +1,134 @@
 #include "tools/zelcam/commands/CommandLine.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <span>
+#include <sstream>
 
+#include "platform/Terminal.h"
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/text/EditDistance.h"
-#include "tools/zelcam/text/Failure.h"
+#include "tools/zelcam/text/Output.h"
+#include "tools/zelcam/text/TextTools.h"
 
 namespace zelcam {
 
 namespace {
 
-constexpr const char* kFooter =
-    "Exit code: 0 success, 1 the command failed, 2 the command line was not understood.\n"
-    "Each command has a --help of its own. Example: zelcam capture --frames 10 --exposure 20000 --out pictures";
+using Words = std::vector<std::string>;
+
+std::string Footer() {
+    std::vector<std::vector<std::string>> rows;
+    for (const FailureKind& kind : kFailureKinds) {
+        const bool signal = kind.exit_code == kInterrupted.exit_code;
+        rows.push_back({"  " + std::to_string(kind.exit_code) + (signal ? "+" : ""), kind.code, kind.meaning});
+    }
+    return "Exit codes, and the failure's code with --json:\n  0     success\n" + FormatTable(rows) +
+           "Environment: ZEL_LOG has the SDK write a log (docs/zelcam.md), ZEL_SIM_... set the simulated cameras up "
+           "(docs/simulator.md).\n"
+           "'zelcam help COMMAND' or 'zelcam COMMAND --help' shows a command's options.\n"
+           "Example: zelcam capture --frames 10 --exposure 20000 --out pictures";
+}
 
 // CLI11 takes an unknown word for a missing command. words: what follows the name of `app`.
-void RefuseUnknownCommand(const CLI::App& app, std::span<char* const> words) {
-    if (words.empty() || words[0][0] == '-' || app.get_subcommands({}).empty()) return;
-    const std::string word = words[0];
-    std::vector<std::string> names;
+void RefuseUnknownCommand(const CLI::App& app, const std::string& path, std::span<const std::string> words) {
+    if (words.empty() || words[0].starts_with('-') || app.get_subcommands({}).empty()) return;
+    Words names;
     for (const CLI::App* entry : app.get_subcommands({})) {
-        if (entry->get_name() == word) return RefuseUnknownCommand(*entry, words.subspan(1));
-        names.push_back(entry->get_name());
+        const std::string name = entry->get_name();
+        if (name == words[0]) return RefuseUnknownCommand(*entry, path + " " + name, words.subspan(1));
+        names.push_back(name);
     }
-    const std::vector<std::string> near = NearestWords(word, names, 1);
-    throw Failure("no command '" + word + "'", "",
-                  (near.empty() ? "" : "did you mean " + near.front() + "? ") + "'" + app.get_display_name() +
-                      " --help' lists the commands",
-                  kExitUsage);
+    const Words near = NearestWords(words[0], names, 1);
+    throw Failure(
+        "no command '" + words[0] + "'", "",
+        (near.empty() ? "" : "did you mean " + near.front() + "? ") + "'" + path + " --help' lists the commands",
+        kUsage);
+}
+
+// The name of the innermost command that the line has got to, from the program on.
+std::string NameOfReached(const CLI::App& app) {
+    const auto reached = app.get_subcommands();
+    return app.get_name() + (reached.empty() ? "" : " " + NameOfReached(*reached.front()));
+}
+
+void Parse(CLI::App& app, Words words) {
+    // "help COMMAND" is "COMMAND --help".
+    if (!words.empty() && words.front() == "help") {
+        words.erase(words.begin());
+        words.push_back("--help");
+    }
+    RefuseUnknownCommand(app, app.get_name(), words);
+    std::reverse(words.begin(), words.end());  // CLI11 takes them from the end
+    try {
+        app.parse(words);
+    } catch (const CLI::Success&) {
+        throw;
+    } catch (const CLI::ParseError& error) {
+        throw Failure(error.what(), "", "see '" + NameOfReached(app) + " --help'", kUsage);
+    }
+}
+
+void Run(const Words& words, Json& result) {
+    CLI::App app{"Finds, sets up and runs cameras.", "zelcam"};
+    app.set_version_flag("--version", "zelcam " ZELCAM_VERSION);
+    app.require_subcommand(1);
+    std::vector<std::pair<std::unique_ptr<Command>, CLI::App*>> commands;
+    for (auto make : {&MakeListCommand, &MakeInfoCommand, &MakeCaptureCommand, &MakeParamsCommand, &MakeGetCommand,
+                      &MakeSetCommand, &MakeTriggerCommand, &MakeStreamCommand, &MakeWatchCommand, &MakeTextCommand,
+                      &MakeCalibrateCommand, &MakeVersionCommand}) {
+        std::unique_ptr<Command> command = make();
+        CLI::App* const entry = app.add_subcommand(command->Name(), command->Help());
+        entry->footer(std::string("Example: zelcam ") + command->Example());
+        command->Declare(*entry);
+        commands.emplace_back(std::move(command), entry);
+    }
+    app.footer(Footer());
+    try {
+        Parse(app, words);
+    } catch (const CLI::Success& help) {
+        std::ostringstream text;
+        app.exit(help, text, text);
+        return WriteOutput(text.str());
+    }
+    for (const auto& [command, entry] : commands) {
+        if (entry->parsed()) command->Run(result);
+    }
+}
+
+// Result: the exit code.
+int TellFailure(const Failure& failure, bool json, Json& result) {
+    // The line comes behind what was printed before.
+    std::fflush(stdout);
+    std::fprintf(stderr, "zelcam: %s\n", failure.what());
+    if (!json || std::ferror(stdout)) return failure.ExitCode();
+    if (!result.is_object()) result = result.is_null() ? Json::object() : Json{{"result", result}};
+    result["error"] = {{"code", failure.Kind().code}, {"exit_code", failure.ExitCode()}, {"message", failure.what()}};
+    try {
+        PrintJson(result, result.size() > 1 ? 2 : -1);
+    } catch (const Failure& unprinted) {
+        std::fprintf(stderr, "zelcam: %s\n", unprinted.what());
+    }
+    return failure.ExitCode();
 }
 
 }  // namespace
 
 int RunCommandLine(int argc, char** argv) {
-    CLI::App app{"Finds, sets up and runs cameras.", "zelcam"};
-    app.footer(kFooter);
-    app.require_subcommand(1);
-    std::vector<std::unique_ptr<Command>> commands;
-    for (auto make : {&MakeListCommand, &MakeInfoCommand, &MakeCaptureCommand, &MakeParamsCommand, &MakeGetCommand,
-                      &MakeSetCommand, &MakeTriggerCommand, &MakeStreamCommand, &MakeWatchCommand, &MakeTextCommand,
-                      &MakeCalibrateCommand, &MakeVersionCommand}) {
-        commands.push_back(make());
-    }
-    std::vector<CLI::App*> entries;
-    for (const auto& command : commands) {
-        CLI::App* const entry = app.add_subcommand(command->Name(), command->Help());
-        command->Declare(*entry);
-        entries.push_back(entry);
-    }
-    if (argc > 1) RefuseUnknownCommand(app, {argv + 1, argv + argc});
+    zel::platform::GuardStandardStreams();
+    const Words words(argv + std::min(argc, 1), argv + argc);
+    const bool json = std::find(words.begin(), words.end(), "--json") != words.end();
+    Json result;
     try {
-        app.parse(argc, argv);
-    } catch (const CLI::Success& help) {
-        return app.exit(help);
-    } catch (const CLI::ParseError& error) {
-        throw Failure(error.what(), "", "see 'zelcam --help'", kExitUsage);
+        Run(words, result);
+        if (json && !result.is_null()) PrintJson(result);
+        FlushOutput();
+        return kExitSuccess;
+    } catch (const Failure& failure) {
+        return TellFailure(failure, json, result);
+    } catch (const std::exception& error) {
+        return TellFailure(Failure("internal error", error.what(), ""), json, result);
     }
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        if (entries[i]->parsed()) return commands[i]->Run();
-    }
-    return kExitUsage;
 }
 
 }  // namespace zelcam

@@ -1,10 +1,9 @@
 // zelcam get: the values of single parameters.
-#include <cstdio>
-
 #include "tools/zelcam/camera/CameraParameters.h"
 #include "tools/zelcam/camera/Session.h"
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/text/Failure.h"
+#include "tools/zelcam/text/Output.h"
 
 namespace zelcam {
 
@@ -14,6 +13,7 @@ class GetCommand : public Command {
   public:
     const char* Name() const override { return "get"; }
     const char* Help() const override { return "Print the values of parameters"; }
+    const char* Example() const override { return "get EXPOSURE_TIME_US GAIN"; }
 
     void Declare(CLI::App& command) override {
         command.add_option("parameter", m_Names, "Names or ids, see 'zelcam params'")->required();
@@ -21,30 +21,27 @@ class GetCommand : public Command {
         DeclareJson(command);
     }
 
-    int Run() override {
+    void Run(Json& result) override {
         // Names are looked at before a camera is touched.
         std::vector<const ParameterInfo*> wanted;
         for (const std::string& name : m_Names) wanted.push_back(&FindParameter(name));
         const Session session;
         const OpenCamera camera(session, m_Camera);
-        Json json;
         for (const ParameterInfo* info : wanted) {
             const auto value = ReadParameter(camera.Get(), *info);
             if (!value) Fail(camera, *info);
-            json[info->name] = value->ToJson();
-            if (!m_Json) {
-                std::printf("%s = %s%s%s\n", info->name, value->Text().c_str(), *info->unit ? " " : "", info->unit);
-            }
+            result[info->name] = value->ToJson();
+            const std::string unit = UnitOf(camera.Get(), *info);
+            if (!m_Json) Print("{} = {}{}{}\n", info->name, value->Text(), unit.empty() ? "" : " ", unit);
         }
-        if (m_Json) PrintJson(json);
-        return kExitSuccess;
     }
 
   private:
     [[noreturn]] static void Fail(const OpenCamera& camera, const ParameterInfo& info) {
         const std::string what = std::string(info.name) + " of " + camera.Label() + " can't be read";
-        if (info.access == Access::kWriteOnly) throw Failure(what, "it is write-only", "");
-        throw Failure(what, "this camera does not offer it or did not answer", "'zelcam params' shows what it offers");
+        if (info.access == Access::kWriteOnly) throw Failure(what, "it is write-only", "", kRefused);
+        throw Failure(what, "this camera does not offer it or did not answer", "'zelcam params' shows what it offers",
+                      kRefused);
     }
 
     std::vector<std::string> m_Names;

@@ -1,5 +1,5 @@
 // zelcam info: what one camera is and how it is set.
-#include <cstdio>
+#include <fmt/format.h>
 
 #include "include/ZelParameters.h"
 #include "tools/zelcam/calibration/CalibrationSource.h"
@@ -7,7 +7,7 @@
 #include "tools/zelcam/camera/CameraParameters.h"
 #include "tools/zelcam/camera/Session.h"
 #include "tools/zelcam/commands/Command.h"
-#include "tools/zelcam/text/Failure.h"
+#include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/TextTools.h"
 
 namespace zelcam {
@@ -38,7 +38,7 @@ constexpr Row kRows[] = {
 };
 
 std::string ValueText(const ParameterInfo& info, const ParameterValue& value) {
-    if (info.id == ZEL_PARAM_TEMPERATURE) return FixedText(static_cast<double>(value.Integer()) / 10.0, 1) + " C";
+    if (info.id == ZEL_PARAM_TEMPERATURE) return fmt::format("{:.1f} C", static_cast<double>(value.Integer()) / 10.0);
     if (info.id == ZEL_PARAM_COLOR_FILTER_TYPE && value.Text().empty()) return "none";
     return value.Text() + (*info.unit ? std::string(" ") + info.unit : "");
 }
@@ -47,35 +47,31 @@ class InfoCommand : public Command {
   public:
     const char* Name() const override { return "info"; }
     const char* Help() const override { return "Open a camera and tell what it is and how it is set"; }
+    const char* Example() const override { return "info --camera 1"; }
 
     void Declare(CLI::App& command) override {
         DeclareCamera(command);
         DeclareJson(command);
     }
 
-    int Run() override {
+    void Run(Json& result) override {
         const Session session;
         OpenCamera camera(session, m_Camera);
-        Json json = ToJson(ReadFacts(camera));
+        result = ToJson(ReadFacts(camera));
         std::vector<std::vector<std::string>> rows;
-        for (const auto& [key, value] : json.items()) {
+        for (const auto& [key, value] : result.items()) {
             rows.push_back({key, value.is_string() ? value.get<std::string>() : JsonText(value, -1)});
         }
         for (const Row& row : kRows) {
             const ParameterInfo& info = ParameterById(row.id);
             const auto value = ReadParameter(camera.Get(), info);
-            json[row.key] = value ? value->ToJson() : Json();
+            result[row.key] = value ? value->ToJson() : Json();
             rows.push_back({row.label, value ? ValueText(info, *value) : "-"});
         }
         const CalibrationSource calibration = FindCalibrationSource(camera);
-        json["calibration"] = calibration.ToJson();
+        result["calibration"] = calibration.ToJson();
         rows.push_back({"calibration", calibration.Text()});
-        if (m_Json) {
-            PrintJson(json);
-        } else {
-            std::fputs(FormatTable(rows).c_str(), stdout);
-        }
-        return kExitSuccess;
+        if (!m_Json) WriteOutput(FormatTable(rows));
     }
 };
 

@@ -1,10 +1,8 @@
 // zelcam list: the cameras that can be opened.
-#include <cstdio>
-
 #include "tools/zelcam/camera/CameraFacts.h"
 #include "tools/zelcam/camera/Session.h"
 #include "tools/zelcam/commands/Command.h"
-#include "tools/zelcam/text/Failure.h"
+#include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/TextTools.h"
 
 namespace zelcam {
@@ -15,20 +13,17 @@ class ListCommand : public Command {
   public:
     const char* Name() const override { return "list"; }
     const char* Help() const override { return "List the cameras without opening them"; }
+    const char* Example() const override { return "list --json"; }
     void Declare(CLI::App& command) override { DeclareJson(command); }
 
-    int Run() override {
+    void Run(Json& result) override {
         const Session session;
         if (m_Json) {
-            Json json = Json::array();
-            for (const CameraEntry& camera : session.Cameras()) json.push_back(ToJson(camera));
-            PrintJson(json);
-            return kExitSuccess;
+            result = Json::array();
+            for (const CameraEntry& camera : session.Cameras()) result.push_back(ToJson(camera));
+            return;
         }
-        if (session.Cameras().empty()) {
-            std::printf("no cameras\n");
-            return kExitSuccess;
-        }
+        if (session.Cameras().empty()) return Print("no cameras\n");
         std::vector<std::vector<std::string>> rows{{"camera", "name", "serial", "interface", "address"}};
         for (const CameraEntry& camera : session.Cameras()) {
             std::string addresses;
@@ -36,8 +31,7 @@ class ListCommand : public Command {
             rows.push_back(
                 {std::to_string(camera.number), camera.name, camera.serial, camera.interface_type, addresses});
         }
-        std::fputs(FormatTable(rows).c_str(), stdout);
-        return kExitSuccess;
+        WriteOutput(FormatTable(rows));
     }
 };
 

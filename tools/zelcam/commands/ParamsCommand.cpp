@@ -1,12 +1,12 @@
 // zelcam params: every parameter of a camera.
 #include <chrono>
-#include <cstdio>
 
 #include "include/ZelParameters.h"
 #include "tools/zelcam/camera/CameraParameters.h"
 #include "tools/zelcam/camera/Session.h"
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/text/Failure.h"
+#include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/Progress.h"
 #include "tools/zelcam/text/TextTools.h"
 
@@ -23,29 +23,26 @@ class ParamsCommand : public Command {
     const char* Help() const override {
         return "Print every parameter with value, type, range, default, access and unit";
     }
+    const char* Example() const override { return "params --camera 1"; }
 
     void Declare(CLI::App& command) override {
         DeclareCamera(command);
         DeclareJson(command);
     }
 
-    int Run() override {
+    void Run(Json& result) override {
         const Session session;
         const OpenCamera camera(session, m_Camera);
-        Json list = Json::array();
+        result = Json::array();
         std::vector<std::vector<std::string>> rows{
             {"id", "name", "value", "unit", "type", "range", "default", "access", "description"}};
         Progress progress("reading");
         for (const ParameterInfo& info : AllParameters()) {
-            progress.Show(list.size(), AllParameters().size());
-            Describe(camera, info, list, rows);
+            progress.Show(result.size(), AllParameters().size());
+            Describe(camera, info, result, rows);
         }
-        if (m_Json) {
-            PrintJson(list);
-        } else {
-            std::fputs(FormatTable(rows).c_str(), stdout);
-        }
-        return kExitSuccess;
+        progress.Wipe();
+        if (!m_Json) WriteOutput(FormatTable(rows));
     }
 
   private:
@@ -55,16 +52,17 @@ class ParamsCommand : public Command {
         const auto value = ReadParameter(camera.Get(), info);
         if (!value && std::chrono::steady_clock::now() - start > kSilence) {
             throw Failure(camera.Label() + " does not answer", std::string("reading ") + info.name + " timed out",
-                          "check cable and power");
+                          "check cable and power", kTimeout);
         }
         const bool selector = info.kind == ValueKind::kSelector;
         const ValueRange range = selector ? ValueRange{} : ReadRange(camera.Get(), info);
         const auto type = selector ? std::nullopt : ReadAttribute(camera.Get(), info.id, ZEL_ATTR_DATA_TYPE);
+        const std::string unit = UnitOf(camera.Get(), info);
         Json json;
         json["id"] = info.id;
         json["name"] = info.name;
         json["value"] = value ? value->ToJson() : Json();
-        json["unit"] = info.unit;
+        json["unit"] = unit;
         json["type"] = KindText(info.kind);
         json["data_type_code"] = type ? Json(*type) : Json();
         json["minimum"] = range.known ? Json(range.minimum) : Json();
@@ -76,7 +74,7 @@ class ParamsCommand : public Command {
         json["description"] = info.description;
         list.push_back(json);
         const std::string id = info.id < ZEL_MAX_PARAMS ? std::to_string(info.id) : "-";
-        rows.push_back({id, info.name, value ? value->Text() : "-", info.unit, KindText(info.kind),
+        rows.push_back({id, info.name, value ? value->Text() : "-", unit, KindText(info.kind),
                         range.known ? range.Text() : "-", range.known ? std::to_string(range.standard) : "-",
                         AccessText(access), info.description});
     }

@@ -1,10 +1,9 @@
 // zelcam set: writes parameters and reads them back.
-#include <cstdio>
-
 #include "tools/zelcam/camera/CameraParameters.h"
 #include "tools/zelcam/camera/Session.h"
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/text/Failure.h"
+#include "tools/zelcam/text/Output.h"
 
 namespace zelcam {
 
@@ -14,6 +13,7 @@ class SetCommand : public Command {
   public:
     const char* Name() const override { return "set"; }
     const char* Help() const override { return "Write parameters and read them back"; }
+    const char* Example() const override { return "set EXPOSURE_TIME_US=20000 GAIN=10"; }
 
     void Declare(CLI::App& command) override {
         command.add_option("assignment", m_Words, "NAME VALUE, or any number of NAME=VALUE")->required();
@@ -21,25 +21,25 @@ class SetCommand : public Command {
         DeclareJson(command);
     }
 
-    int Run() override {
+    void Run(Json& result) override {
         const std::vector<Assignment> assignments = Assignments();
         const Session session;
         const OpenCamera camera(session, m_Camera);
-        Json json = Json::array();
+        result = Json::array();
         std::vector<WriteOutcome> refused;
         for (const Assignment& assignment : assignments) {
             const WriteOutcome outcome = WriteParameter(camera.Get(), *assignment.info, assignment.value);
-            json.push_back(outcome.ToJson());
-            if (!m_Json) std::printf("%s\n", outcome.Text().c_str());
+            result.push_back(outcome.ToJson());
+            if (!m_Json) Print("{}\n", outcome.Text());
             if (!outcome.accepted) refused.push_back(outcome);
         }
-        if (m_Json) PrintJson(json);
-        if (refused.empty()) return kExitSuccess;
+        if (refused.empty()) return;
         std::string names;
         for (const WriteOutcome& outcome : refused) {
             names += (names.empty() ? "" : ", ") + std::string(outcome.info->name) + " (" + outcome.reason + ")";
         }
-        throw Failure(camera.Label() + " did not take every value", names, "choose values within the ranges printed");
+        throw Failure(camera.Label() + " did not take every value", names, "choose values within the ranges printed",
+                      kRefused);
     }
 
   private:
@@ -49,6 +49,7 @@ class SetCommand : public Command {
         }
         std::vector<Assignment> assignments;
         for (const std::string& word : m_Words) assignments.push_back(ParseAssignment(word));
+        PutUnitsFirst(assignments);
         return assignments;
     }
 

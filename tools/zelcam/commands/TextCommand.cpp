@@ -1,11 +1,9 @@
 // zelcam text: sends a text command and prints the reply.
-#include <cstdio>
-
 #include "include/ZelCamera.h"
 #include "tools/zelcam/camera/Session.h"
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/text/Failure.h"
-#include "tools/zelcam/text/Json.h"
+#include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/TextTools.h"
 
 namespace zelcam {
@@ -24,6 +22,7 @@ class TextCommand : public Command {
   public:
     const char* Name() const override { return "text"; }
     const char* Help() const override { return "Send a text command to a camera and print the reply"; }
+    const char* Example() const override { return "text info"; }
 
     void Declare(CLI::App& command) override {
         command.add_option("text", m_Words, "The command; words are joined by blanks")->required();
@@ -31,7 +30,7 @@ class TextCommand : public Command {
         DeclareJson(command);
     }
 
-    int Run() override {
+    void Run(Json& result) override {
         std::string text;
         for (const std::string& word : m_Words) text += (text.empty() ? "" : " ") + word;
         const Session session;
@@ -42,15 +41,15 @@ class TextCommand : public Command {
         camera->SetTextCommandCallback(nullptr, nullptr);
         if (!answered) {
             throw Failure(camera.Label() + " gave no reply to '" + text + "'", "nothing complete came within 5 s",
-                          "check cable and power");
+                          "check cable and power", kTimeout);
         }
         reply = Trim(reply);
-        if (m_Json) {
-            PrintJson(Json{{"command", text}, {"reply", reply}});
-        } else {
-            std::printf("%s\n", reply.c_str());
+        result = Json{{"command", text}, {"reply", reply}};
+        if (reply.starts_with("ERR")) {
+            throw Failure(camera.Label() + " refused '" + text + "'", reply, "docs/zelcam.md lists text commands",
+                          kRefused);
         }
-        return kExitSuccess;
+        if (!m_Json) Print("{}\n", reply);
     }
 
   private:

@@ -1,6 +1,6 @@
 // zelcam trigger: takes frames that wait for a trigger.
+#include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <optional>
 #include <thread>
 
@@ -11,17 +11,21 @@
 #include "tools/zelcam/frames/PictureSaver.h"
 #include "tools/zelcam/text/Failure.h"
 #include "tools/zelcam/text/Interrupt.h"
-#include "tools/zelcam/text/Progress.h"
+#include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/TextTools.h"
 
 namespace zelcam {
 
 namespace {
 
+// How long the user's wish to end may go unnoticed between two triggers.
+constexpr std::chrono::milliseconds kInterruptCheck{50};
+
 class TriggerCommand : public Command {
   public:
     const char* Name() const override { return "trigger"; }
     const char* Help() const override { return "Take frames by software trigger (or wait for the trigger input)"; }
+    const char* Example() const override { return "trigger --frames 5 --interval 200 --save --out pictures"; }
 
     void Declare(CLI::App& command) override {
         DeclareCamera(command);
@@ -32,61 +36,66 @@ class TriggerCommand : public Command {
         command.add_flag("--hardware", m_Hardware, "Wait for the camera's trigger input instead of triggering");
         command.add_flag("--save", m_Save, "Save the frames as 'capture' does");
         m_Settings.Declare(command);
+        m_Settings.DeclareProcessing(command);
         m_Pictures.Declare(command);
         DeclareJson(command);
     }
 
-    int Run() override {
+    void Run(Json& result) override {
         m_Pictures.SettleFormat(m_Settings.color.color);
         const Session session;
         OpenCamera camera(session, m_Camera);
-        m_Settings.assignments.push_back(m_Hardware ? "HW_TRIGGER_ACTIVE=1" : "HW_TRIGGER_ACTIVE=0");
-        m_Settings.Apply(camera.Get());
+        const std::vector<WriteOutcome> settings = m_Settings.Apply(camera.Get());
+        RequireParameter(camera.Get(), ParameterById(ZEL_PARAM_HW_TRIGGER_ACTIVE), m_Hardware ? "1" : "0");
         const CameraFacts facts = ReadFacts(camera);
         const PictureSettings pictures = PicturesOf(camera, m_Settings, m_Pictures);
         std::optional<PictureSaver> saver;
-        if (m_Save) {
-            saver.emplace(m_Pictures, facts, pictures);
-        }
+        if (m_Save) saver.emplace(m_Pictures, m_Frames, facts, pictures);
+        if (m_Json) result["camera"] = ToJson(facts);
         CatchInterrupts();
-        Take(camera, saver ? &*saver : nullptr);
-        if (m_Json) PrintJson(Json{{"camera", ToJson(facts)}, {"frames", m_Taken}});
-        if (Interrupted()) throw Failure("interrupted", std::to_string(m_Taken.size()) + " frames were taken", "");
-        return kExitSuccess;
+        Tell(settings, result);
+        if (m_Json) result["frames"] = Json::array();
+        if (saver && !m_Json) Print("{}\n", saver->PlanText());
+        FlushOutput();
+        Take(camera, saver ? &*saver : nullptr, result);
+        FailIfInterrupted(Counted(m_Taken, "frame") + " taken");
     }
 
   private:
     using Clock = std::chrono::steady_clock;
 
-    void Take(OpenCamera& camera, PictureSaver* saver) {
+    void Take(OpenCamera& camera, PictureSaver* saver, Json& result) {
         Acquisition acquisition(camera, FrameMode::kEvery, StartMode::kTriggered, m_Settings);
         Clock::time_point next = Clock::now();
         for (int i = 0; i < m_Frames; ++i) {
-            std::this_thread::sleep_until(next);
+            while (Clock::now() < next && !Interrupted()) {
+                std::this_thread::sleep_until(std::min(next, Clock::now() + kInterruptCheck));
+            }
+            if (Interrupted()) return;
             next += std::chrono::milliseconds(m_IntervalMs);
             const Clock::time_point triggered = Clock::now();
             if (!m_Hardware && !camera->SoftwareTrigger()) {
                 throw Failure(camera.Label() + " refused the software trigger", "the write of the trigger failed",
-                              "check cable and power");
+                              "check cable and power", kRefused);
             }
             Frame frame = acquisition.Next();
             if (!frame) return;
             const std::chrono::duration<double, std::milli> took = Clock::now() - triggered;
-            Report(frame, took.count(), saver);
+            Report(frame, took.count(), saver, result);
         }
     }
 
-    void Report(Frame& frame, double trigger_to_frame_ms, PictureSaver* saver) {
+    void Report(Frame& frame, double trigger_to_frame_ms, PictureSaver* saver, Json& result) {
         Json json{{"frame_number", frame->image_number}, {"width", frame->w}, {"height", frame->h}};
         if (!m_Hardware) json["trigger_to_frame_ms"] = trigger_to_frame_ms;
         if (saver) json["picture"] = saver->Save(frame.Get());
-        m_Taken.push_back(json);
-        if (m_Json) return;
-        std::printf("frame %u: %u x %u", frame->image_number, frame->w, frame->h);
-        if (!m_Hardware) std::printf(", %.2f ms after its trigger", trigger_to_frame_ms);
-        if (saver) std::printf(", %s", json["picture"]["path"].get<std::string>().c_str());
-        std::printf("\n");
-        std::fflush(stdout);
+        ++m_Taken;
+        if (m_Json) return result["frames"].push_back(json);
+        Print("frame {}: {} x {}", frame->image_number, frame->w, frame->h);
+        if (!m_Hardware) Print(", {:.2f} ms after its trigger", trigger_to_frame_ms);
+        if (saver) Print(", {}", json["picture"]["path"].get<std::string>());
+        Print("\n");
+        FlushOutput();
     }
 
     int m_Frames = 1;
@@ -95,7 +104,7 @@ class TriggerCommand : public Command {
     bool m_Save = false;
     AcquisitionSettings m_Settings;
     PictureOptions m_Pictures;
-    std::vector<Json> m_Taken;
+    unsigned m_Taken = 0;
 };
 
 }  // namespace

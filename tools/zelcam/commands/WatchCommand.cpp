@@ -10,6 +10,9 @@
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/text/Failure.h"
 #include "tools/zelcam/text/Interrupt.h"
+#include "tools/zelcam/text/NumberCheck.h"
+#include "tools/zelcam/text/Output.h"
+#include "tools/zelcam/text/TextTools.h"
 
 namespace zelcam {
 
@@ -19,14 +22,15 @@ class WatchCommand : public Command {
   public:
     const char* Name() const override { return "watch"; }
     const char* Help() const override { return "Print hot-plug and camera events as they happen, until Ctrl-C"; }
+    const char* Example() const override { return "watch --seconds 60"; }
 
     void Declare(CLI::App& command) override {
-        command.add_option("-s,--seconds", m_Seconds, "End after so many seconds")->check(CLI::Range(0.01, 1e7));
+        command.add_option("-s,--seconds", m_Seconds, "End after so many seconds")->check(SecondsBetween(0.01, 1e7));
         command.add_flag("--no-open", m_NoOpen, "Open no camera: hot-plug events only");
         command.add_flag("--json", m_Json, "Print one line of JSON for each event");
     }
 
-    int Run() override {
+    void Run(Json&) override {
         // The session, whose callbacks fill the queue, ends before the queue.
         EventQueue queue;
         const Session session;
@@ -37,12 +41,13 @@ class WatchCommand : public Command {
         if (!m_NoOpen) {
             for (const CameraEntry& camera : session.Cameras()) Open(session, queue, camera.number);
         }
-        if (!m_Json) std::printf("watching %zu cameras, Ctrl-C ends\n", session.Cameras().size());
-        std::fflush(stdout);
-        Follow(session, queue);
-        zel_set_camera_connect_callback(nullptr, nullptr);
-        for (auto& [number, source] : m_Open) Close(session, number);
-        return kExitSuccess;
+        if (!m_Json) Print("watching {}, Ctrl-C ends\n", Counted(session.Cameras().size(), "camera"));
+        FlushOutput();
+        ReportAlways([&] { Follow(session, queue); },
+                     [&] {
+                         zel_set_camera_connect_callback(nullptr, nullptr);
+                         for (auto& [number, source] : m_Open) Close(session, number);
+                     });
     }
 
   private:
@@ -55,21 +60,20 @@ class WatchCommand : public Command {
             if (m_Seconds > 0.0 && passed.count() >= m_Seconds) return;
             Json event;
             if (!queue.Next(event, std::chrono::milliseconds(50))) continue;
-            Print(event);
+            PrintEvent(event);
             if (!m_NoOpen && event["event"] == "connect") Open(session, queue, event["camera"].get<int>());
         }
     }
 
-    void Print(const Json& event) const {
+    void PrintEvent(const Json& event) const {
         if (m_Json) return PrintJson(event, -1);
-        std::printf("%s  %s", event["time_utc"].get<std::string>().c_str(), event["event"].get<std::string>().c_str());
+        Print("{}  {}", event["time_utc"].get<std::string>(), event["event"].get<std::string>());
         for (const auto& [key, value] : event.items()) {
             if (key == "time_utc" || key == "event") continue;
-            std::printf("  %s %s", key.c_str(),
-                        value.is_string() ? value.get<std::string>().c_str() : JsonText(value, -1).c_str());
+            Print("  {} {}", key, value.is_string() ? value.get<std::string>() : JsonText(value, -1));
         }
-        std::printf("\n");
-        std::fflush(stdout);
+        Print("\n");
+        FlushOutput();
     }
 
     // Opens a camera so that it reports its events. One that can't be opened is watched for hot-plug events only.

@@ -28,7 +28,10 @@ struct AcquisitionSettings {
     ColorOptions color;
     double timeout_s = 0.0;  // 0: chosen from exposure and frame time
 
+    // Exposure, gain, buffers, any parameter, time-out.
     void Declare(CLI::App& command);
+    // What is done with the frames: region, binning, average, color.
+    void DeclareProcessing(CLI::App& command);
     // Writes them all, each read back. Throws Failure at the first one that the camera does not take.
     std::vector<WriteOutcome> Apply(ZelCamera* camera) const;
 };
@@ -55,6 +58,8 @@ class Acquisition {
   private:
     [[noreturn]] void FailToStart() const;
     [[noreturn]] void FailWithoutFrame() const;
+    Frame WaitForFrame();
+    bool CameraStopped() const;
 
     OpenCamera& m_Camera;
     StartMode m_Start;
@@ -63,6 +68,7 @@ class Acquisition {
     bool m_SizeChecked = false;
     std::chrono::milliseconds m_Timeout{};
     long long m_ExposureUs = 0;
+    long long m_Sequence = 0;  // frames after which the camera stops by itself; 0: it does not
     bool m_Running = false;
 };
 

@@ -9,6 +9,7 @@
 #include "include/ZelImage.h"
 #include "platform/UserTexts.h"
 #include "tools/zelcam/text/Failure.h"
+#include "tools/zelcam/text/OutputFile.h"
 
 namespace zelcam {
 
@@ -81,12 +82,7 @@ void WriteColorPng(const std::string& file_name, const std::vector<std::uint8_t>
     const bool opened = stream.good();
     stream.write(reinterpret_cast<const char*>(file.data()), static_cast<std::streamsize>(file.size()));
     stream.close();
-    if (stream) return;
-    std::error_code ignored;
-    if (opened) std::filesystem::remove(path, ignored);
-    throw Failure("'" + file_name + "' can't be written",
-                  opened ? "the file came out incomplete" : "the file can't be opened",
-                  opened ? "make room on the disk or choose another --out" : "choose another --out");
+    if (!stream) FailToWrite(path, opened);
 }
 
 }  // namespace zelcam

@@ -1,5 +1,7 @@
 #include "tools/zelcam/frames/FrameProcessing.h"
 
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
 #include <charconv>
 
@@ -24,14 +26,10 @@ std::string CheckBinningText(const std::string& text) {
     return good ? "" : "'" + text + "' is not x,y, each a factor from 1 to " + std::to_string(kLargestBinning);
 }
 
-std::string SizeText(unsigned width, unsigned height) { return std::to_string(width) + "x" + std::to_string(height); }
+std::string SizeText(unsigned width, unsigned height) { return fmt::format("{}x{}", width, height); }
 
 std::string RegionText(const ZelRoiBin& r) {
-    std::string text;
-    for (const unsigned value : {r.XOrigin, r.YOrigin, r.XPixels, r.YPixels, r.XBin, r.YBin}) {
-        text += (text.empty() ? "" : ",") + std::to_string(value);
-    }
-    return text;
+    return fmt::format("{},{},{},{},{},{}", r.XOrigin, r.YOrigin, r.XPixels, r.YPixels, r.XBin, r.YBin);
 }
 
 }  // namespace
@@ -55,8 +53,7 @@ void FrameProcessing::Declare(CLI::App& command) {
     command.add_option("--roi", region, "Region x,y,width,height in sensor pixels")->check(CheckRegionText);
     command.add_option("--bin", binning, "Binning x,y: so many pixels become one, factors from 1 to 128")
         ->check(CheckBinningText);
-    command
-        .add_option("--average", average, "Each frame is the mean of the last N; capture saves none before there are N")
+    command.add_option("--average", average, "Each frame is the mean of the last N")
         ->check(CLI::Range(1, kMostAveraged));
 }
 
@@ -92,12 +89,13 @@ std::vector<WriteOutcome> FrameProcessing::Apply(ZelCamera* camera) const {
         }
         const std::string fault = RegionFault(wanted, static_cast<unsigned>(ReadNumber(camera, ZEL_PARAM_HSIZE)),
                                               static_cast<unsigned>(ReadNumber(camera, ZEL_PARAM_VSIZE)));
-        if (!fault.empty()) throw Failure("ROI_BIN: " + RegionText(wanted), fault, "nothing was started");
+        if (!fault.empty()) throw Failure("ROI_BIN: " + RegionText(wanted), fault, "nothing was started", kRefused);
         outcomes.push_back(RequireParameter(camera, ParameterById(ZEL_PARAM_ROI_BIN), RegionText(wanted)));
     }
     // Averaging is one of the camera object's service operations.
     if (average > 0 && !static_cast<ZelCameraInternal*>(camera)->SetImageAveraging(average, 1)) {
-        throw Failure("--average " + std::to_string(average), "the SDK does not take it", "nothing was started");
+        throw Failure("--average " + std::to_string(average), "the SDK does not take it", "nothing was started",
+                      kRefused);
     }
     return outcomes;
 }
@@ -109,7 +107,7 @@ void FrameProcessing::CheckSize(const ZelImage& image) const {
     if (image.w == width && image.h == height) return;
     throw Failure("frames come as " + SizeText(image.w, image.h) + " instead of " + SizeText(width, height),
                   "with this camera or link the SDK does not cut or bin like that",
-                  "narrow --roi by a column, or leave --bin out for a color camera");
+                  "narrow --roi by a column, or leave --bin out for a color camera", kRefused);
 }
 
 }  // namespace zelcam

@@ -1,9 +1,11 @@
 #include "tools/zelcam/frames/PictureSaver.h"
 
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
-#include <cstdio>
 #include <fstream>
 #include <system_error>
 
@@ -13,6 +15,7 @@
 #include "tools/zelcam/frames/Acquisition.h"
 #include "tools/zelcam/frames/ColorPicture.h"
 #include "tools/zelcam/text/Failure.h"
+#include "tools/zelcam/text/OutputFile.h"
 #include "tools/zelcam/text/UtcTime.h"
 #include "util/ImageFile.h"
 
@@ -26,6 +29,11 @@ const char* const kFrameClock =
     "the SDK's millisecond clock (monotonic; timeGetTime on Windows), modulo 2^32, not the time of day";
 
 namespace {
+
+// Names with larger numbers are somebody else's.
+constexpr int kHighestNumber = 1000000000;
+
+fs::path WithExtension(fs::path stem, const char* extension) { return stem += extension; }
 
 // Whether everything arrived on the disk, which the SDK does not tell: a TIFF holds at least its samples, a PNG ends in
 // its end chunk.
@@ -51,6 +59,7 @@ void PictureOptions::Declare(CLI::App& command) {
             "-f,--format", format,
             "tiff (default) or png: 16-bit grey; with --color a PNG of 16 (default) or 8 bits a channel, or rgba8")
         ->check(CLI::IsMember({"tiff", "png", "16", "8", "rgba8"}));
+    command.add_flag("--overwrite", overwrite, "Number from 1 and overwrite (default: behind the pictures there are)");
     command.add_flag("--scale", scale, "Scale the counts to the full 16 bits (default: raw counts)");
 }
 
@@ -59,7 +68,7 @@ void PictureOptions::SettleFormat(bool color) {
     const bool for_color = std::find(kColorFormats.begin(), kColorFormats.end(), format) != kColorFormats.end();
     if (for_color == color) return;
     throw Failure("--format " + format, color ? "it is for grey pictures" : "it is for color pictures",
-                  color ? "choose 16, 8 or rgba8 with --color" : "choose tiff or png, or add --color", kExitUsage);
+                  color ? "choose 16, 8 or rgba8 with --color" : "choose tiff or png, or add --color", kUsage);
 }
 
 PictureSettings PicturesOf(const OpenCamera& camera, const AcquisitionSettings& settings,
@@ -73,49 +82,104 @@ PictureSettings PicturesOf(const OpenCamera& camera, const AcquisitionSettings& 
     return pictures;
 }
 
-PictureSaver::PictureSaver(const PictureOptions& options, const CameraFacts& facts, const PictureSettings& settings)
+int HighestNumber(const fs::path& folder, const std::string& prefix) {
+    int highest = 0;
+    std::error_code error;
+    for (fs::directory_iterator file(folder, error), end; !error && file != end; file.increment(error)) {
+        const fs::path name = file->path().filename();
+        const std::string extension = Utf8Text(name.extension());
+        const std::string stem = Utf8Text(name.stem());
+        const bool ours = extension == ".tif" || extension == ".png" || extension == ".json";
+        if (!ours || !stem.starts_with(prefix + "_")) continue;
+        const char* const end_of_stem = stem.data() + stem.size();
+        int number = 0;
+        const auto [rest, fault] = std::from_chars(stem.data() + prefix.size() + 1, end_of_stem, number);
+        if (fault == std::errc() && rest == end_of_stem && number < kHighestNumber) highest = std::max(highest, number);
+    }
+    return highest;
+}
+
+PictureSaver::PictureSaver(const PictureOptions& options, int frames, const CameraFacts& facts,
+                           const PictureSettings& settings)
     : m_Options(options), m_Facts(facts), m_Settings(settings) {
     m_Options.SettleFormat(settings.color.has_value());
+    m_Extension = m_Options.format == "tiff" ? ".tif" : ".png";
     if (m_Options.prefix.empty()) m_Options.prefix = "camera" + std::to_string(facts.entry.number);
     const std::string what = "folder '" + m_Options.folder + "' can't be used";
     std::error_code error;
     const fs::path folder = Utf8Path(m_Options.folder);
     fs::create_directories(folder, error);
-    if (error) throw Failure(what, error.message(), "choose another --out");
-    if (!fs::is_directory(folder, error)) throw Failure(what, "it is a file", "choose another --out");
+    if (error) throw Failure(what, error.message(), "choose another --out", kOutput);
+    if (!fs::is_directory(folder, error)) throw Failure(what, "it is a file", "choose another --out", kOutput);
     const fs::path probe = folder / Utf8Path(m_Options.prefix + "_0000.tmp");
     const bool writable = std::ofstream(probe).good();
     fs::remove(probe, error);
-    if (!writable) throw Failure(what, "no file can be written there", "choose another --out or --prefix");
+    if (!writable) {
+        throw Failure(what, "no file can be written there", "choose another --out or --prefix", kOutput);
+    }
+    if (!m_Options.overwrite) m_Next = HighestNumber(folder, m_Options.prefix) + 1;
+    m_Digits = std::max(m_Digits, static_cast<int>(std::to_string(m_Next - 1 + frames).size()));
+}
+
+std::string PictureSaver::PlanText() const {
+    return fmt::format("pictures go to '{}', from {}{} on", m_Options.folder, Utf8Text(Stem(m_Next).filename()),
+                       m_Extension);
+}
+
+fs::path PictureSaver::Stem(int number) const {
+    return Utf8Path(m_Options.folder) / Utf8Path(fmt::format("{}_{:0{}}", m_Options.prefix, number, m_Digits));
+}
+
+// The description's file, made while it is not there, keeps the number from other programs that save here.
+fs::path PictureSaver::ClaimStem() {
+    while (true) {
+        const fs::path stem = Stem(m_Next++);
+        if (m_Options.overwrite) return stem;
+        const fs::path description = WithExtension(stem, ".json");
+        if (!ClaimFile(description)) continue;
+        std::error_code error;
+        if (!fs::exists(WithExtension(stem, m_Extension), error)) return stem;
+        fs::remove(description, error);
+    }
 }
 
 Json PictureSaver::Save(ZelColorImage* image) {
-    char number[16];
-    std::snprintf(number, sizeof number, "_%04d", ++m_Count);
-    const std::string stem = Utf8Text(Utf8Path(m_Options.folder) / Utf8Path(m_Options.prefix + number));
-    const bool tiff = m_Options.format == "tiff";
-    const fs::path picture = Utf8Path(stem + (tiff ? ".tif" : ".png"));
-    unsigned scaled_by = 0;
+    const fs::path stem = ClaimStem();
+    const fs::path picture = WithExtension(stem, m_Extension);
+    const fs::path description = WithExtension(stem, ".json");
+    try {
+        unsigned scaled_by = 0;
+        WritePicture(picture, image, scaled_by);
+        Json result = Describe(image, Utf8Text(picture.filename()), scaled_by);
+        WriteDescription(description, result);
+        result["path"] = Utf8Text(picture.generic_u8string());
+        return result;
+    } catch (const Failure&) {
+        // What could not be overwritten is not this frame's.
+        if (m_Options.overwrite) throw;
+        std::error_code ignored;
+        fs::remove(picture, ignored);
+        fs::remove(description, ignored);
+        throw;
+    }
+}
+
+void PictureSaver::WritePicture(const fs::path& path, ZelColorImage* image, unsigned& scaled_by) const {
     if (m_Settings.color) {
         const ColorSetting& color = *m_Settings.color;
         if (m_Options.scale && color.format == ColorFormat::k16) scaled_by = 16 - color.OutputBits();
-        WriteColor(picture, *image, scaled_by);
+        WriteColor(path, *image, scaled_by);
     } else {
         if (m_Options.scale) scaled_by = ScaleToSixteenBits(image);
-        WriteGrey(picture, image);
+        WriteGrey(path, image);
     }
-    const Json description = Describe(image, Utf8Text(picture.filename()), scaled_by);
-    WriteDescription(Utf8Path(stem + ".json"), description);
-    Json result = description;
-    result["path"] = Utf8Text(picture.generic_u8string());
-    return result;
 }
 
 void PictureSaver::WriteColor(const fs::path& path, const ZelColorImage& image, unsigned shift) const {
     const std::vector<std::uint8_t> samples = PngSamples(image, *m_Settings.color, shift);
     if (samples.empty()) {
         throw Failure("frame " + std::to_string(image.image_number) + " has no color picture",
-                      "the SDK did not make one of this format", "leave --color out");
+                      "the SDK did not make one of this format", "leave --color out", kRefused);
     }
     WriteColorPng(Utf8Text(path), samples, image.w, image.h, *m_Settings.color);
 }
@@ -126,24 +190,15 @@ void PictureSaver::WriteGrey(const fs::path& path, ZelColorImage* image) const {
     const auto open = [&] { return zel::platform::OpenFile(name, "wb"); };
     const bool fits = zel::FitsItsBuffer(*image, image->bytes_per_pixel);
     const bool saved = fits && (png ? zel::WritePng(*image, open) : zel::WriteTiff(*image, open));
-    if (!saved)
-        throw Failure("'" + name + "' can't be written", "the file can't be opened or memory ran out",
-                      "choose another --out");
-    if (Complete(path, image, png)) return;
-    std::error_code ignored;
-    fs::remove(path, ignored);
-    throw Failure("'" + name + "' can't be written", "the file came out incomplete",
-                  "make room on the disk or choose another --out");
+    if (!saved || !Complete(path, image, png)) FailToWrite(path, saved);
 }
 
 void PictureSaver::WriteDescription(const fs::path& path, const Json& description) const {
     std::ofstream file(path, std::ios::binary);
+    const bool opened = file.good();
     file << JsonText(description) << "\n";
     file.close();
-    if (!file) {
-        throw Failure("'" + Utf8Text(path) + "' can't be written", "the file came out incomplete",
-                      "make room on the disk or choose another --out");
-    }
+    if (!file) FailToWrite(path, opened);
 }
 
 Json PictureSaver::Describe(const ZelColorImage* image, const std::string& file, unsigned scaled_by) const {

@@ -29,6 +29,7 @@ struct PictureOptions {
     std::string prefix;  // empty: "camera" and the camera's number
     std::string format;  // empty: tiff, or 16 for color frames
     bool scale = false;
+    bool overwrite = false;
 
     void Declare(CLI::App& command);
     // Settles the format of grey or color pictures. Throws Failure when the one asked for is of the other kind.
@@ -48,13 +49,22 @@ PictureSettings PicturesOf(const OpenCamera& camera, const AcquisitionSettings& 
 
 class PictureSaver {
   public:
-    // Makes the folder. Throws Failure when it can't be written to.
-    PictureSaver(const PictureOptions& options, const CameraFacts& facts, const PictureSettings& settings);
+    // Makes the folder. frames: how many are to come, so that their numbers are of one width. Throws Failure when the
+    // folder can't be written to.
+    PictureSaver(const PictureOptions& options, int frames, const CameraFacts& facts, const PictureSettings& settings);
 
-    // Saves a frame and its description under the next number. Result: the description. Throws Failure.
+    // Saves a frame and its description under the next number; one that is in use is passed over, whoever took it.
+    // Result: the description. Throws Failure, and leaves nothing of the frame behind.
     Json Save(ZelColorImage* image);
 
+    // "pictures go to 'out', from camera0_0001.tif on"
+    std::string PlanText() const;
+
   private:
+    // The picture's path without its extension.
+    std::filesystem::path Stem(int number) const;
+    std::filesystem::path ClaimStem();
+    void WritePicture(const std::filesystem::path& path, ZelColorImage* image, unsigned& scaled_by) const;
     void WriteGrey(const std::filesystem::path& path, ZelColorImage* image) const;
     void WriteColor(const std::filesystem::path& path, const ZelColorImage& image, unsigned shift) const;
     void WriteDescription(const std::filesystem::path& path, const Json& description) const;
@@ -63,8 +73,13 @@ class PictureSaver {
     PictureOptions m_Options;
     CameraFacts m_Facts;
     PictureSettings m_Settings;
-    int m_Count = 0;
+    const char* m_Extension;
+    int m_Next = 1;
+    int m_Digits = 4;
 };
+
+// The highest number that a picture of this prefix has in the folder, or its description; 0 without any.
+int HighestNumber(const std::filesystem::path& folder, const std::string& prefix);
 
 // Shifts the samples of `bit_depth` bits into the upper bits of 16, so that a viewer shows them bright. Result: by how
 // many bits.

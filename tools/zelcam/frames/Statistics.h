@@ -17,11 +17,12 @@ struct Drops {
     std::uint64_t skipped = 0;    // passed over on purpose for a newer frame
 };
 
-// Follows the numbers of the frames that are handed over and tells the causes of the holes between them apart.
-class DropCounter {
+// Follows the frames that are handed over: tells the causes of the holes between their numbers apart, and how fast the
+// camera sent them, holes included.
+class FrameCounter {
   public:
     // A frame was handed over.
-    void Frame(std::uint32_t image_number);
+    void Frame(std::uint32_t image_number, std::uint32_t arrival_ms);
     // Frames passed over for a newer one so far.
     void SetSkipped(std::uint64_t skipped) { m_Skipped = skipped; }
     // Numbers between the first and the last frame that were not handed over.
@@ -29,10 +30,14 @@ class DropCounter {
     // Every missing frame that is not skipped or lost on the link found no free buffer. link_drops: what the transport
     // counted.
     Drops Count(std::uint64_t link_drops) const;
+    // Frames per second; 0 when one millisecond saw the first and the last one, or a single one came.
+    double CameraRate() const;
 
   private:
-    bool m_Any = false;
     std::uint32_t m_Last = 0;
+    std::uint32_t m_FirstArrival = 0;
+    std::uint32_t m_LastArrival = 0;
+    std::uint64_t m_Frames = 0;
     std::uint64_t m_Missing = 0;
     std::uint64_t m_Skipped = 0;
 };

@@ -1,5 +1,7 @@
 #include "tools/zelcam/frames/StreamReport.h"
 
+#include <fmt/format.h>
+
 #include "include/ZelImage.h"
 #include "tools/zelcam/frames/PictureSaver.h"
 #include "tools/zelcam/text/TextTools.h"
@@ -11,7 +13,7 @@ void StreamReport::Add(const ZelColorImage& image, double hand_over_us) {
     bytes += color.is_null() ? image.size_in_bytes : image.color_size_in_bytes;
     m_QueueMs.push_back(image.queue_delay_ms);
     m_HandOverUs.push_back(hand_over_us);
-    m_Counter.Frame(image.image_number);
+    m_Counter.Frame(image.image_number, image.arrival_time_ms);
 }
 
 void StreamReport::Finish(std::uint64_t link_drops, std::uint64_t skipped) {
@@ -28,20 +30,21 @@ double StreamReport::MegabytesPerSecond() const {
 }
 
 std::string StreamReport::RateText() const {
-    return std::to_string(frames) + " frames, " + FixedText(FramesPerSecond(), 1) + " frames/s, " +
-           FixedText(MegabytesPerSecond(), 1) + " MB/s";
+    if (frames < 2) return Counted(frames, "frame");
+    return fmt::format("{} frames, {:.1f} frames/s, {:.1f} MB/s", frames, FramesPerSecond(), MegabytesPerSecond());
 }
 
 std::string StreamReport::Text() const {
-    std::string text = RateText() + " in " + FixedText(seconds, 2) + " s, mode " + mode + ", first frame after " +
-                       FixedText(first_frame_s, 2) + " s" + (interrupted ? ", ended by the user" : "") + "\n";
-    text += "latency, arrival to hand-over: median " + FixedText(Percentile(m_QueueMs, 50), 0) +
-            " ms, 99th percentile " + FixedText(Percentile(m_QueueMs, 99), 0) + " ms\n";
-    text += "latency, notification to hand-over: median " + FixedText(Percentile(m_HandOverUs, 50), 1) +
-            " us, 99th percentile " + FixedText(Percentile(m_HandOverUs, 99), 1) + " us\n";
-    text += "dropped: " + std::to_string(m_Drops.link) + " lost on the link, " + std::to_string(m_Drops.no_buffer) +
-            " without a free buffer";
-    if (mode == "newest") text += "; passed over for a newer one: " + std::to_string(m_Drops.skipped);
+    std::string text = RateText();
+    if (m_Counter.CameraRate() > 0.0) text += fmt::format(" (camera: {:.1f} frames/s)", m_Counter.CameraRate());
+    text += fmt::format(" in {:.2f} s, mode {}, first frame after {:.2f} s{}\n", seconds, mode, first_frame_s,
+                        interrupted ? ", ended by the user" : "");
+    text += fmt::format("latency, arrival to hand-over: median {:.0f} ms, 99th percentile {:.0f} ms\n",
+                        Percentile(m_QueueMs, 50), Percentile(m_QueueMs, 99));
+    text += fmt::format("latency, notification to hand-over: median {:.1f} us, 99th percentile {:.1f} us\n",
+                        Percentile(m_HandOverUs, 50), Percentile(m_HandOverUs, 99));
+    text += fmt::format("dropped: {} lost on the link, {} without a free buffer", m_Drops.link, m_Drops.no_buffer);
+    if (mode == "newest") text += fmt::format("; passed over for a newer one: {}", m_Drops.skipped);
     return text + "\n";
 }
 
@@ -52,8 +55,10 @@ Json StreamReport::ToJson() const {
     json["first_frame_seconds"] = first_frame_s;
     json["seconds"] = seconds;
     json["frames"] = frames;
-    json["frames_per_second"] = FramesPerSecond();
-    json["megabytes_per_second"] = MegabytesPerSecond();
+    const auto known = [](double rate) { return rate > 0.0 ? Json(rate) : Json(); };
+    json["frames_per_second"] = known(FramesPerSecond());
+    json["camera_frames_per_second"] = known(m_Counter.CameraRate());
+    json["megabytes_per_second"] = known(MegabytesPerSecond());
     json["arrival_to_hand_over_ms"] = {
         {"median", Percentile(m_QueueMs, 50)}, {"percentile_99", Percentile(m_QueueMs, 99)}, {"clock", kFrameClock}};
     json["notification_to_hand_over_us"] = {{"median", Percentile(m_HandOverUs, 50)},

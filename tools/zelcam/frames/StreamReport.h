@@ -19,7 +19,7 @@ class StreamReport {
     // link_drops: what the transport counted; skipped: frames passed over for newer ones.
     void Finish(std::uint64_t link_drops, std::uint64_t skipped);
 
-    // Rates count from the first frame on: how long a camera takes to start is told apart.
+    // Rates of what was handed over, from the first frame on: how long a camera takes to start is told apart.
     double FramesPerSecond() const;
     double MegabytesPerSecond() const;
     std::string RateText() const;
@@ -37,7 +37,7 @@ class StreamReport {
   private:
     std::vector<double> m_QueueMs;     // arrival to hand-over, by the record's own time stamps
     std::vector<double> m_HandOverUs;  // notification to hand-over, by the tool's clock
-    DropCounter m_Counter;
+    FrameCounter m_Counter;
     Drops m_Drops;
 };
 

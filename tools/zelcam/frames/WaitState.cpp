@@ -1,15 +1,28 @@
 #include "tools/zelcam/frames/WaitState.h"
 
+#include <fmt/format.h>
+
 #include "tools/zelcam/text/TextTools.h"
 
 namespace zelcam {
 
 namespace {
 
-enum class Cause { kLinkLost, kNoBuffers, kBuffersHeld, kHardware, kNotStarted, kExposing, kSoftware, kSilent };
+enum class Cause {
+    kLinkLost,
+    kNoBuffers,
+    kBuffersHeld,
+    kHardware,
+    kSequenceOver,
+    kNotStarted,
+    kExposing,
+    kSoftware,
+    kSilent
+};
 
 Cause CauseOf(const WaitState& state) {
     if (state.link_lost) return Cause::kLinkLost;
+    if (state.SequenceOver()) return Cause::kSequenceOver;
     if (state.buffers <= 0) return Cause::kNoBuffers;
     if (state.buffers_held >= state.buffers) return Cause::kBuffersHeld;
     if (state.waits_for_hardware) return Cause::kHardware;
@@ -20,7 +33,8 @@ Cause CauseOf(const WaitState& state) {
 }
 
 std::string ExposureText(const WaitState& state) {
-    return FixedText(static_cast<double>(state.exposure_us) / 1000.0, state.exposure_us % 1000 == 0 ? 0 : 3) + " ms";
+    return fmt::format("{:.{}f} ms", static_cast<double>(state.exposure_us) / 1000.0,
+                       state.exposure_us % 1000 == 0 ? 0 : 3);
 }
 
 }  // namespace
@@ -35,6 +49,8 @@ std::string WhyNoFrame(const WaitState& state) {
             return "all " + std::to_string(state.buffers) + " image buffers are held by the application";
         case Cause::kHardware:
             return "the camera is waiting for a trigger at its input";
+        case Cause::kSequenceOver:
+            return "its sequence of " + Counted(static_cast<unsigned long long>(state.sequence), "frame") + " is over";
         case Cause::kNotStarted:
             return "the camera is not started";
         case Cause::kExposing:
@@ -57,6 +73,8 @@ std::string AdviceForNoFrame(const WaitState& state) {
             return "use more --buffers";
         case Cause::kHardware:
             return "send a trigger, or set HW_TRIGGER_ACTIVE=0";
+        case Cause::kSequenceOver:
+            return "ask for fewer frames, or set FRAME_COUNT=0";
         case Cause::kNotStarted:
             return "the camera refused to run; look at 'zelcam info'";
         case Cause::kExposing:

@@ -13,8 +13,11 @@ struct WaitState {
     bool waits_for_software = false;  // SoftwareTrigger() starts frames
     long long exposure_us = 0;
     long long waited_ms = 0;
-    int buffers = 0;       // size of the image pool
-    int buffers_held = 0;  // how many of them the application holds
+    int buffers = 0;         // size of the image pool
+    int buffers_held = 0;    // how many of them the application holds
+    long long sequence = 0;  // frames after which the camera stops by itself; 0: it does not
+
+    bool SequenceOver() const { return !link_lost && !started && sequence > 0; }
 };
 
 // The most telling cause first.

@@ -1,4 +1,4 @@
-// What ends a command: one line that says what went wrong, why, and what to do about it.
+// What ends a command: one line that says what went wrong, why, and what to do about it; and its kind, for scripts.
 #ifndef ZELCAM_FAILURE_H
 #define ZELCAM_FAILURE_H
 
@@ -7,22 +7,42 @@
 
 namespace zelcam {
 
-// Exit codes of the program.
 inline constexpr int kExitSuccess = 0;
-inline constexpr int kExitFailure = 1;  // the command was understood and could not be carried out
-inline constexpr int kExitUsage = 2;    // the command line was not understood
+inline constexpr int kExitFailure = 1;
+
+// Codes and exit codes stay as they are: scripts depend on them. docs/zelcam.md has this table, too.
+struct FailureKind {
+    const char* code;
+    int exit_code;
+    const char* meaning;
+};
+inline constexpr FailureKind kFailed{"failed", kExitFailure, "the command failed for another reason than those below"};
+inline constexpr FailureKind kUsage{"usage", 2, "the command line was not understood"};
+inline constexpr FailureKind kNoCamera{"no_camera", 3, "there is no such camera, or it can't be opened"};
+inline constexpr FailureKind kRefused{"refused", 4, "the camera or the SDK refused a value, a command or the start"};
+inline constexpr FailureKind kTimeout{"timeout", 5, "no frame or no reply came in time"};
+inline constexpr FailureKind kLinkLost{"link_lost", 6, "the camera was unplugged or switched off"};
+inline constexpr FailureKind kOutput{"output", 7, "a file, a folder or the standard output can't be written"};
+inline constexpr FailureKind kFramesLost{"frames_lost", 8, "frames are missing between those that were saved"};
+// 128 and the number of the signal, as shells count.
+inline constexpr FailureKind kInterrupted{"interrupted", 128, "ended by a signal: 129 hang-up, 130 Ctrl-C, 143 kill"};
+
+inline constexpr FailureKind kFailureKinds[] = {kFailed,   kUsage,  kNoCamera,   kRefused,    kTimeout,
+                                                kLinkLost, kOutput, kFramesLost, kInterrupted};
 
 class Failure : public std::runtime_error {
   public:
     // The line is "what: why; advice"; empty parts are left out.
-    Failure(const std::string& what, const std::string& why, const std::string& advice, int exit_code = kExitFailure)
+    Failure(const std::string& what, const std::string& why, const std::string& advice,
+            const FailureKind& kind = kFailed)
         : std::runtime_error(what + (why.empty() ? "" : ": " + why) + (advice.empty() ? "" : "; " + advice)),
-          m_ExitCode(exit_code) {}
+          m_Kind(kind) {}
 
-    int ExitCode() const { return m_ExitCode; }
+    const FailureKind& Kind() const { return m_Kind; }
+    int ExitCode() const { return m_Kind.exit_code; }
 
   private:
-    int m_ExitCode;
+    FailureKind m_Kind;
 };
 
 }  // namespace zelcam

@@ -1,6 +1,6 @@
 #include "tools/zelcam/text/Json.h"
 
-#include <cstdio>
+#include "tools/zelcam/text/Output.h"
 
 namespace zelcam {
 
@@ -9,8 +9,8 @@ std::string JsonText(const Json& json, int indent) {
 }
 
 void PrintJson(const Json& json, int indent) {
-    std::printf("%s\n", JsonText(json, indent).c_str());
-    std::fflush(stdout);
+    WriteOutput(JsonText(json, indent) + "\n");
+    FlushOutput();
 }
 
 }  // namespace zelcam

@@ -1,5 +1,7 @@
 #include "tools/zelcam/text/Progress.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cstdio>
 
@@ -9,7 +11,13 @@ namespace zelcam {
 
 namespace {
 constexpr int kBarWidth = 30;
-constexpr int kLineWidth = 79;
+constexpr int kWidestLine = 79;
+
+// One column stays free: a line that fills the last one would begin another. Read anew, since windows change.
+int LineWidth() {
+    const int columns = zel::platform::TerminalColumns();
+    return columns > 1 ? std::min(columns - 1, kWidestLine) : kWidestLine;
+}
 }  // namespace
 
 Progress::Progress(std::string label, bool enabled)
@@ -18,7 +26,7 @@ Progress::Progress(std::string label, bool enabled)
 Progress::~Progress() { Wipe(); }
 
 void Progress::Wipe() {
-    if (m_Drawn) std::fprintf(stderr, "\r%*s\r", kLineWidth, "");
+    if (m_Drawn) std::fputs(fmt::format("\r{:{}}\r", "", LineWidth()).c_str(), stderr);
     m_Drawn = false;
 }
 
@@ -28,8 +36,7 @@ void Progress::Show(std::uint64_t done, std::uint64_t total, const std::string& 
     m_Last = now;
     std::string line;
     if (total != 0) {
-        line = BarText(done, total, kBarWidth) + " " + std::to_string(done) + "/" + std::to_string(total) +
-               (text.empty() ? "" : " ");
+        line = fmt::format("{} {}/{}{}", BarText(done, total, kBarWidth), done, total, text.empty() ? "" : " ");
     }
     ShowText(line + text);
 }
@@ -38,7 +45,7 @@ void Progress::ShowText(const std::string& text) {
     if (!m_Enabled) return;
     m_Drawn = true;
     const std::string line = m_Label + " " + text;
-    std::fprintf(stderr, "\r%-*.*s", kLineWidth, kLineWidth, line.c_str());
+    std::fputs(fmt::format("\r{0:{1}.{1}}", line, LineWidth()).c_str(), stderr);
     std::fflush(stderr);
 }
 

@@ -1,7 +1,8 @@
 #include "tools/zelcam/text/TextTools.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
-#include <cstdio>
 
 namespace zelcam {
 
@@ -19,10 +20,8 @@ std::string Trim(std::string_view text) {
     return std::string(text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1));
 }
 
-std::string FixedText(double value, int decimals) {
-    char text[64];
-    std::snprintf(text, sizeof text, "%.*f", decimals, value);
-    return text;
+std::string Counted(unsigned long long count, const char* what) {
+    return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
 }
 
 std::string FormatTable(const std::vector<std::vector<std::string>>& rows) {
@@ -34,12 +33,8 @@ std::string FormatTable(const std::vector<std::vector<std::string>>& rows) {
     std::string text;
     for (const auto& row : rows) {
         std::string line;
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            line += row[i];
-            if (i + 1 < row.size()) line.append(widths[i] - row[i].size() + 2, ' ');
-        }
-        line.erase(line.find_last_not_of(' ') + 1);
-        text += line + "\n";
+        for (std::size_t i = 0; i < row.size(); ++i) line += fmt::format("{:<{}}", row[i], widths[i] + 2);
+        text += line.erase(line.find_last_not_of(' ') + 1) + "\n";
     }
     return text;
 }

@@ -14,8 +14,8 @@ std::string UpperCase(std::string_view text);
 // `text` without blanks and line ends around it.
 std::string Trim(std::string_view text);
 
-// The number with `decimals` digits after the point.
-std::string FixedText(double value, int decimals);
+// "1 frame", "2 frames"
+std::string Counted(unsigned long long count, const char* what);
 
 // A text that may be null.
 inline std::string TextOrEmpty(const char* text) { return text ? text : ""; }

@@ -36,28 +36,16 @@ TEST(ParameterValue, ReadsAndWritesTheUsersSpelling) {
 }
 
 TEST(ParameterValue, RefusesWhatItCanNotHold) {
-    const struct {
-        unsigned id;
-        const char* text;
-    } cases[] = {
-        {ZEL_PARAM_GAIN, ""},
-        {ZEL_PARAM_GAIN, "many"},
-        {ZEL_PARAM_GAIN, "7x"},
-        {ZEL_PARAM_GAIN, "1.5"},
-        {ZEL_PARAM_GAIN, "0x"},
-        {ZEL_PARAM_GAIN, "4294967296"},
-        {ZEL_PARAM_GAIN, "-2147483649"},
-        {ZEL_PARAM_GAIN, "99999999999999999999"},
-        {ZEL_PARAM_ROI_BIN, "1,2,3,4,5"},
-        {ZEL_PARAM_ROI_BIN, "1,2,3,4,5,6,7"},
-        {ZEL_PARAM_ROI_BIN, "1,2,3,,5,6"},
-        {ZEL_PARAM_ROI_BIN, "7"},
-        {ZEL_PARAM_GLOBAL_CAMERA_NAME, "a name of two and thirty letters"},
-        {ZEL_PARAM_DEFAULT_WHITE_BALANCE_MATRIX, "1"},
-        {ZEL_PARAM_MODEL_VALUE_1, "1"},
-        {ZEL_PARAM_ATTR, "1"},
-    };
-    for (const auto& c : cases) EXPECT_THROW(ParameterValue::Parse(Info(c.id), c.text), Failure) << c.text;
+    const std::pair<unsigned, std::vector<const char*>> cases[] = {
+        {ZEL_PARAM_GAIN, {"", "many", "7x", "1.5", "0x", "4294967296", "-2147483649", "99999999999999999999"}},
+        {ZEL_PARAM_ROI_BIN, {"1,2,3,4,5", "1,2,3,4,5,6,7", "1,2,3,,5,6", "7"}},
+        {ZEL_PARAM_GLOBAL_CAMERA_NAME, {"a name of two and thirty letters"}},
+        {ZEL_PARAM_DEFAULT_WHITE_BALANCE_MATRIX, {"1"}},
+        {ZEL_PARAM_MODEL_VALUE_1, {"1"}},
+        {ZEL_PARAM_ATTR, {"1"}}};
+    for (const auto& [id, texts] : cases) {
+        for (const char* text : texts) EXPECT_THROW(ParameterValue::Parse(Info(id), text), Failure) << text;
+    }
 }
 
 TEST(ParameterValue, ShowsMatricesAndWideValues) {

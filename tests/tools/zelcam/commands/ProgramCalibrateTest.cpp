@@ -1,5 +1,6 @@
 // The program: zelcam calibrate.
 #include <gmock/gmock.h>
+#include <lodepng.h>
 
 #include <cmath>
 
@@ -52,9 +53,7 @@ TEST_F(ProgramCalibrate, ShowPrintsTheTablesAndDrawsThem) {
             EXPECT_THAT(FileText(table["plot"].get<std::string>()), HasSubstr("tap " + std::to_string(taps)));
         }
     }
-    const ToolResult none = RunTool("calibrate show --no-plot -c 2");
-    EXPECT_EQ(none.exit_code, 1);
-    EXPECT_THAT(none.err, HasSubstr("tells of no calibration tables"));
+    FailureOfTool("calibrate show --no-plot -c 2", kFailed, "tells of no calibration tables");
 }
 
 TEST_F(ProgramCalibrate, CheckComparesCameraAndCacheFile) {
@@ -78,8 +77,9 @@ TEST_F(ProgramCalibrate, CheckComparesCameraAndCacheFile) {
     text[text.find("0.9")] = '1';
     std::ofstream(cache, std::ios::binary) << text;
     const ToolResult changed = RunTool("calibrate check");
-    EXPECT_EQ(changed.exit_code, 1);
+    EXPECT_EQ(changed.exit_code, kFailed.exit_code);
     EXPECT_THAT(changed.out, HasSubstr("DIFFERENT"));
+    EXPECT_THAT(changed.err, HasSubstr("not as its digests say: 20MHz; "));
     // A cache file that does not agree with the camera is replaced.
     EXPECT_EQ(RunTool("calibrate download --json").Json()["downloaded"], true);
     EXPECT_EQ(RunTool("calibrate check").exit_code, 0);
@@ -87,9 +87,7 @@ TEST_F(ProgramCalibrate, CheckComparesCameraAndCacheFile) {
     // A folder in its place can't be replaced.
     fs::remove(cache);
     fs::create_directory(cache);
-    const ToolResult unwritable = RunTool("calibrate download");
-    EXPECT_EQ(unwritable.exit_code, 1) << unwritable.out;
-    EXPECT_THAT(unwritable.err, HasSubstr("came, but are not in its cache files"));
+    FailureOfTool("calibrate download", kOutput, "came, but are not in its cache files");
 }
 
 TEST_F(ProgramCalibrate, ExportedFilesImportAsTheSame) {
@@ -133,16 +131,8 @@ TEST_F(ProgramCalibrate, WriteStoresBothTablesAfterAYes) {
     EXPECT_EQ(RunTool("calibrate write \"" + file + "\" --backup " + File("b") + " <" + File("answer")).exit_code, 0);
 }
 
-// A PNG file of one pixel, grey 200 of 255: an even scene.
-constexpr unsigned char kEvenScene[] = {
-    0x89, 0x50, 0x4E, 0x47, 0x0D, 0x0A, 0x1A, 0x0A, 0x00, 0x00, 0x00, 0x0D, 0x49, 0x48, 0x44, 0x52, 0x00,
-    0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01, 0x08, 0x00, 0x00, 0x00, 0x00, 0x3A, 0x7E, 0x9B, 0x55, 0x00,
-    0x00, 0x00, 0x0A, 0x49, 0x44, 0x41, 0x54, 0x78, 0x9C, 0x63, 0x38, 0x01, 0x00, 0x00, 0xCA, 0x00, 0xC9,
-    0x99, 0xCA, 0x5D, 0x7E, 0x00, 0x00, 0x00, 0x00, 0x49, 0x45, 0x4E, 0x44, 0xAE, 0x42, 0x60, 0x82};
-
 TEST_F(ProgramCalibrate, SeamsAreThereWithoutTheCorrectionAndGoneWithIt) {
-    std::ofstream(m_Folder / "even.png", std::ios::binary)
-        .write(reinterpret_cast<const char*>(kEvenScene), sizeof kEvenScene);
+    ASSERT_EQ(lodepng::encode(m_Folder / "even.png", std::vector<unsigned char>{200}, 1, 1, LCT_GREY, 8), 0u);
     zel::platform::SetEnvironment("ZEL_SIM_SCENE", (m_Folder / "even.png").c_str());
     const struct {
         const char* arguments;
@@ -160,6 +150,7 @@ TEST_F(ProgramCalibrate, SeamsAreThereWithoutTheCorrectionAndGoneWithIt) {
         const auto json = result.Json();
         ASSERT_EQ(json.size(), 2u);
         ASSERT_EQ(json[0]["seams"].size(), c.seams);
+        EXPECT_EQ(json[1]["even"], true) << result.err;
         for (std::size_t i = 0; i < c.seams; ++i) {
             const auto step = [&](std::size_t corrected) {
                 return std::fabs(json[corrected]["seams"][i]["step"].get<double>());
@@ -171,32 +162,30 @@ TEST_F(ProgramCalibrate, SeamsAreThereWithoutTheCorrectionAndGoneWithIt) {
     }
 }
 
+TEST_F(ProgramCalibrate, AnUnevenSceneIsToldOf) {
+    const ToolResult result = RunTool("calibrate seams --json -n 2");
+    EXPECT_EQ(result.Json()[1]["even"], false) << result.out;
+    EXPECT_THAT(result.err, HasSubstr("warning: the scene is not even"));
+}
+
 TEST_F(ProgramCalibrate, WrongCallsAreOneLineAndAnExitCode) {
     std::ofstream(m_Folder / "bad_20MHz.txt") << "4 2\n0 1 1 0 0\n";
     Export("0");
     Export("1");
     const struct {
         std::string arguments;
-        int exit_code;
+        FailureKind kind;
         const char* line;
     } cases[] = {
-        {"calibrate", 2, "subcommand"},
-        {"calibrate shwo", 2, "shwo"},
-        {"calibrate write", 2, "files"},
-        {"calibrate import " + File("bad_20MHz.txt"), 1, "line 2: it ends too early"},
-        {"calibrate import " + File("nothing_20MHz.txt"), 1, "can't be read"},
-        {"calibrate import " + File("0/m_20MHz.txt") + " " + File("1/m_20MHz.txt"), 2, "two files for one table"},
-        {"calibrate write --yes " + File("1/m_20MHz.txt"), 1, "different numbers of taps"},
-        {"calibrate write --yes -c 2 " + File("1/m_20MHz.txt"), 1, "no file for the 40MHz table"},
-        {"calibrate seams -c 2", 1, "no seams"},
-        {"calibrate download -c 2", 1, "no calibration that can be used"},
+        {"calibrate import " + File("bad_20MHz.txt"), kFailed, "line 2: it ends too early"},
+        {"calibrate import " + File("nothing_20MHz.txt"), kFailed, "can't be read"},
+        {"calibrate import " + File("0/m_20MHz.txt") + " " + File("1/m_20MHz.txt"), kUsage, "two files for one table"},
+        {"calibrate write --yes " + File("1/m_20MHz.txt"), kFailed, "different numbers of taps"},
+        {"calibrate write --yes -c 2 " + File("1/m_20MHz.txt"), kFailed, "no file for the 40MHz table"},
+        {"calibrate seams -c 2", kRefused, "no seams"},
+        {"calibrate download -c 2", kFailed, "no calibration that can be used"},
     };
-    for (const auto& c : cases) {
-        const ToolResult result = RunTool(c.arguments);
-        EXPECT_EQ(result.exit_code, c.exit_code) << c.arguments << result.err;
-        EXPECT_THAT(result.err, HasSubstr(c.line)) << c.arguments;
-        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
-    }
+    for (const auto& c : cases) FailureOfTool(c.arguments, c.kind, c.line);
 }
 
 }  // namespace zelcam

@@ -37,10 +37,22 @@ struct Picture {
     }
 };
 
-Picture ReadPicture(const std::string& name) {
+// json: what the tool says of the picture; the file must be of that format and space.
+Picture ReadPicture(const std::string& name, const nlohmann::json& json) {
     Picture picture;
+    std::vector<unsigned char> file;
     std::vector<unsigned char> bytes;
-    EXPECT_EQ(lodepng::decode(bytes, picture.width, picture.height, name, LCT_RGB, 16), 0u) << name;
+    lodepng::State state;
+    state.info_raw.colortype = LCT_RGB;
+    state.info_raw.bitdepth = 16;
+    EXPECT_EQ(lodepng::load_file(file, name), 0u) << name;
+    EXPECT_EQ(lodepng::decode(bytes, picture.width, picture.height, state, file), 0u) << name;
+    EXPECT_EQ(state.info_png.color.bitdepth, json["format"] == "16" ? 16u : 8u);
+    EXPECT_EQ(state.info_png.color.colortype, json["format"] == "rgba8" ? LCT_RGBA : LCT_RGB);
+    EXPECT_EQ(state.info_png.srgb_defined, json["space"] == "srgb" ? 1u : 0u);
+    EXPECT_EQ(state.info_png.gama_defined, json["space"] == "srgb" ? 0u : 1u);
+    EXPECT_EQ(json["bits"], json["format"] != "16" ? 8 : json["space"] == "srgb" ? 16 : 14);
+    EXPECT_EQ(json["black_level_taken_off"], json["space"] == "sensor" ? 0 : 64);
     for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
         picture.samples.push_back((bytes[i] * 256 + bytes[i + 1]) / 65535.0);
     }
@@ -82,13 +94,14 @@ class ProgramColor : public testing::Test {
 
     ToolResult Run(const std::string& arguments) {
         return RunTool("capture --color --json --exposure " + std::to_string(kExposureUs) + " " + arguments +
-                       " -p color --out \"" + m_Folder.Path().generic_string() + "\"");
+                       " -p color --overwrite --out \"" + m_Folder.Path().generic_string() + "\"");
     }
 
     Picture Capture(const std::string& arguments) {
         const ToolResult result = Run(arguments);
         EXPECT_EQ(result.exit_code, 0) << arguments << ": " << result.err;
-        Picture picture = ReadPicture(m_Folder / "color_0001.png");
+        if (result.exit_code != 0) return {};
+        Picture picture = ReadPicture(m_Folder / "color_0001.png", result.Json()["pictures"][0]["color"]);
         EXPECT_EQ(picture.samples.size(), std::size_t{picture.width} * picture.height * 3);
         return picture;
     }
@@ -146,13 +159,14 @@ TEST_F(ProgramColor, EveryFormatAndSpaceShowsThePatches) {
     const double white = CountsOfWhite();
     const double full = 16383.0;
     const auto counts = [&](double v) { return v * 65535.0 / white; };
+    const auto scaled = [&](double v) { return counts(v) / 4.0; };
     const auto eight_bits = [&](double v) { return (v * 255.0 + 0.5) * 64.0 / white; };
     const auto curve = [&](double v) { return DecodeCurve(v) * (full - 64.0) / white; };
     const auto coarse_curve = [&](double v) { return v > 0.0 ? curve(v) + 32.0 / white : 0.0; };
     for (const char* camera_space : {"CCIR 709", "XYZ"}) {
         Simulate("builtin", "", camera_space);
         EXPECT_LT(LargestPatchError(Capture("--color-space ccir709"), counts, false, false), 0.5) << camera_space;
-        EXPECT_LT(LargestPatchError(Capture("--color-space xyz"), counts, true, false), 0.5) << camera_space;
+        EXPECT_LT(LargestPatchError(Capture("--color-space xyz --scale"), scaled, true, false), 0.5) << camera_space;
         EXPECT_LT(LargestPatchError(Capture(""), curve, false, false), 0.5) << camera_space;
     }
     Simulate("builtin", "", "");
@@ -187,40 +201,9 @@ TEST_F(ProgramColor, AUsersPictureComesBackInItsColors) {
     }
 }
 
-TEST_F(ProgramColor, RegionAndAverageWorkOnColorFrames) {
-    const Picture whole = Capture("--color-space ccir709 --average 4");
-    const Picture region = Capture("--color-space ccir709 --average 4 --roi 101,301,63,62");
-    ASSERT_EQ(region.width, 63u);
-    ASSERT_EQ(region.height, 62u);
-    double sum = 0.0;
-    for (unsigned y = 1; y < 61; ++y) {
-        for (unsigned x = 1; x < 62; ++x) {
-            for (std::size_t c = 0; c < 3; ++c) {
-                const double a = region.samples[(std::size_t{y} * 63 + x) * 3 + c];
-                const double b = whole.samples[(std::size_t{y + 301} * kWidth + x + 101) * 3 + c];
-                sum += std::fabs(a - b) * 65535.0;
-            }
-        }
-    }
-    EXPECT_LT(sum / (60.0 * 61.0 * 3.0), 100.0) << "counts; other colors would differ by thousands";
-}
-
-TEST_F(ProgramColor, TheDescriptionTellsHowTheColorsWereMade) {
-    const auto json = Run("--color-space xyz --scale").Json();
-    ASSERT_TRUE(json.is_object());
-    const auto& picture = json["pictures"][0];
-    EXPECT_EQ(picture["color"]["space"], "xyz");
-    EXPECT_EQ(picture["color"]["format"], "16");
-    EXPECT_EQ(picture["color"]["bits"], 14);
-    EXPECT_EQ(picture["color"]["black_level_taken_off"], 64);
-    EXPECT_EQ(picture["scaled_by_bits"], 2);
-}
-
 TEST_F(ProgramColor, AColorSpaceThatNobodyKnowsIsNamedAndTheSensorsOwnChannelsStillWork) {
     Simulate("builtin", "", "tungsten");
-    const ToolResult result = Run("");
-    EXPECT_EQ(result.exit_code, 1);
-    EXPECT_THAT(result.err, testing::HasSubstr("its matrices lead to 'tungsten'; use --color-space sensor"));
+    FailureOfTool("capture --color", kRefused, "its matrices lead to 'tungsten'; use --color-space sensor");
     const Picture picture = Capture("--color-space sensor");
     const zel::sim::ScenePatch white = zel::sim::ColorChartPatches(kWidth, kHeight)[18];
     const Light mean = picture.Mean(white.left + 3, white.top + 3, white.left + 15, white.top + 15);
@@ -231,10 +214,8 @@ TEST_F(ProgramColor, AColorSpaceThatNobodyKnowsIsNamedAndTheSensorsOwnChannelsSt
 }
 
 TEST_F(ProgramColor, StreamMeasuresColorFrames) {
-    const ToolResult result = RunTool("stream --json --color --format rgba8 --frames 5");
-    ASSERT_EQ(result.exit_code, 0) << result.err;
-    const auto json = result.Json();
-    EXPECT_EQ(json["frames"], 5);
+    const auto json = RunTool("stream --json --color --format rgba8 --frames 5").Json();
+    ASSERT_EQ(json["frames"], 5) << json;
     EXPECT_EQ(json["color"]["format"], "rgba8");
     EXPECT_NEAR(json["megabytes_per_second"].get<double>() / json["frames_per_second"].get<double>(),
                 kWidth * kHeight * 4 / 1e6, 1e-6);

@@ -17,28 +17,24 @@ TEST_F(ProgramParameter, ParamsShowsEveryOne) {
     ASSERT_EQ(result.exit_code, 0) << result.err;
     const auto json = result.Json();
     ASSERT_EQ(json.size(), 79u);
-    const auto& exposure = json[58];
-    EXPECT_EQ(exposure["name"], "EXPOSURE_TIME_US");
-    EXPECT_EQ(exposure["value"], 10000);
-    EXPECT_EQ(exposure["unit"], "us");
-    EXPECT_EQ(exposure["access"], "rw");
-    EXPECT_EQ(json[13]["access"], "ro");
-    EXPECT_EQ(json[62]["access"], "wo");
-    const auto& gain = json[21];
-    EXPECT_EQ(gain["minimum"], 0);
-    EXPECT_EQ(gain["maximum"], 1023);
-    EXPECT_EQ(gain["default"], 0);
-    EXPECT_EQ(json[6]["type"], "text");
-    EXPECT_EQ(json[23]["available"], false);
-    const ToolResult text = RunTool("params");
-    EXPECT_THAT(text.out, HasSubstr("0..1023"));
+    const std::tuple<std::size_t, const char*, nlohmann::json> cases[] = {{58, "name", "EXPOSURE_TIME_US"},
+                                                                          {58, "value", 10000},
+                                                                          {58, "unit", "us"},
+                                                                          {58, "access", "rw"},
+                                                                          {13, "access", "ro"},
+                                                                          {62, "access", "wo"},
+                                                                          {21, "minimum", 0},
+                                                                          {21, "maximum", 1023},
+                                                                          {21, "default", 0},
+                                                                          {6, "type", "text"},
+                                                                          {23, "available", false}};
+    for (const auto& [row, member, value] : cases) EXPECT_EQ(json[row][member], value) << row << member;
+    EXPECT_THAT(RunTool("params").out, HasSubstr("0..1023"));
 }
 
 TEST_F(ProgramParameter, GetPrintsValuesWithUnits) {
     const ToolResult text = RunTool("get exposure-time-us HSIZE 14");
-    EXPECT_EQ(text.exit_code, 0) << text.err;
-    EXPECT_THAT(text.out, HasSubstr("EXPOSURE_TIME_US = 10000 us"));
-    EXPECT_THAT(text.out, HasSubstr("HSIZE = 64 px"));
+    EXPECT_THAT(text.out, HasSubstr("EXPOSURE_TIME_US = 10000 us\nHSIZE = 64 px\n"));
     EXPECT_EQ(RunTool("get HSIZE VSIZE --json").Json(), (nlohmann::json{{"HSIZE", 64}, {"VSIZE", 48}}));
     EXPECT_EQ(RunTool("get HW_SER_NUM --json").Json()["HW_SER_NUM"], RunTool("list --json").Json()[0]["serial"]);
 }
@@ -47,19 +43,13 @@ TEST_F(ProgramParameter, SetPrintsRequestedAndActual) {
     const ToolResult one = RunTool("set EXPOSURE_TIME_US 2500");
     EXPECT_EQ(one.exit_code, 0) << one.err;
     EXPECT_THAT(one.out, HasSubstr("EXPOSURE_TIME_US: requested 2500 -> actual 2500 us"));
+    EXPECT_THAT(RunTool("set GAIN=3 GAIN=5000").out, HasSubstr("GAIN: requested 5000 -> actual 3 (range 0..1023)\n"));
 
-    const ToolResult several = RunTool("set --json EXPOSURE_UNIT=1 EXPOSURE_TIME=5 UPDATE_PARAMETERS=1");
-    EXPECT_EQ(several.exit_code, 0) << several.err;
-    ASSERT_EQ(several.Json().size(), 3u);
-    for (const auto& outcome : several.Json()) EXPECT_EQ(outcome["accepted"], true) << outcome;
-}
-
-TEST_F(ProgramParameter, RefusedValueIsAFailureWithTheRange) {
-    const ToolResult result = RunTool("set GAIN=3 GAIN=5000");
-    EXPECT_EQ(result.exit_code, 1);
-    EXPECT_THAT(result.out, HasSubstr("GAIN: requested 3 -> actual 3 (range 0..1023)"));
-    EXPECT_THAT(result.out, HasSubstr("GAIN: requested 5000 -> actual 3 (range 0..1023)"));
-    EXPECT_THAT(result.err, HasSubstr("GAIN (the value is out of range)"));
+    for (const std::string order : {"EXPOSURE_UNIT=1 EXPOSURE_TIME=5", "EXPOSURE_TIME=5 EXPOSURE_UNIT=1"}) {
+        const ToolResult several = RunTool("set UPDATE_PARAMETERS=1 " + order);
+        EXPECT_EQ(several.exit_code, 0) << several.err;
+        EXPECT_THAT(several.out, HasSubstr("EXPOSURE_TIME: requested 5 -> actual 5 ms (range 1..2000000)")) << order;
+    }
 }
 
 TEST_F(ProgramParameter, WritesAreReadBack) {
@@ -83,9 +73,9 @@ TEST_F(ProgramParameter, WritesAreReadBack) {
         {"PIXEL_OFFSET=1", none, "does not offer it"},
         {"COLOR_FILTER_PHASE=1", none, "read-only"},
     };
-    std::string arguments = "set --json";
+    std::string arguments = "set";
     for (const auto& c : cases) arguments += std::string(" ") + c.assignment;
-    const auto json = RunTool(arguments).Json();
+    const auto json = FailureOfTool(arguments, kRefused, ", HSIZE (it is read-only), ")["result"];
     ASSERT_EQ(json.size(), std::size(cases));
     for (std::size_t i = 0; i < std::size(cases); ++i) {
         EXPECT_EQ(json[i]["accepted"], cases[i].reason == nullptr) << json[i];

@@ -6,6 +6,7 @@
 namespace zelcam {
 
 using testing::HasSubstr;
+using testing::MatchesRegex;
 
 class ProgramStream : public testing::Test {
   protected:
@@ -14,35 +15,37 @@ class ProgramStream : public testing::Test {
 
 TEST_F(ProgramStream, SummaryAddsUp) {
     for (const std::string mode : {"every", "newest"}) {
-        const ToolResult result = RunTool("stream --json --frames 200 --mode " + mode);
-        ASSERT_EQ(result.exit_code, 0) << result.err;
-        const auto json = result.Json();
-        ASSERT_TRUE(json.is_object()) << result.out;
+        const auto json = RunTool("stream --json --frames 200 --mode " + mode).Json();
+        ASSERT_TRUE(json.is_object()) << mode;
         EXPECT_EQ(json["frames"], 200);
         EXPECT_EQ(json["mode"], mode);
         const double seconds = json["seconds"];
         EXPECT_NEAR(json["frames_per_second"].get<double>() * seconds, 199.0, 0.01);
         EXPECT_NEAR(json["megabytes_per_second"].get<double>() * seconds, 199 * 64 * 48 * 2 / 1e6, 0.01);
-        for (const char* latency : {"arrival_to_hand_over_ms", "notification_to_hand_over_us"}) {
-            EXPECT_LE(json[latency]["median"].get<double>(), json[latency]["percentile_99"].get<double>()) << latency;
-        }
         EXPECT_TRUE(mode == "newest" || json["dropped"]["skipped"] == 0) << json;
     }
 }
 
 TEST_F(ProgramStream, EndsAfterItsSeconds) {
-    const ToolResult result = RunTool("stream --seconds 0.2 -c 1");
-    EXPECT_EQ(result.exit_code, 0) << result.err;
-    for (const char* word :
-         {"frames/s", "MB/s", "median", "99th percentile", "lost on the link", "without a free buffer"}) {
-        EXPECT_THAT(result.out, HasSubstr(word));
-    }
+    EXPECT_THAT(RunTool("stream --seconds 0.2 -c 1").out,
+                MatchesRegex(".* frames, .* frames/s, .* MB/s \\(camera: .* frames/s\\) in .* s, mode every, .*\n"
+                             "latency, .*: median .*, 99th .*\nlatency, .*: median .*, 99th .*\n"
+                             "dropped: .* lost on the link, .* without a free buffer\n"));
 }
 
-TEST_F(ProgramStream, TriggerModeNamesWhatItWaitsFor) {
-    const ToolResult result = RunTool("trigger --hardware --timeout 0.1");
-    EXPECT_EQ(result.exit_code, 1);
-    EXPECT_THAT(result.err, HasSubstr("waiting for a trigger"));
+// The signal comes when the first line is out: the run begins, and would take ten minutes.
+TEST_F(ProgramStream, SignalsEndARunWithItsSummary) {
+    if (std::filesystem::path::preferred_separator != '/') GTEST_SKIP() << "this system has no signals";
+    const TemporaryFolder folder;
+    const std::string out = "\"" + folder / "out" + "\"";
+    for (const auto& [signal, exit_code] : {std::pair{"INT", 130}, {"TERM", 143}, {"HUP", 129}}) {
+        std::filesystem::remove(folder / "out");
+        const ToolResult result = RunCommand("{ ./zelcam stream --seconds 600 --gain 1 >" + out + " & until [ -s " +
+                                             out + " ]; do :; done; kill -" + signal + " $!; wait $!; }");
+        EXPECT_EQ(result.exit_code, exit_code) << signal;
+        EXPECT_THAT(result.err, HasSubstr("zelcam: interrupted: ")) << signal;
+        EXPECT_THAT(FileText(folder / "out"), HasSubstr(", ended by the user\nlatency, ")) << signal;
+    }
 }
 
 TEST_F(ProgramStream, WatchEndsAfterItsSeconds) {

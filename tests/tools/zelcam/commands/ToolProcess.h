@@ -2,6 +2,9 @@
 #ifndef TESTS_ZELCAM_TOOLPROCESS_H
 #define TESTS_ZELCAM_TOOLPROCESS_H
 
+#include <gmock/gmock.h>
+
+#include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -12,6 +15,7 @@
 #include "platform/User.h"
 #include "platform/UserTexts.h"
 #include "tests/tools/zelcam/commands/SimControl.h"
+#include "tools/zelcam/text/Failure.h"
 
 namespace zelcam {
 
@@ -24,8 +28,8 @@ struct ToolResult {
     nlohmann::json Json() const { return nlohmann::json::parse(out, nullptr, false); }
 };
 
-inline std::string FileText(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
+inline std::string FileText(const std::filesystem::path& path, std::ios::openmode mode = std::ios::binary) {
+    std::ifstream file(path, mode);
     std::ostringstream text;
     text << file.rdbuf();
     return text.str();
@@ -47,7 +51,7 @@ inline void RemoveCacheFiles() {
 class TemporaryFolder {
   public:
     TemporaryFolder() {
-        static int s_Count = 0;
+        static std::atomic<int> s_Count = 0;
         const auto now = std::filesystem::file_time_type::clock::now().time_since_epoch().count();
         do {
             m_Path = std::filesystem::temp_directory_path() /
@@ -71,7 +75,7 @@ class TemporaryFolder {
 };
 
 // A command line in UTF-8, for the system's shell.
-inline int RunCommand(const std::string& command) {
+inline int System(const std::string& command) {
 #ifdef _WIN32
     return _wsystem(zel::platform::Utf8Path(command).c_str());
 #else
@@ -79,20 +83,49 @@ inline int RunCommand(const std::string& command) {
 #endif
 }
 
+// Runs a command line of the system's shell in this folder, its output going where `out` says, a file by default.
+inline ToolResult RunCommand(const std::string& line, std::string out = "") {
+    const TemporaryFolder folder;
+    const std::string file = (folder.Path() / "out").make_preferred().string();
+    const std::string err = (folder.Path() / "err").make_preferred().string();
+    if (out.empty()) out = "\"" + file + "\"";
+    const int status = System(line + " >" + out + " 2>\"" + err + "\"");
+    // One system answers the exit code, the other puts it into the second byte.
+    return {status > 255 ? status / 256 : status, FileText(file, std::ios::in), FileText(err, std::ios::in)};
+}
+
 // Runs "NAME ARGUMENTS", a program of this folder, with the environment as it is. Arguments with blanks are quoted
 // with ".
-inline ToolResult RunProgram(const std::string& name, const std::string& arguments) {
-    const TemporaryFolder folder;
-    const std::string program = std::filesystem::path("./" + name).make_preferred().string();
-    const std::string out = (folder.Path() / "out").make_preferred().string();
-    const std::string err = (folder.Path() / "err").make_preferred().string();
-    const std::string command = program + " " + arguments + " >\"" + out + "\" 2>\"" + err + "\"";
-    const int status = RunCommand(command);
-    // One system answers the exit code, the other puts it into the second byte.
-    return {status > 255 ? status / 256 : status, FileText(out), FileText(err)};
+inline ToolResult RunProgram(const std::string& name, const std::string& arguments, const std::string& out = "") {
+    return RunCommand(std::filesystem::path("./" + name).make_preferred().string() + " " + arguments, out);
 }
 
 inline ToolResult RunTool(const std::string& arguments) { return RunProgram("zelcam", arguments); }
+
+// Expects the action to end in a failure of this kind whose line has `line` in it.
+template <class Action>
+void ExpectFailure(Action action, const FailureKind& kind, const std::string& line) {
+    try {
+        action();
+        ADD_FAILURE() << "no failure; expected " << line;
+    } catch (const Failure& failure) {
+        EXPECT_THAT(failure.what(), testing::HasSubstr(line));
+        EXPECT_EQ(failure.ExitCode(), kind.exit_code) << line;
+    }
+}
+
+// Runs the tool with --json, for a call that fails: one line, exit code and code are of one kind. Result: the JSON.
+inline nlohmann::json FailureOfTool(const std::string& arguments, const FailureKind& kind, const std::string& line) {
+    const ToolResult result = RunTool(arguments + " --json");
+    const nlohmann::json json = result.Json();
+    const nlohmann::json error = json.is_object() && json.contains("error") ? json["error"] : nlohmann::json::object();
+    EXPECT_EQ(result.exit_code, kind.exit_code) << arguments;
+    EXPECT_EQ(error.value("code", ""), kind.code) << arguments << result.out;
+    EXPECT_EQ(error.value("exit_code", 0), kind.exit_code) << arguments;
+    EXPECT_EQ(result.err, "zelcam: " + error.value("message", "") + "\n") << arguments;
+    EXPECT_THAT(result.err, testing::HasSubstr(line)) << arguments;
+    return json;
+}
 
 }  // namespace zelcam
 

@@ -17,14 +17,12 @@ TEST(Percentile, TakesTheNearestRank) {
     for (const auto& c : cases) EXPECT_EQ(Percentile(c.values, c.percent), c.expected) << c.percent;
 }
 
-struct DropCase {
-    const char* name;
-    std::vector<std::uint32_t> numbers;
-    std::uint64_t link, skipped, missing, no_buffer;
-};
-
-TEST(DropCounter, TellsTheCausesApart) {
-    const DropCase cases[] = {
+TEST(FrameCounter, TellsTheCausesApart) {
+    const struct {
+        const char* name;
+        std::vector<std::uint32_t> numbers;
+        std::uint64_t link, skipped, missing, no_buffer;
+    } cases[] = {
         {"no frame", {}, 0, 0, 0, 0},
         {"one frame, whatever its number", {1000}, 0, 0, 0, 0},
         {"none missing", {3, 4, 5}, 0, 0, 0, 0},
@@ -38,16 +36,24 @@ TEST(DropCounter, TellsTheCausesApart) {
         {"numbers start again", {7, 8, 0, 1}, 0, 0, 0, 0},
         {"the same number twice", {7, 7, 8}, 0, 0, 0, 0},
     };
-    for (const DropCase& c : cases) {
-        DropCounter counter;
-        for (const std::uint32_t number : c.numbers) counter.Frame(number);
+    for (const auto& c : cases) {
+        FrameCounter counter;
+        for (const std::uint32_t number : c.numbers) counter.Frame(number, 0);
         counter.SetSkipped(c.skipped);
         const Drops drops = counter.Count(c.link);
         EXPECT_EQ(counter.Missing(), c.missing) << c.name;
         EXPECT_EQ(drops.no_buffer, c.no_buffer) << c.name;
         EXPECT_EQ(drops.link, c.link) << c.name;
         EXPECT_EQ(drops.skipped, c.skipped) << c.name;
+        EXPECT_EQ(counter.CameraRate(), 0.0) << c.name;
     }
+}
+
+TEST(FrameCounter, TheCamerasRateCountsTheFramesThatAreMissing) {
+    FrameCounter counter;
+    counter.Frame(7, 0xFFFFFF00u);
+    counter.Frame(12, 0xFFFFFF00u + 500);  // the clock begins anew, too
+    EXPECT_EQ(counter.CameraRate(), 10.0);
 }
 
 }  // namespace zelcam

@@ -8,26 +8,13 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 TEST(EditDistance, CountsLetters) {
-    const struct {
-        const char *from, *to;
-        std::size_t distance;
-    } cases[] = {
-        {"", "", 0},
-        {"GAIN", "GAIN", 0},
-        {"", "GAIN", 4},
-        {"GAIN", "", 4},
-        {"GAIN", "GAN", 1},
-        {"GAN", "GAIN", 1},
-        {"GAIN", "MAIN", 1},
-        {"GIAN", "GAIN", 1},
-        {"KITTEN", "SITTING", 3},
-        {"EXPOSRUE", "EXPOSURE", 1},
-        {"ABC", "CBA", 2},
-        {"AB", "BCA", 3},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(EditDistance(c.from, c.to), c.distance) << c.from << " " << c.to;
-        EXPECT_EQ(EditDistance(c.to, c.from), c.distance) << "the other way: " << c.from << " " << c.to;
+    const std::tuple<const char*, const char*, std::size_t> cases[] = {
+        {"", "", 0},         {"GAIN", "GAIN", 0}, {"", "GAIN", 4},          {"GAIN", "GAN", 1},
+        {"GAIN", "MAIN", 1}, {"GIAN", "GAIN", 1}, {"KITTEN", "SITTING", 3}, {"EXPOSRUE", "EXPOSURE", 1},
+        {"ABC", "CBA", 2},   {"AB", "BCA", 3}};
+    for (const auto& [from, to, distance] : cases) {
+        EXPECT_EQ(EditDistance(from, to), distance) << from << " " << to;
+        EXPECT_EQ(EditDistance(to, from), distance) << "the other way: " << from << " " << to;
     }
 }
 

@@ -1,10 +1,9 @@
 #include "tools/zelcam/text/TextTools.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "include/ZelImage.h"
 #include "tools/zelcam/frames/PictureSaver.h"
-#include "tools/zelcam/text/Failure.h"
 #include "tools/zelcam/text/Json.h"
 #include "tools/zelcam/text/Progress.h"
 #include "tools/zelcam/text/ProgressBar.h"
@@ -17,6 +16,11 @@ TEST(TextTools, TablesLineUpAndEndWithoutBlanks) {
               "a    name  x\n"
               "100  b\n"
               "           y\n");
+}
+
+TEST(TextTools, OneIsNotCountedInThePlural) {
+    EXPECT_EQ(Counted(1, "frame") + ", " + Counted(0, "frame") + ", " + Counted(2, "frame"),
+              "1 frame, 0 frames, 2 frames");
 }
 
 TEST(UtcTime, IsIso8601) {
@@ -43,12 +47,6 @@ TEST(ProgressBar, ShowsLinesAndBarAsFarAsTheyAreKnown) {
     EXPECT_EQ(ProgressText("", "", -1), "");
 }
 
-TEST(Failure, LineLeavesEmptyPartsOut) {
-    EXPECT_STREQ(Failure("what", "why", "advice").what(), "what: why; advice");
-    EXPECT_STREQ(Failure("what", "", "advice").what(), "what; advice");
-    EXPECT_STREQ(Failure("what", "why", "").what(), "what: why");
-}
-
 TEST(ScaleToSixteenBits, MovesSamplesIntoTheUpperBits) {
     ZelColorImage image{};
     unsigned short pixels[4] = {0, 1, 4095, 5000};
@@ -57,10 +55,7 @@ TEST(ScaleToSixteenBits, MovesSamplesIntoTheUpperBits) {
     image.pixels = pixels;
     image.bit_depth = 12;
     EXPECT_EQ(ScaleToSixteenBits(&image), 4u);
-    EXPECT_EQ(pixels[0], 0);
-    EXPECT_EQ(pixels[1], 16);
-    EXPECT_EQ(pixels[2], 65520);
-    EXPECT_EQ(pixels[3], 65520) << "a sample above the depth stays white";
+    EXPECT_THAT(pixels, testing::ElementsAre(0, 16, 65520, 65520)) << "a sample above the depth stays white";
     for (const unsigned bits : {0u, 16u, 17u}) {
         image.bit_depth = bits;
         EXPECT_EQ(ScaleToSixteenBits(&image), 0u);

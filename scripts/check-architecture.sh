@@ -29,7 +29,7 @@ tools/zelcam/frames:      include platform util tools/zelcam/text tools/zelcam/c
 tools/zelcam/commands:    include platform tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames
 tools/zelcam:             platform tools/zelcam/text tools/zelcam/commands
 tools/plugin_check:       include link platform
-tools/scene_picture:      devices/sim/scene
+tools/scene_picture:      platform devices/sim/scene
 examples:                 include
 '
 # The public headers are for any compiler and any standard library: they include each other alone.

@@ -5,9 +5,9 @@
 #include "include/ZelImage.h"
 #include "util/BinaryFile.h"
 #include "util/Deflate.h"
-#include "util/PageBuffer.h"
 #include "util/PngFile.h"
 #include "util/TiffFile.h"
+#include "util/WorkBuffer.h"
 
 namespace zel {
 
@@ -37,11 +37,11 @@ bool WriteTiff(const ZelImage& image, const OpenImageFile& open) {
 }
 
 bool WritePng(const ZelImage& image, const OpenImageFile& open) {
-    const PageBuffer scanlines(PngScanlineBytes(image.w, image.h));
+    const WorkBuffer scanlines(PngScanlineBytes(image.w, image.h));
     if (!scanlines) return false;
     MakePngScanlines(image.pixels, image.w, image.h, scanlines.Bytes());
 
-    const PageBuffer buffer(kPngFrameSize + std::uint64_t{ZlibStreamBound(scanlines.Bytes().size())});
+    const WorkBuffer buffer(kPngFrameSize + std::uint64_t{ZlibStreamBound(scanlines.Bytes().size())});
     if (!buffer) return false;
     const std::span<std::uint8_t> room =
         buffer.Bytes().subspan(kPngStreamOffset, ZlibStreamBound(scanlines.Bytes().size()));

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "devices/sim/scene/Scene.h"
+#include "platform/UserTexts.h"
 
 namespace {
 
@@ -20,17 +21,18 @@ void Put(std::ofstream& file, float light) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    const std::vector<std::string> words = zel::platform::Arguments(argc, argv);
     unsigned width = 0;
     unsigned height = 0;
-    if (argc < 3 || argc > 4 || std::sscanf(argv[1], "%5ux%5u", &width, &height) != 2 || width == 0 || height == 0 ||
-        width > kLargestSide || height > kLargestSide) {
+    if (words.size() < 3 || words.size() > 4 || std::sscanf(words[1].c_str(), "%5ux%5u", &width, &height) != 2 ||
+        width == 0 || height == 0 || width > kLargestSide || height > kLargestSide) {
         std::fprintf(stderr,
                      "usage: zel_scene_picture WIDTHxHEIGHT FILE.ppm [SCENE]\n"
                      "Writes a PPM picture in linear light. SCENE: a PNG or JPEG file, or 'builtin'.\n");
         return 2;
     }
-    const auto scene = zel::sim::MakeScene(argc == 4 ? argv[3] : "builtin", width, height);
-    std::ofstream file(argv[2], std::ios::binary);
+    const auto scene = zel::sim::MakeScene(words.size() == 4 ? words[3] : "builtin", width, height);
+    std::ofstream file(zel::platform::Utf8Path(words[2]), std::ios::binary);
     file << "P6\n" << width << " " << height << "\n65535\n";
     std::vector<zel::sim::Rgb> row(width);
     for (unsigned y = 0; scene && y < height; ++y) {
@@ -43,6 +45,6 @@ int main(int argc, char** argv) {
     }
     file.close();
     if (scene && file) return 0;
-    std::fprintf(stderr, "%s can't be written\n", argv[2]);
+    std::fprintf(stderr, "%s can't be written\n", words[2].c_str());
     return 1;
 }

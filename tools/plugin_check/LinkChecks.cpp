@@ -2,6 +2,7 @@
 #include <chrono>
 #include <cstring>
 
+#include "link/LinkKind.h"
 #include "tools/plugin_check/Checks.h"
 
 namespace zel::plugin_check {
@@ -19,8 +20,7 @@ std::string Quoted(const std::string& text) {
 
 void CheckIdentity(ICameraInterface& transport, Report& report) {
     const int type = transport.GetInterfaceType();
-    report.Check(type == CAMERA_TYPE_EDT_CAMERA_LINK || type == CAMERA_TYPE_PLEORA_EBUS || type == CAMERA_TYPE_USB,
-                 "interface type", std::to_string(type));
+    report.Check(type != 0 && LinkKindOf(type).interface_type == type, "interface type", std::to_string(type));
     report.Check(transport.GetInterfaceType() == type && transport.GetInterfaceType() == type,
                  "interface type is steady", "asked three times");
     int marker = 0;

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
+#include "link/LinkKind.h"
 #include "tools/plugin_check/HostCamera.h"
 
 namespace zel::plugin_check {
@@ -37,7 +38,7 @@ bool TakeFrame(ICameraInterface& transport, HostCamera& host, int taps, RawFrame
         frame.bytes.push_back(static_cast<std::uint8_t>(sample));
         frame.bytes.push_back(static_cast<std::uint8_t>(sample >> 8));
     }
-    frame.packed = transport.GetInterfaceType() == CAMERA_TYPE_PLEORA_EBUS && frame.taps > 1;
+    frame.packed = LinkKindOf(transport.GetInterfaceType()).packed && frame.taps > 1;
     return frame.width > 0 && frame.height > 0 &&
            frame.bytes.size() >=
                std::size_t{2} * static_cast<unsigned>(frame.width) * static_cast<unsigned>(frame.height);

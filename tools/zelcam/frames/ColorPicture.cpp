@@ -36,6 +36,7 @@ lodepng::State EncoderFor(const ColorSetting& setting) {
     }
     if (setting.space == ColorSpace::kSrgb) {
         state.info_png.srgb_defined = 1;
+        state.info_png.srgb_intent = 0;  // perceptual; the library leaves it as it finds it
     } else {
         state.info_png.gama_defined = 1;
         state.info_png.gama_gamma = kGammaOne;

@@ -45,12 +45,12 @@ const KernelTable* Choose() {
     return &kScalar;
 }
 
-std::atomic<const KernelTable*> g_forced{nullptr};
+std::atomic<const KernelTable*> s_Forced{nullptr};
 }  // namespace
 
 const KernelTable& Kernels() {
     static const KernelTable* const chosen = Choose();
-    const KernelTable* const forced = g_forced.load(std::memory_order_relaxed);
+    const KernelTable* const forced = s_Forced.load(std::memory_order_relaxed);
     return forced ? *forced : *chosen;
 }
 
@@ -62,6 +62,6 @@ const KernelTable* FindKernels(Variant variant) {
     return nullptr;
 }
 
-void ForceKernels(const KernelTable* table) { g_forced.store(table, std::memory_order_relaxed); }
+void ForceKernels(const KernelTable* table) { s_Forced.store(table, std::memory_order_relaxed); }
 
 }  // namespace zel::kernels

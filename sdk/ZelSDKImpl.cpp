@@ -11,16 +11,16 @@ namespace zel {
 
 namespace {
 
-std::atomic<ZelSDK*> g_ZelSDK{nullptr};
+std::atomic<ZelSDK*> s_ZelSDK{nullptr};
 
 }  // namespace
 
 ZelSDK* ZelSDKImpl::CreateZelSDK() {
     Logger& log = SdkLogger().Get();
     ZEL_LOG(log, kLogTrace, "ZelSDKImpl::CreateZelSDK", "Creating Kestrane SDK");
-    if (!g_ZelSDK) g_ZelSDK = new (std::nothrow) ZelSDKImpl;
-    if (!g_ZelSDK) ZEL_LOG(log, kLogError, "ZelSDKImpl::CreateZelSDK", "ZelSDKImpl::CreateZelSDK() failed");
-    return g_ZelSDK;
+    if (!s_ZelSDK) s_ZelSDK = new (std::nothrow) ZelSDKImpl;
+    if (!s_ZelSDK) ZEL_LOG(log, kLogError, "ZelSDKImpl::CreateZelSDK", "ZelSDKImpl::CreateZelSDK() failed");
+    return s_ZelSDK;
 }
 
 void ZelSDKImpl::DestroyZelSDK(ZelSDK* sdk) {
@@ -28,7 +28,7 @@ void ZelSDKImpl::DestroyZelSDK(ZelSDK* sdk) {
     if (sdk) {
         sdk->Close();
         ZelDelete(sdk);
-        g_ZelSDK = nullptr;
+        s_ZelSDK = nullptr;
     }
     SdkLogger().Destroy();
 }

@@ -31,8 +31,8 @@ class LifetimeDriver : public LifetimeOperations {
             const bool known = camera.object && !camera.unsure;
             Expect(!known || IsOpen(*camera.object) == camera.open, camera.open ? "it is closed" : "it is open");
         }
-        Expect(m_Callbacks.unwanted < 0,
-               "a call after the end of that callback: " + std::to_string(m_Callbacks.unwanted));
+        const int unwanted = m_Callbacks.unwanted;
+        if (unwanted >= 0) Expect(false, std::string("a call after the end: ") + kPlaceNames[unwanted]);
     }
 
     // Every camera is opened, gives all its frames and is closed, whatever was before, and the SDK is destroyed.

@@ -21,8 +21,6 @@ class Thread {
     void Join();
     // Whether Start succeeded and Join has not been called since.
     bool Started() const;
-    // Whether the calling thread is this one.
-    bool IsCurrent() const;
 
   private:
     struct State;

@@ -2,9 +2,7 @@
 
 #include <pthread.h>
 
-#include <atomic>
 #include <new>
-#include <thread>
 
 namespace zel::platform {
 
@@ -13,12 +11,9 @@ struct Thread::State {
     bool started = false;
     Routine routine = nullptr;
     void* argument = nullptr;
-    // Noted by the thread itself, which may run before its creator learns its name.
-    std::atomic<std::thread::id> id{std::thread::id()};
 
     static void* Run(void* state) {
-        auto* self = static_cast<State*>(state);
-        self->id = std::this_thread::get_id();
+        const auto* const self = static_cast<State*>(state);
         self->routine(self->argument);
         return nullptr;
     }
@@ -38,11 +33,9 @@ bool Thread::Start(Routine routine, void* argument) {
 void Thread::Join() {
     if (!Started()) return;
     pthread_join(m_State->thread, nullptr);
-    m_State->id = std::thread::id();
     m_State->started = false;
 }
 
 bool Thread::Started() const { return m_State && m_State->started; }
-bool Thread::IsCurrent() const { return m_State && m_State->id.load() == std::this_thread::get_id(); }
 
 }  // namespace zel::platform

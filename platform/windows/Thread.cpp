@@ -2,7 +2,6 @@
 
 #include <windows.h>
 
-#include <atomic>
 #include <new>
 
 namespace zel::platform {
@@ -11,12 +10,9 @@ struct Thread::State {
     HANDLE handle = nullptr;
     Routine routine = nullptr;
     void* argument = nullptr;
-    // Noted by the thread itself, which may run before its creator learns its number. No thread has the number 0.
-    std::atomic<DWORD> id{0};
 
     static DWORD WINAPI Run(void* state) {
-        auto* self = static_cast<State*>(state);
-        self->id = GetCurrentThreadId();
+        const auto* const self = static_cast<State*>(state);
         self->routine(self->argument);
         return 0;
     }
@@ -37,11 +33,9 @@ void Thread::Join() {
     if (!Started()) return;
     WaitForSingleObject(m_State->handle, INFINITE);
     CloseHandle(m_State->handle);
-    m_State->id = 0;
     m_State->handle = nullptr;
 }
 
 bool Thread::Started() const { return m_State && m_State->handle; }
-bool Thread::IsCurrent() const { return m_State && m_State->id == GetCurrentThreadId(); }
 
 }  // namespace zel::platform

@@ -58,7 +58,6 @@ class TapReadoutTest : public TapBalanceTest {
 TEST_F(TapReadoutTest, EverySampleFindsItsPlaceAndItsTapsTable) {
     std::mt19937 random(7);
     for (const int taps : {1, 2, 4}) {
-        m_TapBalance.SetBitsPerPixel(12);
         LoadAndEnable(MakeTable(6, std::max(taps, 2)), MakeTable(6, std::max(taps, 2), 1));
         for (const auto& [w, h] :
              {std::pair(4u, 4u), {5u, 2u}, {3u, 3u}, {2u, 1u}, {4u, 1u}, {37u, 5u}, {70u, 5u}, {70u, 6u}}) {

@@ -59,10 +59,8 @@ class ScriptedFlash {
     // Both tables one behind the other from `start` on, `gap` bytes apart.
     void PutTables(std::size_t start, std::size_t gap, const TapTable& first, const TapTable& second) {
         const std::size_t next = start + first.FlashBytes().size() + gap;
-        const auto entry = [](const TapTable& table, std::size_t at) {
-            return TableEntry{table.Rows(), table.Columns(), static_cast<std::uint32_t>(at), table.Digest()};
-        };
-        PutDirectory(2, entry(first, start), entry(second, next));
+        PutDirectory(2, {first.Rows(), first.Columns(), static_cast<std::uint32_t>(start), first.Digest()},
+                     {second.Rows(), second.Columns(), static_cast<std::uint32_t>(next), second.Digest()});
         Put(start, first.FlashBytes());
         Put(next, second.FlashBytes());
     }

@@ -169,9 +169,11 @@ TEST(ProgressWindowHereTest, OnPurposeTheBrushOfAPaintLivesAsLongAsTheWindow) {
     for (const HBRUSH brush : brushes) EXPECT_EQ(0u, GetObjectType(brush));
 }
 
+LRESULT CALLBACK CreatesNoWindow(HWND, UINT, WPARAM, LPARAM) { return 0; }
+
 TEST(ProgressWindowHereTest, AClassLeftByAnUnloadedLibraryIsReplaced) {
     WNDCLASSA left{};
-    left.lpfnWndProc = [](HWND, UINT, WPARAM, LPARAM) -> LRESULT { return 0; };  // creates no window
+    left.lpfnWndProc = &CreatesNoWindow;
     left.hInstance = GetModuleHandleA(nullptr);
     left.lpszClassName = "left behind";
     ASSERT_TRUE(RegisterClassA(&left));

@@ -5,12 +5,10 @@
 #include <cstdio>
 #include <cstdlib>
 
-#define ZEL_FUZZ_CHECK(condition)                                                              \
-    do {                                                                                       \
-        if (!(condition)) {                                                                    \
-            std::fprintf(stderr, "%s:%d: %s does not hold\n", __FILE__, __LINE__, #condition); \
-            std::abort();                                                                      \
-        }                                                                                      \
-    } while (false)
+inline void FuzzCheck(bool holds, const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
+    if (holds) return;
+    std::fprintf(stderr, "%s:%d: this does not hold\n", file, line);
+    std::abort();
+}
 
 #endif

@@ -18,20 +18,19 @@ constexpr std::uint32_t kExchangeMs = 4 * 5600;  // header, payload, and both of
 
 void CheckGet(SyncTable& table, int index) {
     std::vector<unsigned char> out(SyncTable::kBlockCapacity, 0xEE);
-    const bool is_block = SyncTableIsBlock(index);
     table.Get(index, out.data());
-    if (!is_block) ZEL_FUZZ_CHECK(std::all_of(out.begin() + 4, out.end(), [](unsigned char c) { return c == 0xEE; }));
+    if (!SyncTableIsBlock(index))
+        FuzzCheck(std::all_of(out.begin() + 4, out.end(), [](unsigned char c) { return c == 0xEE; }));
 }
 
 void CheckAttributes(SyncTable& table, const ScriptedTransport& camera, int index) {
-    const std::vector<SyncTableAttributes> marked(1, MakeAttributes(1, "marked", 2, 3, 4));
-    std::vector<SyncTableAttributes> out = marked;
-    const bool result = table.GetAttribute(index, out.data());
-    const bool is_marked = std::memcmp(out.data(), marked.data(), sizeof marked[0]) == 0;
-    ZEL_FUZZ_CHECK(result || is_marked);
+    const SyncTableAttributes marked = MakeAttributes(1, "marked", 2, 3, 4);
+    SyncTableAttributes out = marked;
+    const bool result = table.GetAttribute(index, &out);
+    FuzzCheck(result || std::memcmp(&out, &marked, sizeof marked) == 0);
     if (!result || index < 0) return;
     const int sent = camera.Exchanges();
-    ZEL_FUZZ_CHECK(table.GetAttribute(index, nullptr) && camera.Exchanges() == sent);
+    FuzzCheck(table.GetAttribute(index, nullptr) && camera.Exchanges() == sent);
 }
 
 }  // namespace
@@ -47,22 +46,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     SyncTable table(&camera, "fuzz", lock);
     const int index = data[1] % 91 - 1;
     const Bytes block(20, 0x42);
-    switch (data[0] >> 2 & 3) {
-        case 0:
-            CheckGet(table, index);
-            break;
-        case 1:
-            CheckAttributes(table, camera, index);
-            break;
-        case 2:
-            table.Set(index, static_cast<int>(size));
-            break;
-        default:
-            table.Set(index, block.data(), 10);
-            break;
-    }
-    ZEL_FUZZ_CHECK(camera.Exchanges() <= 4);
-    ZEL_FUZZ_CHECK(clock.Elapsed() <= 4 * kExchangeMs + 300);
-    ZEL_FUZZ_CHECK(platform::TimerResolution::LiveCount() == 0);
+    const int operation = data[0] >> 2 & 3;
+    if (operation == 0) CheckGet(table, index);
+    if (operation == 1) CheckAttributes(table, camera, index);
+    if (operation == 2) table.Set(index, static_cast<int>(size));
+    if (operation == 3) table.Set(index, block.data(), 10);
+    FuzzCheck(camera.Exchanges() <= 4);
+    FuzzCheck(clock.Elapsed() <= 4 * kExchangeMs + 300);
+    FuzzCheck(platform::TimerResolution::LiveCount() == 0);
     return 0;
 }

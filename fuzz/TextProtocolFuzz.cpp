@@ -27,14 +27,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const std::uint32_t start = clock.Elapsed();
         const bool received = protocol.Recv(reply % 4 == 3 ? nullptr : out.data(), 5000);
         const std::size_t consumed = before - camera.UnreadBytes();
-        ZEL_FUZZ_CHECK(clock.Elapsed() - start <= 2 * 5600);
-        ZEL_FUZZ_CHECK(consumed <= 3 + 4095);
+        FuzzCheck(clock.Elapsed() - start <= 2 * 5600);
+        FuzzCheck(consumed <= 3 + 4095);
         if (!received) continue;
-        ZEL_FUZZ_CHECK(consumed >= 3);
+        FuzzCheck(consumed >= 3);
         if (reply % 4 == 3) continue;
         const std::size_t length = consumed - 3;
-        for (std::size_t i = length - std::min<std::size_t>(length, 3); i < length; ++i) ZEL_FUZZ_CHECK(out[i] == 0);
-        ZEL_FUZZ_CHECK(
+        for (std::size_t i = length - std::min<std::size_t>(length, 3); i < length; ++i) FuzzCheck(out[i] == 0);
+        FuzzCheck(
             std::all_of(out.begin() + static_cast<std::ptrdiff_t>(length), out.end(), [](char c) { return c == '#'; }));
         std::fill(out.begin(), out.end(), '#');
     }

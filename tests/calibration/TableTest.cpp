@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include <clocale>
+#include <cmath>
 
 #include "calibration/TableDirectory.h"
 #include "calibration/TableText.h"
@@ -25,6 +26,13 @@ TEST(TableTest, BytesInTheFlash) {
     for (const int byte : {4, 0, 5, 0, 6, 0, 0, 0}) expected.push_back(static_cast<std::uint8_t>(byte));
     expected.insert(expected.end(), 20, 0xD2);
     EXPECT_THAT(directory.Encode(), testing::ElementsAreArray(expected));
+}
+
+TEST(TableTest, BoundsOfAGoodRowBelongToIt) {
+    EXPECT_TRUE(IsGoodRow({5000.0f, {2.0f, 0.0f, 3.0f}}, 2) && IsGoodRow({0.0f, {0.0f, 2.0f, 3.0f}}, 2));
+    for (const auto& [level, gain] : {std::pair(5000.1f, 1.0f), {10, 2.0001f}, {10, -0.1f}, {NAN, 1}}) {
+        EXPECT_FALSE(IsGoodRow({level, {gain, 1}}, 2) || IsGoodRow({level, {1, gain}}, 2)) << level << " " << gain;
+    }
 }
 
 // Digests computed with another program from the same bytes.

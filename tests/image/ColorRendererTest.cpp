@@ -32,30 +32,23 @@ TEST_F(ColorRendererTest, OperationsBuildATransform) {
         settings.transform.camera_correction = {2, 0, 0, 0, 1, 0, 0, 0, 1};
         settings.transform.white_balance = {1, 1, 0, 0, 1, 0, 0, 0, 1};
     });
-    const struct {
-        std::vector<int> operations;
-        bool answer;
-        Matrix transform;
-    } rows[] = {{{8, 9}, true, {2, 2, 0, 0, 1, 0, 0, 0, 1}},
-                {{10}, true, {2, 1, 0, 0, 1, 0, 0, 0, 1}},
-                {{8, 0}, true, {1, 0, 0, 0, 1, 0, 0, 0, 1}},
-                {{8, 11}, false, {2, 0, 0, 0, 1, 0, 0, 0, 1}},
-                {{8, -1}, false, {2, 0, 0, 0, 1, 0, 0, 0, 1}}};
-    for (const auto& row : rows) {
+    const std::tuple<int, bool, Matrix> rows[] = {{9, true, {2, 2, 0, 0, 1, 0, 0, 0, 1}},
+                                                  {0, true, {1, 0, 0, 0, 1, 0, 0, 0, 1}},
+                                                  {10, true, {2, 1, 0, 0, 1, 0, 0, 0, 1}},
+                                                  {11, false, {2, 0, 0, 0, 1, 0, 0, 0, 1}},
+                                                  {-1, false, {2, 0, 0, 0, 1, 0, 0, 0, 1}}};
+    for (const auto& [operation, answer, transform] : rows) {
         m_Pipeline.ResetTransform();
-        bool answer = false;
-        for (const int operation : row.operations) answer = m_Pipeline.ConcatenateTransform(operation, 0);
-        EXPECT_EQ(answer, row.answer) << row.operations.back();
-        EXPECT_EQ(Transform(), row.transform) << row.operations.back();
+        EXPECT_TRUE(operation == 10 || m_Pipeline.ConcatenateTransform(8, 0));
+        EXPECT_EQ(m_Pipeline.ConcatenateTransform(operation, 0), answer) << operation;
+        EXPECT_EQ(Transform(), transform) << operation;
     }
-    EXPECT_FALSE(m_Pipeline.CopyTransform(nullptr));
-}
-
-TEST_F(ColorRendererTest, AMatrixThatLeadsNowhereIsRefused) {
+    // Matrices that lead nowhere are refused, too.
+    m_Pipeline.ResetTransform();
     const Matrix none{std::numeric_limits<float>::infinity(), 0, 0, 0, 1, 0, 0, 0, 1};
     const Matrix huge{1e30f, 0, 0, 0, 1, 0, 0, 0, 1};
-    EXPECT_FALSE(m_Pipeline.ConcatenateMatrix(nullptr));
-    EXPECT_FALSE(m_Pipeline.ConcatenateMatrix(none.data()));
+    EXPECT_FALSE(m_Pipeline.ConcatenateMatrix(nullptr) || m_Pipeline.ConcatenateMatrix(none.data()));
+    EXPECT_FALSE(m_Pipeline.CopyTransform(nullptr));
     EXPECT_TRUE(m_Pipeline.ConcatenateMatrix(huge.data()));
     EXPECT_FALSE(m_Pipeline.ConcatenateMatrix(huge.data())) << "their product overflows";
     EXPECT_EQ(Transform(), huge);
@@ -74,10 +67,9 @@ struct Format {
     int operation, depth;
     unsigned shift, channels, sample_bytes;
 };
-
-// Every format with and without tables, through the planes and straight, down to the smallest mosaics.
 class PictureTest : public ColorRendererTest, public testing::WithParamInterface<Format> {};
 
+// Every format with and without tables, through the planes and straight, down to the smallest mosaics.
 TEST_P(PictureTest, IsTheDemosaicedFrameThroughTablesAndShift) {
     const Format& format = GetParam();
     for (int variant = 0; variant < 16; ++variant) {
@@ -132,6 +124,31 @@ TEST_F(ColorRendererTest, TheDepthIsTheFrames) {
     record.size_in_bytes = 1u << 30;
     EXPECT_FALSE(m_Renderer.ReservePicture(&record));
     EXPECT_EQ(record.color_size_in_bytes, 0u);
+}
+
+// 8-bit formats take 8 bits of what there is and leave the depth there; a refused depth changes nothing.
+TEST(ColorTransformTest, TheDepthStaysUntilAnotherOneIsAccepted) {
+    ZelColorTransformMatrix transform;
+    transform.SetInputBitDepth(14);
+    transform.SetFormat(kernels::ColorFormat::k8);
+    transform.SetFormat(kernels::ColorFormat::k16);
+    EXPECT_FALSE(transform.SetOutputBitDepth(20));
+    EXPECT_EQ(transform.OutputBits(), 8u);
+    transform.SetInputBitDepth(6);
+    EXPECT_TRUE(transform.SetOutputBitDepth(4));
+    transform.SetFormat(kernels::ColorFormat::k8);
+    EXPECT_EQ(transform.OutputBits(), 4u);
+}
+
+TEST(ColorTransformTest, TheCurveGoesOnWithItsLastEntry) {
+    ZelColorTransformMatrix transform;
+    transform.SetTable({5, 4, 9});
+    const ZelColorTransformMatrix copy = transform;  // as staged settings become active ones
+    transform.SetTable({});
+    EXPECT_EQ(transform.Kernel(14).table, nullptr);
+    for (const auto& [sample, result] : {std::pair(0, 5), {2, 9}, {16383, 9}, {65537, 9}}) {
+        EXPECT_EQ(copy.Kernel(14).table[sample], result);
+    }
 }
 
 }  // namespace

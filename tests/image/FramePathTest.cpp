@@ -13,17 +13,7 @@ using Path = ZelCameraControlImpl::Path;
 // 6 x 4 pixels of 14 bits, phase 1: the top-left pixel belongs to channel 2.
 class FramePathTest : public testing::Test {
   protected:
-    FramePathTest() {
-        m_Geometry.packed = false;
-        m_Geometry.cuts_region = m_Geometry.keeps_full_size = true;
-        m_Geometry.bit_depth = 14;
-        m_Geometry.bytes_per_pixel = 2;
-        m_Geometry.cfa_phase = 1;
-        m_Geometry.width = 6;
-        m_Geometry.height = 4;
-        m_Geometry.roi = {0, 0, 6, 4, 1, 1};
-        Begin();
-    }
+    FramePathTest() { Begin(); }
     void Begin() {
         m_Path.SetGeometry(m_Geometry);
         ASSERT_EQ(m_Path.UpdateImagePool(8), 0);
@@ -39,11 +29,15 @@ class FramePathTest : public testing::Test {
         EXPECT_TRUE(m_Path.PostProcessOnce(frame, Path::kColor));
         return frame.image;
     }
-    void ExpectMosaicOf(int phase) {
-        const ZelImageInternal* image = Processed(Arrive());
-        EXPECT_EQ(Picture(*image), Demosaiced(*image, phase)) << image->w << " x " << image->h;
-    }
-    FrameGeometry m_Geometry;
+    FrameGeometry m_Geometry{.packed = false,
+                             .cuts_region = true,
+                             .keeps_full_size = true,
+                             .width = 6,
+                             .height = 4,
+                             .bit_depth = 14,
+                             .bytes_per_pixel = 2,
+                             .cfa_phase = 1,
+                             .roi = {0, 0, 6, 4, 1, 1}};
     ZelCameraControlImpl m_Path{""};
 };
 
@@ -52,7 +46,8 @@ TEST_F(FramePathTest, ARegionBeginsAtItsOwnPlaceInTheMosaic) {
         m_Geometry.region_is_size = by_size;
         m_Geometry.roi = {x, y, 4, 2, 1, 1};
         Begin();
-        ExpectMosaicOf(static_cast<int>(phase));
+        const ZelImageInternal* image = Processed(Arrive());
+        EXPECT_EQ(Picture(*image), Demosaiced(*image, static_cast<int>(phase))) << image->w << " x " << image->h;
     }
 }
 

@@ -2,61 +2,29 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <functional>
 #include <random>
-#include <string>
 
 namespace zel {
 namespace {
 
-// Records are named by their place in `m_Records`: 'a', 'b', 'c', ...
 class ImageListTest : public testing::Test {
   protected:
-    static constexpr int kRecords = 4;
-
-    ZelImageInternal* Record(char name) { return &m_Records[name - 'a']; }
-    char Name(const ZelImageInternal* image) {
-        if (!image) return '-';
-        const auto index = image - m_Records;
-        return index >= 0 && index < kRecords ? static_cast<char>('a' + index) : '?';
-    }
-    // Takes every element from the front.
-    std::string Drain() {
-        std::string names;
-        while (ZelImageInternal* image = Dequeue(&m_List)) names += Name(image);
-        return names;
-    }
-
     Logger m_Logger{"ImageManager", "ImageListTest"};
     ImageList m_List{"m_ImageListFree", m_Logger};
-    ZelImageInternal m_Records[kRecords];
+    ZelImageInternal m_Records[4];
 };
-
-TEST_F(ImageListTest, NullAndEmptyAnswerNothing) {
-    EXPECT_FALSE(Enqueue(nullptr, Record('a')));
-    EXPECT_FALSE(Enqueue(&m_List, nullptr));
-    EXPECT_FALSE(Remove(nullptr, Record('a')));
-    EXPECT_FALSE(Remove(&m_List, nullptr));
-    EXPECT_FALSE(Remove(&m_List, Record('a')));
-    EXPECT_EQ(nullptr, Dequeue(nullptr));
-    EXPECT_EQ(nullptr, DequeueTail(nullptr));
-    EXPECT_EQ(nullptr, Dequeue(&m_List));
-    EXPECT_EQ(nullptr, DequeueTail(&m_List));
-    EXPECT_EQ(0, m_List.Count());
-}
 
 // An element that is in the list already is appended all the same and counted twice.
 TEST_F(ImageListTest, ADuplicateIsLinkedASecondTime) {
-    for (const auto& [names, taken] : {std::pair("abca", "a"), {"aa", "aa"}, {"bc", "bc"}}) {
-        for (const char* name = names; *name; ++name) EXPECT_TRUE(Enqueue(&m_List, Record(*name)));
-        EXPECT_EQ(static_cast<int>(std::strlen(names)), m_List.Count());
-        EXPECT_EQ(taken, Drain().substr(0, std::strlen(taken)));
+    for (ZelImageInternal* (*const take)(ImageList*) : {&Dequeue, &DequeueTail}) {
+        EXPECT_TRUE(Enqueue(&m_List, m_Records) && Enqueue(&m_List, m_Records));
+        EXPECT_EQ(2, m_List.Count());
+        EXPECT_TRUE(take(&m_List) == m_Records && take(&m_List) == m_Records);
+        EXPECT_TRUE(!take(&m_List) && !take(nullptr));
     }
-    Enqueue(&m_List, Record('a'));
-    Enqueue(&m_List, Record('a'));
-    EXPECT_EQ(Record('a'), DequeueTail(&m_List));
-    EXPECT_EQ(Record('a'), DequeueTail(&m_List));
-    EXPECT_EQ(nullptr, DequeueTail(&m_List));
+    EXPECT_FALSE(Enqueue(nullptr, m_Records) || Remove(nullptr, m_Records));
+    EXPECT_FALSE(Enqueue(&m_List, nullptr) || Remove(&m_List, nullptr));
 }
 
 // Duplicates may make the list circular: every operation ends all the same, the sentinel never comes out, and the
@@ -64,31 +32,21 @@ TEST_F(ImageListTest, ADuplicateIsLinkedASecondTime) {
 TEST_F(ImageListTest, RandomOperationsWithDuplicatesEnd) {
     std::mt19937 random(7);
     for (int step = 0; step < 20000; ++step) {
-        ZelImageInternal* const image = &m_Records[random() % kRecords];
+        ZelImageInternal* const image = &m_Records[random() % 4];
+        const auto choice = random() % 6;
         const int count = m_List.Count();
-        ZelImageInternal* taken = nullptr;
-        switch (random() % 6) {
-            case 0:
-                taken = Dequeue(&m_List);
-                break;
-            case 1:
-                taken = DequeueTail(&m_List);
-                break;
-            case 2:
-                Remove(&m_List, image);
-                break;
-            default:
-                Enqueue(&m_List, image);
+        if (choice > 2) Enqueue(&m_List, image);
+        if (choice == 2) Remove(&m_List, image);
+        if (choice < 2) {
+            const ZelImageInternal* const taken = choice ? Dequeue(&m_List) : DequeueTail(&m_List);
+            const bool is_record = !std::less()(taken, m_Records) && std::less()(taken, std::end(m_Records));
+            ASSERT_EQ(taken != nullptr, is_record) << step;
+            ASSERT_TRUE(!taken || m_List.Count() < count) << step;
         }
-        if (taken) {
-            ASSERT_NE('?', Name(taken)) << step;
-            ASSERT_LT(m_List.Count(), count) << step;
-        }
-        if (step % 100 == 99) {
-            const int left = m_List.Count();
-            ASSERT_LE(static_cast<int>(Drain().size()), left);
-            ASSERT_EQ(0, m_List.Count());
-        }
+        if (step % 100 != 99) continue;
+        int left = m_List.Count();
+        while (Dequeue(&m_List)) --left;
+        ASSERT_TRUE(left >= 0 && m_List.Count() == 0);
     }
 }
 

@@ -32,13 +32,6 @@ TEST_F(PixelMemoryTest, MemoryIsAlignedZeroedAndUsableToItsLastByte) {
             EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(memory) % alignment);
             EXPECT_EQ(std::count(memory, memory + bytes, 0), static_cast<std::ptrdiff_t>(bytes));
             std::memset(memory, 0xA5, bytes);
-            // The word below leads to the reservation.
-            char* raw;
-            std::memcpy(&raw, memory - sizeof raw, sizeof raw);
-            const auto distance = reinterpret_cast<char*>(memory) - raw;
-            EXPECT_GE(distance, static_cast<std::ptrdiff_t>(sizeof raw));
-            EXPECT_LE(distance, static_cast<std::ptrdiff_t>(alignment + sizeof raw));
-            EXPECT_EQ(1, Reservations());
             FreePages(memory + 3);  // the two low bits are ignored
             EXPECT_EQ(0, Reservations());
         }
@@ -46,10 +39,9 @@ TEST_F(PixelMemoryTest, MemoryIsAlignedZeroedAndUsableToItsLastByte) {
 }
 
 TEST_F(PixelMemoryTest, SizesThatCannotBeHadAnswerNull) {
-    EXPECT_EQ(nullptr, AllocatePixels(SIZE_MAX));
-    EXPECT_EQ(nullptr, AllocatePixels(SIZE_MAX - kPixelAlignment));
+    EXPECT_FALSE(AllocatePixels(SIZE_MAX) || AllocatePixels(SIZE_MAX - kPixelAlignment));
     platform::SetPageReservationLimit(0);
-    EXPECT_EQ(nullptr, AllocatePixels(1));
+    EXPECT_FALSE(AllocatePixels(1));
     FreePixels(nullptr);
 }
 

@@ -11,45 +11,35 @@ namespace {
 // What the kinds of link make of a region; an unknown one leaves frames alone.
 enum Link { kFullSize, kBySize, kUnknown };
 FrameGeometry Geometry(Link link, const ZelRoiBin& roi) {
-    FrameGeometry geometry;
-    geometry.cuts_region = link != kUnknown;
-    geometry.region_is_size = link == kBySize;
-    geometry.keeps_full_size = link == kFullSize;
-    geometry.roi = roi;
-    return geometry;
+    return {.cuts_region = link != kUnknown,
+            .region_is_size = link == kBySize,
+            .keeps_full_size = link == kFullSize,
+            .roi = roi};
 }
 
-struct Case {
-    const char* name;
-    Link link;
-    ZelRoiBin roi;  // x, y, width, height, binning
-    bool answer;
-    unsigned w, h;
-    Words content;  // empty: unchanged
-    unsigned num_pixels;
-};
-class RegionTest : public testing::TestWithParam<Case> {};
-
-TEST_P(RegionTest, OfAFourByThreeFrame) {
-    const Case& c = GetParam();
-    Record record(4, 3, Counting(12));
+TEST(RegionTest, OfAFourByThreeFrame) {
+    const struct {
+        Link link;
+        ZelRoiBin roi;  // x, y, width, height, binning
+        bool answer;
+        unsigned w, h, num_pixels;
+        Words content;
+    } rows[] = {{kFullSize, {2, 1, 2, 1, 1, 1}, true, 2, 1, 12, {6, 7}},
+                {kFullSize, {3, 0, 2, 3, 1, 1}, false, 4, 3, 12, Counting(12)},  // beyond the right
+                {kFullSize, {3, 2, 0u - 1, 0u - 1, 1, 1}, true, 4, 3, 12, Counting(12)},
+                {kBySize, {1, 1, 2, 2, 1, 1}, true, 2, 2, 4, {5, 6, 9, 10}},
+                {kBySize, {0, 1, 4, 1, 1, 1}, false, 4, 3, 12, Counting(12)},  // the frame's width
+                {kBySize, {0u - 1, 0, 2, 1, 1, 1}, false, 4, 3, 12, Counting(12)},
+                {kUnknown, {1, 1, 2, 2, 1, 1}, true, 4, 3, 12, Counting(12)}};
     Logger logger("RegionTest");
-    EXPECT_EQ(CropToRegion(&record, Geometry(c.link, c.roi), logger), c.answer);
-    EXPECT_EQ(record.w, c.w);
-    EXPECT_EQ(record.h, c.h);
-    EXPECT_EQ(record.Content(), c.content.empty() ? Counting(12) : c.content);
-    EXPECT_EQ(record.num_pixels, c.num_pixels);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(&row - rows);
+        Record record(4, 3, Counting(12));
+        EXPECT_EQ(CropToRegion(&record, Geometry(row.link, row.roi), logger), row.answer);
+        EXPECT_EQ(std::tie(record.w, record.h, record.num_pixels), std::tie(row.w, row.h, row.num_pixels));
+        EXPECT_EQ(record.Content(), row.content);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(, RegionTest,
-                         testing::Values(Case{"Both", kFullSize, {2, 1, 2, 1, 1, 1}, true, 2, 1, {6, 7}, 12},
-                                         Case{"BeyondTheRight", kFullSize, {3, 0, 2, 3, 1, 1}, false, 4, 3, {}, 12},
-                                         Case{"Backwards", kFullSize, {3, 2, 0u - 1, 0u - 1, 1, 1}, true, 4, 3, {}, 12},
-                                         Case{"BySize", kBySize, {1, 1, 2, 2, 1, 1}, true, 2, 2, {5, 6, 9, 10}, 4},
-                                         Case{"SameWidth", kBySize, {0, 1, 4, 1, 1, 1}, false, 4, 3, {}, 12},
-                                         Case{"Huge", kBySize, {0u - 1, 0, 2, 1, 1, 1}, false, 4, 3, {}, 12},
-                                         Case{"UnknownLink", kUnknown, {1, 1, 2, 2, 1, 1}, true, 4, 3, {}, 12}),
-                         [](const auto& row) { return std::string(row.param.name); });
 
 bool Bin(ZelImageInternal* image, Link link, unsigned x_bin, unsigned y_bin) {
     return BinFrame(image, Geometry(link, {0, 0, 0, 0, x_bin, y_bin}));

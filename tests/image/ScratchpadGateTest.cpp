@@ -1,54 +1,46 @@
 // The gate of the scratchpad callback alone: who waits for a frame that the application has there.
 #include "image/ScratchpadGate.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <atomic>
-#include <functional>
 #include <thread>
 
 namespace zel::test {
 namespace {
 
-using Caller = ScratchpadGate::Caller;
-
 class ScratchpadGateTest : public testing::Test {
   protected:
-    bool Call(std::function<bool()> action) {
-        const ScratchpadHook hook{
-            [](ZelColorImage*, void* context) { return (*static_cast<std::function<bool()>*>(context))() ? 1 : 0; },
-            &action};
+    bool Await(const ZelImageInternal& image) {
         ScratchpadGate::Lock processing(m_Processing);
-        return m_Gate.Call(hook, &m_Image, processing);
+        m_Asking = &image == &m_Image;
+        return m_Gate.Await(&image, ScratchpadGate::Caller::kApplication, processing);
     }
-    bool Await(
-        const ZelImageInternal& image, Caller caller, const std::function<void()>& asking = [] {}) {
-        ScratchpadGate::Lock processing(m_Processing);
-        asking();
-        return m_Gate.Await(&image, caller, processing);
+    static int Callback(ZelColorImage*, void* test) { return static_cast<ScratchpadGateTest*>(test)->Inside(), 0; }
+    void Inside() {
+        EXPECT_TRUE(Await(m_Image)) << "the thread's own frame";
+        EXPECT_TRUE(m_Asking.exchange(false));
+        m_Thread = std::thread([this] {
+            EXPECT_TRUE(Await(m_Other) && Await(m_Image));
+            m_Answered = true;
+        });
+        while (!m_Asking) std::this_thread::yield();
+        const platform::ScopedLock processing(m_Processing);  // given up by the other one: it waits
+        EXPECT_FALSE(m_Answered);
     }
+
     ZelImageInternal m_Image, m_Other;
     platform::Mutex m_Processing;
     ScratchpadGate m_Gate;
+    std::atomic<bool> m_Asking{false}, m_Answered{false};
+    std::thread m_Thread;
 };
 
 TEST_F(ScratchpadGateTest, OthersWaitUntilTheCallbackReturns) {
-    std::atomic<bool> asking{false}, answered{false};
-    std::thread other;
-    EXPECT_TRUE(Call([&] {
-        EXPECT_TRUE(Await(m_Image, Caller::kApplication)) << "the thread's own frame";
-        other = std::thread([&] {
-            EXPECT_TRUE(Await(m_Other, Caller::kApplication)) << "another frame";
-            EXPECT_TRUE(Await(m_Image, Caller::kApplication, [&] { asking = true; }));
-            answered = true;
-        });
-        while (!asking) std::this_thread::yield();
-        const platform::ScopedLock processing(m_Processing);  // given up by the other one: it waits
-        EXPECT_FALSE(answered);
-        return true;
-    }));
-    other.join();
-    EXPECT_FALSE(Call([] { return false; }));
+    ScratchpadGate::Lock processing(m_Processing);
+    m_Gate.Call({&Callback, this}, &m_Image, processing);
+    processing.unlock();
+    m_Thread.join();
 }
 
 }  // namespace

@@ -3,25 +3,18 @@
 
 #include <gmock/gmock.h>
 
-#include <cstdio>
-#include <fstream>
 #include <random>
 
-#include "tapbalance/TapBalance.h"
 #include "tests/image/Record.h"
 #include "tests/support/PageReservations.h"
+#include "tests/tapbalance/TapBalanceFixture.h"
 
 namespace zel::test {
 namespace {
 
 FrameGeometry Taps(int taps, bool packed = false, int mhz = 20) {
-    FrameGeometry geometry;
-    geometry.packed = packed;
-    geometry.width = geometry.height = 80;  // room for every frame here
-    geometry.bytes_per_pixel = 2;
-    geometry.taps = taps;
-    geometry.readout_mhz = mhz;
-    return geometry;
+    // Room for every frame here.
+    return {.packed = packed, .width = 80, .height = 80, .bytes_per_pixel = 2, .taps = taps, .readout_mhz = mhz};
 }
 
 // Two taps deliver from both ends of a row to its middle, four from the corners to the middle in groups of top left,
@@ -29,13 +22,11 @@ FrameGeometry Taps(int taps, bool packed = false, int mhz = 20) {
 Words InImageOrder(const Words& raw, unsigned w, unsigned h, int taps) {
     if (taps == 1) return raw;
     Words picture(raw.size());
-    if (taps == 2) {
-        for (unsigned i = 0; i < w * h; ++i) {
-            const unsigned x = i % w, first = i - x;
-            picture[first + (x % 2 ? w - 1 - x / 2 : x / 2)] = raw[i];
-        }
-        return picture;
+    for (unsigned i = 0; i < w * h && taps == 2; ++i) {
+        const unsigned x = i % w;
+        picture[i - x + (x % 2 ? w - 1 - x / 2 : x / 2)] = raw[i];
     }
+    if (taps == 2) return picture;
     auto sample = raw.begin();
     for (unsigned y = 0; y < h / 2; ++y) {
         for (unsigned x = 0; x < w / 2; ++x) {
@@ -50,44 +41,15 @@ Words InImageOrder(const Words& raw, unsigned w, unsigned h, int taps) {
 // Two samples of 12 bits in three bytes.
 void Pack(const Words& samples, unsigned short* pixels) {
     auto* out = reinterpret_cast<unsigned char*>(pixels);
-    for (std::size_t i = 0; i < samples.size(); i += 2) {
+    for (std::size_t i = 0; i < samples.size(); ++i, ++out) {
         const unsigned first = samples[i], second = i + 1 < samples.size() ? samples[i + 1] : 0;
         *out++ = static_cast<unsigned char>(first >> 4);
-        *out++ = static_cast<unsigned char>((first & 15) | (second & 15) << 4);
-        if (i + 1 < samples.size()) *out++ = static_cast<unsigned char>(second >> 4);
+        *out = static_cast<unsigned char>((first & 15) | (second & 15) << 4);
+        if (++i < samples.size()) *++out = static_cast<unsigned char>(second >> 4);
     }
 }
 
-// The taps' gains differ, and differ with the level.
-class Balance {
-  public:
-    explicit Balance(int taps) {
-        balance.SetBitsPerPixel(12);
-        balance.SetGain(0);
-        for (const char* name : {"taps_20MHz.txt", "taps_40MHz.txt"}) {
-            std::ofstream file(name);
-            file << "6 " << taps << '\n';
-            for (int row = 0; row < 6; ++row) {
-                file << row * 300;
-                for (int tap = 0; tap < 4; ++tap) file << ' ' << (tap < taps ? 0.9 + 0.04 * tap + 0.005 * row : 0);
-                file << '\n';
-            }
-            file.close();
-            EXPECT_TRUE(balance.LoadDataFromMasterFile(name));
-            std::remove(name);
-        }
-        EXPECT_TRUE(balance.Enable(true));
-    }
-
-  private:
-    ExchangeLock m_Lock;
-    TextProtocol m_Text{nullptr, "", m_Lock};
-
-  public:
-    TapBalance balance{m_Text, ""};
-};
-
-class TapReadoutTest : public testing::Test {
+class TapReadoutTest : public TapBalanceTest {
   protected:
     Logger m_Logger{"TapReadoutTest"};
     TapReadout m_Readout{m_Logger, nullptr};
@@ -96,7 +58,7 @@ class TapReadoutTest : public testing::Test {
 TEST_F(TapReadoutTest, EverySampleFindsItsPlaceAndItsTapsTable) {
     std::mt19937 random(7);
     for (const int taps : {1, 2, 4}) {
-        Balance two_or_four(std::max(taps, 2));
+        LoadAndEnable(MakeTable(6, std::max(taps, 2)), MakeTable(6, std::max(taps, 2), 1));
         for (const auto& [w, h] :
              {std::pair(4u, 4u), {5u, 2u}, {3u, 3u}, {2u, 1u}, {4u, 1u}, {37u, 5u}, {70u, 5u}, {70u, 6u}}) {
             for (const auto& [packed, mhz] : {std::pair(false, 20), {true, 40}, {false, 30}, {true, 0}}) {
@@ -109,12 +71,12 @@ TEST_F(TapReadoutTest, EverySampleFindsItsPlaceAndItsTapsTable) {
                 Words expected = InImageOrder(raw, w, h, taps);
                 // Cameras are calibrated for two readout speeds.
                 const bool corrected = taps > 1 && (mhz == 20 || mhz == 40);
-                const TapTables tables = two_or_four.balance.TablesFor(mhz == 40);
+                const TapTables tables = m_TapBalance.TablesFor(mhz == 40);
                 for (unsigned i = 0; corrected && i < expected.size(); ++i) {
                     const bool left = i % w < w / 2, top = taps == 2 || i / w < h / 2;
                     expected[i] = tables.lut[top ? (left ? 0u : 1u) : (left ? 3u : 2u)][expected[i]];
                 }
-                TapReadout readout(m_Logger, &two_or_four.balance);
+                TapReadout readout(m_Logger, &m_TapBalance);
                 readout.Prepare(Taps(taps));
                 EXPECT_TRUE(readout.Process(&record, Taps(taps, packed, mhz)));
                 EXPECT_EQ(record.Content(), expected);

@@ -12,16 +12,8 @@ class KernelEqualityTest : public KernelTest {
   protected:
     // A width or height: small ones, ones around the vectors' sizes, and now and then a large one.
     unsigned Size() {
-        switch (Number(0, 3)) {
-            case 0:
-                return Number(1, 8);
-            case 1:
-                return Number(1, 6) * 16 + Number(0, 2) - 1;
-            case 2:
-                return Number(1, 130);
-            default:
-                return Number(1, 700);
-        }
+        const unsigned sizes[] = {Number(1, 8), Number(1, 6) * 16 + Number(0, 2) - 1, Number(1, 130), Number(1, 700)};
+        return sizes[Number(0, 3)];
     }
     // `count` samples and guards behind them; zero, saturated, of twelve bits, or any.
     Samples Guarded(std::size_t count) {
@@ -58,11 +50,8 @@ TEST_P(KernelEqualityTest, TapOrder) {
         scalar::Unpack12(packed, raw);
         const Samples blank = Guarded(w);
         Samples expected = blank, expected_bottom = blank;
-        if (two) {
-            scalar::ReorderRowTwoTaps(raw, Body(expected));
-        } else {
-            scalar::ReorderRowPairFourTaps(raw, Body(expected), Body(expected_bottom));
-        }
+        if (two) scalar::ReorderRowTwoTaps(raw, Body(expected));
+        if (!two) scalar::ReorderRowPairFourTaps(raw, Body(expected), Body(expected_bottom));
         for (const KernelTable* table : {m_Table, reference}) {
             for (const bool in_one_step : {false, true}) {
                 Samples actual = blank, bottom = blank;
@@ -101,9 +90,9 @@ TEST_P(KernelEqualityTest, Binning) {
         scalar::Bin(Body(expected), w, h, horizontal, vertical, ceiling);
         m_Table->bin(Body(actual), w, h, horizontal, vertical, ceiling);
         // Only the binned frame is specified, and that nothing behind the whole frame is touched.
-        const std::size_t binned = std::size_t{w / horizontal} * (h / vertical);
-        expected.erase(expected.begin() + static_cast<std::ptrdiff_t>(binned), expected.end() - kGuards);
-        actual.erase(actual.begin() + static_cast<std::ptrdiff_t>(binned), actual.end() - kGuards);
+        for (Samples* samples : {&expected, &actual}) {
+            samples->erase(samples->begin() + w / horizontal * (h / vertical), samples->end() - kGuards);
+        }
         ASSERT_EQ(actual, expected) << w << " x " << h << " by " << horizontal << " x " << vertical << " to "
                                     << ceiling;
     }
@@ -147,11 +136,9 @@ TEST(AverageTest, TruncatesExactlyForEveryCount) {
 }
 
 TEST(KernelChoiceTest, TheFastestTableUnlessOneIsForced) {
-    const KernelTable* const scalar_table = kernels::FindKernels(Variant::kScalar);
-    ASSERT_NE(scalar_table, nullptr);
     const KernelTable* const chosen = &kernels::Kernels();
-    EXPECT_EQ(chosen == scalar_table, kernels::FindKernels(Variant::kAvx2) == nullptr);
-    kernels::ForceKernels(scalar_table);
+    EXPECT_EQ(chosen->variant == Variant::kScalar, kernels::FindKernels(Variant::kAvx2) == nullptr);
+    kernels::ForceKernels(kernels::FindKernels(Variant::kScalar));
     EXPECT_EQ(kernels::Kernels().variant, Variant::kScalar);
     kernels::ForceKernels(nullptr);
     EXPECT_EQ(&kernels::Kernels(), chosen);

@@ -6,37 +6,33 @@ namespace zel::test {
 namespace {
 
 TEST_F(TapBalanceTest, ALyingFlashEndsTheDownloadWithItsMessage) {
-    const char* const nothing = "nothing fails";
+    constexpr TableEntry good{20, 3, 256};
     const struct {
-        const char *command, *reply, *message;
-        TableEntry first = {20, 3, 256};
+        const char* message;
+        TableEntry first = good;
+        const char *command = "nothing fails", *reply = "";
         int tables = 2;
-    } cases[] = {{"tb p s", "0", "page size 0 is out of bounds"},
-                 {"tb p s", "80000000", "the reply to \"tb p s\" is no number: \"80000000\""},
-                 {"tb f s", "", "no reply to \"tb f s\""},
-                 {"tb p n", "fffffff", "number of pages 268435455 is out of bounds"},
-                 {"tb g 0", "ERR", "the camera refused \"tb g 0\": \"ERR\""},
-                 {"tb r 8 8", "", "\"tb r 8 8\" failed, retry failed. Giving up"},
-                 {nothing, "", "Invalid table data.", {20, 3, 256}, 255},
-                 {nothing, "", "20 mhz - rows (0) < 0  || num_taps (2) < 0", {0, 3, 256}},
-                 {nothing, "", "20 mhz - rows (20) < 0  || num_taps (-1) < 0", {20, 0, 256}},
-                 {nothing,
-                  "",
-                  "rows:1001 (<= 0 || > 1000) || num_taps:2 (<= 0 || > 4) is out of bounds returning false",
-                  {1001, 3, 256}},
-                 {nothing,
-                  "",
-                  "rows:20 (<= 0 || > 1000) || num_taps:5 (<= 0 || > 4) is out of bounds returning false",
-                  {20, 6, 256}},
-                 {nothing, "", "m_Numcols is invalid", {20, 4, 256}},
-                 {nothing, "", "table 0 has 3 rows, a line needs 4", {3, 3, 256}},
-                 {nothing, "", "12 bytes at offset 0x00003ff8 lie outside the flash (64 x 256)", {20, 3, 64 * 256 - 8}},
-                 {nothing, "", "12 bytes at offset 0xffffffff lie outside the flash (64 x 256)", {20, 3, ~0u}}};
-    for (const auto& [command, reply, message, first, tables] : cases) {
+    } cases[] = {
+        {"page size 0 is out of bounds", good, "tb p s", "0"},
+        {"the reply to \"tb p s\" is no number: \"80000000\"", good, "tb p s", "80000000"},
+        {"no reply to \"tb f s\"", good, "tb f s"},
+        {"number of pages 268435455 is out of bounds", good, "tb p n", "fffffff"},
+        {"the camera refused \"tb g 0\": \"ERR\"", good, "tb g 0", "ERR"},
+        {"\"tb r 8 8\" failed, retry failed. Giving up", good, "tb r 8 8"},
+        {"Invalid table data.", good, "nothing fails", "", 255},
+        {"20 mhz - rows (0) < 0  || num_taps (2) < 0", {0, 3, 256}},
+        {"20 mhz - rows (20) < 0  || num_taps (-1) < 0", {20, 0, 256}},
+        {"rows:1001 (<= 0 || > 1000) || num_taps:2 (<= 0 || > 4) is out of bounds returning false", {1001, 3, 256}},
+        {"rows:20 (<= 0 || > 1000) || num_taps:5 (<= 0 || > 4) is out of bounds returning false", {20, 6, 256}},
+        {"m_Numcols is invalid", {20, 4, 256}},
+        {"table 0 has 3 rows, a line needs 4", {3, 3, 256}},
+        {"12 bytes at offset 0x00003ff8 lie outside the flash (64 x 256)", {20, 3, 64 * 256 - 8}},
+        {"12 bytes at offset 0xffffffff lie outside the flash (64 x 256)", {20, 3, ~0u}}};
+    m_Flash.Put(256, MakeTable(20, 2).FlashBytes());
+    for (const auto& [message, first, command, reply, tables] : cases) {
         RecordedLog log;
         TapBalance tap_balance(m_TextProtocol, "recorded");
-        m_Flash.Put(256, MakeTable(20, 2).FlashBytes());
-        m_Flash.PutDirectory(tables, first, {20, 3, 256});
+        m_Flash.PutDirectory(tables, first, good);
         m_Flash.Fail(command, reply);
         EXPECT_FALSE(tap_balance.LoadDataFromCamera());
         EXPECT_EQ(log.Count(std::string("***ERROR***: ") + message, kLogError), 1) << message;
@@ -98,13 +94,13 @@ TEST_F(TapBalanceTest, TheLogTellsWhyNothingIsCorrected) {
     EXPECT_EQ(pixel, 5);
     EXPECT_TRUE(tap_balance.DataFault());
     EXPECT_FALSE(tap_balance.Enable(true) || tap_balance.Enabled());
-    const std::string failed = ") ***ERROR***. GetTableHashFromCamera(select:0) failed";
+    const std::string asked = "TapBalance::LoadDataFromFile(filename:" + path;
     const std::string lines[] = {"enable:1  m_DataValid:0 m_DataFault:0",
                                  "TapBalance::TranslatePixels() - m_Enabled is false\n",
                                  "***ERROR***. hash values do not match",
                                  "camera_hash: aaaaaaaaaaaaaaaaaaaa",
                                  "hash : 123456789abcdef1011121314",
-                                 "TapBalance::LoadDataFromFile(filename:" + path + failed,
+                                 asked + ") ***ERROR***. GetTableHashFromCamera(select:0) failed",
                                  "**** DATA FAULT ****",
                                  "m_DataFault == true"};
     for (const std::string& line : lines) EXPECT_EQ(log.Count(line), 1) << line;

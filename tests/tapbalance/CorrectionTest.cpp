@@ -16,10 +16,7 @@ Frame Ramp(int w, int h) {
     return frame;
 }
 
-class CorrectionTest : public TapBalanceTest {
-  protected:
-    CorrectionTest() { m_TapBalance.SetBitsPerPixel(12); }
-};
+using CorrectionTest = TapBalanceTest;
 
 // Each sample goes through its own tap's table; with odd sizes the middle belongs to the right and the bottom.
 TEST_F(CorrectionTest, EverySampleGoesThroughItsTap) {
@@ -31,13 +28,11 @@ TEST_F(CorrectionTest, EverySampleGoesThroughItsTap) {
                 const Frame before = Ramp(w, h);
                 Frame frame = before;
                 ASSERT_TRUE(m_TapBalance.TranslatePixels(w, h, taps, select, frame.data()));
-                for (int y = 0; y < h; ++y) {
-                    for (int x = 0; x < w; ++x) {
-                        const bool right = x >= w / 2;
-                        const std::size_t tap = taps == 2 || y < h / 2 ? (right ? 1u : 0u) : (right ? 2u : 3u);
-                        const auto at = static_cast<std::size_t>(y * w + x);
-                        ASSERT_EQ(frame[at], tables.lut[tap][before[at] & 4095u]) << taps << " " << x << "," << y;
-                    }
+                for (std::size_t at = 0; at < frame.size(); ++at) {
+                    const int x = static_cast<int>(at) % w, y = static_cast<int>(at) / w;
+                    const bool right = x >= w / 2;
+                    const std::size_t tap = taps == 2 || y < h / 2 ? (right ? 1u : 0u) : (right ? 2u : 3u);
+                    ASSERT_EQ(frame[at], tables.lut[tap][before[at] & 4095u]) << taps << " " << x << "," << y;
                 }
             }
         }
@@ -55,9 +50,8 @@ TEST_F(CorrectionTest, WhatDoesNotFitIsRefusedAndUnchanged) {
     EXPECT_FALSE(m_TapBalance.TranslatePixels(8, 4, 2, 0, nullptr));
     EXPECT_TRUE(m_TapBalance.TranslatePixels(0, 4, 2, 0, nullptr)) << "no samples";
     EXPECT_EQ(frame, before);
-    using Limits = std::numeric_limits<float>;
     const auto owner = m_TapBalance.TablesFor(1).owner;
-    for (const float gain : {Limits::quiet_NaN(), Limits::infinity()}) EXPECT_FALSE(m_TapBalance.SetGain(gain));
+    for (const float gain : {NAN, INFINITY}) EXPECT_FALSE(m_TapBalance.SetGain(gain));
     for (const int bits : {-1, 17, 1 << 30}) EXPECT_FALSE(m_TapBalance.SetBitsPerPixel(bits));
     EXPECT_TRUE(m_TapBalance.SetGain(0) && m_TapBalance.SetBitsPerPixel(12)) << "as they are: nothing is calculated";
     EXPECT_EQ(m_TapBalance.TablesFor(1).owner, owner);

@@ -21,8 +21,7 @@ namespace zel::test {
 inline TapTable MakeTable(int rows, int taps, int variant = 0) {
     TapTable table(rows, taps);
     for (int row = 0; row < rows; ++row) {
-        TapRow values;
-        values.millivolts = static_cast<float>(12 + 900 * row / rows + 3 * (row * row % 5)) + 0.25f;
+        TapRow values{static_cast<float>(12 + 900 * row / rows + 3 * (row * row % 5)) + 0.25f, {}};
         for (int tap = 0; tap < taps; ++tap) {
             const int thousandths =
                 950 + 30 * tap + (row * (7 + tap) + 11 * variant) % 23 + row * (tap % 2 ? -1 : 1) / 2;
@@ -45,14 +44,13 @@ class ScriptedFlash {
     // Answers commands that begin with `start`, `times` times.
     void Fail(const std::string& start, const std::string& reply, int times = 1 << 30) {
         m_Fault = [=](const std::string& command) mutable -> std::optional<std::string> {
-            if (!command.starts_with(start) || times == 0) return std::nullopt;
-            --times;
+            if (!command.starts_with(start) || times-- <= 0) return std::nullopt;
             return reply;
         };
     }
 
     void Put(std::size_t position, const Bytes& bytes) {
-        std::copy(bytes.begin(), bytes.end(), m_Content.begin() + static_cast<std::ptrdiff_t>(position));
+        std::ranges::copy(bytes, m_Content.begin() + static_cast<std::ptrdiff_t>(position));
     }
     void PutDirectory(int tables, const TableEntry& first, const TableEntry& second) {
         const TableDirectory::Bytes bytes = TableDirectory{tables, {first, second}}.Encode();
@@ -61,10 +59,8 @@ class ScriptedFlash {
     // Both tables one behind the other from `start` on, `gap` bytes apart.
     void PutTables(std::size_t start, std::size_t gap, const TapTable& first, const TapTable& second) {
         const std::size_t next = start + first.FlashBytes().size() + gap;
-        const auto entry = [](const TapTable& table, std::size_t at) {
-            return TableEntry{table.Rows(), table.Columns(), static_cast<std::uint32_t>(at), table.Digest()};
-        };
-        PutDirectory(2, entry(first, start), entry(second, next));
+        PutDirectory(2, {first.Rows(), first.Columns(), static_cast<std::uint32_t>(start), first.Digest()},
+                     {second.Rows(), second.Columns(), static_cast<std::uint32_t>(next), second.Digest()});
         Put(start, first.FlashBytes());
         Put(next, second.FlashBytes());
     }
@@ -75,19 +71,16 @@ class ScriptedFlash {
     const Bytes& Content() const { return m_Content; }
 
     int Count(const std::string& start) const {
-        return static_cast<int>(std::count_if(m_Commands.begin(), m_Commands.end(),
-                                              [&](const std::string& c) { return c.starts_with(start); }));
+        return static_cast<int>(std::ranges::count_if(m_Commands, [&](auto& text) { return text.starts_with(start); }));
     }
 
     // The answer datagram to a text datagram; empty: none.
     Bytes Answer(const Bytes& datagram) {
         const std::string command(datagram.begin() + 3, datagram.end());
         m_Commands.push_back(command);
-        if (m_Fault) {
-            if (const std::optional<std::string> reply = m_Fault(command))
-                return reply->empty() ? Bytes() : TextReply(*reply);
-        }
-        return TextReply(Reply(command));
+        const std::optional<std::string> reply = m_Fault ? m_Fault(command) : std::nullopt;
+        if (!reply) return TextReply(Reply(command));
+        return reply->empty() ? Bytes() : TextReply(*reply);
     }
 
   private:

@@ -21,6 +21,7 @@ class TapBalanceTest : public testing::Test {
         // Where cache files go on Linux; on Windows the folder is the user's.
         platform::SetEnvironment("XDG_DATA_HOME", testing::TempDir().c_str());
         m_Transport.SetHandler([this](const Bytes& datagram) { return m_Flash.Answer(datagram); });
+        m_TapBalance.SetBitsPerPixel(12);
         m_TapBalance.SetCameraTexts("test model", testing::UnitTest::GetInstance()->current_test_info()->name());
     }
     ~TapBalanceTest() override {
@@ -40,11 +41,7 @@ class TapBalanceTest : public testing::Test {
     // Both tables loaded and correction on.
     void LoadAndEnable(const TapTable& first, const TapTable& second) {
         m_Flash.Install(first, second);
-        ASSERT_TRUE(m_TapBalance.LoadDataFromCamera());
-        ASSERT_TRUE(m_TapBalance.Enable(true));
-    }
-    static std::vector<std::uint16_t> Entries(const TapTables& tables, std::size_t tap) {
-        return std::vector<std::uint16_t>(tables.lut[tap].begin(), tables.lut[tap].end());
+        ASSERT_TRUE(m_TapBalance.LoadDataFromCamera() && m_TapBalance.Enable(true));
     }
 
     FakeClock m_Clock;

@@ -7,13 +7,13 @@ namespace {
 class WritingTest : public TapBalanceTest {
   protected:
     bool Enter(int select, const TapTable& table) {
-        if (!m_TapBalance.SetTableConfig(select, table.Rows(), table.Taps())) return false;
+        bool taken = m_TapBalance.SetTableConfig(select, table.Rows(), table.Taps());
         m_TapBalance.SelectTable(select);
-        for (int row = 0; row < table.Rows(); ++row) {
+        for (int row = 0; row < table.Rows() && taken; ++row) {
             const TapRow values = table.Row(row);
-            if (!m_TapBalance.SetTableData(row, values.millivolts, values.gains.data())) return false;
+            taken = m_TapBalance.SetTableData(row, values.millivolts, values.gains.data());
         }
-        return true;
+        return taken;
     }
 };
 
@@ -28,16 +28,15 @@ TEST_F(WritingTest, WhatIsWrittenReadsBackWithTheSameDigest) {
             m_Flash.Put(57, {1, 2, 3});  // behind the directory
             const TapTable first = MakeTable(30, taps), second = MakeTable(45, taps, 4);
             ASSERT_TRUE(Enter(1, second) && Enter(0, first)) << "in any order";
-            ASSERT_TRUE(m_TapBalance.WriteTableConfigToCamera());
-            ASSERT_TRUE(m_TapBalance.WriteDataToCamera());
-            const std::vector<std::uint16_t> corrected = Entries(m_TapBalance.TablesFor(1), 1);
+            ASSERT_TRUE(m_TapBalance.WriteTableConfigToCamera() && m_TapBalance.WriteDataToCamera());
+            const TapTables corrected = m_TapBalance.TablesFor(1);
             ScriptedFlash expected = empty;
             expected.PutTables(page_size, page_size - first.FlashBytes().size() % page_size, first, second);
             expected.Put(57, {1, 2, 3});
             EXPECT_EQ(m_Flash.Content(), expected.Content());
-            EXPECT_TRUE(m_TapBalance.LoadDataFromCamera());
-            EXPECT_TRUE(m_TapBalance.CheckDownload());
-            EXPECT_EQ(corrected, Entries(m_TapBalance.TablesFor(1), 1)) << "what was written is corrected with at once";
+            EXPECT_TRUE(m_TapBalance.LoadDataFromCamera() && m_TapBalance.CheckDownload());
+            EXPECT_TRUE(std::ranges::equal(corrected.lut[1], m_TapBalance.TablesFor(1).lut[1]))
+                << "what was written is corrected with at once";
         }
     }
 }
@@ -55,7 +54,7 @@ TEST_F(WritingTest, NonsenseIsRefusedBeforeTheCameraIsTouched) {
     // What is a good row has a test of its own.
     const std::pair<float, std::array<float, 2>> rows[] = {{nan, {1, 1}}, {1, {nan, 1}}, {1, {1, 2.5f}}};
     for (const auto& [mv, gains] : rows) EXPECT_FALSE(m_TapBalance.SetTableData(0, mv, gains.data())) << mv;
-    for (const int row : {-1, 10}) EXPECT_FALSE(m_TapBalance.SetTableData(row, 1, good));
+    EXPECT_FALSE(m_TapBalance.SetTableData(-1, 1, good) || m_TapBalance.SetTableData(10, 1, good));
     EXPECT_FALSE(m_TapBalance.SetTableData(0, 1, nullptr));
     EXPECT_EQ(m_Flash.Count("tb w") + m_Flash.Count("tb s"), 0);
 }

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <fstream>
 #include <limits>
+#include <tuple>
 
 #include "include/ZelImage.h"
 #include "tests/support/PageReservations.h"
@@ -72,28 +73,20 @@ Bytes TiffHead(unsigned width, unsigned height, unsigned pixel_bytes) {
     return head;
 }
 
-// The file is a signature and three chunks around one stream; its samples as another library reads them.
+// The file is a signature and three chunks around one stream; its samples as another library reads them, which checks
+// every chunk.
 std::vector<std::uint16_t> PngSamples(const Bytes& file, unsigned width, unsigned height) {
-    Bytes expected = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-    const auto put = [&](std::size_t value) {
-        for (int shift = 24; shift >= 0; shift -= 8) expected.push_back(static_cast<std::uint8_t>(value >> shift));
-    };
-    const auto chunk = [&](const std::string& type, const Bytes& data) {
-        put(data.size());
-        const std::size_t start = expected.size();
-        expected.insert(expected.end(), type.begin(), type.end());
-        expected.insert(expected.end(), data.begin(), data.end());
-        put(lodepng_crc32(expected.data() + start, expected.size() - start));
-    };
-    const auto byte = [](unsigned value, int shift) { return static_cast<std::uint8_t>(value >> shift); };
     if (file.size() <= 57) return {};
-    chunk("IHDR", {0, 0, byte(width, 8), byte(width, 0), 0, 0, byte(height, 8), byte(height, 0), 16, 0, 0, 0, 0});
-    chunk("IDAT", Bytes(file.begin() + 41, file.end() - 16));
-    chunk("IEND", {});
-    EXPECT_TRUE(file == expected);
+    EXPECT_EQ(lodepng_chunk_length(file.data() + 33), file.size() - 57);
     EXPECT_EQ(file[41], 0x78) << "deflate with a 32 KB window";
+    lodepng::State state;
+    state.decoder.color_convert = 0;
     Bytes bytes;
-    EXPECT_EQ(lodepng::decode(bytes, width, height, file, LCT_GREY, 16), 0u);
+    unsigned w = 0, h = 0;
+    EXPECT_EQ(lodepng::decode(bytes, w, h, state, file), 0u);
+    const LodePNGInfo& info = state.info_png;
+    EXPECT_EQ(std::tuple(w, h, 16u, LCT_GREY, 0u),
+              std::tuple(width, height, info.color.bitdepth, info.color.colortype, info.interlace_method));
     std::vector<std::uint16_t> samples(bytes.size() / 2);
     for (std::size_t i = 0; i < samples.size(); ++i) {
         samples[i] = static_cast<std::uint16_t>(bytes[2 * i] << 8 | bytes[2 * i + 1]);

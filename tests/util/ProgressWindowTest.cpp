@@ -58,30 +58,31 @@ bool Shows(HWND window, int height, const std::vector<Picture>& expected) {
     return false;
 }
 
+SIZE TextSize(HDC dc, const std::string& text) {
+    SIZE size{};
+    GetTextExtentPoint32A(dc, text.c_str(), static_cast<int>(text.size()), &size);
+    return size;
+}
+
 // The status lines on white.
 Picture ExpectedLines(const std::string& line1, const std::string& line2) {
     return Drawn(400, kLinesHeight, [&](HDC dc) {
         PatBlt(dc, 0, 0, 400, kLinesHeight, WHITENESS);
-        SIZE size{};
-        GetTextExtentPoint32A(dc, line1.c_str(), static_cast<int>(line1.size()), &size);
         TextOutA(dc, 5, 5, line1.c_str(), static_cast<int>(line1.size()));
-        TextOutA(dc, 5, 5 + size.cy, line2.c_str(), static_cast<int>(line2.size()));
+        TextOutA(dc, 5, 5 + TextSize(dc, line1).cy, line2.c_str(), static_cast<int>(line2.size()));
     });
 }
 
 // A bar of `edge` pixels in its black outline, and the label in the middle.
 Picture ExpectedBar(int width, int height, int background, int edge, const std::string& label) {
     return Drawn(width, height, [&](HDC dc) {
-        const RECT whole{0, 0, width, height};
+        const HBRUSH blue = CreateSolidBrush(RGB(0, 0, 255));
+        const RECT whole{0, 0, width, height}, outline{0, 0, edge, height}, inside{1, 1, edge - 1, height - 1};
         FillRect(dc, &whole, GetSysColorBrush(background));
-        const HBRUSH blue = CreateSolidBrush(RGB(0, 0, 255)), black = CreateSolidBrush(RGB(0, 0, 0));
-        const RECT outline{0, 0, edge, height}, inside{1, 1, edge - 1, height - 1};
-        if (edge > 0) FillRect(dc, &outline, black);
+        FillRect(dc, &outline, static_cast<HBRUSH>(GetStockObject(BLACK_BRUSH)));
         if (edge > 2) FillRect(dc, &inside, blue);
         DeleteObject(blue);
-        DeleteObject(black);
-        SIZE size{};
-        GetTextExtentPoint32A(dc, label.c_str(), static_cast<int>(label.size()), &size);
+        const SIZE size = TextSize(dc, label);
         SetBkMode(dc, TRANSPARENT);
         TextOutA(dc, (width - size.cx) / 2, (height - size.cy) / 2, label.c_str(), static_cast<int>(label.size()));
     });
@@ -96,18 +97,8 @@ class ProgressWindowTest : public testing::Test {
     void SetUp() override {
         ASSERT_TRUE(StartProgress(&m_Control));
         m_Top = FindWindowA(kTitle, kTitle);
-        ASSERT_NE(nullptr, m_Top);
         m_Bar = FindWindowExA(m_Top, nullptr, kBarClass, kBarClass);
-        ASSERT_NE(nullptr, m_Bar);
-    }
-
-    bool BarShows(int edge, const std::string& label) const {
-        RECT client{};
-        GetClientRect(m_Bar, &client);
-        // Behind the bar is the button face, or white where the top window has been drawn across it.
-        return Shows(m_Bar, client.bottom,
-                     {ExpectedBar(client.right, client.bottom, COLOR_BTNFACE, edge, label),
-                      ExpectedBar(client.right, client.bottom, COLOR_WINDOW, edge, label)});
+        ASSERT_TRUE(m_Top && m_Bar);
     }
 
     ProgressControl m_Control;
@@ -118,11 +109,10 @@ class ProgressWindowTest : public testing::Test {
 TEST_F(ProgressWindowTest, StandsOnTopInTheMiddle) {
     RECT frame{0, 0, 400, 150}, window{}, bar{};
     AdjustWindowRectEx(&frame, WS_VISIBLE | WS_DLGFRAME, FALSE, 0);
+    OffsetRect(&frame, GetSystemMetrics(SM_CXSCREEN) / 2 - 200 - frame.left,
+               GetSystemMetrics(SM_CYSCREEN) / 2 - 75 - frame.top);
     GetWindowRect(m_Top, &window);
-    EXPECT_EQ(GetSystemMetrics(SM_CXSCREEN) / 2 - 200, window.left);
-    EXPECT_EQ(GetSystemMetrics(SM_CYSCREEN) / 2 - 75, window.top);
-    EXPECT_EQ(frame.right - frame.left, window.right - window.left);
-    EXPECT_EQ(frame.bottom - frame.top, window.bottom - window.top);
+    EXPECT_TRUE(EqualRect(&frame, &window));
     EXPECT_TRUE(GetWindowLongA(m_Top, GWL_EXSTYLE) & WS_EX_TOPMOST);
     GetWindowRect(m_Bar, &bar);
     MapWindowPoints(nullptr, m_Top, reinterpret_cast<POINT*>(&bar), 2);
@@ -130,15 +120,23 @@ TEST_F(ProgressWindowTest, StandsOnTopInTheMiddle) {
     EXPECT_TRUE(EqualRect(&expected_bar, &bar));
 }
 
-TEST_F(ProgressWindowTest, BarGrowsWithThePercentage) {
+// A quit message does not end it: closing it leaves it in use.
+TEST_F(ProgressWindowTest, BarGrowsWithThePercentageEvenAfterTheWindowWasClosed) {
     RECT client{};
     GetClientRect(m_Bar, &client);
-    const struct { int done, percent; } steps[] = {{0, 0}, {85, 42}, {200, 100}, {20, 10}};
-    for (const auto& [done, percent] : steps) {
+    for (const auto& [done, percent] : {std::pair(0, 0), {85, 42}, {200, 100}, {20, 10}}) {
         UpdateProgress(&m_Control, done, 200);
         const int edge = percent * client.right / 100;
-        EXPECT_TRUE(BarShows(edge, std::to_string(percent) + " % Complete")) << percent << " %";
+        const std::string label = std::to_string(percent) + " % Complete";
+        // Behind the bar is the button face, or white where the top window has been drawn across it.
+        EXPECT_TRUE(Shows(m_Bar, client.bottom,
+                          {ExpectedBar(client.right, client.bottom, COLOR_BTNFACE, edge, label),
+                           ExpectedBar(client.right, client.bottom, COLOR_WINDOW, edge, label)}))
+            << label;
+        // A paint comes after every posted message.
+        PostMessageA(m_Top, WM_CLOSE, 0, 0);
     }
+    EXPECT_TRUE(IsWindow(m_Top));
 }
 
 TEST_F(ProgressWindowTest, ShowsTheStatusLinesAndNothingBeyondTheirSlots) {
@@ -150,14 +148,6 @@ TEST_F(ProgressWindowTest, ShowsTheStatusLinesAndNothingBeyondTheirSlots) {
         SetProgressText(&m_Control, 1, line2.c_str());
         EXPECT_TRUE(Shows(m_Top, kLinesHeight, {ExpectedLines(line1.substr(0, 64), line2)})) << line1;
     }
-}
-
-TEST_F(ProgressWindowTest, ClosingItLeavesItInUse) {
-    PostMessageA(m_Top, WM_CLOSE, 0, 0);
-    UpdateProgress(&m_Control, 3, 4);
-    // A paint comes after every posted message.
-    EXPECT_TRUE(BarShows(75 * 396 / 100, "75 % Complete"));
-    EXPECT_TRUE(IsWindow(m_Top));
 }
 
 // Of the test's own thread, which dispatches for it.
@@ -182,15 +172,13 @@ TEST(ProgressWindowHereTest, OnPurposeTheBrushOfAPaintLivesAsLongAsTheWindow) {
 LRESULT CALLBACK CreatesNoWindow(HWND, UINT, WPARAM, LPARAM) { return 0; }
 
 TEST(ProgressWindowHereTest, AClassLeftByAnUnloadedLibraryIsReplaced) {
-    WNDCLASSEXA left{};
-    left.cbSize = sizeof(left);
+    WNDCLASSA left{};
     left.lpfnWndProc = &CreatesNoWindow;
     left.hInstance = GetModuleHandleA(nullptr);
     left.lpszClassName = "left behind";
-    ASSERT_TRUE(RegisterClassExA(&left));
+    ASSERT_TRUE(RegisterClassA(&left));
     const auto window = MakeWindow("left behind");
-    EXPECT_NE(nullptr, window->Top());
-    EXPECT_NE(nullptr, window->Bar());
+    EXPECT_TRUE(window->Top() && window->Bar());
     DestroyWindow(window->Top());
 }
 

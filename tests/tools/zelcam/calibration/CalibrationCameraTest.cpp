@@ -9,16 +9,16 @@ class CalibrationCameraTest : public testing::Test {
   protected:
     CalibrationCameraTest() {
         UseFastCameras();
-        m_Session.emplace();
-        EXPECT_TRUE(SimCommand("fault 0 clear"));
+        m_Camera.emplace(m_Session.emplace(), "0");
     }
 
     CacheFolder m_Folder;
     std::optional<Session> m_Session;
+    std::optional<OpenCamera> m_Camera;
 };
 
 TEST_F(CalibrationCameraTest, WhatIsWrittenReadsBackUnderItsDigests) {
-    OpenCamera camera(*m_Session, "0");
+    OpenCamera& camera = *m_Camera;
     CalibrationTables tables = ReadTables(camera);
     // Of another size, so that every row lies elsewhere in the memory.
     tables[0].rows.resize(11);
@@ -34,7 +34,7 @@ TEST_F(CalibrationCameraTest, WhatIsWrittenReadsBackUnderItsDigests) {
 }
 
 TEST_F(CalibrationCameraTest, ALinkThatDiesInTheMiddleEndsInOneClearFailure) {
-    OpenCamera camera(*m_Session, "0");
+    OpenCamera& camera = *m_Camera;
     ASSERT_TRUE(SimCommand("fault 0 exception 1 text=tb_r after=60 times=0"));
     ExpectFailure([&] { ReadTables(camera); }, kFailed, "can't be read: row ");
     ASSERT_TRUE(SimCommand("fault 0 clear"));

@@ -238,16 +238,16 @@ TEST_F(ProgramCapture, ARunThatEndsEarlyReportsWhatItSaved) {
         {"", "trigger -n 10 --save --set FRAME_COUNT=3", kTimeout, "is over", 3},
         {"", "stream -n 10 --set FRAME_COUNT=3", kTimeout, "is over", 3},
         {"fault 0 unplug-frame after=3", "capture -n 10", kLinkLost, "the link to the camera is lost", 3},
-        {"fault 0 stall 0 after=2", "capture -n 10 --timeout 0.1", kTimeout,
-         "within 100 ms: the camera is running (exposure of 10 ms)", 2},
-        {"fault 0 lose after=1", "trigger -n 3 --save --timeout 0.3", kTimeout, "software trigger brought no frame", 1},
+        {"fault 0 stall 0 after=2", "capture -n 10 --timeout 1", kTimeout,
+         "within 1000 ms: the camera is running (exposure of 10 ms)", 2},
+        {"fault 0 lose after=1", "trigger -n 3 --save --timeout 1", kTimeout, "software trigger brought no frame", 1},
         {"fault 0 lose after=2 times=3", "capture -n 8 --buffers 32", kFramesLost, "3 on the link, 0 without", 8},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.line);
         Simulate("FAULTS", c.faults);
         const bool saves = *c.arguments != 's';
-        const auto json = FailureOfTool(c.arguments + (saves ? Out(c.line) : ""), c.kind, c.line);
+        const auto json = FailureOfTool(c.arguments + (saves ? Out(std::to_string(&c - cases)) : ""), c.kind, c.line);
         const auto& frames = json["frames"];
         EXPECT_EQ(frames.is_array() ? frames.size() : frames.get<std::size_t>(), c.frames);
         for (std::size_t i = 0; saves && i < c.frames; ++i) {

@@ -89,12 +89,9 @@ TEST_F(SyncTableTest, FlagsDecideWhereValuesComeFromAndWhereTheyGo) {
     constexpr int kUse = SYNC_TABLE_FLAG_USE_TARGET_VALUE, kAnswer = SYNC_TABLE_FLAG_ANSWER_FROM_TARGET;
     constexpr int kCache = SYNC_TABLE_FLAG_READABLE_FROM_CACHE, kLocked = SYNC_TABLE_FLAG_LOCKED;
     constexpr int kOfCamera = 3, kTarget = 12, kCached = 7;
-    const struct {
-        int flags, cached_reads;
-        // What is read; target and cache after the value 5 was written, and after a block of first word 6 was; how many
-        // of these two writes and two reads went to the camera.
-        std::vector<int> seen;
-    } cases[] = {
+    // Flags, whether reads are cached, and what is seen: the value read; target and cache after the value 5 was
+    // written, and after a block of first word 6 was; how many of these two writes and two reads went to the camera.
+    const std::tuple<int, int, std::vector<int>> cases[] = {
         {0, 1, {kOfCamera, 5, kOfCamera, 5, kOfCamera, 4}},
         {kCache, 0, {kOfCamera, 5, kOfCamera, 5, kOfCamera, 4}},
         {kCache, 2, {kOfCamera, 5, kOfCamera, 5, kOfCamera, 4}},
@@ -105,12 +102,12 @@ TEST_F(SyncTableTest, FlagsDecideWhereValuesComeFromAndWhereTheyGo) {
         {kLocked, 0, {kOfCamera, kTarget, kOfCamera, kTarget, kOfCamera, 3}},  // on purpose: the block is sent
     };
     m_Camera.SetHandler([](const Bytes&) { return ValueReply(kOfCamera); });
-    for (const auto& c : cases) {
+    for (const auto& [flags, cached_reads, expected] : cases) {
         m_Table.SetFlags(VGA_GAIN, 0);
         EXPECT_TRUE(m_Table.Set(VGA_GAIN, kTarget) && m_Table.OverloadAttr(VGA_GAIN, &m_Record));
         m_Camera.ForgetSent();
-        m_Table.SetFlags(VGA_GAIN, c.flags);
-        m_Table.SetCachedReads(c.cached_reads);
+        m_Table.SetFlags(VGA_GAIN, flags);
+        m_Table.SetCachedReads(cached_reads);
         EXPECT_TRUE(m_Table.Get(VGA_GAIN, nullptr) && m_Table.Get(VGA_GAIN, &m_Value));
         std::vector<int> seen{m_Value};
         for (const auto operation : {kSet, kSetBlock}) {
@@ -119,7 +116,7 @@ TEST_F(SyncTableTest, FlagsDecideWhereValuesComeFromAndWhereTheyGo) {
             seen.push_back(CachedValue(VGA_GAIN));
         }
         seen.push_back(m_Camera.Exchanges());
-        EXPECT_EQ(c.seen, seen) << "row " << &c - cases;
+        EXPECT_EQ(expected, seen) << flags << " " << cached_reads;
     }
 }
 
@@ -135,9 +132,8 @@ TEST_F(SyncTableTest, LockedCalcStateFollowsWithOneBecomingTwo) {
 
 TEST_F(SyncTableTest, OnlyHBinStartsAtOne) {
     for (int i = 0; i < SYNC_TABLE_SELECT_MAX; ++i) {
-        EXPECT_EQ(i == 15 ? 1 : 0, Target(i)) << i;
-        EXPECT_EQ(i == 15 ? 1 : 0, CachedValue(i)) << i;
-        EXPECT_EQ(0x02, m_Table.GetFlags(i)) << i;
+        const int start = i == 15;
+        EXPECT_EQ(std::tuple(start, start, 0x02), std::tuple(Target(i), CachedValue(i), m_Table.GetFlags(i))) << i;
     }
     EXPECT_TRUE(m_Table.GetTarget(H_BIN, nullptr));
     EXPECT_THAT(m_Camera.Sent(), IsEmpty());
@@ -177,11 +173,7 @@ TEST_F(SyncTableTest, BytesThatNeverCameReadAsZero) {
 TEST_F(SyncTableTest, AReadIsRepeatedThreeTimesUnlessTheIndexIsBad) {
     const Bytes reply = TableReply(77, LittleEndian(1));
     constexpr std::uint32_t kSilence = 5500;  // 5000 ms, and the call that crosses them
-    const struct {
-        Bytes reply;
-        int attempts;
-        std::uint32_t time;
-    } cases[] = {
+    const std::tuple<Bytes, std::uint32_t, std::uint32_t> cases[] = {
         {ExceptionReply(0x11), 4, 0},
         {ExceptionReply(0x14), 1, 0},
         {reply + Datagram(0, {0, 0, 0x14, 0}), 1, 0},
@@ -196,15 +188,14 @@ TEST_F(SyncTableTest, AReadIsRepeatedThreeTimesUnlessTheIndexIsBad) {
         {reply, 4, kSilence},
         {reply + Bytes{0, 0, 3, 0}, 4, kSilence},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(&c - cases);
+    for (const auto& [bytes, attempts, time] : cases) {
+        SCOPED_TRACE(testing::PrintToString(bytes));
         const std::uint32_t start = m_Clock.Elapsed();
         m_Camera.ForgetSent();
-        m_Camera.SetHandler([&](const Bytes&) { return c.reply; });
+        m_Camera.SetHandler([&answer = bytes](const Bytes&) { return answer; });
         EXPECT_FALSE(m_Table.Get(H_SIZE, &m_Value));
-        EXPECT_EQ(c.attempts, m_Camera.CountSent(GetRequest(H_SIZE)));
-        const auto attempts = static_cast<std::uint32_t>(c.attempts);
-        EXPECT_EQ(attempts * c.time + (attempts - 1) * 100, m_Clock.Elapsed() - start);
+        EXPECT_EQ(static_cast<int>(attempts), m_Camera.CountSent(GetRequest(H_SIZE)));
+        EXPECT_EQ(attempts * time + (attempts - 1) * 100, m_Clock.Elapsed() - start);
         EXPECT_EQ(0u, m_Camera.UnreadBytes());
         EXPECT_EQ(0, CachedValue(H_SIZE));
         EXPECT_EQ(500, m_Camera.LastReceiveTimeout());
@@ -220,25 +211,21 @@ TEST_F(SyncTableTest, AReadIsRepeatedThreeTimesUnlessTheIndexIsBad) {
 
 TEST_F(SyncTableTest, AWriteIsNotRepeatedAndItsTargetStays) {
     m_Camera.QueueReplies(2, ExceptionReply(0x11));
-    EXPECT_FALSE(m_Operations[kSet](m_Table, VGA_GAIN));
-    EXPECT_EQ(5, Target(VGA_GAIN));
-    EXPECT_FALSE(m_Operations[kSetBlock](m_Table, VGA_GAIN));
-    EXPECT_EQ(5, Target(VGA_GAIN));
+    for (const auto operation : {kSet, kSetBlock}) {
+        EXPECT_FALSE(m_Operations[operation](m_Table, VGA_GAIN));
+        EXPECT_EQ(5, Target(VGA_GAIN));
+    }
     EXPECT_EQ(2, m_Camera.Exchanges());
     EXPECT_EQ(0u, m_Clock.Elapsed());
 }
 
-TEST_F(SyncTableTest, SlowBytesWithinTheBudgetAreCollected) {
+TEST_F(SyncTableTest, SlowBytesAreCollectedAndInventedCountsKeepTheBuffer) {
     m_Camera.SetDelivery(ScriptedTransport::Delivery::kOneByte);
     m_Camera.SetReceiveCost(700);
     m_Camera.QueueReply(ValueReply(1234));
     EXPECT_TRUE(m_Table.Get(H_SIZE, &m_Value));
     EXPECT_EQ(1234, m_Value);
     EXPECT_EQ(13u * 700, m_Clock.Elapsed());
-}
-
-TEST_F(SyncTableTest, CountsThatATransportInventsKeepTheBuffer) {
-    m_Camera.SetReceiveCost(500);
     for (const int count : {-1, std::numeric_limits<int>::min()}) {
         m_Camera.SetFalseReceiveCount(count);
         EXPECT_FALSE(m_Table.Get(H_SIZE, &m_Value)) << count;
@@ -248,8 +235,9 @@ TEST_F(SyncTableTest, CountsThatATransportInventsKeepTheBuffer) {
     EXPECT_EQ(0, m_Value);
 }
 
-// On purpose: the argument length goes out as its low byte alone.
-TEST_F(SyncTableTest, BlocksTakeTheirDataFromOffsetTen) {
+// On purpose: the argument length goes out as its low byte alone. A first word that equals the target keeps a block
+// back.
+TEST_F(SyncTableTest, BlocksTakeTheirDataFromOffsetTenOrAreNotSent) {
     for (const std::size_t size : {0u, 3u, 246u, 251u, 252u, 300u, 5000u}) {
         const auto byte = [](std::size_t value) { return static_cast<unsigned char>(value); };
         m_Camera.ForgetSent();
@@ -259,17 +247,13 @@ TEST_F(SyncTableTest, BlocksTakeTheirDataFromOffsetTen) {
         EXPECT_THAT(m_Camera.Sent(), ElementsAre(head + Bytes(size, 'x'))) << size;
     }
     EXPECT_EQ(0, Target(CAMERA_NAME)) << "a block that was sent leaves no target";
-}
-
-TEST_F(SyncTableTest, BlocksThatAreNotSent) {
+    m_Camera.ForgetSent();
     const Bytes buffer = LittleEndian(1) + Bytes(7, 0);
     for (const int size : {-1, -10, -100, 0xFFFF - 6, 0x7FFFFFFF}) {
         EXPECT_FALSE(m_Table.Set(CAMERA_NAME, buffer.data(), size)) << size;
     }
     EXPECT_FALSE(m_Table.Set(CAMERA_NAME, nullptr, 4));
-    // The first word equals the target.
-    EXPECT_TRUE(SetBlock(m_Table, CAMERA_NAME, 0, {1, 2, 3}));
-    EXPECT_TRUE(SetBlock(m_Table, H_BIN, 1, {1, 2, 3}));
+    EXPECT_TRUE(SetBlock(m_Table, CAMERA_NAME, 0, {1, 2, 3}) && SetBlock(m_Table, H_BIN, 1, {1, 2, 3}));
     EXPECT_THAT(m_Camera.Sent(), IsEmpty());
 }
 

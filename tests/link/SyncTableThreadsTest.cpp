@@ -10,20 +10,15 @@
 namespace zel::test {
 namespace {
 
-class SyncTableThreadsTest : public SyncTableFixture {
-  protected:
-    TableCamera m_Model;
-    TextProtocol m_Text{&m_Camera, "test", m_Lock};
-
-    void SetUp() override {
-        m_Camera.SetHandler(m_Model.Handler());
-        m_Camera.SetDelivery(ScriptedTransport::Delivery::kOneByte);
-    }
-};
+using SyncTableThreadsTest = SyncTableFixture;
 
 // Each thread owns one entry and must read back what it wrote, while both protocols share the byte stream and the
 // caches are touched from everywhere.
 TEST_F(SyncTableThreadsTest, ExchangesOfBothProtocolsDoNotMix) {
+    TableCamera model;
+    TextProtocol text(&m_Camera, "test", m_Lock);
+    m_Camera.SetHandler(model.Handler());
+    m_Camera.SetDelivery(ScriptedTransport::Delivery::kOneByte);
     const auto own_entry = [&](int index, int i) {
         int value = -1;
         return m_Table.Set(index, i) && m_Table.Get(index, &value) && value == i;
@@ -33,7 +28,7 @@ TEST_F(SyncTableThreadsTest, ExchangesOfBothProtocolsDoNotMix) {
         [&](int i) { return own_entry(OB_LEVEL, i); },
         [&](int) {
             char out[TextProtocol::kReplyCapacity];
-            return m_Text.Exchange("tb p s", out) && std::string(out) == "OK";
+            return text.Exchange("tb p s", out) && std::string(out) == "OK";
         },
         [&](int) {
             SyncTableAttributes record{};

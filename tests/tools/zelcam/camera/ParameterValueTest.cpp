@@ -9,13 +9,8 @@
 
 namespace zelcam {
 
-const ParameterInfo& Info(unsigned id) { return ParameterById(id); }
-
 TEST(ParameterValue, ReadsAndWritesTheUsersSpelling) {
-    const struct {
-        unsigned id;
-        const char *text, *back, *json;
-    } cases[] = {
+    const std::tuple<unsigned, const char*, const char*, const char*> cases[] = {
         {ZEL_PARAM_GAIN, "7", "7", "7"},
         {ZEL_PARAM_GAIN, "0x10", "16", "16"},
         {ZEL_PARAM_GAIN, "010", "10", "10"},
@@ -27,11 +22,11 @@ TEST(ParameterValue, ReadsAndWritesTheUsersSpelling) {
         {ZEL_PARAM_ROI_BIN, "1,2,30,40,5,6", "1,2,30,40,5,6",
          R"({"x":1,"y":2,"width":30,"height":40,"xbin":5,"ybin":6})"},
     };
-    for (const auto& c : cases) {
-        const ParameterValue value = ParameterValue::Parse(Info(c.id), c.text);
-        EXPECT_EQ(value.Text(), c.back) << c.text;
-        EXPECT_EQ(JsonText(value.ToJson(), -1), c.json) << c.text;
-        EXPECT_EQ(value, ParameterValue::Parse(Info(c.id), c.back)) << c.text;
+    for (const auto& [id, text, back, json] : cases) {
+        const ParameterValue value = ParameterValue::Parse(ParameterById(id), text);
+        EXPECT_EQ(value.Text(), back) << text;
+        EXPECT_EQ(JsonText(value.ToJson(), -1), json) << text;
+        EXPECT_EQ(value, ParameterValue::Parse(ParameterById(id), back)) << text;
     }
 }
 
@@ -44,11 +39,11 @@ TEST(ParameterValue, RefusesWhatItCanNotHold) {
         {ZEL_PARAM_MODEL_VALUE_1, {"1"}},
         {ZEL_PARAM_ATTR, {"1"}}};
     for (const auto& [id, texts] : cases) {
-        for (const char* text : texts) EXPECT_THROW(ParameterValue::Parse(Info(id), text), Failure) << text;
+        for (const char* text : texts) EXPECT_THROW(ParameterValue::Parse(ParameterById(id), text), Failure) << text;
     }
 }
 
-TEST(ParameterValue, ShowsMatricesAndWideValues) {
+TEST(ParameterValue, ShowsMatricesWideValuesAndFullTexts) {
     ParameterValue matrix(ValueKind::kMatrix);
     const double elements[9] = {1, 0, 0, 0, 1.5, 0, 0, 0, -0.25};
     std::memcpy(matrix.Data(), elements, sizeof elements);
@@ -62,36 +57,25 @@ TEST(ParameterValue, ShowsMatricesAndWideValues) {
     std::memset(wide.Data(), 0xFF, 8);
     EXPECT_EQ(wide.Text(), "none");
     EXPECT_TRUE(wide.ToJson().is_null());
-}
 
-TEST(ParameterValue, ATextWithoutAnEndStopsAtItsField) {
+    // Without an end it stops at its field.
     ParameterValue text(ValueKind::kText);
     std::memset(text.Data(), 'x', ParameterValue::kCapacity);
     EXPECT_EQ(text.Text(), std::string(32, 'x'));
 }
 
 TEST(ValueRange, TellsSignedFromUnsignedWords) {
-    const struct {
-        int minimum, maximum, standard;
-        const char* text;
-        long long expected_default;
-    } cases[] = {{0, 1023, 5, "0..1023", 5},
-                 {-1000, 1000, -7, "-1000..1000", -7},
-                 {0, -1, 8, "0..4294967295", 8},
-                 {5, 5, 5, "5..5", 5}};
-    for (const auto& c : cases) {
-        const ValueRange range = RangeFromWords(c.minimum, c.maximum, c.standard);
-        EXPECT_EQ(range.Text(), c.text);
-        EXPECT_EQ(range.standard, c.expected_default);
-        EXPECT_TRUE(range.Contains(range.minimum));
-        EXPECT_TRUE(range.Contains(range.maximum));
-        EXPECT_FALSE(range.Contains(range.minimum - 1));
-        EXPECT_FALSE(range.Contains(range.maximum + 1));
+    const std::tuple<int, int, int, const char*> cases[] = {
+        {0, 1023, 5, "0..1023"}, {-1000, 1000, -7, "-1000..1000"}, {0, -1, 8, "0..4294967295"}, {5, 5, 5, "5..5"}};
+    for (const auto& [minimum, maximum, standard, text] : cases) {
+        const ValueRange range = RangeFromWords(minimum, maximum, standard);
+        EXPECT_EQ(range.Text(), text);
+        EXPECT_EQ(range.standard, standard);
+        EXPECT_TRUE(range.Contains(range.minimum) && range.Contains(range.maximum)) << text;
+        EXPECT_FALSE(range.Contains(range.minimum - 1) || range.Contains(range.maximum + 1)) << text;
     }
     EXPECT_EQ(ValueRange{}.Text(), "unknown");
-}
-
-TEST(ValueRange, BoundsInAnotherUnitAreDrawnInwards) {
+    // Bounds in another unit are drawn inwards.
     EXPECT_EQ(ScaledRange(RangeFromWords(1, 2000000999, 10000), 1, 1000).Text(), "1..2000000");
     EXPECT_EQ(ScaledRange(RangeFromWords(20, 40, 20), 1000000, 1).Text(), "20000000..40000000");
 }

@@ -12,36 +12,25 @@ using testing::HasSubstr;
 using testing::Not;
 namespace fs = std::filesystem;
 
-// The cache files of these tests lie in a folder of their own where the system lets them.
 class ProgramCalibrate : public testing::Test {
   protected:
     ProgramCalibrate() {
         UseFastCameras("1", "1", "1");
-        zel::platform::SetEnvironment("ZEL_SIM_SIZE", "192x160");
-        zel::platform::SetEnvironment("XDG_DATA_HOME", m_Folder.Path().string().c_str());
-        RemoveCacheFiles();
-    }
-    ~ProgramCalibrate() override {
-        RemoveCacheFiles();
-        zel::platform::SetEnvironment("XDG_DATA_HOME", "");
-        zel::platform::SetEnvironment("ZEL_SIM_SCENE", "");
+        Simulate("SIZE", "192x160");
     }
 
-    std::string File(const std::string& name) const { return "\"" + m_Folder / name + "\""; }
-    std::string Export(const char* camera) const {
-        const ToolResult result = RunTool(std::string("calibrate export -p m -c ") + camera + " -o " + File(camera));
-        EXPECT_EQ(result.exit_code, 0) << result.err;
+    std::string File(const std::string& name) const { return m_Folder.Quoted(name); }
+    std::string Export(const std::string& camera) const {
+        JsonOf("calibrate export -p m -c " + camera + " -o" + File(camera));
         return m_Folder / camera;
     }
 
-    TemporaryFolder m_Folder;
+    CacheFolder m_Folder;
 };
 
 TEST_F(ProgramCalibrate, ShowPrintsTheTablesAndDrawsThem) {
     for (const auto& [camera, taps, rows] : {std::tuple{"0", 4u, 32u}, std::tuple{"1", 2u, 24u}}) {
-        const ToolResult result = RunTool(std::string("calibrate show --json -c ") + camera + " -o " + File("plots"));
-        ASSERT_EQ(result.exit_code, 0) << result.err;
-        const auto json = result.Json();
+        const auto json = JsonOf(std::string("calibrate show -c ") + camera + " -o" + File("plots"));
         ASSERT_EQ(json.size(), 2u);
         EXPECT_EQ(json[0]["taps"], taps);
         ASSERT_EQ(json[0]["rows"].size(), rows);
@@ -57,22 +46,23 @@ TEST_F(ProgramCalibrate, ShowPrintsTheTablesAndDrawsThem) {
 }
 
 TEST_F(ProgramCalibrate, CheckComparesCameraAndCacheFile) {
-    const auto empty = RunTool("calibrate check --json");
-    EXPECT_EQ(empty.exit_code, 0) << empty.err;
-    EXPECT_EQ(empty.Json()[0]["camera_digest"], empty.Json()[0]["camera_data"]);
-    EXPECT_EQ(RunTool("info --json").Json()["calibration"]["source"], "flash");
+    const auto empty = JsonOf("calibrate check")[0];
+    EXPECT_EQ(empty["camera_digest"], empty["camera_data"]);
+    EXPECT_EQ(JsonOf("info")["calibration"]["source"], "flash");
     EXPECT_THAT(RunTool("info -c 2").out, HasSubstr("none: its flash memory holds no tables, and "));
 
-    const auto first = RunTool("calibrate download --again --json");
-    ASSERT_EQ(first.exit_code, 0) << first.err;
-    EXPECT_EQ(first.Json()["downloaded"], true);
-    ASSERT_EQ(first.Json()["cache_files"].size(), 2u);
-    EXPECT_EQ(RunTool("calibrate download --json").Json()["downloaded"], false);
+    // Bad rows and a garbled number are read again.
+    Simulate("FAULTS", "fault 0 bad-gain after=7; fault 0 nan-gain after=40; fault 0 garble text=tb_r after=25");
+    const auto first = JsonOf("calibrate download --again");
+    Simulate("FAULTS", "");
+    EXPECT_EQ(first["downloaded"], true);
+    ASSERT_EQ(first["cache_files"].size(), 2u);
+    EXPECT_EQ(JsonOf("calibrate download")["downloaded"], false);
     EXPECT_THAT(RunTool("calibrate check").out, Not(HasSubstr("DIFFERENT")));
-    EXPECT_EQ(RunTool("calibrate check --json").Json()[0]["cache_good"], true);
-    EXPECT_EQ(RunTool("info --json").Json()["calibration"]["source"], "cache");
+    for (const auto& table : JsonOf("calibrate check")) EXPECT_EQ(table["cache_digest"], table["camera_data"]);
+    EXPECT_EQ(JsonOf("info")["calibration"]["source"], "cache");
 
-    const std::string cache = first.Json()["cache_files"][0].get<std::string>();
+    const std::string cache = first["cache_files"][0];
     std::string text = FileText(cache);
     text[text.find("0.9")] = '1';
     std::ofstream(cache, std::ios::binary) << text;
@@ -81,8 +71,8 @@ TEST_F(ProgramCalibrate, CheckComparesCameraAndCacheFile) {
     EXPECT_THAT(changed.out, HasSubstr("DIFFERENT"));
     EXPECT_THAT(changed.err, HasSubstr("not as its digests say: 20MHz; "));
     // A cache file that does not agree with the camera is replaced.
-    EXPECT_EQ(RunTool("calibrate download --json").Json()["downloaded"], true);
-    EXPECT_EQ(RunTool("calibrate check").exit_code, 0);
+    EXPECT_EQ(JsonOf("calibrate download")["downloaded"], true);
+    JsonOf("calibrate check");
 
     // A folder in its place can't be replaced.
     fs::remove(cache);
@@ -91,13 +81,12 @@ TEST_F(ProgramCalibrate, CheckComparesCameraAndCacheFile) {
 }
 
 TEST_F(ProgramCalibrate, ExportedFilesImportAsTheSame) {
-    for (const char* camera : {"0", "1"}) {
-        const std::string folder = Export(camera);
-        const ToolResult result = RunTool("calibrate import --json -c " + std::string(camera) + " \"" + folder +
-                                          "/m_20MHz.txt\" \"" + folder + "/m_40MHz.txt\"");
-        ASSERT_EQ(result.exit_code, 0) << result.err;
-        ASSERT_EQ(result.Json().size(), 2u);
-        for (const auto& table : result.Json()) EXPECT_EQ(table["same_as_camera"], true);
+    for (const std::string camera : {"0", "1"}) {
+        Export(camera);
+        const auto json =
+            JsonOf("calibrate import -c " + camera + File(camera + "/m_20MHz.txt") + File(camera + "/m_40MHz.txt"));
+        ASSERT_EQ(json.size(), 2u);
+        for (const auto& table : json) EXPECT_EQ(table["same_as_camera"], true);
     }
     const ToolResult other = RunTool("calibrate import -c 1 " + File("0/m_20MHz.txt"));
     EXPECT_EQ(other.exit_code, 0) << other.err;
@@ -106,86 +95,65 @@ TEST_F(ProgramCalibrate, ExportedFilesImportAsTheSame) {
 
 // The write reaches another process' camera: what it reads back is compared there.
 TEST_F(ProgramCalibrate, WriteStoresBothTablesAfterAYes) {
-    const std::string file = Export("0") + "/m_20MHz.txt";
-    std::string text = FileText(file);
-    const std::size_t gain = text.find("0.97");
-    ASSERT_NE(gain, std::string::npos);
-    text.replace(gain, 4, "0.95");
-    std::ofstream(file, std::ios::binary) << text;
+    const std::string path = Export("0") + "/m_20MHz.txt", file = File("0/m_20MHz.txt");
+    std::string text = FileText(path);
+    text.replace(text.find("0.97"), 4, "0.95");
+    std::ofstream(path, std::ios::binary) << text;
 
     std::ofstream(m_Folder / "answer") << "no\n";
-    const ToolResult no = RunTool("calibrate write \"" + file + "\" --backup " + File("no") + " <" + File("answer"));
+    const ToolResult no = RunTool("calibrate write" + file + "--backup" + File("no") + "<" + File("answer"));
     EXPECT_EQ(no.exit_code, 1);
     EXPECT_THAT(no.err, HasSubstr("nothing was written"));
     EXPECT_FALSE(fs::exists(m_Folder / "no"));
 
-    const ToolResult yes = RunTool("calibrate write --json --yes \"" + file + "\" --backup " + File("before"));
-    ASSERT_EQ(yes.exit_code, 0) << yes.err;
-    const auto json = yes.Json();
-    const auto shown = RunTool("calibrate show --no-plot --json \"" + file + "\"").Json();
-    EXPECT_EQ(json["tables"][0]["digest"], shown[0]["digest"]);
+    const auto json = JsonOf("calibrate write --yes" + file + "--backup" + File("before"));
+    EXPECT_EQ(json["tables"][0]["digest"], JsonOf("calibrate show --no-plot" + file)[0]["digest"]);
     ASSERT_EQ(json["backup"].size(), 2u);
-    const auto before = RunTool("calibrate import --json \"" + json["backup"][0].get<std::string>() + "\"").Json();
+    const auto before = JsonOf("calibrate import \"" + json["backup"][0].get<std::string>() + "\"");
     EXPECT_EQ(before[0]["same_as_camera"], true);  // a new process has a new camera
     std::ofstream(m_Folder / "answer") << "yes\n";
-    EXPECT_EQ(RunTool("calibrate write \"" + file + "\" --backup " + File("b") + " <" + File("answer")).exit_code, 0);
+    EXPECT_EQ(RunTool("calibrate write" + file + "--backup" + File("b") + "<" + File("answer")).exit_code, 0);
 }
 
 TEST_F(ProgramCalibrate, SeamsAreThereWithoutTheCorrectionAndGoneWithIt) {
     ASSERT_EQ(lodepng::encode(m_Folder / "even.png", std::vector<unsigned char>{200}, 1, 1, LCT_GREY, 8), 0u);
-    zel::platform::SetEnvironment("ZEL_SIM_SCENE", (m_Folder / "even.png").c_str());
-    const struct {
-        const char* arguments;
-        std::size_t seams;
-        double floor;  // of an uncorrected step, as a part of the level
-    } cases[] = {
+    Simulate("SCENE", m_Folder / "even.png");
+    // Arguments, seams, and the least part of the level that an uncorrected step is.
+    const std::tuple<std::string, std::size_t, double> cases[] = {
         {"-c 0 -e 3000", 4, 0.005},        {"-c 0 -e 20000 --set READOUT_SPEED_INDEX=1", 4, 0.005},
         {"-c 0 -e 2000 -g 431", 4, 0.005}, {"-c 0 -e 20000 --set TAPS_INDEX=1", 1, 0.01},
         {"-c 1 -e 20000", 1, 0.01},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.arguments);
-        const ToolResult result = RunTool(std::string("calibrate seams --json -n 16 ") + c.arguments);
-        ASSERT_EQ(result.exit_code, 0) << result.err;
-        const auto json = result.Json();
+    for (const auto& [arguments, seams, floor] : cases) {
+        const auto json = JsonOf("calibrate seams -n 16 " + arguments);
         ASSERT_EQ(json.size(), 2u);
-        ASSERT_EQ(json[0]["seams"].size(), c.seams);
-        EXPECT_EQ(json[1]["even"], true) << result.err;
-        for (std::size_t i = 0; i < c.seams; ++i) {
-            const auto step = [&](std::size_t corrected) {
-                return std::fabs(json[corrected]["seams"][i]["step"].get<double>());
-            };
-            EXPECT_GT(step(0), c.floor * json[0]["level"].get<double>()) << json[0]["seams"][i];
+        ASSERT_EQ(json[0]["seams"].size(), seams) << arguments;
+        EXPECT_EQ(json[1]["even"], true) << arguments;
+        for (std::size_t i = 0; i < seams; ++i) {
+            const auto &before = json[0]["seams"][i], &after = json[1]["seams"][i];
+            EXPECT_GT(std::fabs(before.value("step", 0.0)), floor * json[0].value("level", 0.0)) << arguments << before;
             // What noise leaves, and half a count of the rounding in the lookup tables.
-            EXPECT_LT(step(1), 1.0 + 5.0 * json[1]["seams"][i]["error"].get<double>()) << json[1]["seams"][i];
+            EXPECT_LT(std::fabs(after.value("step", 9.9)), 1.0 + 5.0 * after.value("error", 0.0)) << arguments << after;
         }
     }
-}
-
-TEST_F(ProgramCalibrate, AnUnevenSceneIsToldOf) {
+    Simulate("SCENE", "");
     const ToolResult result = RunTool("calibrate seams --json -n 2");
     EXPECT_EQ(result.Json()[1]["even"], false) << result.out;
     EXPECT_THAT(result.err, HasSubstr("warning: the scene is not even"));
 }
 
 TEST_F(ProgramCalibrate, WrongCallsAreOneLineAndAnExitCode) {
-    std::ofstream(m_Folder / "bad_20MHz.txt") << "4 2\n0 1 1 0 0\n";
     Export("0");
     Export("1");
-    const struct {
-        std::string arguments;
-        FailureKind kind;
-        const char* line;
-    } cases[] = {
-        {"calibrate import " + File("bad_20MHz.txt"), kFailed, "line 2: it ends too early"},
-        {"calibrate import " + File("nothing_20MHz.txt"), kFailed, "can't be read"},
-        {"calibrate import " + File("0/m_20MHz.txt") + " " + File("1/m_20MHz.txt"), kUsage, "two files for one table"},
-        {"calibrate write --yes " + File("1/m_20MHz.txt"), kFailed, "different numbers of taps"},
-        {"calibrate write --yes -c 2 " + File("1/m_20MHz.txt"), kFailed, "no file for the 40MHz table"},
+    const std::tuple<std::string, FailureKind, const char*> cases[] = {
+        {"calibrate import" + File("nothing_20MHz.txt"), kFailed, "can't be read"},
+        {"calibrate import" + File("0/m_20MHz.txt") + File("1/m_20MHz.txt"), kUsage, "two files for one table"},
+        {"calibrate write --yes" + File("1/m_20MHz.txt"), kFailed, "different numbers of taps"},
+        {"calibrate write --yes -c 2" + File("1/m_20MHz.txt"), kFailed, "no file for the 40MHz table"},
         {"calibrate seams -c 2", kRefused, "no seams"},
         {"calibrate download -c 2", kFailed, "no calibration that can be used"},
     };
-    for (const auto& c : cases) FailureOfTool(c.arguments, c.kind, c.line);
+    for (const auto& [arguments, kind, line] : cases) FailureOfTool(arguments, kind, line);
 }
 
 }  // namespace zelcam

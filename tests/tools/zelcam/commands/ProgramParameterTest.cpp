@@ -13,30 +13,26 @@ class ProgramParameter : public testing::Test {
 };
 
 TEST_F(ProgramParameter, ParamsShowsEveryOne) {
-    const ToolResult result = RunTool("params --json");
-    ASSERT_EQ(result.exit_code, 0) << result.err;
-    const auto json = result.Json();
+    const auto json = JsonOf("params");
     ASSERT_EQ(json.size(), 79u);
-    const std::tuple<std::size_t, const char*, nlohmann::json> cases[] = {{58, "name", "EXPOSURE_TIME_US"},
-                                                                          {58, "value", 10000},
-                                                                          {58, "unit", "us"},
-                                                                          {58, "access", "rw"},
-                                                                          {13, "access", "ro"},
-                                                                          {62, "access", "wo"},
-                                                                          {21, "minimum", 0},
-                                                                          {21, "maximum", 1023},
-                                                                          {21, "default", 0},
-                                                                          {6, "type", "text"},
-                                                                          {23, "available", false}};
-    for (const auto& [row, member, value] : cases) EXPECT_EQ(json[row][member], value) << row << member;
+    const std::pair<std::size_t, nlohmann::json> cases[] = {
+        {58, {{"name", "EXPOSURE_TIME_US"}, {"value", 10000}, {"unit", "us"}, {"access", "rw"}}},
+        {13, {{"access", "ro"}}},
+        {62, {{"access", "wo"}}},
+        {21, {{"minimum", 0}, {"maximum", 1023}, {"default", 0}}},
+        {6, {{"type", "text"}}},
+        {23, {{"available", false}}}};
+    for (const auto& [row, members] : cases) {
+        for (const auto& [name, value] : members.items()) EXPECT_EQ(json[row][name], value) << row << name;
+    }
     EXPECT_THAT(RunTool("params").out, HasSubstr("0..1023"));
 }
 
 TEST_F(ProgramParameter, GetPrintsValuesWithUnits) {
     const ToolResult text = RunTool("get exposure-time-us HSIZE 14");
     EXPECT_THAT(text.out, HasSubstr("EXPOSURE_TIME_US = 10000 us\nHSIZE = 64 px\n"));
-    EXPECT_EQ(RunTool("get HSIZE VSIZE --json").Json(), (nlohmann::json{{"HSIZE", 64}, {"VSIZE", 48}}));
-    EXPECT_EQ(RunTool("get HW_SER_NUM --json").Json()["HW_SER_NUM"], RunTool("list --json").Json()[0]["serial"]);
+    EXPECT_EQ(JsonOf("get HSIZE VSIZE"), (nlohmann::json{{"HSIZE", 64}, {"VSIZE", 48}}));
+    EXPECT_EQ(JsonOf("get HW_SER_NUM")["HW_SER_NUM"], JsonOf("list")[0]["serial"]);
 }
 
 TEST_F(ProgramParameter, SetPrintsRequestedAndActual) {
@@ -53,38 +49,29 @@ TEST_F(ProgramParameter, SetPrintsRequestedAndActual) {
 }
 
 TEST_F(ProgramParameter, WritesAreReadBack) {
-    const nlohmann::json none;
-    const struct {
-        const char* assignment;
-        nlohmann::json actual;
-        const char* reason;  // of a refusal
-    } cases[] = {
-        {"EXPOSURE_TIME_US=12345", 12345, nullptr},
+    // What is written, what it then reads, and why it was refused.
+    const std::tuple<const char*, nlohmann::json, const char*> cases[] = {
+        {"EXPOSURE_TIME_US=12345", 12345, ""},
         {"EXPOSURE_TIME_US=0", 12345, "out of range"},
-        {"VGA_GAIN=5", 5, nullptr},
-        {"NUM_IMAGE_BUFFERS=3", 3, nullptr},
-        {"ROI_BIN=2,4,32,16,2,2",
-         {{"x", 2}, {"y", 4}, {"width", 32}, {"height", 16}, {"xbin", 2}, {"ybin", 2}},
-         nullptr},
-        {"\"GLOBAL_CAMERA_NAME=left eye\"", "left eye", nullptr},
+        {"VGA_GAIN=5", 5, ""},
+        {"NUM_IMAGE_BUFFERS=3", 3, ""},
+        {"ROI_BIN=2,4,32,16,2,2", nlohmann::json::parse(R"({"x":2,"y":4,"width":32,"height":16,"xbin":2,"ybin":2})"),
+         ""},
+        {"\"GLOBAL_CAMERA_NAME=left eye\"", "left eye", ""},
         {"HSIZE=10", 64, "it is read-only"},
         {"EXPOSURE_UNIT=2", 0, "refused or changed"},
-        {"TEMPERATURE=-5", none, "read-only"},
-        {"PIXEL_OFFSET=1", none, "does not offer it"},
-        {"COLOR_FILTER_PHASE=1", none, "read-only"},
+        {"PIXEL_OFFSET=1", {}, "does not offer it"},
+        {"COLOR_FILTER_PHASE=1", 0, "read-only"},
     };
     std::string arguments = "set";
-    for (const auto& c : cases) arguments += std::string(" ") + c.assignment;
+    for (const auto& row : cases) arguments += std::string(" ") + std::get<0>(row);
     const auto json = FailureOfTool(arguments, kRefused, ", HSIZE (it is read-only), ")["result"];
     ASSERT_EQ(json.size(), std::size(cases));
     for (std::size_t i = 0; i < std::size(cases); ++i) {
-        EXPECT_EQ(json[i]["accepted"], cases[i].reason == nullptr) << json[i];
-        if (cases[i].reason) {
-            EXPECT_THAT(json[i]["reason"].get<std::string>(), HasSubstr(cases[i].reason));
-        }
-        if (!cases[i].actual.is_null()) {
-            EXPECT_EQ(json[i]["actual"], cases[i].actual) << json[i];
-        }
+        const auto& [assignment, actual, reason] = cases[i];
+        EXPECT_EQ(json[i]["accepted"], !*reason) << json[i];
+        EXPECT_THAT(json[i].value("reason", ""), HasSubstr(reason));
+        EXPECT_EQ(json[i].value("actual", nlohmann::json()), actual) << json[i];
     }
 }
 

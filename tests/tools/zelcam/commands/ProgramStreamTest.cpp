@@ -15,8 +15,7 @@ class ProgramStream : public testing::Test {
 
 TEST_F(ProgramStream, SummaryAddsUp) {
     for (const std::string mode : {"every", "newest"}) {
-        const auto json = RunTool("stream --json --frames 200 --mode " + mode).Json();
-        ASSERT_TRUE(json.is_object()) << mode;
+        const auto json = JsonOf("stream --frames 200 --mode " + mode);
         EXPECT_EQ(json["frames"], 200);
         EXPECT_EQ(json["mode"], mode);
         const double seconds = json["seconds"];
@@ -37,14 +36,13 @@ TEST_F(ProgramStream, EndsAfterItsSeconds) {
 TEST_F(ProgramStream, SignalsEndARunWithItsSummary) {
     if (std::filesystem::path::preferred_separator != '/') GTEST_SKIP() << "this system has no signals";
     const TemporaryFolder folder;
-    const std::string out = "\"" + folder / "out" + "\"";
     for (const auto& [signal, exit_code] : {std::pair{"INT", 130}, {"TERM", 143}, {"HUP", 129}}) {
-        std::filesystem::remove(folder / "out");
-        const ToolResult result = RunCommand("{ ./zelcam stream --seconds 600 --gain 1 >" + out + " & until [ -s " +
-                                             out + " ]; do :; done; kill -" + signal + " $!; wait $!; }");
+        const std::string out = folder.Quoted(signal);
+        const ToolResult result = RunCommand("{ ./zelcam stream --seconds 600 --gain 1 >" + out + "& until [ -s" + out +
+                                             "]; do :; done; kill -" + signal + " $!; wait $!; }");
         EXPECT_EQ(result.exit_code, exit_code) << signal;
         EXPECT_THAT(result.err, HasSubstr("zelcam: interrupted: ")) << signal;
-        EXPECT_THAT(FileText(folder / "out"), HasSubstr(", ended by the user\nlatency, ")) << signal;
+        EXPECT_THAT(FileText(folder / signal), HasSubstr(", ended by the user\nlatency, ")) << signal;
     }
 }
 

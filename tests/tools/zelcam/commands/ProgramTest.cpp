@@ -15,18 +15,15 @@ TEST(Program, ListAndInfoTellOfEveryCameraOfEveryLink) {
     const ToolResult text = RunTool("list");
     EXPECT_EQ(text.exit_code, 0) << text.err;
     EXPECT_EQ(std::count(text.out.begin(), text.out.end(), '\n'), 5) << text.out;
-    const auto cameras = RunTool("list --json").Json();
+    const auto cameras = JsonOf("list");
     ASSERT_EQ(cameras.size(), 4u);
     for (std::size_t i = 0; i < cameras.size(); ++i) {
         EXPECT_EQ(cameras[i]["number"], i);
-        const std::string serial = cameras[i]["serial"].get<std::string>();
+        const std::string serial = cameras[i]["serial"];
         EXPECT_THAT(text.out, HasSubstr(serial));
-        const auto info = RunTool("info --json -c " + serial).Json();
-        ASSERT_TRUE(info.is_object()) << serial;
-        EXPECT_EQ(info["number"], i);
-        EXPECT_EQ(info["width"], 64);
-        EXPECT_EQ(info["height"], 48);
-        EXPECT_EQ(info["exposure_us"], 10000);
+        const auto info = JsonOf("info -c " + serial);
+        const nlohmann::json expected{{"number", i}, {"width", 64}, {"height", 48}, {"exposure_us", 10000}};
+        for (const auto& [key, value] : expected.items()) EXPECT_EQ(info[key], value) << serial << key;
         EXPECT_NE(info["model"], "");
     }
     EXPECT_THAT(RunTool("info").out, HasSubstr("sensor width"));
@@ -34,15 +31,14 @@ TEST(Program, ListAndInfoTellOfEveryCameraOfEveryLink) {
 
 TEST(Program, ListWithoutCamerasIsAnAnswer) {
     UseFastCameras("0", "0", "0");
-    EXPECT_EQ(RunTool("list").out.substr(0, 10), "no cameras");
-    EXPECT_EQ(RunTool("list --json").Json(), nlohmann::json::array());
+    EXPECT_THAT(RunTool("list").out, StartsWith("no cameras"));
+    EXPECT_EQ(JsonOf("list"), nlohmann::json::array());
     FailureOfTool("info", kNoCamera, "zelcam: no camera found: ");
 }
 
 TEST(Program, VersionNamesToolSdkAndLibraries) {
     UseFastCameras("1", "1", "2");
-    const auto json = RunTool("version --json").Json();
-    ASSERT_TRUE(json.is_object());
+    const auto json = JsonOf("version");
     ASSERT_EQ(json["libraries"].size(), 4u);
     const ToolResult text = RunTool("version");
     EXPECT_THAT(text.out, HasSubstr("zel_sdk.dll         - 3.6.0.0."));
@@ -54,8 +50,7 @@ TEST(Program, VersionNamesToolSdkAndLibraries) {
 TEST(Program, TextPrintsTheReply) {
     UseFastCameras();
     EXPECT_EQ(RunTool("text name left eye").exit_code, 0);
-    const auto json = RunTool("text info --json").Json();
-    ASSERT_TRUE(json.is_object());
+    const auto json = JsonOf("text info");
     EXPECT_EQ(json["command"], "info");
     EXPECT_THAT(json["reply"].get<std::string>(), HasSubstr("Sensor: 64x48"));
 }
@@ -76,11 +71,7 @@ TEST(Program, HelpIsThereForEveryCommand) {
 
 TEST(Program, FailuresAreOneLineACodeAndAnExitCode) {
     UseFastCameras("1", "1", "2");
-    const struct {
-        const char* arguments;
-        FailureKind kind;
-        const char* line;
-    } cases[] = {
+    const std::tuple<const char*, FailureKind, const char*> cases[] = {
         {"", kUsage, "subcommand is required; see 'zelcam --help'"},
         {"snap", kUsage, "no command 'snap'"},
         {"captrue", kUsage, "did you mean capture?"},
@@ -90,7 +81,6 @@ TEST(Program, FailuresAreOneLineACodeAndAnExitCode) {
         {"capture --frames 0", kUsage, "--frames"},
         {"capture --buffers 0", kUsage, "no frame could come"},
         {"capture --timeout nan", kUsage, "'nan' is no number of seconds from 0.001 to 86400"},
-        {"stream --seconds inf", kUsage, "'inf' is no number of seconds"},
         {"capture --format gif", kUsage, "gif"},
         {"capture --format 8", kUsage, "it is for color pictures"},
         {"capture -c 2 --color --format tiff", kUsage, "choose 16, 8 or rgba8"},
@@ -114,7 +104,7 @@ TEST(Program, FailuresAreOneLineACodeAndAnExitCode) {
         {"set GAIN", kUsage, "NAME=VALUE"},
         {"set GAIN lots", kUsage, "not a whole number"},
     };
-    for (const auto& c : cases) FailureOfTool(c.arguments, c.kind, c.line);
+    for (const auto& [arguments, kind, line] : cases) FailureOfTool(arguments, kind, line);
     const ToolResult text = RunTool("info -c 9");
     EXPECT_EQ(text.exit_code, kNoCamera.exit_code);
     EXPECT_EQ(text.out, "") << "without --json the line is all";
@@ -124,10 +114,10 @@ TEST(Program, OutputThatDoesNotArriveIsAFailure) {
     if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "this system has no file that is always full";
     UseFastCameras();
     const TemporaryFolder folder;
-    const std::string capture = "capture --out \"" + folder.Path().generic_string() + "\"";
-    for (const std::string arguments :
-         {"--help", "--version", "list", "list --json", "info", "params", "get GAIN", "set GAIN=1", "text info",
-          "stream -n 2 --json", "watch -s 0.1", "trigger", "version", "calibrate show --no-plot", capture.c_str()}) {
+    for (const std::string& arguments :
+         std::vector<std::string>{"--help", "--version", "list", "list --json", "info", "params", "get GAIN",
+                                  "set GAIN=1", "text info", "stream -n 2 --json", "watch -s 0.1", "trigger", "version",
+                                  "calibrate show --no-plot", "capture --out" + folder.Quoted("")}) {
         const ToolResult result = RunProgram("zelcam", arguments, "/dev/full");
         EXPECT_EQ(result.exit_code, kOutput.exit_code) << arguments;
         EXPECT_THAT(result.err, StartsWith("zelcam: the standard output can't be written: ")) << arguments;

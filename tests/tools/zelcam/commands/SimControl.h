@@ -10,14 +10,19 @@
 
 namespace zelcam {
 
-// Small, unpaced cameras. Must run before the SDK looks for cameras.
+// A setting of the cameras that are simulated from now on.
+inline void Simulate(const std::string& name, const std::string& value) {
+    zel::platform::SetEnvironment(("ZEL_SIM_" + name).c_str(), value.c_str());
+}
+
+// Small, unpaced cameras, every other setting at its default. Must run before the SDK looks for cameras.
 inline void UseFastCameras(const char* camera_link = "1", const char* ebus = "0", const char* usb = "0") {
-    using zel::platform::SetEnvironment;
-    SetEnvironment("ZEL_SIM_CL_CAMERAS", camera_link);
-    SetEnvironment("ZEL_SIM_EBUS_CAMERAS", ebus);
-    SetEnvironment("ZEL_SIM_USB_CAMERAS", usb);
-    SetEnvironment("ZEL_SIM_SIZE", "64x48");
-    SetEnvironment("ZEL_SIM_PACE", "none");
+    for (const char* name : {"CFA_PHASE", "COLOR_SPACE", "FAULTS", "FILL", "SCENE", "SEED", "TAPS"}) Simulate(name, "");
+    Simulate("CL_CAMERAS", camera_link);
+    Simulate("EBUS_CAMERAS", ebus);
+    Simulate("USB_CAMERAS", usb);
+    Simulate("SIZE", "64x48");
+    Simulate("PACE", "none");
 }
 
 // Gives the Camera Link plug-in a command; true when it was carried out. The plug-in is loaded already, by the SDK.

@@ -11,14 +11,11 @@
 
 namespace zelcam {
 
-TEST(TextTools, TablesLineUpAndEndWithoutBlanks) {
+TEST(TextTools, TablesLineUpAndOneIsNotCountedInThePlural) {
     EXPECT_EQ(FormatTable({{"a", "name", "x"}, {"100", "b", ""}, {"", "", "y"}}),
               "a    name  x\n"
               "100  b\n"
               "           y\n");
-}
-
-TEST(TextTools, OneIsNotCountedInThePlural) {
     EXPECT_EQ(Counted(1, "frame") + ", " + Counted(0, "frame") + ", " + Counted(2, "frame"),
               "1 frame, 0 frames, 2 frames");
 }
@@ -33,14 +30,12 @@ TEST(Json, ReplacesBytesThatAreNotUtf8AndKeepsTheOrder) {
     EXPECT_EQ(JsonText(Json{{"z", "a\xFFz"}, {"a", 1}}, -1), "{\"z\":\"a\xEF\xBF\xBDz\",\"a\":1}");
 }
 
-TEST(Progress, BarFillsUpAndNeverOverflows) {
+TEST(Progress, BarFillsUpAndLinesShowAsFarAsTheyAreKnown) {
     EXPECT_EQ(BarText(0, 10, 10), "[..........]");
     EXPECT_EQ(BarText(5, 10, 10), "[#####.....]");
     EXPECT_EQ(BarText(12, 10, 10), "[##########]");
     EXPECT_EQ(BarText(3, 0, 4), "[....]");
-}
 
-TEST(ProgressBar, ShowsLinesAndBarAsFarAsTheyAreKnown) {
     EXPECT_EQ(ProgressText("Stopping camera...", "", -1), "Stopping camera...");
     EXPECT_EQ(ProgressText("Loading", "row 3", 42), "Loading, row 3 [########............] 42 %");
     EXPECT_EQ(ProgressText("", "", 100), "[####################] 100 %");

@@ -46,6 +46,14 @@ TEST_F(AcquisitionSystemTest, GarbageAndHalfRepliesAreReadAgain) {
     }
 }
 
+TEST_F(AcquisitionSystemTest, LostFramesAreCountedByTheirCause) {
+    ZelCamera* camera = Opened(kMono);
+    m_Usb("fault 1 lose after=2 times=3");
+    camera->SetParameterValue(ZEL_PARAM_FRAME_COUNT, 10);
+    EXPECT_TRUE(camera->Start() && m_Frames.WaitFor(7));
+    EXPECT_EQ(camera->GetParameterValue(ZEL_PARAM_DROPPED_FRAMES), 3);
+}
+
 TEST_F(AcquisitionSystemTest, DisconnectAndReconnectReachTheApplication) {
     ZelCamera* camera = Opened(kMono);
     // The events come on this thread, out of the two commands.

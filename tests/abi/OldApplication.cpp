@@ -8,17 +8,12 @@
 
 namespace {
 
-using CreateFunction = ZelSDK*(ZEL_CALL*)();
-using DestroyFunction = void(ZEL_CALL*)(ZelSDK*);
-using SetCallbackFunction = int(ZEL_CALL*)(ZelCameraConnectCallback, void*);
-using VersionFunction = char*(ZEL_CALL*)();
-
+// With the conventions that the header declares.
 struct EntryPoints {
-    CreateFunction create;
-    DestroyFunction destroy;
-    SetCallbackFunction set_callback;
-    VersionFunction version;
-    VersionFunction decorated_version;
+    decltype(&zel_create_sdk) create;
+    decltype(&zel_destroy_sdk) destroy;
+    decltype(&zel_set_camera_connect_callback) set_callback;
+    decltype(&get_version_str) version, decorated_version;
 };
 
 void ZEL_CALL Ignore(int, int, const char*, const char*, const char*, void*) {}
@@ -27,20 +22,17 @@ bool FindEntryPoints(EntryPoints& entry) {
     void* library = LoadLibraryA("zel_sdk.dll");
     Check("zel_sdk.dll is found", library != nullptr);
     if (!library) return false;
-    entry.create = reinterpret_cast<CreateFunction>(GetProcAddress(library, "zel_create_sdk"));
-    entry.destroy = reinterpret_cast<DestroyFunction>(GetProcAddress(library, "zel_destroy_sdk"));
-    entry.set_callback =
-        reinterpret_cast<SetCallbackFunction>(GetProcAddress(library, "zel_set_camera_connect_callback"));
-    entry.version = reinterpret_cast<VersionFunction>(GetProcAddress(library, "get_version_str"));
-    entry.decorated_version = reinterpret_cast<VersionFunction>(GetProcAddress(library, "?get_version_str@@YAPADXZ"));
+    const auto find = [&](auto& function, const char* name) {
+        function = reinterpret_cast<decltype(+function)>(GetProcAddress(library, name));
+    };
+    find(entry.create, "zel_create_sdk");
+    find(entry.destroy, "zel_destroy_sdk");
+    find(entry.set_callback, "zel_set_camera_connect_callback");
+    find(entry.version, "get_version_str");
+    find(entry.decorated_version, "?get_version_str@@YAPADXZ");
     const bool all = entry.create && entry.destroy && entry.set_callback && entry.version && entry.decorated_version;
     Check("five entry points", all);
     return all;
-}
-
-void CheckVersions(const EntryPoints& entry) {
-    CheckTextStart("version text", entry.version(), "zel_sdk.dll         - 3.6.0.0.");
-    CheckTextStart("build version", entry.decorated_version(), "zel_sdk.dll version 0.000003");
 }
 
 void CheckUtil(ZelSDK* sdk) {
@@ -73,10 +65,9 @@ void CheckTexts(ZelSDK* sdk, int number) {
 }
 
 void CheckClosedCamera(ZelCamera* camera) {
-    int open = 77;
-    Check("IsOpen, slot 3", Slot<bool, int*>(camera, 3, &open) && open == 0);
-    open = 77;
-    Check("IsOpen", camera->IsOpen(&open) && open == 0 && !camera->IsOpen(nullptr));
+    int by_slot = 77, by_name = 77;
+    Check("IsOpen, slot 3", Slot<bool, int*>(camera, 3, &by_slot) && by_slot == 0);
+    Check("IsOpen", camera->IsOpen(&by_name) && by_name == 0 && !camera->IsOpen(nullptr));
     Check("GetDataTypeSize, slot 6", Slot<int, int>(camera, 6, 5) == 8 && camera->GetDataTypeSize(3) == 4);
     Check("GetParameterValue, slot 8", Slot<int, unsigned>(camera, 8, 74u) == 0);
     Check("reserved slots 19, 20, 27",
@@ -117,7 +108,6 @@ void CheckSdk(const EntryPoints& entry, ZelSDK* sdk) {
 
     const int cameras = sdk->GetNumberOfCameras();
     Check("GetNumberOfCameras, slot 3", cameras >= 0 && cameras <= 8 && Slot<int>(sdk, 3) == cameras);
-    PrintNumber("cameras", cameras);
     Check("GetCamera(8)", sdk->GetCamera(8) == nullptr);
     for (int number = 0; number < cameras; ++number) {
         ZelCamera* camera = sdk->GetCamera(number);
@@ -135,17 +125,15 @@ void CheckSdk(const EntryPoints& entry, ZelSDK* sdk) {
 extern "C" void start() {
     EntryPoints entry;
     if (FindEntryPoints(entry)) {
-        CheckVersions(entry);
+        CheckTextStart("version text", entry.version(), "zel_sdk.dll         - 3.6.0.0.");
+        CheckTextStart("build version", entry.decorated_version(), "zel_sdk.dll version 0.000003");
         ZelSDK* sdk = entry.create();
-        Check("zel_create_sdk", sdk != nullptr);
-        if (sdk) {
-            CheckSdk(entry, sdk);
-            entry.destroy(sdk);
+        CheckSdk(entry, sdk);
+        entry.destroy(sdk);
 
-            // The destructor's slot, as `delete sdk` would call it with the memory left alone.
-            sdk = entry.create();
-            Check("destructor, slot 15", Slot<void*, unsigned>(sdk, 15, 0u) == sdk);
-        }
+        // The destructor's slot, as `delete sdk` would call it with the memory left alone.
+        sdk = entry.create();
+        Check("destructor, slot 15", Slot<void*, unsigned>(sdk, 15, 0u) == sdk);
     }
     ExitProcess(static_cast<unsigned>(g_Failed));
 }

@@ -41,11 +41,4 @@ inline void CheckTextStart(const char* what, const char* text, const char* start
     Check(what, same);
 }
 
-// A number of one digit.
-inline void PrintNumber(const char* what, int number) {
-    const char text[] = {' ', static_cast<char>('0' + number), '\n', '\0'};
-    Print(what);
-    Print(text);
-}
-
 #endif

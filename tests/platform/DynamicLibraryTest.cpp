@@ -43,11 +43,11 @@ TEST(DynamicLibrary, KeepsTheFolderOfACanonicalName) {
 }
 
 TEST(DynamicLibrary, AnswersNullForWhatCannotBeLoaded) {
-    for (const char* name : {"platform_absent.dll", "no/such/folder/platform_probe.dll", "", "platform_absent"}) {
-        EXPECT_EQ(nullptr, LoadSharedLibrary(name)) << "name: " << name;
+    for (const char* name : {"platform_absent.dll", "no/such/folder/platform_probe.dll", "", "platform_absent",
+                             static_cast<const char*>(nullptr)}) {
+        EXPECT_EQ(nullptr, LoadSharedLibrary(name)) << "name: " << (name ? name : "null");
         DiscardLoadError();
     }
-    EXPECT_EQ(nullptr, LoadSharedLibrary(nullptr));
     EXPECT_EQ(nullptr, FindExport(nullptr, "probe_count_call"));
     UnloadSharedLibrary(nullptr);
 }

@@ -2,28 +2,24 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
 #include <thread>
 #include <vector>
 
 namespace zel::platform {
 namespace {
 
-template <class Work>
-bool OnAnotherThread(Work work) {
-    bool result = false;
-    std::thread([&] { result = work(); }).join();
-    return result;
-}
-
 TEST(TimedMutex, BelongsToItsHolderUntilItIsReleasedAsOftenAsItWasTaken) {
     TimedMutex mutex;
     ASSERT_TRUE(mutex.Valid());
-    const auto others_get_in = [&] { return OnAnotherThread([&] { return mutex.Lock(0) && mutex.Unlock(); }); };
+    const auto others_get_in = [&] {
+        return std::async(std::launch::async, [&] { return mutex.Lock(0) && mutex.Unlock(); }).get();
+    };
     EXPECT_FALSE(mutex.Unlock()) << "nobody holds it";
     EXPECT_TRUE(others_get_in());
     EXPECT_TRUE(mutex.Lock(0));
     EXPECT_TRUE(mutex.Lock(0));
-    EXPECT_FALSE(OnAnotherThread([&] { return mutex.Unlock(); })) << "held by another thread";
+    EXPECT_FALSE(std::async(std::launch::async, [&] { return mutex.Unlock(); }).get()) << "held by another thread";
     EXPECT_FALSE(others_get_in()) << "the refused release changed nothing";
     EXPECT_TRUE(mutex.Unlock());
     EXPECT_FALSE(others_get_in()) << "one of two holds is left";

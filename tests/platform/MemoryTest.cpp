@@ -9,9 +9,8 @@ namespace {
 
 TEST(Memory, RefusesWhatTheSystemDoesNotHave) {
     constexpr std::size_t kMost = std::numeric_limits<std::size_t>::max();
-    for (const std::size_t bytes : {std::size_t{0}, kMost, kMost - 4096, kMost / 2}) {
+    for (const std::size_t bytes : {std::size_t{0}, kMost, kMost - 4096, kMost / 2})
         EXPECT_EQ(nullptr, ReservePages(bytes)) << bytes;
-    }
     ReleasePages(nullptr);
 }
 

@@ -29,19 +29,17 @@ TEST(CalibrationFolder, FollowsTheUsersDataFolder) {
     fs::create_directories(root / "blocked");
     std::ofstream(root / "blocked/ZEL") << "a file in the way";
     const auto in = [&](const char* folder) { return (root / folder).string(); };
-    const struct {
-        std::string data_home, home, expected;
-    } cases[] = {
+    const std::string cases[][3] = {
         {in("data"), in("home"), in("data/ZEL")},
         {"", in("home"), in("home/.local/share/ZEL")},
         {"relative", in("other"), in("other/.local/share/ZEL")},
         {in("blocked"), in("home"), ""},
     };
-    for (const auto& each : cases) {
-        SetEnvironment("XDG_DATA_HOME", each.data_home.c_str());
-        SetEnvironment("HOME", each.home.c_str());
-        EXPECT_EQ(each.expected, CalibrationFolder());
-        EXPECT_EQ(each.expected != "", fs::is_directory(each.expected)) << each.expected;
+    for (const auto& [data_home, home, expected] : cases) {
+        SetEnvironment("XDG_DATA_HOME", data_home.c_str());
+        SetEnvironment("HOME", home.c_str());
+        EXPECT_EQ(expected, CalibrationFolder());
+        EXPECT_EQ(expected != "", fs::is_directory(expected)) << expected;
     }
     fs::remove_all(root);
 }

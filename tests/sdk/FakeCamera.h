@@ -3,7 +3,6 @@
 #define TESTS_SDK_FAKECAMERA_H
 
 #include <atomic>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -17,10 +16,10 @@ class FakeCamera final : public ZelCamera {
     ZEL_IMPLEMENTATION_DESTRUCTOR(FakeCamera)
     ~FakeCamera() {
         --s_Alive;
-        Note("destroy ");
+        s_Journal.push_back("destroy " + m_Name);
     }
     bool Close() override {
-        Note("close ");
+        s_Journal.push_back("close " + m_Name);
         return true;
     }
 
@@ -31,14 +30,6 @@ class FakeCamera final : public ZelCamera {
     inline static std::atomic<int> s_Alive{0};
     inline static std::atomic<bool> s_FailNext{false};  // the next object is not made
     inline static std::vector<std::string> s_Journal;   // "close NAME", "destroy NAME", oldest first
-
-  private:
-    void Note(const char* what) {
-        const std::lock_guard guard(s_Lock);
-        s_Journal.push_back(what + m_Name);
-    }
-
-    inline static std::mutex s_Lock;
 };
 
 }  // namespace zel::test

@@ -46,8 +46,7 @@ class SdkFixture : public testing::Test {
         EXPECT_EQ(0, FakeCamera::s_Alive);
         for (const Plugin* plugin : m_Plugins) {
             EXPECT_EQ(0, (*plugin)->transports);
-            EXPECT_EQ(0, (*plugin)->double_destructions);
-            EXPECT_EQ(0, (*plugin)->calls_of_the_dead);
+            EXPECT_EQ(0, (*plugin)->misuses);
         }
     }
 
@@ -63,7 +62,6 @@ class SdkFixture : public testing::Test {
         return camera ? camera->m_Name : "";
     }
     int Transports() const { return m_Edt->transports + m_Pleora->transports + m_Usb->transports; }
-    int Unloads() const { return m_Edt->unloads + m_Pleora->unloads + m_Usb->unloads; }
 
     RecordedLog m_Log;
     Plugin m_Edt{"edt_camera_link.dll"};

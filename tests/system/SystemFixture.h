@@ -72,16 +72,11 @@ class SimulatedLibrary {
 
 class SystemTest : public testing::Test {
   protected:
-    static constexpr int kCameraLink = 0, kEBus = 1, kColor = 2, kMono = 3, kCameras = 4;
+    static constexpr int kCameraLink = 0, kMono = 3, kCameras = 4;
 
-    SystemTest() { Open(); }
+    SystemTest() { EXPECT_TRUE(m_Sdk->Open() && m_Sdk->GetNumberOfCameras() == kCameras); }
     ~SystemTest() override { zel_destroy_sdk(m_Sdk); }
 
-    void Open() {
-        m_Sdk = zel_create_sdk();
-        EXPECT_TRUE(m_Sdk->Open());
-        EXPECT_EQ(m_Sdk->GetNumberOfCameras(), kCameras);
-    }
     // An opened camera that counts its frames.
     ZelCamera* Opened(int number) {
         ZelCamera* camera = m_Sdk->GetCamera(number);
@@ -89,15 +84,10 @@ class SystemTest : public testing::Test {
         EXPECT_TRUE(camera && camera->SetImageNotificationCallback(CallCounter::Count, &m_Frames));
         return camera;
     }
-    // Whether it starts, gives frames and stops.
-    bool GivesFrames(ZelCamera* camera) {
-        const int before = m_Frames.calls;
-        return camera->Start() && m_Frames.WaitFor(before + 1) && camera->Stop();
-    }
 
     SimulatedLibrary m_Usb{"zel_usb.dll"};
     CallCounter m_Frames;  // which may flow until the SDK is destroyed
-    ZelSDK* m_Sdk = nullptr;
+    ZelSDK* const m_Sdk = zel_create_sdk();
 };
 
 }  // namespace zel::test

@@ -3,17 +3,13 @@
 
 #include <cstdio>
 #include <cstring>
-#include <mutex>
 #include <thread>
 
 #include "tests/support/ScriptedTransport.h"
 
 namespace {
 
-constexpr int kMaxTransports = 1024;
-
 zel::test::TestPluginControl s_Control;
-std::mutex s_NameLock;  // a search and an event may ask for transports at the same time
 
 // A transport that remembers the camera object bound to it, and is seen being used after its end.
 class TestTransport final : public zel::test::ScriptedTransport {
@@ -26,14 +22,13 @@ class TestTransport final : public zel::test::ScriptedTransport {
 
   private:
     ZelCamera* Touched(ZelCamera* camera) const {
-        if (!m_Alive) ++s_Control.calls_of_the_dead;
+        if (!m_Alive) ++s_Control.misuses;
         return camera;
     }
 };
 
 // Transports live in a table and are never freed, so that a second destruction is seen and not suffered.
-TestTransport s_Transports[kMaxTransports];
-std::atomic<int> s_NextFresh{256};
+TestTransport s_Transports[512];
 
 // Good until the fourth text after it.
 const char* Text(const char* what, int index) {
@@ -41,9 +36,8 @@ const char* Text(const char* what, int index) {
     thread_local unsigned next = 0;
     char* const text = texts[next++ % 4];
     std::snprintf(text, sizeof texts[0], "%s %s %d", PLUGIN_NAME, what, index);
-    const zel::test::TextKind kind = s_Control.text_kind;
-    if (kind == zel::test::TextKind::kLong) std::memset(text, 'x', 100);
-    return kind == zel::test::TextKind::kNull ? nullptr : text;
+    const char* const other = s_Control.text;
+    return other && !*other ? text : other;
 }
 
 void WaitWhileBlocked() {
@@ -63,15 +57,12 @@ ZEL_PLUGIN_EXPORT int ZEL_CALL get_num_cameras() {
 }
 
 ZEL_PLUGIN_EXPORT ICameraInterface* ZEL_CALL create_camera_interface(int cam_index, char* name) {
-    std::unique_lock guard(s_NameLock);
     std::snprintf(s_Control.last_name, sizeof s_Control.last_name, "%s", name);
-    guard.unlock();
     if (s_Control.overwrite_name) std::memset(name, 'o', 64);
     WaitWhileBlocked();
     ++s_Control.created;
     if (cam_index == s_Control.failing_camera || s_Control.failing_camera == zel::test::kAllCameras) return nullptr;
-    const int slot = s_Control.fresh_transports ? s_NextFresh.fetch_add(1) : cam_index % 256;
-    TestTransport* transport = &s_Transports[slot % kMaxTransports];
+    TestTransport* transport = &s_Transports[s_Control.fresh_transports ? 256 + s_Control.created % 256 : cam_index];
     if (!transport->m_Alive.exchange(true)) {
         if (!s_Control.keep_transports) transport->m_Bound = nullptr;
         ++s_Control.transports;
@@ -83,7 +74,7 @@ ZEL_PLUGIN_EXPORT void ZEL_CALL destroy_camera_interface(ICameraInterface* camer
     if (static_cast<TestTransport*>(camera)->m_Alive.exchange(false) || s_Control.unload_kills)
         --s_Control.transports;
     else
-        ++s_Control.double_destructions;
+        ++s_Control.misuses;
 }
 
 ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_interface_type_str() { return Text("USB type", 0); }

@@ -9,8 +9,6 @@
 
 namespace zel::test {
 
-enum class TextKind { kIndexed, kNull, kLong };  // "edt name 0"; null; 100 characters x and more
-
 inline constexpr int kAllCameras = -2;
 
 struct TestPluginControl {
@@ -20,7 +18,7 @@ struct TestPluginControl {
     std::atomic<bool> fresh_transports{false};  // a new transport for each call; otherwise one per camera
     std::atomic<bool> keep_transports{false};   // destroy_camera_interface leaves the transport and its binding alone
     std::atomic<bool> overwrite_name{false};    // create_camera_interface fills the 64 bytes it is given
-    std::atomic<TextKind> text_kind{TextKind::kIndexed};
+    std::atomic<const char*> text{""};          // instead of "edt name 0" and so on, unless empty
     std::atomic<const char*> port_type{"USB 3.0"};
     std::atomic<const char*> version{nullptr};
     std::atomic<bool> unload_kills{false};    // lib_unload takes the transports with it, which it must not
@@ -32,8 +30,7 @@ struct TestPluginControl {
     std::atomic<int> unloads{0};
     std::atomic<int> transports{0};  // alive
     std::atomic<int> created{0};     // answers of create_camera_interface
-    std::atomic<int> double_destructions{0};
-    std::atomic<int> calls_of_the_dead{0};  // of operations of transports that are not alive
+    std::atomic<int> misuses{0};     // operations, and destructions, of transports that are not alive
     std::atomic<ConnectionEventCallback> callback{nullptr};
     std::atomic<int> context{-2};
     char last_name[64] = "";  // what create_camera_interface was given

@@ -7,6 +7,7 @@
 
 #include "devices/sim/link/Settings.h"
 #include "devices/sim/link/SimControl.h"
+#include "include/ZelParameters.h"
 #include "tests/support/Process.h"
 #include "tools/plugin_check/HostCamera.h"
 #include "tools/plugin_check/PluginLibrary.h"
@@ -16,6 +17,9 @@ namespace {
 
 using plugin_check::HostCamera;
 using plugin_check::PluginLibrary;
+
+// A bound for what must come; a busy machine takes a part of it.
+constexpr int kPatienceMs = 60000;
 
 std::atomic<int> s_Events;
 
@@ -31,6 +35,10 @@ class Plugin : public testing::Test {
         platform::SetEnvironment("ZEL_SIM_FILL", "none");
     }
     void TearDown() override {
+        if (transport) {
+            transport->SetCameraCommon(nullptr);
+            for (int i = 0; i < 2; ++i) library->destroy_camera_interface(transport);  // the second time left alone
+        }
         if (library && library->lib_unload) library->lib_unload();
         for (const std::string& name : SettingNames()) platform::SetEnvironment(name.c_str(), nullptr);
     }
@@ -38,6 +46,20 @@ class Plugin : public testing::Test {
         library = std::make_unique<PluginLibrary>(name);
         ASSERT_TRUE(library->Complete()) << name;
         library->Bind(m_Control, "zel_sim_control");
+    }
+    // Its first camera, connected to a host.
+    void LoadCamera(const char* name) {
+        Load(name);
+        transport = library->create_camera_interface(0, nullptr);
+        host = std::make_unique<HostCamera>(*transport);
+        transport->SetCameraCommon(host.get());
+        host->RegisterHandlers();
+        ASSERT_EQ(transport->Connect(), 0);
+    }
+    void ExpectFrames(std::size_t count) {
+        EXPECT_EQ(transport->Start(), 0);
+        EXPECT_EQ(host->Set(CAMERA_STATE, 2), 0);
+        EXPECT_TRUE(host->WaitForFrames(count, kPatienceMs));
     }
     int Control(const char* command, std::string* reply = nullptr) {
         char buffer[4096] = "";
@@ -47,6 +69,8 @@ class Plugin : public testing::Test {
     }
 
     std::unique_ptr<PluginLibrary> library;
+    std::unique_ptr<HostCamera> host;
+    ICameraInterface* transport = nullptr;
     ZelSimControlFunction m_Control = nullptr;
 };
 
@@ -90,17 +114,10 @@ TEST_F(Plugin, AScriptOfFaultsIsDoneByItself) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(library->get_num_cameras(), 0);
     library->lib_unload();
-    Load("zel_usb.dll");
+    LoadCamera("zel_usb.dll");
     library->set_camera_connection_event_callback(OnConnection, 1);
-    ICameraInterface* const transport = library->create_camera_interface(0, nullptr);
-    HostCamera host(*transport);
-    transport->SetCameraCommon(&host);
-    host.RegisterHandlers();
-    EXPECT_EQ(transport->Connect(), 0);
-    EXPECT_EQ(transport->Start(), 0);
-    EXPECT_EQ(host.Set(CAMERA_STATE, 2), 0);
-    EXPECT_TRUE(host.WaitForFrames(1, 60000));
-    EXPECT_TRUE(host.WaitForEvent(3, 60000));
+    ExpectFrames(1);
+    EXPECT_TRUE(host->WaitForEvent(3, kPatienceMs));
     EXPECT_EQ(transport->Stop(), 0);
     EXPECT_EQ(transport->GetDroppedFrames(), 3);
     while (s_Events == 0) std::this_thread::yield();  // the test's time limit ends it
@@ -109,25 +126,18 @@ TEST_F(Plugin, AScriptOfFaultsIsDoneByItself) {
     EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), 4) << told;
     for (const char* reason : {"'unplgu 0': unknown command", "unknown fault 'rust'", "expected @SECONDS", "'nobody'"})
         EXPECT_NE(told.find(reason), std::string::npos) << reason;
-    transport->SetCameraCommon(nullptr);
-    library->destroy_camera_interface(transport);
-    library->destroy_camera_interface(transport);  // left alone
 }
 
 TEST_F(Plugin, TheControlInterfaceAnswersAndRefuses) {
-    Load("zel_usb.dll");
-    ICameraInterface* const transport = library->create_camera_interface(0, nullptr);
-    HostCamera host(*transport);
-    transport->SetCameraCommon(&host);
-    host.RegisterHandlers();
+    LoadCamera("zel_usb.dll");
     std::string reply;
-    host.Set(EXPOSURE_TIME, 70);
-    host.Text("trig sw off\r\n", reply);
+    host->Set(EXPOSURE_TIME, 70);
+    host->Text("trig sw off\r\n", reply);
     const int length = Control("log 0", &reply);
     EXPECT_EQ(length, static_cast<int>(reply.size()));
     EXPECT_EQ(reply, "SET EXPOSURE_TIME 70\ntext trig sw off\\r\\n\n");
     EXPECT_EQ(Control("event 0 3 12 -1 2"), 0);
-    EXPECT_TRUE(host.WaitForEvent(3, 60000));
+    EXPECT_TRUE(host->WaitForEvent(3, kPatienceMs));
     for (const char* wrong :
          {"", "jump 0", "plug", "plug 2", "plug 0", "fault 0", "fault 0 rust", "fault 0 delay", "fault 0 lose after=x",
           "fault 0 exception 0x11 entry=NONE", "hwtrigger 0 up", "event 0", "set-calc-delay 0 -1"}) {
@@ -137,8 +147,51 @@ TEST_F(Plugin, TheControlInterfaceAnswersAndRefuses) {
     char small[4];
     EXPECT_GT(m_Control("frames 0", small, sizeof(small)), 4);
     EXPECT_STREQ(small, "del");
-    transport->SetCameraCommon(nullptr);
-    library->destroy_camera_interface(transport);
+}
+
+TEST_F(Plugin, TriggersInsideTheImageHandlerLoseNothing) {
+    LoadCamera("pleora_ebus.dll");
+    ASSERT_EQ(transport->StartTrigger(), 0);
+    std::string reply;
+    host->Text("cam.sw trig on", reply);
+    host->Text("cam.arm", reply);
+    std::atomic<int> triggered{1};
+    host->m_OnImage = [&] {
+        if (triggered < 500 && host->Set(SW_TRIG, 1) == 0) ++triggered;
+    };
+    ASSERT_EQ(host->Set(SW_TRIG, 1), 0);
+    EXPECT_TRUE(host->WaitForFrames(500, kPatienceMs));
+    EXPECT_TRUE(transport->StopTrigger());
+    EXPECT_EQ(host->Snapshot().image_numbers.size(), 500u);
+    EXPECT_EQ(transport->GetDroppedFrames(), 0);
+}
+
+TEST_F(Plugin, AnAbsentCameraAnswersALinkFailureEverywhere) {
+    LoadCamera("pleora_ebus.dll");
+    ASSERT_EQ(Control("unplug 0"), 0);
+    EXPECT_EQ(transport->Start(), ZEL_ERROR_CAMERA_COMM_FAILURE);
+    EXPECT_EQ(transport->Stop(), ZEL_ERROR_CAMERA_COMM_FAILURE);
+    std::uint8_t byte = 0;
+    EXPECT_EQ(transport->SendData(1, &byte), 0);
+    EXPECT_EQ(transport->RecvData(1, &byte, 500), 0);
+    EXPECT_EQ(transport->Disconnect(), 0);
+    EXPECT_EQ(transport->Connect(), ZEL_ERROR_CAMERA_COMM_FAILURE);
+    ASSERT_EQ(Control("plug 0"), 0);
+    EXPECT_EQ(transport->Connect(), 0);
+    ExpectFrames(2);
+    EXPECT_EQ(transport->Stop(), 0);
+}
+
+TEST_F(Plugin, ManyStartsAndStopsFromTwoThreadsEndWell) {
+    LoadCamera("pleora_ebus.dll");
+    std::thread other([this] {
+        for (int i = 0; i < 100; ++i) transport->Stop();
+    });
+    for (int i = 0; i < 100; ++i) transport->Start();
+    other.join();
+    EXPECT_EQ(transport->Stop(), 0);
+    ExpectFrames(1);
+    EXPECT_EQ(transport->Stop(), 0);
 }
 
 }  // namespace

@@ -2,8 +2,8 @@
 #ifndef TESTS_SENSOR_FRAMESTATISTICS_H
 #define TESTS_SENSOR_FRAMESTATISTICS_H
 
-#include <cmath>
-#include <cstdint>
+#include <functional>
+#include <numeric>
 #include <vector>
 
 #include "devices/sim/sensor/Sensor.h"
@@ -20,23 +20,14 @@ inline Frame RenderFrame(Sensor& sensor, const SensorSettings& settings, std::ui
 }
 
 inline double Mean(const Frame& frame) {
-    double sum = 0.0;
-    for (const auto value : frame) sum += value;
-    return sum / static_cast<double>(frame.size());
+    return std::accumulate(frame.begin(), frame.end(), 0.0) / static_cast<double>(frame.size());
 }
 
 // Covariance of two equally long stretches.
 inline double Covariance(const std::uint16_t* a, const std::uint16_t* b, std::size_t count) {
-    double sum_a = 0.0;
-    double sum_b = 0.0;
-    double products = 0.0;
-    for (std::size_t i = 0; i < count; ++i) {
-        sum_a += a[i];
-        sum_b += b[i];
-        products += static_cast<double>(a[i]) * b[i];
-    }
     const auto n = static_cast<double>(count);
-    return products / n - sum_a / n * (sum_b / n);
+    const double sums = std::accumulate(a, a + count, 0.0) * std::accumulate(b, b + count, 0.0);
+    return std::inner_product(a, a + count, b, 0.0, std::plus<>(), std::multiplies<double>()) / n - sums / n / n;
 }
 
 inline double Variance(const Frame& frame) { return Covariance(frame.data(), frame.data(), frame.size()); }

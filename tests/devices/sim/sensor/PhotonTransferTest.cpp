@@ -1,10 +1,12 @@
-// The sensor as a physicist measures it: mean and variance against light, time, gain and temperature.
+// The sensor as a physicist measures it: mean and variance against light, time, gain and temperature, and what pixels
+// take in through their color filters.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 
 #include "devices/sim/scene/Noise.h"
+#include "devices/sim/scene/Spectrum.h"
+#include "devices/sim/sensor/LightPicture.h"
 #include "tests/devices/sim/scene/PictureFile.h"
 #include "tests/devices/sim/sensor/FrameStatistics.h"
 
@@ -17,24 +19,20 @@ double CountsPerElectronAt(const SensorModel& model, double gain) {
     return model.conversion * std::pow(10.0, (gain * 0.0358 + 5.5) / 20.0) * (std::pow(2.0, model.bits) - 1.0) / 2000.0;
 }
 
-struct Transfer {
-    std::uint8_t light;  // sample of the flat picture: 255 is 1.0, 0 is dark
-    double exposure_us;
-    double gain;
-    double temperature;
-    int bits;
-    double electrons;  // expected charge with the default model
-};
-
 TEST(PhotonTransferTest, MeanAndVarianceFollowTheCharge) {
-    const Transfer cases[] = {{255, 10000.0, 0.0, 25.0, 14, 6000.02},
-                              {188, 10000.0, 0.0, 25.0, 14, 6000.0 * 0.502886 + 0.02},  // the file is not linear
-                              {255, 200.0, 500.0, 25.0, 14, 120.0},
-                              {255, 5000.0, 0.0, 25.0, 12, 3000.01},
-                              {0, 1.0, 200.0, 25.0, 14, 0.0},
-                              {0, 60e6, 0.0, 37.0, 14, 480.0},  // dark current: 120 at 25 degrees
-                              {0, 60e6, 200.0, -5.0, 14, 3.75}};
-    for (const Transfer& c : cases) {
+    const struct {
+        std::uint8_t light;  // sample of the flat picture: 255 is 1.0, 0 is dark
+        double exposure_us, gain, temperature;
+        int bits;
+        double electrons;  // expected charge with the default model
+    } cases[] = {{255, 10000.0, 0.0, 25.0, 14, 6000.02},
+                 {188, 10000.0, 0.0, 25.0, 14, 6000.0 * 0.502886 + 0.02},  // the file is not linear
+                 {255, 200.0, 500.0, 25.0, 14, 120.0},
+                 {255, 5000.0, 0.0, 25.0, 12, 3000.01},
+                 {0, 1.0, 200.0, 25.0, 14, 0.0},
+                 {0, 60e6, 0.0, 37.0, 14, 480.0},  // dark current: 120 at 25 degrees
+                 {0, 60e6, 200.0, -5.0, 14, 3.75}};
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.electrons);
         const FlatPicture flat({c.light, c.light, c.light});
         SensorModel model = ModelOf(kSide, kSide, 0, flat.Path());
@@ -55,8 +53,7 @@ TEST(SensorSaturation, TheConverterEndsAtItsLargestCount) {
         model.bits = bits;
         Sensor bright(model);
         const Frame full = RenderFrame(bright, {1e6, 1000.0, 0.0, 25.0}, 1);
-        EXPECT_EQ(*std::min_element(full.begin(), full.end()), (1 << bits) - 1) << bits;
-        EXPECT_EQ(*std::max_element(full.begin(), full.end()), (1 << bits) - 1) << bits;
+        EXPECT_EQ(full, Frame(full.size(), static_cast<std::uint16_t>((1 << bits) - 1))) << bits;
     }
 }
 
@@ -74,6 +71,24 @@ TEST(SensorNoise, IsIndependentInSpaceAndTime) {
         EXPECT_LT(std::fabs(Covariance(first.data(), first.data() + lag, count)), limit) << lag;
     }
     EXPECT_LT(std::fabs(Covariance(first.data(), second.data(), count)), limit);
+}
+
+TEST(CfaPhaseTest, EachPixelSeesThroughItsFilter) {
+    const std::string names = "RGB";
+    const std::string cells[] = {"RGGB", "BGGR", "GRBG", "GBRG"};
+    for (std::size_t light = 0; light < 3; ++light) {
+        Color8 color{};
+        color[light] = 255;
+        const FlatPicture flat(color);
+        for (int phase = 1; phase <= 4; ++phase) {
+            LightPicture picture;
+            ASSERT_TRUE(picture.Look(flat.Path(), 4, 4, phase));
+            for (std::size_t i = 0; i < 16; ++i) {
+                const auto filter = names.find(cells[phase - 1][i / 4 % 2 * 2 + i % 2]);
+                EXPECT_NEAR(picture.Levels()[i] / kUnitLevel, SpectralResponse()[filter][light], 1e-4) << phase << i;
+            }
+        }
+    }
 }
 
 }  // namespace

@@ -69,8 +69,7 @@ TEST(SensorFillTest, StaticRepeatsOneFrameUnderItsNumber) {
     constexpr std::uint64_t kNumber = 0x9A12345678u;
     const Frame first = RenderFrame(sensor, {}, kNumber, SensorFill::kStatic);
     const Frame second = RenderFrame(sensor, {}, 2, SensorFill::kStatic);
-    EXPECT_EQ(Frame(first.begin(), first.begin() + 2), Frame({0x5678, 0x1234}));
-    EXPECT_EQ(Frame(second.begin(), second.begin() + 2), Frame({2, 0}));
+    EXPECT_TRUE(first[0] == 0x5678 && first[1] == 0x1234 && second[0] == 2 && second[1] == 0);
     EXPECT_TRUE(std::equal(first.begin() + 2, first.end(), second.begin() + 2));
     EXPECT_GT(Variance(first), 100.0);
 }
@@ -84,11 +83,9 @@ TEST(SensorSizes, EverySizeStaysInsideItsBuffer) {
         Sensor sensor(model);
         const std::size_t pixels = static_cast<std::size_t>(w) * h;
         for (const SensorFill fill : {SensorFill::kNoise, SensorFill::kStatic, SensorFill::kNone}) {
-            Frame frame(pixels + 1, 0xBEEF);
-            sensor.Render({}, fill, 1, frame);
-            EXPECT_EQ(frame.back(), 0xBEEF) << w << "x" << h;
-            Frame short_frame(pixels - 1, 0xBEEF);
-            sensor.Render({}, fill, 1, short_frame);
+            Frame long_frame(pixels + 1, 0xBEEF), short_frame(pixels - 1, 0xBEEF);
+            for (Frame* frame : {&long_frame, &short_frame}) sensor.Render({}, fill, 1, *frame);
+            EXPECT_EQ(long_frame.back(), 0xBEEF) << w << "x" << h;
             EXPECT_EQ(short_frame, Frame(pixels - 1, 0xBEEF)) << w << "x" << h;
         }
     }

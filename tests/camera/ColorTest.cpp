@@ -1,7 +1,6 @@
 // Color at the camera object: what a connection sets up, the settings' way to the pictures, and what a scratchpad
 // callback may do to the camera that calls it.
 #include <atomic>
-#include <cstring>
 #include <functional>
 #include <limits>
 #include <thread>
@@ -15,12 +14,6 @@ namespace {
 using Matrix = std::array<float, 9>;
 using Scratchpad = std::function<int(ZelColorImage*)>;
 
-Bytes DoubleBytes(double value) {
-    Bytes bytes(sizeof value);
-    std::memcpy(bytes.data(), &value, sizeof value);
-    return bytes;
-}
-
 // 6 x 4 pixels of 14 bits, phase 1: the top-left pixel belongs to channel 2.
 class ColorTest : public CameraTest {
   protected:
@@ -31,8 +24,8 @@ class ColorTest : public CameraTest {
         m_Table.m_Values[CFA_PHASE] = 1;
         m_Table.m_Values[BITS_PER_PIXEL] = 14;
         for (int i = 0; i < 9; ++i) {
-            m_Table.m_Blocks[CCM_1_1 + i] = DoubleBytes(i == 0 ? 2 : i % 4 == 0);
-            m_Table.m_Blocks[DWB_1_1 + i] = DoubleBytes(i == 1 || i % 4 == 0);
+            m_Table.m_Blocks[CCM_1_1 + i] = BytesOf<double>(i == 0 ? 2 : i % 4 == 0);
+            m_Table.m_Blocks[DWB_1_1 + i] = BytesOf<double>(i == 1 || i % 4 == 0);
         }
         m_Table.m_Values[H_SIZE] = m_Table.m_Values[H_ROI_PIXELS] = 6;
         m_Table.m_Values[V_SIZE] = m_Table.m_Values[V_ROI_PIXELS] = 4;
@@ -82,7 +75,7 @@ TEST_F(ColorTest, MatricesComeFromTheCameraOrAreTheIdentity) {
     EXPECT_EQ(Transform(), (Matrix{2, 1, 0, 0, 1, 0, 0, 0, 1}));
     EXPECT_TRUE(m_Camera->ResetColorTransform());
     m_Table.m_Exceptions[CCM_2_2] = kExceptionBadIndex;
-    m_Table.m_Blocks[DWB_1_1 + 4] = DoubleBytes(std::numeric_limits<double>::quiet_NaN());
+    m_Table.m_Blocks[DWB_1_1 + 4] = BytesOf<double>(std::numeric_limits<double>::quiet_NaN());
     Begin();
     m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_WHITE_BALANCE_AND_CORRECTION, 0);
     EXPECT_EQ(Transform(), (Matrix{1, 0, 0, 0, 1, 0, 0, 0, 1}));
@@ -190,17 +183,15 @@ TEST_F(ColorTest, StoppingAtTheScratchpadDoesNotWaitForAThreadThatWaitsForTheFra
         return m_Camera->Stop(), 0;
     });
     m_Transport.SetHandler([&](const Bytes& datagram) {
-        for (int i = 0; i < 60000 && !emitted; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        EXPECT_TRUE(emitted) << "Stop() could not end";
+        while (!emitted) std::this_thread::yield();  // for its thread, as a transport waits
         return m_Table.Answer(datagram);
     });
     ZelImage* image = Deliver();
-    std::thread transport([&] {
+    const std::jthread transport([&] {
         while (!inside) std::this_thread::yield();
         emitted = m_Transport.EmitImage(image);
     });
     EXPECT_EQ(m_Camera->GetPendingColorImage(), image);
-    transport.join();
 }
 
 }  // namespace

@@ -105,10 +105,7 @@ TEST_P(EndingTest, IsLeftToTheStartWhenCalledInsideACallback) {
 
 TEST_F(LifetimeTest, StartsTakeTurns) {
     const auto start = [this] { EXPECT_TRUE(m_Camera->Start()); };
-    std::thread first(start), second(start);
-    start();
-    first.join();
-    second.join();
+    { const std::jthread first(start), second(start), third(start); }
     EXPECT_THAT(m_Transport.Calls(), testing::ElementsAre("Start", "PrepareAcquisition 8", "Start",
                                                           "PrepareAcquisition 8", "Start", "PrepareAcquisition 8"));
 }
@@ -148,7 +145,7 @@ TEST_F(LifetimeTest, CloseEndsAConnectionToASilentCamera) {
 TEST_F(LifetimeTest, CloseWaitsForOperationsOfOthersButNotFromInside) {
     Halt inside;
     std::atomic<bool> closed{false};
-    std::thread other([&] {
+    const std::jthread other([&] {
         InsideCallback([&] {
             inside.Stay();
             EXPECT_FALSE(closed);
@@ -156,12 +153,9 @@ TEST_F(LifetimeTest, CloseWaitsForOperationsOfOthersButNotFromInside) {
         });
     });
     inside.Await();
-    std::thread closer([&] { closed = m_Camera->Close(); });
+    const std::jthread closer([&] { EXPECT_TRUE(closed = m_Camera->Close()); });
     while (m_Camera->FreeScratchBuffers()) std::this_thread::yield();
     inside.GoOn();
-    other.join();
-    closer.join();
-    EXPECT_TRUE(closed);
 }
 
 TEST_F(LifetimeTest, ARetiredObjectAnswersFalseAndLeavesTheTransportAlone) {

@@ -28,10 +28,8 @@ TEST_F(TextTest, ThreadsReadTextsThatAreRenewed) {
             EXPECT_TRUE(m_Camera->IsMonochrome());
         }
     };
-    std::thread first(ask), second(ask);
+    const std::jthread asking(ask);
     for (int i = 0; i < 20; ++i) EXPECT_EQ(m_Camera->ConnectCommon(), 0);
-    first.join();
-    second.join();
 }
 
 struct Reply {

@@ -26,11 +26,13 @@ inline Bytes Datagram(int id, const Bytes& payload) {
            payload;
 }
 
-inline Bytes LittleEndian(int value) {
-    Bytes bytes;
-    for (int i = 0; i < 4; ++i) bytes.push_back(static_cast<unsigned char>(static_cast<unsigned>(value) >> (8 * i)));
-    return bytes;
+// As it lies in memory, which is how cameras send it, too.
+template <class Value>
+Bytes BytesOf(const Value& value) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(&value);
+    return Bytes(bytes, bytes + sizeof value);
 }
+inline Bytes LittleEndian(int value) { return BytesOf(value); }
 
 // A text reply as cameras end it: line end and zero byte, which the host drops.
 inline Bytes TextReply(std::string_view text) { return Datagram(9, TextBytes(text) + Bytes{'\r', '\n', 0}); }
@@ -46,8 +48,7 @@ inline Bytes ValueReply(int value) { return TableReply(SYNC_TABLE_CMD_GET, Littl
 inline Bytes BlockReply(const Bytes& data) { return TableReply(SYNC_TABLE_CMD_GET, data) + NoException(); }
 inline Bytes SetReply() { return TableReply(SYNC_TABLE_CMD_SET, {}) + NoException(); }
 inline Bytes AttributesReply(const SyncTableAttributes& record) {
-    const auto* bytes = reinterpret_cast<const unsigned char*>(&record);
-    return TableReply(SYNC_TABLE_CMD_GET_ATTRIBUTES, Bytes(bytes, bytes + sizeof record)) + NoException();
+    return TableReply(SYNC_TABLE_CMD_GET_ATTRIBUTES, BytesOf(record)) + NoException();
 }
 
 // A command that failed with an exception.

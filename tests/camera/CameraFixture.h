@@ -6,7 +6,6 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "camera/ZelCameraControl.h"
 #include "tests/support/FakeClock.h"
@@ -29,39 +28,30 @@ class CameraTest : public testing::Test {
             if (m_CalculationEnds && m_Table.m_Values[CALC_STATE] == 1) m_Table.m_Values[CALC_STATE] = 2;
             return answer;
         });
-        m_Transport.m_Answers.interface_type = CAMERA_TYPE_USB;
         m_Camera = std::make_unique<ZelCameraControl>(&m_Transport, "test");
         m_Transport.SetCameraCommon(m_Camera.get());
     }
 
-    // The text commands sent so far, without their headers.
-    std::vector<std::string> SentTexts() const {
-        std::vector<std::string> texts;
-        for (const Bytes& datagram : m_Transport.Sent()) {
-            if (datagram.size() >= 3 && datagram[0] == 9) texts.emplace_back(datagram.begin() + 3, datagram.end());
-        }
-        return texts;
-    }
-
-    // Everything sent so far as one line each: "set 37 1", "get 48", "text trig sw on\r\n".
-    std::vector<std::string> SentLines() const {
-        std::vector<std::string> lines;
+    // Everything sent so far in one line; a text's line end is shown as a semicolon: "set 37 1 get 48 trig sw on; ".
+    std::string Sent() const {
+        std::string all;
         for (const Bytes& d : m_Transport.Sent()) {
-            const auto word = [&](std::size_t at) {
-                return std::to_string(static_cast<int>(static_cast<unsigned>(d[at] | d[at + 1] << 8 | d[at + 2] << 16) |
-                                                       static_cast<unsigned>(d[at + 3]) << 24));
-            };
-            if (d[0] == 9) {
-                lines.push_back("text " + std::string(d.begin() + 3, d.end()));
-            } else if (d[3] == SYNC_TABLE_CMD_SET) {
-                lines.push_back("set " + word(6) + " " + word(10));
-            } else {
-                lines.push_back((d[3] == SYNC_TABLE_CMD_GET ? "get " : "attributes ") + word(6));
+            std::string line(d.begin() + 3, d.end());
+            if (d[0] != 9) {
+                line = (d[3] == SYNC_TABLE_CMD_SET ? "set " : "get ") + std::to_string(TableCamera::Word(d, 6));
+                if (d[3] == SYNC_TABLE_CMD_SET) line += " " + std::to_string(TableCamera::Word(d, 10));
+            } else if (line.ends_with("\r\n")) {
+                line.replace(line.size() - 2, 2, ";");
             }
+            all += line + " ";
         }
-        return lines;
+        return all;
     }
 
+    // The application's: the transport's pending images are raw.
+    ZelImage* Next() { return static_cast<ZelCamera&>(*m_Camera).GetPendingImage(); }
+    int Value(int id) { return m_Camera->GetParameterValue(id); }
+    bool Write(int id, int value) { return m_Camera->SetParameterValue(id, value); }
     void Refuse(int index) { m_Table.m_Exceptions[index] = kExceptionWriteToReadOnly; }
 
     FakeClock m_Clock;

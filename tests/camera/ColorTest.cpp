@@ -1,7 +1,7 @@
 // Color at the camera object: what a connection sets up, the settings' way to the pictures, and what a scratchpad
 // callback may do to the camera that calls it.
 #include <atomic>
-#include <cstring>
+#include <functional>
 #include <limits>
 #include <thread>
 
@@ -12,12 +12,7 @@ namespace zel::test {
 namespace {
 
 using Matrix = std::array<float, 9>;
-
-Bytes DoubleBytes(double value) {
-    Bytes bytes(sizeof value);
-    std::memcpy(bytes.data(), &value, sizeof value);
-    return bytes;
-}
+using Scratchpad = std::function<int(ZelColorImage*)>;
 
 // 6 x 4 pixels of 14 bits, phase 1: the top-left pixel belongs to channel 2.
 class ColorTest : public CameraTest {
@@ -29,17 +24,14 @@ class ColorTest : public CameraTest {
         m_Table.m_Values[CFA_PHASE] = 1;
         m_Table.m_Values[BITS_PER_PIXEL] = 14;
         for (int i = 0; i < 9; ++i) {
-            m_Table.m_Blocks[CCM_1_1 + i] = DoubleBytes(i == 0 ? 2 : i % 4 == 0);
-            m_Table.m_Blocks[DWB_1_1 + i] = DoubleBytes(i == 1 || i % 4 == 0);
+            m_Table.m_Blocks[CCM_1_1 + i] = BytesOf<double>(i == 0 ? 2 : i % 4 == 0);
+            m_Table.m_Blocks[DWB_1_1 + i] = BytesOf<double>(i == 1 || i % 4 == 0);
         }
         m_Table.m_Values[H_SIZE] = m_Table.m_Values[H_ROI_PIXELS] = 6;
         m_Table.m_Values[V_SIZE] = m_Table.m_Values[V_ROI_PIXELS] = 4;
         m_Camera->SetImageCallback([](ZelImage*, void*) {}, nullptr);
     }
-    void Begin() {
-        ASSERT_EQ(m_Camera->ConnectCommon(), 0);
-        ASSERT_EQ(m_Camera->StartCommon(), 0);
-    }
+    void Begin() { ASSERT_TRUE(m_Camera->ConnectCommon() == 0 && m_Camera->StartCommon() == 0); }
     // A frame as the transport delivers it; its samples count up from 100 in tens.
     ZelImage* Deliver() {
         ZelImage* image = m_Camera->GetFreeImage();
@@ -53,6 +45,13 @@ class ColorTest : public CameraTest {
         EXPECT_TRUE(m_Camera->GetColorTransform(matrix.data()));
         return matrix;
     }
+    void SetScratchpad(const Scratchpad& scratchpad) {
+        m_Scratchpad = scratchpad;
+        m_Camera->SetScratchpadCallback(
+            [](ZelColorImage* image, void* function) { return (*static_cast<Scratchpad*>(function))(image); },
+            &m_Scratchpad);
+    }
+    Scratchpad m_Scratchpad;
 };
 
 TEST_F(ColorTest, APictureIsTheDemosaicedFrameUntilATransformIsSet) {
@@ -63,24 +62,22 @@ TEST_F(ColorTest, APictureIsTheDemosaicedFrameUntilATransformIsSet) {
         // The camera's depth can be asked for before the first start: no bit is shifted out.
         ASSERT_TRUE(m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_16_BIT, bits));
         ASSERT_EQ(m_Camera->StartCommon(), 0);
-        Deliver();
-        const ZelColorImage* image = m_Camera->GetPendingColorImage();
-        ASSERT_NE(image, nullptr);
-        EXPECT_EQ(Picture(*image), Demosaiced(*image, phase));
-        EXPECT_EQ(m_Camera->GetPendingColorImage(), nullptr);
-        EXPECT_EQ(m_Camera->GetLastPendingColorImage(), nullptr);
+        const ZelImage* image = Deliver();
+        EXPECT_EQ(m_Camera->GetPendingColorImage(), image);
+        EXPECT_EQ(Picture(*static_cast<const ZelColorImage*>(image)), Demosaiced(*image, phase));
+        EXPECT_FALSE(m_Camera->GetPendingColorImage() || m_Camera->GetLastPendingColorImage());
     }
 }
 
 TEST_F(ColorTest, MatricesComeFromTheCameraOrAreTheIdentity) {
     Begin();
-    EXPECT_TRUE(m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_WHITE_BALANCE_AND_CORRECTION, 0));
+    m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_WHITE_BALANCE_AND_CORRECTION, 0);
     EXPECT_EQ(Transform(), (Matrix{2, 1, 0, 0, 1, 0, 0, 0, 1}));
     EXPECT_TRUE(m_Camera->ResetColorTransform());
     m_Table.m_Exceptions[CCM_2_2] = kExceptionBadIndex;
-    m_Table.m_Blocks[DWB_1_1 + 4] = DoubleBytes(std::numeric_limits<double>::quiet_NaN());
+    m_Table.m_Blocks[DWB_1_1 + 4] = BytesOf<double>(std::numeric_limits<double>::quiet_NaN());
     Begin();
-    EXPECT_TRUE(m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_WHITE_BALANCE_AND_CORRECTION, 0));
+    m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_WHITE_BALANCE_AND_CORRECTION, 0);
     EXPECT_EQ(Transform(), (Matrix{1, 0, 0, 0, 1, 0, 0, 0, 1}));
 }
 
@@ -106,11 +103,6 @@ TEST_F(ColorTest, BothBinningFactorsAreAnErrorOfTheCamera) {
 
 // What the callback is handed, and what it may do meanwhile.
 TEST_F(ColorTest, TheScratchpadSeesEachFrameInItsOwnColors) {
-    struct Scratchpad {
-        ZelCameraControl* camera;
-        std::uint16_t first = 0;
-        bool taken_inside = false;
-    } seen{m_Camera.get()};
     Begin();
     const Matrix half{0.5f, 0, 0, 0, 0.5f, 0, 0, 0, 0.5f};
     const Words table(3, 0);
@@ -118,24 +110,17 @@ TEST_F(ColorTest, TheScratchpadSeesEachFrameInItsOwnColors) {
     m_Camera->SetScratchpadInputLinearizationTable(nullptr, 0, 0);
     m_Camera->ConcatenateScratchpadTransform(ZEL_COLOR_TRANSFORM_8_BIT_RGB, 0);
     m_Camera->ConcatenateScratchpadTransform(ZEL_COLOR_TRANSFORM_16_BIT, 0);
-    EXPECT_TRUE(m_Camera->ResetScratchpadTransform());
-    EXPECT_TRUE(m_Camera->ConcatenateScratchpadMatrix(half.data()));
-    m_Camera->SetScratchpadCallback(
-        [](ZelColorImage* image, void* context) {
-            auto* self = static_cast<Scratchpad*>(context);
-            self->first = static_cast<std::uint16_t*>(image->color_pixels)[2];
-            // No lock is held: these wait for the processing lock and the pipelines'.
-            self->camera->GetScratchBufferCount();
-            self->camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_16_BIT, 12);
-            // The frame itself can be taken from inside.
-            self->taken_inside = static_cast<ZelCamera*>(self->camera)->GetPendingImage() == image;
-            return 0;
-        },
-        &seen);
+    EXPECT_TRUE(m_Camera->ResetScratchpadTransform() && m_Camera->ConcatenateScratchpadMatrix(half.data()));
+    SetScratchpad([this](ZelColorImage* image) {
+        EXPECT_EQ(Picture(*image)[2], 50) << "100 through the scratchpad's transform";
+        // No lock is held: these wait for the processing lock and the pipelines'.
+        m_Camera->GetScratchBufferCount();
+        m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_16_BIT, 12);
+        EXPECT_EQ(Next(), image) << "the frame itself can be taken from inside";
+        return 0;
+    });
     ZelImage* image = Deliver();
     m_Transport.EmitImage(image);
-    EXPECT_EQ(seen.first, 50) << "100 through the scratchpad's transform";
-    EXPECT_TRUE(seen.taken_inside);
     Words expected = Demosaiced(*image, 1);
     for (auto& word : expected) word = static_cast<std::uint16_t>(word >> 2);
     EXPECT_EQ(Picture(*static_cast<const ZelColorImage*>(image)), expected)
@@ -147,30 +132,21 @@ struct Inside {
     const char* name;
     void (*action)(ZelCameraControl& camera, ZelColorImage* image);
     bool called_back, delivered;
-    ZelCameraControl* camera = nullptr;
 };
 class InsideTest : public ColorTest, public testing::WithParamInterface<Inside> {};
 
 TEST_P(InsideTest, OnTheTransportsAndOnTheApplicationsThread) {
     for (const bool arrives : {true, false}) {
-        Inside inside = GetParam();
-        inside.camera = m_Camera.get();
-        m_Camera->SetParameterValue(ZEL_PARAM_NUM_IMAGE_BUFFERS, 8);
+        Write(ZEL_PARAM_NUM_IMAGE_BUFFERS, 8);
         Begin();
-        m_Camera->SetScratchpadCallback(
-            [](ZelColorImage* image, void* context) {
-                const auto* self = static_cast<Inside*>(context);
-                self->action(*self->camera, image);
-                return 1;
-            },
-            &inside);
+        SetScratchpad([this](ZelColorImage* image) { return GetParam().action(*m_Camera, image), 1; });
         bool called_back = false;
         m_Camera->SetImageCallback([](ZelImage*, void* context) { *static_cast<bool*>(context) = true; }, &called_back);
         ZelImage* delivered = Deliver();
         if (arrives) m_Transport.EmitImage(delivered);
-        EXPECT_EQ(called_back, arrives && inside.called_back);
+        EXPECT_EQ(called_back, arrives && GetParam().called_back);
         const ZelColorImage* image = m_Camera->GetPendingColorImage();
-        ASSERT_EQ(image != nullptr, inside.delivered);
+        ASSERT_EQ(image != nullptr, GetParam().delivered);
         EXPECT_TRUE(!image || Picture(*image) == Demosaiced(*image, 1));
     }
 }
@@ -199,32 +175,23 @@ INSTANTIATE_TEST_SUITE_P(
 
 // A transport that stops waits for its own thread, and that thread may be waiting for the frame.
 TEST_F(ColorTest, StoppingAtTheScratchpadDoesNotWaitForAThreadThatWaitsForTheFrame) {
-    static std::atomic<bool> inside, handler_done;
-    static bool waited;
-    inside = handler_done = waited = false;
+    std::atomic<bool> inside{false}, emitted{false};
     Begin();
-    m_Camera->SetScratchpadCallback(
-        [](ZelColorImage*, void* camera) {
-            inside = true;
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            static_cast<ZelCameraControl*>(camera)->Stop();
-            return 0;
-        },
-        m_Camera.get());
-    m_Transport.SetHandler([this](const Bytes& datagram) {
-        for (int i = 0; i < 60000 && !handler_done; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        waited = handler_done;
+    SetScratchpad([&](ZelColorImage*) {
+        inside = true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        return m_Camera->Stop(), 0;
+    });
+    m_Transport.SetHandler([&](const Bytes& datagram) {
+        while (!emitted) std::this_thread::yield();  // for its thread, as a transport waits
         return m_Table.Answer(datagram);
     });
     ZelImage* image = Deliver();
-    std::thread transport([&] {
+    const std::jthread transport([&] {
         while (!inside) std::this_thread::yield();
-        m_Transport.EmitImage(image);
-        handler_done = true;
+        emitted = m_Transport.EmitImage(image);
     });
     EXPECT_EQ(m_Camera->GetPendingColorImage(), image);
-    transport.join();
-    EXPECT_TRUE(waited) << "Stop() could not end";
 }
 
 }  // namespace

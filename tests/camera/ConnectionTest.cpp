@@ -12,19 +12,12 @@ class ConnectionTest : public CameraTest {
         EXPECT_TRUE(m_Camera->IsOpen(&open));
         return open != 0;
     }
-    std::uint64_t FirstModelValue() {
-        std::uint64_t value = 1;
-        m_Camera->GetParameter(ZEL_PARAM_MODEL_VALUE_1, 8, &value);
-        return value;
-    }
 };
 
 TEST_F(ConnectionTest, OpensOnceAndClosesAgain) {
-    EXPECT_FALSE(m_Camera->IsOpen(nullptr));
-    EXPECT_FALSE(Opened());
+    EXPECT_FALSE(m_Camera->IsOpen(nullptr) || Opened());
     m_Transport.ForgetCalls();
-    EXPECT_TRUE(m_Camera->Open());
-    EXPECT_TRUE(m_Camera->Open());
+    EXPECT_TRUE(m_Camera->Open() && m_Camera->Open());
     EXPECT_THAT(m_Transport.Calls(), testing::ElementsAre("Connect", "Stop"));
     EXPECT_TRUE(Opened());
     m_Transport.m_Answers.disconnect = ZEL_ERROR_UNKNOWN;
@@ -36,13 +29,11 @@ TEST_F(ConnectionTest, OpensOnceAndClosesAgain) {
 }
 
 TEST_F(ConnectionTest, TransportFailuresAreKeptAsLastError) {
-    m_Transport.m_Answers.connect = ZEL_ERROR_CAMERA_COMM_FAILURE;
-    EXPECT_FALSE(m_Camera->Open());
-    EXPECT_EQ(m_Camera->GetLastError(), ZEL_ERROR_CAMERA_COMM_FAILURE);
-    m_Transport.m_Answers.connect = 0;
-    m_Transport.m_Answers.stop = ZEL_ERROR_UNSUPPORTED;
-    EXPECT_FALSE(m_Camera->Open());
-    EXPECT_EQ(m_Camera->GetLastError(), ZEL_ERROR_UNSUPPORTED);
+    for (int* answer : {&m_Transport.m_Answers.stop, &m_Transport.m_Answers.connect}) {
+        *answer = answer == &m_Transport.m_Answers.stop ? ZEL_ERROR_UNSUPPORTED : ZEL_ERROR_CAMERA_COMM_FAILURE;
+        EXPECT_FALSE(m_Camera->Open());
+        EXPECT_EQ(m_Camera->GetLastError(), *answer);
+    }
 }
 
 TEST_F(ConnectionTest, CodesThatAreAskedFor) {
@@ -53,9 +44,6 @@ TEST_F(ConnectionTest, CodesThatAreAskedFor) {
         m_Transport.m_Answers.interface_type = type;
         EXPECT_EQ(m_Camera->GetCameraInterfaceType(), kind) << type;
     }
-}
-
-TEST_F(ConnectionTest, ErrorNames) {
     *m_Camera->GetLastErrorPtr() = 16;
     EXPECT_STREQ(m_Camera->GetLastErrorStr(), "ZEL_ERROR_INVALID_BINNING_SELECTIONZEL_ERROR_UNKNOWN");
     for (const int code : {17, -1, 1000}) {
@@ -65,15 +53,21 @@ TEST_F(ConnectionTest, ErrorNames) {
 }
 
 TEST_F(ConnectionTest, TheFirstModelCodeOfTheTableWins) {
-    m_Transport.m_Answers.interface_type = CAMERA_TYPE_PLEORA_EBUS;
-    EXPECT_EQ(m_Camera->ConnectCommon(), 0);
-    EXPECT_EQ(FirstModelValue(), kNoModelValue) << "one kind of link alone looks the model up";
-    m_Transport.m_Answers.interface_type = CAMERA_TYPE_USB;
-    // An unknown model leaves the values as they were.
-    for (const auto& [text, value] : {std::pair("ZEL D800 A30", 35000000u), {"D800", 37000000u}, {"a30", 37000000u}}) {
+    const struct {
+        int type;
+        const char* text;
+        std::uint64_t value;
+    } rows[] = {{CAMERA_TYPE_PLEORA_EBUS, "A30-M", kNoModelValue},  // one kind of link alone looks the model up
+                {CAMERA_TYPE_USB, "ZEL D800 A30", 35000000},
+                {CAMERA_TYPE_USB, "D800", 37000000},
+                {CAMERA_TYPE_USB, "a30", 37000000}};  // unknown: the values stay
+    for (const auto& [type, text, value] : rows) {
+        m_Transport.m_Answers.interface_type = type;
         m_Table.m_Blocks[HW_MODEL] = TextBytes(text);
         EXPECT_EQ(m_Camera->ConnectCommon(), 0);
-        EXPECT_EQ(FirstModelValue(), value) << text;
+        std::uint64_t read = 1;
+        m_Camera->GetParameter(ZEL_PARAM_MODEL_VALUE_1, 8, &read);
+        EXPECT_EQ(read, value) << text;
     }
 }
 
@@ -87,33 +81,24 @@ TEST_F(ConnectionTest, ASilentCameraConnectsWithinItsBudgets) {
 
 TEST_F(ConnectionTest, TheFactoryNeedsATransport) {
     EXPECT_EQ(zel_camera_control_create(nullptr, "x"), nullptr);
-    ScriptedTransport transport;
-    ZelCamera* camera = zel_camera_control_create(&transport, nullptr);
+    ZelCamera* camera = zel_camera_control_create(&m_Transport, nullptr);
     ASSERT_NE(camera, nullptr);
-    EXPECT_EQ(transport.CountCalls("SetCameraCommon"), 1);
+    EXPECT_NE(m_Transport.Common(), m_Camera.get());
     zel_camera_control_destroy(camera);
-    EXPECT_EQ(transport.Common(), nullptr) << "the transport forgets a destroyed camera object";
+    EXPECT_EQ(m_Transport.Common(), nullptr) << "the transport forgets a destroyed camera object";
 }
 
 TEST(WithoutTransport, EveryOperationAnswersItsNothing) {
     ZelCameraControl camera(nullptr, nullptr);
     int word = 0;
-    EXPECT_FALSE(camera.Open());
-    EXPECT_FALSE(camera.Close());
-    EXPECT_EQ(camera.GetCameraName(), nullptr);
-    EXPECT_FALSE(camera.GetParameter(ZEL_PARAM_HSIZE, 4, &word));
+    EXPECT_FALSE(camera.Open() || camera.Close() || camera.Start() || camera.Stop() || camera.ResetCamera());
+    EXPECT_FALSE(camera.StartTriggerAcquisition() || camera.SoftwareTrigger() || camera.SetTextCommand("x"));
+    EXPECT_FALSE(camera.GetParameter(ZEL_PARAM_HSIZE, 4, &word) || camera.SetExposureToDefault());
+    EXPECT_FALSE(camera.SetTransportValue(1) || camera.SetImageCallback(nullptr, nullptr));
     EXPECT_TRUE(camera.GetParameter(ZEL_PARAM_DROPPED_FRAMES, 4, &word));
-    EXPECT_FALSE(camera.ResetCamera());
+    EXPECT_EQ(camera.GetCameraName(), nullptr);
     EXPECT_EQ(static_cast<ZelCamera&>(camera).GetPendingImage(), nullptr);
     EXPECT_EQ(camera.GetLastPendingImage(), nullptr);
-    EXPECT_FALSE(camera.Start());
-    EXPECT_FALSE(camera.Stop());
-    EXPECT_FALSE(camera.SetTransportValue(1));
-    EXPECT_FALSE(camera.SetExposureToDefault());
-    EXPECT_FALSE(camera.SetTextCommand("x"));
-    EXPECT_FALSE(camera.SetImageCallback(nullptr, nullptr));
-    EXPECT_FALSE(camera.StartTriggerAcquisition());
-    EXPECT_FALSE(camera.SoftwareTrigger());
     EXPECT_EQ(camera.RecvData(nullptr, 0, 0), 0);
     EXPECT_EQ(camera.StartCommon(), 1);
 }

@@ -6,14 +6,15 @@
 namespace zel::test {
 namespace {
 
+using testing::ElementsAre;
+
 class FrameTest : public CameraTest {
   protected:
     void SetUp() override {
         m_Table.m_Values[H_BIN] = 2;
-        m_Camera->SetParameterValue(ZEL_PARAM_NUM_IMAGE_BUFFERS, 3);
+        Write(ZEL_PARAM_NUM_IMAGE_BUFFERS, 3);
         ASSERT_EQ(m_Camera->StartCommon(), 0);
     }
-    ZelImage* Next() { return static_cast<ZelCamera&>(*m_Camera).GetPendingImage(); }
     // What a transport does with one frame; every sample is 10.
     ZelImage* Deliver(unsigned number) {
         ZelImage* image = m_Camera->GetFreeImage();
@@ -26,15 +27,18 @@ class FrameTest : public CameraTest {
         m_Transport.EmitImage(image);
         return image;
     }
+    // Number, width, binning, second sample, time in the queue. A raw frame is 16 wide and its samples 10.
+    static std::vector<unsigned> Facts(ZelImage* image) {
+        if (!image) return {};
+        return {image->image_number, image->w, image->x_bin, image->pixels[1],
+                static_cast<ZelColorImage*>(image)->queue_delay_ms};
+    }
     static void ZEL_CALL CountImage(ZelImage* image, void* context) {
         auto* test = static_cast<FrameTest*>(context);
-        ++test->m_Seen;
-        test->m_SeenWidth = image->w;
-        test->m_FreedInside = test->m_Camera->FreeImage(image);
+        test->m_Seen.push_back(Facts(image));
+        EXPECT_FALSE(test->m_Camera->FreeImage(image)) << "pending, not the application's, during the callback";
     }
-    int m_Seen = 0;
-    unsigned m_SeenWidth = 0;
-    bool m_FreedInside = false;
+    std::vector<std::vector<unsigned>> m_Seen;
 };
 
 TEST_F(FrameTest, AFrameArrivesProcessedWithItsSettings) {
@@ -42,13 +46,7 @@ TEST_F(FrameTest, AFrameArrivesProcessedWithItsSettings) {
     Deliver(4);
     m_Clock.Advance(30);
     ZelImage* image = Next();
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(image->w, 8u) << "binned by two";
-    EXPECT_EQ(image->pixels[1], 20);
-    EXPECT_EQ(image->x_bin, 2u);
-    EXPECT_EQ(image->exposure_time_us, 700u);
-    const auto* stamps = static_cast<ZelColorImage*>(image);
-    EXPECT_EQ(stamps->queue_delay_ms, 30u);
+    EXPECT_THAT(Facts(image), ElementsAre(4, 8, 2, 20, 30));
     EXPECT_TRUE(m_Camera->FreeImage(image));
     EXPECT_FALSE(m_Camera->FreeImage(image)) << "given back already";
     EXPECT_FALSE(m_Camera->FreeImage(nullptr));
@@ -61,31 +59,29 @@ TEST_F(FrameTest, AFrameThatWaitsOverARestartKeepsItsSettings) {
     m_Table.m_Values[H_BIN] = 1;
     ASSERT_EQ(m_Camera->StartCommon(), 0);
     Deliver(2);
-    for (const auto& [w, binning] : {std::pair(8u, 2u), {16u, 1u}}) {
-        const ZelImage* image = Next();
-        EXPECT_EQ(image->w, w);
-        EXPECT_EQ(image->x_bin, binning);
-    }
+    EXPECT_EQ(Facts(Next())[1], 8u);
+    EXPECT_THAT(Facts(Next()), ElementsAre(2, 16, 1, 10, 0));
 }
 
 TEST_F(FrameTest, TheExposureTimeIsTheOneInForceWhenTheFrameCame) {
     const auto exposure = [this] {
         const int exchanges = m_Transport.Exchanges();
-        ZelImage* image = Deliver(1);
+        const ZelImage* image = Deliver(1);
         EXPECT_EQ(m_Transport.Exchanges(), exchanges);
-        EXPECT_TRUE(m_Camera->FreeImage(Next()));
+        m_Camera->FreeImage(Next());
         return image->exposure_time_us;
     };
-    m_Camera->SetParameterValue(ZEL_PARAM_EXPOSURE_TIME_US, 2000);
+    EXPECT_EQ(exposure(), 700u);
+    Write(ZEL_PARAM_EXPOSURE_TIME_US, 2000);
     EXPECT_EQ(exposure(), 2000u);
-    m_Camera->SetParameterValue(ZEL_PARAM_EXPOSURE_TIME, 3000);
+    Write(ZEL_PARAM_EXPOSURE_TIME, 3000);
     EXPECT_EQ(exposure(), 3000u);
     m_Table.m_Values[EXPOSURE_TIME] = 2999;
-    m_Camera->GetParameterValue(ZEL_PARAM_EXPOSURE_TIME_US);
+    Value(ZEL_PARAM_EXPOSURE_TIME_US);
     EXPECT_EQ(exposure(), 2999u) << "what the camera made of it";
     Refuse(EXPOSURE_TIME);
-    m_Camera->SetParameterValue(ZEL_PARAM_EXPOSURE_TIME_US, 5000);
-    m_Camera->SetParameterValue(ZEL_PARAM_EXPOSURE_TIME, 6000);
+    Write(ZEL_PARAM_EXPOSURE_TIME_US, 5000);
+    Write(ZEL_PARAM_EXPOSURE_TIME, 6000);
     EXPECT_EQ(exposure(), 2999u) << "refused";
 }
 
@@ -95,33 +91,23 @@ TEST_F(FrameTest, OldestFirstOrNewestOnly) {
         Deliver(n);
         if (n < 2) m_Camera->FreeImage(Next());
     }
-    EXPECT_EQ(m_Camera->GetFreeImage(), nullptr) << "all three records wait";
-    ZelImage* oldest = Next();
-    EXPECT_EQ(oldest->image_number, 2u);
+    EXPECT_EQ(Deliver(5), nullptr) << "all three records wait";
+    EXPECT_EQ(Facts(Next())[0], 2u);
     m_Clock.Advance(40);
-    ZelImage* newest = m_Camera->GetLastPendingImage();
-    EXPECT_EQ(newest->image_number, 4u);
-    EXPECT_EQ(static_cast<ZelColorImage*>(newest)->queue_delay_ms, 40u);
-    EXPECT_EQ(newest->w, 8u) << "processed as well";
-    EXPECT_EQ(Next(), nullptr);
-    EXPECT_EQ(m_Camera->GetLastPendingImage(), nullptr);
-    ASSERT_NE(Deliver(5), nullptr);
+    EXPECT_THAT(Facts(m_Camera->GetLastPendingImage()), ElementsAre(4, 8, 2, 20, 40));
+    EXPECT_TRUE(Next() == nullptr && m_Camera->GetLastPendingImage() == nullptr);
+    ASSERT_NE(Deliver(6), nullptr);
     EXPECT_TRUE(m_Camera->FreeAllPendingImages());
     EXPECT_EQ(Next(), nullptr);
 }
 
 TEST_F(FrameTest, TheCallbackSeesEachFrameProcessedExactlyOnce) {
     ASSERT_TRUE(m_Camera->SetImageCallback(CountImage, this));
-    Deliver(1);
-    EXPECT_EQ(m_Seen, 1);
-    EXPECT_EQ(m_SeenWidth, 8u);
-    EXPECT_FALSE(m_FreedInside) << "the record is pending, not the application's, during the callback";
-    ZelImage* image = Next();
-    EXPECT_EQ(image->w, 8u) << "not binned a second time";
-    EXPECT_EQ(image->pixels[1], 20);
+    ZelImage* image = Deliver(1);
     zel_image_handler(nullptr, m_Camera.get());
     zel_image_handler(image, nullptr);
-    EXPECT_EQ(m_Seen, 1);
+    EXPECT_THAT(m_Seen, ElementsAre(ElementsAre(1, 8, 2, 20, 0)));
+    EXPECT_EQ(Facts(Next()), m_Seen[0]) << "not binned a second time";
 }
 
 TEST_F(FrameTest, TheTransportsPendingImageIsRaw) {
@@ -130,23 +116,21 @@ TEST_F(FrameTest, TheTransportsPendingImageIsRaw) {
     EXPECT_EQ(common->GetPendingImage(), image);
     EXPECT_EQ(image->w, 16u);
     EXPECT_TRUE(common->ReleaseImage(image));
-    EXPECT_FALSE(common->ReleaseImage(nullptr));
-    EXPECT_FALSE(common->SetPendingImage(nullptr));
+    EXPECT_FALSE(common->ReleaseImage(nullptr) || common->SetPendingImage(nullptr));
     common->FillImageInfo(nullptr);
 }
 
 // The notification comes before the image callback of the same frame.
 TEST_F(FrameTest, StoppingOrClosingInTheNotificationIsTheLastCallback) {
-    for (const bool close : {false, true}) {
+    const ZelImageNotificationCallback ends[] = {[](int, void* camera) { static_cast<ZelCamera*>(camera)->Stop(); },
+                                                 [](int, void* camera) { static_cast<ZelCamera*>(camera)->Close(); }};
+    for (const auto& end : ends) {
         ASSERT_EQ(m_Camera->StartCommon(), 0);
-        m_Seen = 0;
         m_Camera->SetImageCallback(CountImage, this);
-        const ZelImageNotificationCallback stop = [](int, void* camera) { static_cast<ZelCamera*>(camera)->Stop(); };
-        const ZelImageNotificationCallback end = [](int, void* camera) { static_cast<ZelCamera*>(camera)->Close(); };
-        m_Camera->SetImageNotificationCallback(close ? end : stop, static_cast<ZelCamera*>(m_Camera.get()));
+        m_Camera->SetImageNotificationCallback(end, static_cast<ZelCamera*>(m_Camera.get()));
         Deliver(1);
-        EXPECT_EQ(m_Seen, 0);
-        EXPECT_EQ(Next() != nullptr, !close);
+        EXPECT_TRUE(m_Seen.empty());
+        EXPECT_EQ(Next() != nullptr, end == ends[0]);
     }
 }
 
@@ -154,13 +138,12 @@ TEST_F(FrameTest, StoppingOrClosingInTheNotificationIsTheLastCallback) {
 TEST_F(FrameTest, ThreadsShareFramesWithoutLosingARecord) {
     ASSERT_TRUE(m_Camera->SetImageCallback([](ZelImage*, void*) {}, nullptr));
     std::atomic<bool> running{true};
-    std::atomic<int> bad{0};
     const auto consume = [&](bool newest) {
         while (running) {
             ZelImage* image = newest ? m_Camera->GetLastPendingImage() : Next();
             if (!image) continue;
-            if (image->w != 8 || image->pixels[1] != 20) ++bad;
-            if (!m_Camera->FreeImage(image)) ++bad;
+            EXPECT_TRUE(image->w == 8 && image->pixels[1] == 20);
+            EXPECT_TRUE(m_Camera->FreeImage(image));
         }
     };
     std::thread first(consume, false), second(consume, true);
@@ -168,7 +151,6 @@ TEST_F(FrameTest, ThreadsShareFramesWithoutLosingARecord) {
     running = false;
     first.join();
     second.join();
-    EXPECT_EQ(bad, 0);
     m_Camera->FreeAllInUseImages();
     for (int i = 0; i < 3; ++i) EXPECT_NE(m_Camera->GetFreeImage(), nullptr) << "no record was lost";
     EXPECT_EQ(m_Camera->GetFreeImage(), nullptr);

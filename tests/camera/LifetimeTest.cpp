@@ -9,40 +9,39 @@
 namespace zel::test {
 namespace {
 
-// A hardware-triggered start whose second calculation never ends: it is under way until somebody ends it.
+// A place where a thread stays, once it has come there, until it may go on.
+class Halt {
+  public:
+    void Stay() {
+        m_Reached = true;
+        while (!m_GoOn) std::this_thread::yield();
+    }
+    void Await() const {
+        while (!m_Reached) std::this_thread::yield();
+    }
+    void GoOn() { m_GoOn = true; }
+
+  private:
+    std::atomic<bool> m_Reached{false}, m_GoOn{false};
+};
+
 class LifetimeTest : public CameraTest {
   protected:
     LifetimeTest() {
         m_Camera->Open();
+        m_Camera->SetImageNotificationCallback([](int, void* count) { ++*static_cast<int*>(count); }, &m_Notified);
+        m_Camera->SetCameraControlCallback([](int, void* action) { (*static_cast<Action*>(action))(); }, &m_Action);
         m_Transport.ForgetCalls();
-        m_Camera->SetParameterValue(ZEL_PARAM_HW_TRIGGER_ACTIVE, 1);
-        m_Transport.SetHandler([this](const Bytes& datagram) {
-            Bytes answer = m_Table.Answer(datagram);
-            m_Table.m_Values[CALC_STATE] = m_Transport.CountCalls("PrepareAcquisition 8") == 0 ? 2 : 1;
-            return answer;
-        });
     }
-    ~LifetimeTest() override {
-        if (m_Starting.joinable()) m_Starting.join();
-    }
-
-    void StartForEver() {
-        m_Starting = std::thread([this] { m_Started = m_Camera->StartTriggerAcquisition(); });
-        while (m_Transport.CountCalls("PrepareAcquisition 8") == 0) std::this_thread::yield();
-    }
-    void AwaitStart() { m_Starting.join(); }
-
     // Runs an action inside the camera control callback, on a thread of the transport's.
     void InsideCallback(const std::function<void()>& action) {
         m_Action = action;
-        m_Camera->SetCameraControlCallback([](int, void* context) { static_cast<LifetimeTest*>(context)->m_Action(); },
-                                           this);
         std::thread([this] { m_Transport.EmitEvent(CAMERA_EVENT_DISCONNECT); }).join();
     }
 
-    std::function<void()> m_Action;
-    std::thread m_Starting;
-    std::atomic<bool> m_Started{true};
+    using Action = std::function<void()>;
+    Action m_Action = [] {};
+    int m_Notified = 0;
 };
 
 using Operation = bool (*)(ZelCamera&);
@@ -51,7 +50,26 @@ struct Ending {
     Operation operation;
     const char* call;  // what the transport is asked for in the end
 };
-class EndingTest : public LifetimeTest, public testing::WithParamInterface<Ending> {};
+
+// A hardware-triggered start whose second calculation never ends: it is under way until somebody ends it.
+class EndingTest : public LifetimeTest, public testing::WithParamInterface<Ending> {
+  protected:
+    EndingTest() {
+        Write(ZEL_PARAM_HW_TRIGGER_ACTIVE, 1);
+        m_Transport.SetHandler([this](const Bytes& datagram) {
+            if (m_Halts) m_Halt.Stay();
+            Bytes answer = m_Table.Answer(datagram);
+            m_Table.m_Values[CALC_STATE] = m_Transport.CountCalls("PrepareAcquisition 8") == 0 ? 2 : 1;
+            return answer;
+        });
+        m_Starting = std::thread([this] { EXPECT_FALSE(m_Camera->StartTriggerAcquisition()); });
+        while (m_Transport.CountCalls("PrepareAcquisition 8") == 0) std::this_thread::yield();
+    }
+
+    std::atomic<bool> m_Halts{false};
+    Halt m_Halt;
+    std::thread m_Starting;
+};
 INSTANTIATE_TEST_SUITE_P(
     , EndingTest,
     testing::Values(Ending{"Stop", [](ZelCamera& camera) { return camera.Stop(); }, "Stop"},
@@ -61,113 +79,83 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& ending) { return ending.param.name; });
 
 TEST_P(EndingTest, EndsAStartThatIsUnderWay) {
-    StartForEver();
     EXPECT_TRUE(GetParam().operation(*m_Camera));
     EXPECT_EQ(m_Transport.CountCalls(GetParam().call), 1);
-    AwaitStart();
-    EXPECT_FALSE(m_Started);
+    m_Starting.join();
 }
 
 TEST_P(EndingTest, IsLeftToTheStartWhenCalledInsideACallback) {
-    StartForEver();
+    m_Halts = true;
+    m_Halt.Await();
     InsideCallback([this] {
         EXPECT_TRUE(GetParam().operation(*m_Camera));
         EXPECT_FALSE(m_Camera->Start()) << "somebody else has the turn";
         EXPECT_FALSE(m_Camera->StopTriggerAcquisition(1)) << "arms, which is not left to a start that is to end";
-        m_Camera->SetImageNotificationCallback([](int, void*) { ADD_FAILURE() << "the callback is the last one"; },
-                                               nullptr);
         m_Transport.EmitEvent(CAMERA_EVENT_IMAGE_READY);
+        EXPECT_EQ(m_Notified, 0) << "the callback is the last one";
     });
-    AwaitStart();
-    EXPECT_FALSE(m_Started);
-    m_Camera->SetImageNotificationCallback(nullptr, nullptr);
-    const bool closed = GetParam().call == std::string("Disconnect");
+    m_Halt.GoOn();
+    m_Starting.join();
     EXPECT_EQ(m_Transport.CountCalls(GetParam().call), 1);
     int open = -1;
     m_Camera->IsOpen(&open);
-    EXPECT_EQ(open, closed ? 0 : 1);
+    EXPECT_EQ(open, GetParam().name == std::string("Close") ? 0 : 1);
     EXPECT_TRUE(m_Camera->FreeScratchBuffers()) << "the gate is open again";
 }
 
 TEST_F(LifetimeTest, StartsTakeTurns) {
-    m_Transport.SetHandler([this](const Bytes& datagram) {
-        m_Table.m_Values[CALC_STATE] = 2;
-        return m_Table.Answer(datagram);
-    });
-    std::vector<std::thread> starts;
-    for (int buffers : {2, 9, 30}) {
-        starts.emplace_back([this, buffers] {
-            m_Camera->SetParameterValue(ZEL_PARAM_NUM_IMAGE_BUFFERS, buffers);
-            EXPECT_TRUE(m_Camera->Start());
-        });
-    }
-    for (std::thread& start : starts) start.join();
-    const std::vector<std::string> calls = m_Transport.Calls();
-    for (std::size_t i = 0; i + 1 < calls.size(); ++i) {
-        if (calls[i] != "Start") continue;
-        EXPECT_THAT(calls[i + 1], testing::StartsWith("PrepareAcquisition"));
-    }
+    const auto start = [this] { EXPECT_TRUE(m_Camera->Start()); };
+    { const std::jthread first(start), second(start), third(start); }
+    EXPECT_THAT(m_Transport.Calls(), testing::ElementsAre("Start", "PrepareAcquisition 8", "Start",
+                                                          "PrepareAcquisition 8", "Start", "PrepareAcquisition 8"));
 }
 
-// A transport whose link takes its time to come up, and a camera that answers nothing. The close comes either before
-// the link is up or while the first reply is waited for.
+// A transport whose link may take its time to come up, and a camera that answers nothing.
 class SlowLink : public ScriptedTransport {
   public:
-    using ScriptedTransport::ScriptedTransport;
+    explicit SlowLink(bool up) : m_Up(up) {
+        SetHandler([this](const Bytes&) { return m_Halt.Stay(), Bytes{}; });
+    }
     int Connect() override {
-        m_Connecting = true;
-        while (!m_Up) std::this_thread::yield();
+        if (!m_Up) m_Halt.Stay();
         return ScriptedTransport::Connect();
     }
-    std::atomic<bool> m_Connecting{false}, m_Up{false};
+    const bool m_Up;
+    Halt m_Halt;
 };
 
+// The close comes either before the link is up or while the first reply is waited for.
 TEST_F(LifetimeTest, CloseEndsAConnectionToASilentCamera) {
     for (const bool link_is_up : {false, true}) {
-        SlowLink transport(&m_Clock);
-        std::atomic<bool> closing{false};
-        transport.SetHandler([&](const Bytes&) {
-            while (!closing) std::this_thread::yield();
-            return Bytes{};
-        });
-        transport.m_Up = link_is_up;
+        SlowLink transport(link_is_up);
         ZelCameraControl camera(&transport, "");
         transport.SetCameraCommon(&camera);
-        bool opened = true;
-        std::thread opening([&] { opened = camera.Open(); });
-        while (!transport.m_Connecting || (link_is_up && transport.Exchanges() == 0)) std::this_thread::yield();
-        std::thread closer([&] { EXPECT_TRUE(camera.Close()); });
+        std::thread opening([&] { EXPECT_FALSE(camera.Open()); });
+        transport.m_Halt.Await();
+        std::thread closing([&] { EXPECT_TRUE(camera.Close()); });
         while (camera.FreeScratchBuffers()) std::this_thread::yield();  // refused once the close has begun
         EXPECT_EQ(camera.GetLastError(), ZEL_ERROR_CAMERA_COMM_FAILURE);
-        transport.m_Up = closing = true;
+        transport.m_Halt.GoOn();
         opening.join();
-        closer.join();
-        EXPECT_FALSE(opened);
+        closing.join();
         EXPECT_EQ(transport.Exchanges(), link_is_up ? 1 : 0) << "nothing follows what was under way";
     }
 }
 
 TEST_F(LifetimeTest, CloseWaitsForOperationsOfOthersButNotFromInside) {
-    std::atomic<bool> inside{false}, leave{false}, closed{false};
-    m_Camera->SetTextCommandCallback(
-        [](const char*, void* context) { (*static_cast<std::function<void()>*>(context))(); }, &m_Action);
-    m_Action = [&] {
-        inside = true;
-        while (!leave) std::this_thread::yield();
-        EXPECT_FALSE(closed);
-        EXPECT_TRUE(m_Camera->Close());  // a second close, which waits for nobody
-    };
-    m_Transport.SetHandler([](const Bytes&) { return Bytes{'o', 'k', '\n'}; });
-    std::thread other([&] { m_Camera->SetTextCommand("hello"); });
-    while (!inside) std::this_thread::yield();
-    std::thread closer([&] {
-        EXPECT_TRUE(m_Camera->Close());
-        closed = true;
+    Halt inside;
+    std::atomic<bool> closed{false};
+    const std::jthread other([&] {
+        InsideCallback([&] {
+            inside.Stay();
+            EXPECT_FALSE(closed);
+            EXPECT_TRUE(m_Camera->Close());  // a second close, which waits for nobody
+        });
     });
+    inside.Await();
+    const std::jthread closer([&] { EXPECT_TRUE(closed = m_Camera->Close()); });
     while (m_Camera->FreeScratchBuffers()) std::this_thread::yield();
-    leave = true;
-    other.join();
-    closer.join();
+    inside.GoOn();
 }
 
 TEST_F(LifetimeTest, ARetiredObjectAnswersFalseAndLeavesTheTransportAlone) {
@@ -177,12 +165,9 @@ TEST_F(LifetimeTest, ARetiredObjectAnswersFalseAndLeavesTheTransportAlone) {
     ASSERT_TRUE(zel_camera_control_retire(m_Camera.get()));
     m_Transport.ForgetCalls();
     m_Transport.ForgetSent();
-    EXPECT_FALSE(m_Camera->Open());
-    EXPECT_FALSE(m_Camera->Start());
-    EXPECT_FALSE(m_Camera->SetParameterValue(ZEL_PARAM_GAIN, 1));
-    EXPECT_EQ(m_Camera->GetParameterValue(ZEL_PARAM_GAIN), ZEL_PARAM_GAIN);
-    EXPECT_EQ(m_Camera->GetCameraName(), nullptr);
-    EXPECT_EQ(static_cast<ZelCamera*>(m_Camera.get())->GetPendingImage(), nullptr);
+    EXPECT_FALSE(m_Camera->Open() || m_Camera->Start() || Write(ZEL_PARAM_GAIN, 1));
+    EXPECT_EQ(Value(ZEL_PARAM_GAIN), ZEL_PARAM_GAIN);
+    EXPECT_TRUE(m_Camera->GetCameraName() == nullptr && Next() == nullptr);
     m_Camera->Close();
     m_Camera.reset();
     EXPECT_THAT(m_Transport.Calls(), testing::IsEmpty());
@@ -191,19 +176,19 @@ TEST_F(LifetimeTest, ARetiredObjectAnswersFalseAndLeavesTheTransportAlone) {
 
 TEST_F(LifetimeTest, ALibraryThatWasShutDownSuspendsItsCamerasUntilASignOfLife) {
     for (const bool by_transport : {false, true}) {
+        ASSERT_TRUE(m_Camera->Open() && m_Camera->StartCommon() == 0);
         m_Transport.ForgetCalls();
         zel_camera_control_suspend(m_Camera.get());
         EXPECT_FALSE(m_Camera->Stop());
+        m_Transport.EmitEvent(CAMERA_EVENT_IMAGE_READY);  // a sign of life
+        EXPECT_EQ(m_Notified, 0) << "the transport could not be told to stop";
+        zel_camera_control_suspend(m_Camera.get());
         EXPECT_TRUE(m_Camera->Close()) << "without a call of the transport";
         EXPECT_THAT(m_Transport.Calls(), testing::IsEmpty());
-        if (by_transport) {
-            m_Transport.EmitEvent(CAMERA_EVENT_RECONNECT);
-            m_Transport.Common()->GetFreeImage();
-        } else {
-            zel_camera_control_resume(m_Camera.get());
-        }
-        EXPECT_TRUE(m_Camera->Open());
+        if (!by_transport) zel_camera_control_resume(m_Camera.get());
+        if (by_transport) m_Transport.Common()->GetFreeImage();
     }
+    EXPECT_TRUE(m_Camera->Open());
 }
 
 TEST_F(LifetimeTest, NoCallbackBeginsOnceTheSdkIsBeingClosed) {

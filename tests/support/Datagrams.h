@@ -2,7 +2,6 @@
 #ifndef TESTS_SUPPORT_DATAGRAMS_H
 #define TESTS_SUPPORT_DATAGRAMS_H
 
-#include <cstring>
 #include <string_view>
 #include <vector>
 
@@ -27,11 +26,13 @@ inline Bytes Datagram(int id, const Bytes& payload) {
            payload;
 }
 
-inline Bytes LittleEndian(int value) {
-    Bytes bytes;
-    for (int i = 0; i < 4; ++i) bytes.push_back(static_cast<unsigned char>(static_cast<unsigned>(value) >> (8 * i)));
-    return bytes;
+// As it lies in memory, which is how cameras send it, too.
+template <class Value>
+Bytes BytesOf(const Value& value) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(&value);
+    return Bytes(bytes, bytes + sizeof value);
 }
+inline Bytes LittleEndian(int value) { return BytesOf(value); }
 
 // A text reply as cameras end it: line end and zero byte, which the host drops.
 inline Bytes TextReply(std::string_view text) { return Datagram(9, TextBytes(text) + Bytes{'\r', '\n', 0}); }
@@ -40,20 +41,14 @@ inline Bytes NoException() { return Datagram(0, {}); }
 inline Bytes Exception(int code) { return Datagram(0, {0, 0, static_cast<unsigned char>(code)}); }
 
 // A reply of the parameter table without its exception datagram.
-inline Bytes TableReply(int command, const Bytes& data) {
-    return Datagram(0, Bytes{static_cast<unsigned char>(command), static_cast<unsigned char>(data.size() >> 8),
-                             static_cast<unsigned char>(data.size())} +
-                           data);
-}
+inline Bytes TableReply(int command, const Bytes& data) { return Datagram(0, Datagram(command, data)); }
 
 // Complete successful answers.
 inline Bytes ValueReply(int value) { return TableReply(SYNC_TABLE_CMD_GET, LittleEndian(value)) + NoException(); }
 inline Bytes BlockReply(const Bytes& data) { return TableReply(SYNC_TABLE_CMD_GET, data) + NoException(); }
 inline Bytes SetReply() { return TableReply(SYNC_TABLE_CMD_SET, {}) + NoException(); }
 inline Bytes AttributesReply(const SyncTableAttributes& record) {
-    Bytes data(sizeof record);
-    std::memcpy(data.data(), &record, sizeof record);
-    return TableReply(SYNC_TABLE_CMD_GET_ATTRIBUTES, data) + NoException();
+    return TableReply(SYNC_TABLE_CMD_GET_ATTRIBUTES, BytesOf(record)) + NoException();
 }
 
 // A command that failed with an exception.
@@ -61,22 +56,15 @@ inline Bytes ExceptionReply(int code) { return TableReply(SYNC_TABLE_CMD_GET, Li
 
 inline SyncTableAttributes MakeAttributes(int index, std::string_view name, int minimum, int maximum, int default_value,
                                           int flags = 1, int data_type = 3) {
-    SyncTableAttributes record{};
-    record.index = index;
-    std::memcpy(record.name, name.data(), name.size() < sizeof record.name ? name.size() : sizeof record.name);
-    record.data_type = data_type;
-    record.flags = flags;
-    record.minimum = minimum;
-    record.maximum = maximum;
-    record.default_value = default_value;
+    SyncTableAttributes record{index, {}, data_type, flags, minimum, maximum, default_value};
+    name.copy(record.name, sizeof record.name);
     return record;
 }
 
 // Requests as the host sends them.
 inline Bytes TextRequest(std::string_view text) { return Datagram(9, TextBytes(text)); }
 inline Bytes TableRequest(int command, int index, const Bytes& data = {}) {
-    return Datagram(0, Bytes{static_cast<unsigned char>(command), 0, static_cast<unsigned char>(data.size() + 4)} +
-                           LittleEndian(index) + data);
+    return Datagram(0, Datagram(command, LittleEndian(index) + data));
 }
 inline Bytes GetRequest(int index) { return TableRequest(SYNC_TABLE_CMD_GET, index); }
 inline Bytes SetRequest(int index, int value) { return TableRequest(SYNC_TABLE_CMD_SET, index, LittleEndian(value)); }

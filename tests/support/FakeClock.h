@@ -7,6 +7,7 @@
 #define TESTS_SUPPORT_FAKECLOCK_H
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <vector>
@@ -25,43 +26,30 @@ class FakeClock : public platform::ClockSource {
     FakeClock(const FakeClock&) = delete;
     FakeClock& operator=(const FakeClock&) = delete;
 
-    std::uint32_t Milliseconds() override {
-        const std::lock_guard lock(m_Lock);
-        return m_Now;
-    }
-
+    std::uint32_t Milliseconds() override { return m_Now; }
     void Sleep(std::uint32_t milliseconds) override {
+        Advance(milliseconds);
         const std::lock_guard lock(m_Lock);
-        m_Now += milliseconds;
         m_Sleeps.push_back(milliseconds);
     }
 
     // Lets time pass without a sleep being recorded.
-    void Advance(std::uint32_t milliseconds) {
-        const std::lock_guard lock(m_Lock);
-        m_Now += milliseconds;
-    }
-
-    std::uint32_t Elapsed() const {
-        const std::lock_guard lock(m_Lock);
-        return m_Now - m_Start;
-    }
-
-    // How many sleeps of exactly this length there were. A silent ScriptedTransport does not sleep here.
-    int CountSleeps(std::uint32_t milliseconds) const {
-        const std::lock_guard lock(m_Lock);
-        return static_cast<int>(std::count(m_Sleeps.begin(), m_Sleeps.end(), milliseconds));
-    }
+    void Advance(std::uint32_t milliseconds) { m_Now += milliseconds; }
+    std::uint32_t Elapsed() const { return m_Now - m_Start; }
 
     std::vector<std::uint32_t> Sleeps() const {
         const std::lock_guard lock(m_Lock);
         return m_Sleeps;
     }
+    // How many sleeps of exactly this length there were. A silent ScriptedTransport does not sleep here.
+    int CountSleeps(std::uint32_t milliseconds) const {
+        return static_cast<int>(std::ranges::count(Sleeps(), milliseconds));
+    }
 
   private:
-    mutable std::mutex m_Lock;
     const std::uint32_t m_Start;
-    std::uint32_t m_Now;
+    std::atomic<std::uint32_t> m_Now;
+    mutable std::mutex m_Lock;
     std::vector<std::uint32_t> m_Sleeps;
 };
 

@@ -7,58 +7,33 @@
 #ifndef TESTS_SUPPORT_RECORDEDLOG_H
 #define TESTS_SUPPORT_RECORDEDLOG_H
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "platform/DynamicLibrary.h"
+#include "tests/support/RecordingLog/RecordedLine.h"
 
 namespace zel::test {
 
-struct RecordedLine {
-    int level;
-    int line;
-    std::string source;
-    std::string instance;
-    std::string file;
-    std::string function;
-    std::string message;
-};
-
 class RecordedLog {
   public:
-    RecordedLog() : m_Library(platform::LoadSharedLibrary("kestrane_zel_logger.dll")) {
-        m_Clear = platform::FindFunction<void (*)()>(m_Library, "zel_recorded_clear");
-        m_Count = platform::FindFunction<int (*)()>(m_Library, "zel_recorded_count");
-        m_LiveLogs = platform::FindFunction<int (*)()>(m_Library, "zel_recorded_live_logs");
-        m_Line = platform::FindFunction<int (*)(int, int*, const char**)>(m_Library, "zel_recorded_line");
-        if (!Loaded()) {
-            ADD_FAILURE() << "the recording log library was not found beside this program";
-            return;
-        }
+    RecordedLog() {
+        if (!m_Clear) throw std::runtime_error("the recording log library was not found beside this program");
         Clear();
     }
     ~RecordedLog() { platform::UnloadSharedLibrary(m_Library); }
     RecordedLog(const RecordedLog&) = delete;
     RecordedLog& operator=(const RecordedLog&) = delete;
 
-    bool Loaded() const { return m_Clear && m_Count && m_LiveLogs && m_Line; }
-    void Clear() {
-        if (Loaded()) m_Clear();
-    }
+    void Clear() { m_Clear(); }
     // Loggers that live now.
-    int LiveLogs() const { return Loaded() ? m_LiveLogs() : 0; }
+    int LiveLogs() const { return m_LiveLogs(); }
 
     std::vector<RecordedLine> Lines() const {
         std::vector<RecordedLine> lines;
-        for (int i = 0, count = Loaded() ? m_Count() : 0; i < count; ++i) {
-            int numbers[2] = {};
-            const char* texts[5] = {};
-            if (!m_Line(i, numbers, texts)) break;
-            lines.push_back({numbers[0], numbers[1], texts[0], texts[1], texts[2], texts[3], texts[4]});
-        }
+        while (const RecordedLine* line = m_Line(lines.size())) lines.push_back(*line);
         return lines;
     }
 
@@ -75,24 +50,24 @@ class RecordedLog {
 
     // How many lines have exactly this message, at this level or at any.
     int Count(const std::string& message, int level = -1) const {
-        const std::vector<std::string> messages = Messages("", level);
-        return static_cast<int>(std::count(messages.begin(), messages.end(), message));
+        return static_cast<int>(std::ranges::count(Messages("", level), message));
     }
 
     // How many lines contain this text.
     int CountContaining(const std::string& part) const {
-        const std::vector<std::string> messages = Messages();
-        return static_cast<int>(std::count_if(messages.begin(), messages.end(), [&](const std::string& message) {
-            return message.find(part) != std::string::npos;
-        }));
+        const auto contains = [&](const std::string& message) { return message.find(part) != std::string::npos; };
+        return static_cast<int>(std::ranges::count_if(Messages(), contains));
     }
 
   private:
-    platform::LibraryHandle m_Library;
-    void (*m_Clear)() = nullptr;
-    int (*m_Count)() = nullptr;
-    int (*m_LiveLogs)() = nullptr;
-    int (*m_Line)(int, int*, const char**) = nullptr;
+    template <class Function>
+    Function* Find(const char* name) const {
+        return platform::FindFunction<Function*>(m_Library, name);
+    }
+    const platform::LibraryHandle m_Library = platform::LoadSharedLibrary("kestrane_zel_logger.dll");
+    void (*const m_Clear)() = Find<void()>("zel_recorded_clear");
+    int (*const m_LiveLogs)() = Find<int()>("zel_recorded_live_logs");
+    const RecordedLine* (*const m_Line)(std::size_t) = Find<const RecordedLine*(std::size_t)>("zel_recorded_line");
 };
 
 }  // namespace zel::test

@@ -38,25 +38,13 @@ class ScriptedTransport : public ICameraInterface {
     // Answers one datagram; an empty result is no answer.
     using Handler = std::function<Bytes(const Bytes& datagram)>;
 
-    // What the operations answer, and values they pass on. Set before use, or from the thread that calls.
+    // What the operations answer. Set before use, or from the thread that calls.
     struct Answers {
         int connect = 0;
         int disconnect = 0;
-        int start = 0;
         int stop = 0;
-        int start_trigger = 0;
         int prepare_acquisition = 0;
-        bool stop_trigger = true;
-        bool set_image_handler = true;
-        bool set_event_handler = true;
-        bool enable_events = true;
-        bool set_status_value = true;
-        bool led = true;  // of GetLedState and SetLedState
         int interface_type = CAMERA_TYPE_USB;
-        int status_value = 0;
-        int dropped_frames = 0;
-        unsigned char led_state = 0;
-        double throughput = 0, frame_rate = 0, latency = 0, utilization = 0;
         // Whether Connect, Start, Stop and StartTrigger call the camera object as a real transport does.
         bool call_common = true;
     };
@@ -67,88 +55,57 @@ class ScriptedTransport : public ICameraInterface {
 
     // ---- Script ----
     void QueueReply(Bytes reply) {
-        Locked([&] { m_Queue.push_back(std::move(reply)); });
+        const std::lock_guard lock(m_Lock);
+        m_Queue.push_back(std::move(reply));
     }
     // The same reply several times.
     void QueueReplies(int count, const Bytes& reply) {
         for (int i = 0; i < count; ++i) QueueReply(reply);
     }
-    void SetHandler(Handler handler) {
-        Locked([&] { m_Handler = std::move(handler); });
-    }
+    void SetHandler(Handler handler) { Write(m_Handler, std::move(handler)); }
     // Puts bytes into the reply stream without a request.
     void Feed(const Bytes& bytes) {
-        Locked([&] { m_Stream.insert(m_Stream.end(), bytes.begin(), bytes.end()); });
+        const std::lock_guard lock(m_Lock);
+        m_Stream.insert(m_Stream.end(), bytes.begin(), bytes.end());
     }
-    void SetDelivery(Delivery delivery) {
-        Locked([&] { m_Delivery = delivery; });
-    }
+    void SetDelivery(Delivery delivery) { Write(m_Delivery, delivery); }
     // Every datagram from now on is this many bytes short: it is recorded, but the camera does not answer it.
-    void SetShortSend(int missing_bytes) {
-        Locked([&] { m_MissingBytes = missing_bytes; });
-    }
+    void SetShortSend(int missing_bytes) { Write(m_MissingBytes, missing_bytes); }
     // What each receive call costs on the clock, besides waiting.
-    void SetReceiveCost(std::uint32_t milliseconds) {
-        Locked([&] { m_ReceiveCost = milliseconds; });
-    }
+    void SetReceiveCost(std::uint32_t milliseconds) { Write(m_ReceiveCost, milliseconds); }
     // A transport that breaks its contract: receive calls store nothing and answer this count.
-    void SetFalseReceiveCount(std::optional<int> count) {
-        Locked([&] { m_FalseCount = count; });
-    }
+    void SetFalseReceiveCount(std::optional<int> count) { Write(m_FalseCount, count); }
 
     // ---- What happened ----
-    std::vector<Bytes> Sent() const {
-        return Locked([&] { return m_Sent; });
-    }
-    int Exchanges() const {
-        return Locked([&] { return static_cast<int>(m_Sent.size()); });
-    }
+    std::vector<Bytes> Sent() const { return Read(m_Sent); }
+    int Exchanges() const { return static_cast<int>(Sent().size()); }
     // The datagrams that start with these bytes (GetRequest(index), TextRequest(text), ...).
     int CountSent(const Bytes& start) const {
-        return Locked([&] {
-            return static_cast<int>(std::count_if(m_Sent.begin(), m_Sent.end(), [&](const Bytes& sent) {
-                return sent.size() >= start.size() && std::equal(start.begin(), start.end(), sent.begin());
-            }));
-        });
+        const auto starts = [&](const Bytes& sent) { return std::ranges::mismatch(start, sent).in1 == start.end(); };
+        return static_cast<int>(std::ranges::count_if(Sent(), starts));
     }
-    void ForgetSent() {
-        Locked([&] { m_Sent.clear(); });
-    }
-    int ReceiveCalls() const {
-        return Locked([&] { return m_ReceiveCalls; });
-    }
-    int LastReceiveTimeout() const {
-        return Locked([&] { return m_LastReceiveTimeout; });
-    }
-    std::size_t UnreadBytes() const {
-        return Locked([&] { return m_Stream.size(); });
-    }
-    // Every operation except SendData, RecvData and GetInterfaceType, in order: "Connect", "SetFrameCount 3", ...
-    std::vector<std::string> Calls() const {
-        return Locked([&] { return m_Calls; });
-    }
-    int CountCalls(const std::string& call) const {
-        return Locked([&] { return static_cast<int>(std::count(m_Calls.begin(), m_Calls.end(), call)); });
-    }
-    void ForgetCalls() {
-        Locked([&] { m_Calls.clear(); });
-    }
+    void ForgetSent() { Write(m_Sent, {}); }
+    int ReceiveCalls() const { return Read(m_ReceiveCalls); }
+    int LastReceiveTimeout() const { return Read(m_LastReceiveTimeout); }
+    std::size_t UnreadBytes() const { return Read(m_Stream).size(); }
+    // The operations that matter to a session, in order: "Connect", "PrepareAcquisition 8", ...
+    std::vector<std::string> Calls() const { return Read(m_Calls); }
+    int CountCalls(const std::string& call) const { return static_cast<int>(std::ranges::count(Calls(), call)); }
+    void ForgetCalls() { Write(m_Calls, {}); }
 
     // ---- The transport's own actions ----
-    IZelCameraCommon* Common() const {
-        return Locked([&] { return m_Common; });
-    }
+    IZelCameraCommon* Common() const { return Read(m_Common); }
     // Report a finished frame or an event to the registered function; false when there is none.
     bool EmitImage(ZelImage* image) {
-        const auto target = Locked([&] { return std::pair(m_ImageHandler, m_ImageCamera); });
-        if (target.first) target.first(image, target.second);
-        return target.first != nullptr;
+        const auto [handler, camera] = Read(m_OnImage);
+        if (handler) handler(image, camera);
+        return handler != nullptr;
     }
     bool EmitEvent(unsigned id, int value = 0) {
-        const auto target = Locked([&] { return std::pair(m_EventHandler, m_EventCamera); });
+        const auto [handler, camera] = Read(m_OnEvent);
         const ZelCameraEvent event{id, value, {}};
-        if (target.first) target.first(&event, target.second);
-        return target.first != nullptr;
+        if (handler) handler(&event, camera);
+        return handler != nullptr;
     }
 
     // ---- ICameraInterface ----
@@ -185,28 +142,13 @@ class ScriptedTransport : public ICameraInterface {
     }
 
     void SetCameraCommon(IZelCameraCommon* camera) override {
-        Record(camera ? "SetCameraCommon" : "SetCameraCommon null");
-        Locked([&] { m_Common = camera; });
+        Record("SetCameraCommon");
+        Write(m_Common, camera);
     }
-    int Connect() override {
-        Record("Connect");
-        if (m_Answers.connect) return m_Answers.connect;
-        IZelCameraCommon* common = Common();
-        return common && m_Answers.call_common ? common->ConnectCommon() : 0;
-    }
+    int Connect() override { return Answer("Connect", m_Answers.connect, &IZelCameraCommon::ConnectCommon); }
     int Disconnect() override { return Record("Disconnect"), m_Answers.disconnect; }
-    int Start() override {
-        Record("Start");
-        if (m_Answers.start) return m_Answers.start;
-        IZelCameraCommon* common = Common();
-        return common && m_Answers.call_common ? common->StartCommon() : 0;
-    }
-    int Stop() override {
-        Record("Stop");
-        if (m_Answers.stop) return m_Answers.stop;
-        IZelCameraCommon* common = Common();
-        return common && m_Answers.call_common ? common->StopCommon() : 0;
-    }
+    int Start() override { return Answer("Start", 0, &IZelCameraCommon::StartCommon); }
+    int Stop() override { return Answer("Stop", m_Answers.stop, &IZelCameraCommon::StopCommon); }
     int GetInterfaceType() override { return m_Answers.interface_type; }
     int PrepareAcquisition(int* num_image_buffers) override {
         Record("PrepareAcquisition " + std::to_string(num_image_buffers ? *num_image_buffers : -1));
@@ -214,62 +156,43 @@ class ScriptedTransport : public ICameraInterface {
     }
     void SetFrameCount(int frames) override { Record("SetFrameCount " + std::to_string(frames)); }
     bool SetImageHandler(ZelImageHandler handler, ZelCamera* camera) override {
-        Record(handler ? "SetImageHandler" : "SetImageHandler null");
-        Locked([&] { m_ImageHandler = handler, m_ImageCamera = camera; });
-        return m_Answers.set_image_handler;
+        Record("SetImageHandler");
+        return Write(m_OnImage, {handler, camera}), true;
     }
     bool SetEventHandler(ZelEventHandler handler, ZelCamera* camera) override {
-        Record(handler ? "SetEventHandler" : "SetEventHandler null");
-        Locked([&] { m_EventHandler = handler, m_EventCamera = camera; });
-        return m_Answers.set_event_handler;
+        Record("SetEventHandler");
+        return Write(m_OnEvent, {handler, camera}), true;
     }
-    bool EnableEvents(int value) override {
-        Record("EnableEvents " + std::to_string(value));
-        return m_Answers.enable_events;
-    }
-    int GetStatusValue() override { return Record("GetStatusValue"), m_Answers.status_value; }
-    int GetDroppedFrames() override { return Record("GetDroppedFrames"), m_Answers.dropped_frames; }
-    int StartTrigger() override {
-        Record("StartTrigger");
-        if (m_Answers.start_trigger) return m_Answers.start_trigger;
-        IZelCameraCommon* common = Common();
-        return common && m_Answers.call_common ? common->StartTriggerCommon() : 0;
-    }
-    bool StopTrigger() override { return Record("StopTrigger"), m_Answers.stop_trigger; }
-    bool SetStatusValue(int value) override {
-        Record("SetStatusValue " + std::to_string(value));
-        return m_Answers.set_status_value;
-    }
-    bool GetLedState(unsigned char* on) override {
-        Record("GetLedState");
-        if (on && m_Answers.led) *on = m_Answers.led_state;
-        return m_Answers.led;
-    }
-    bool SetLedState(bool on) override {
-        Record(on ? "SetLedState 1" : "SetLedState 0");
-        if (m_Answers.led) m_Answers.led_state = on;
-        return m_Answers.led;
-    }
-    void SetCameraObject(ZelCamera* camera) override {
-        Record(camera ? "SetCameraObject" : "SetCameraObject null");
-        Locked([&] { m_CameraObject = camera; });
-    }
-    ZelCamera* GetCameraObject() override {
-        return Locked([&] { return m_CameraObject; });
-    }
-    double GetLinkThroughput() override { return m_Answers.throughput; }
-    double GetLinkFrameRate() override { return m_Answers.frame_rate; }
-    double GetLinkLatency() override { return m_Answers.latency; }
-    double GetLinkUtilization() override { return m_Answers.utilization; }
+    bool EnableEvents(int value) override { return Record("EnableEvents " + std::to_string(value)), true; }
+    int GetStatusValue() override { return 0; }
+    int GetDroppedFrames() override { return 0; }
+    int StartTrigger() override { return Answer("StartTrigger", 0, &IZelCameraCommon::StartTriggerCommon); }
+    bool StopTrigger() override { return Record("StopTrigger"), true; }
+    bool SetStatusValue(int) override { return true; }
+    bool GetLedState(unsigned char*) override { return true; }
+    bool SetLedState(bool) override { return true; }
+    void SetCameraObject(ZelCamera*) override {}
+    ZelCamera* GetCameraObject() override { return nullptr; }
 
   private:
-    template <class Action>
-    std::invoke_result_t<Action> Locked(Action action) const {
+    template <class Value>
+    Value Read(const Value& member) const {
         const std::lock_guard lock(m_Lock);
-        return action();
+        return member;
+    }
+    template <class Value>
+    void Write(Value& member, std::type_identity_t<Value> value) {
+        const std::lock_guard lock(m_Lock);
+        member = std::move(value);
     }
     void Record(std::string call) {
-        Locked([&] { m_Calls.push_back(std::move(call)); });
+        const std::lock_guard lock(m_Lock);
+        m_Calls.push_back(std::move(call));
+    }
+    int Answer(const char* call, int code, int (IZelCameraCommon::*operation)()) {
+        Record(call);
+        IZelCameraCommon* common = Common();
+        return code == 0 && common && m_Answers.call_common ? (common->*operation)() : code;
     }
     void Pass(std::uint32_t milliseconds) {
         if (m_Clock) m_Clock->Advance(milliseconds);
@@ -289,11 +212,8 @@ class ScriptedTransport : public ICameraInterface {
     int m_LastReceiveTimeout = 0;
     std::vector<std::string> m_Calls;
     IZelCameraCommon* m_Common = nullptr;
-    ZelCamera* m_CameraObject = nullptr;
-    ZelImageHandler m_ImageHandler = nullptr;
-    ZelCamera* m_ImageCamera = nullptr;
-    ZelEventHandler m_EventHandler = nullptr;
-    ZelCamera* m_EventCamera = nullptr;
+    std::pair<ZelImageHandler, ZelCamera*> m_OnImage;
+    std::pair<ZelEventHandler, ZelCamera*> m_OnEvent;
 };
 
 }  // namespace zel::test

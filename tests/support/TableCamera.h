@@ -31,58 +31,38 @@ class TableCamera {
     }
 
     Bytes Answer(const Bytes& datagram) {
-        if (datagram.size() < 3) return {};
-        if (datagram[0] == 9) return AnswerText(std::string(datagram.begin() + 3, datagram.end()));
+        if (datagram.size() >= 3 && datagram[0] == 9) {
+            std::string command(datagram.begin() + 3, datagram.end());
+            command.erase(command.find_last_not_of("\r\n") + 1);
+            return TextReply(m_Texts.contains(command) ? m_Texts[command] : "OK");
+        }
         if (datagram.size() < 10) return {};
         const int index = Word(datagram, 6);
-        if (const auto found = m_Exceptions.find(index); found != m_Exceptions.end()) {
-            return ExceptionReply(found->second);
-        }
+        if (m_Exceptions.contains(index)) return ExceptionReply(m_Exceptions[index]);
         switch (datagram[3]) {
             case SYNC_TABLE_CMD_GET:
-                return AnswerGet(index);
+                return m_Blocks.contains(index) ? BlockReply(m_Blocks[index]) : ValueReply(m_Values[index]);
             case SYNC_TABLE_CMD_SET:
-                return AnswerSet(index, datagram);
+                if (SyncTableIsBlock(index) || datagram.size() != 14) {
+                    m_Blocks[index] = Bytes(datagram.begin() + 10, datagram.end());
+                } else {
+                    m_Values[index] = Word(datagram, 10);
+                }
+                return SetReply();
             case SYNC_TABLE_CMD_GET_ATTRIBUTES:
-                return AnswerAttributes(index);
+                return AttributesReply(m_Attributes.contains(index)
+                                           ? m_Attributes[index]
+                                           : MakeAttributes(index, SyncTableName(index), 0, 0x7FFFFFFF, 0));
             default:
                 return {};
         }
     }
 
-  private:
+    // A number of a request.
     static int Word(const Bytes& bytes, std::size_t offset) {
         unsigned value = 0;
         for (std::size_t i = 4; i-- > 0;) value = value << 8 | bytes[offset + i];
         return static_cast<int>(value);
-    }
-
-    Bytes AnswerText(std::string command) const {
-        while (!command.empty() && (command.back() == '\r' || command.back() == '\n')) command.pop_back();
-        const auto found = m_Texts.find(command);
-        return TextReply(found != m_Texts.end() ? found->second : "OK");
-    }
-
-    Bytes AnswerGet(int index) const {
-        if (const auto found = m_Blocks.find(index); found != m_Blocks.end()) return BlockReply(found->second);
-        const auto found = m_Values.find(index);
-        return ValueReply(found != m_Values.end() ? found->second : 0);
-    }
-
-    Bytes AnswerSet(int index, const Bytes& datagram) {
-        if (!SyncTableIsBlock(index) && datagram.size() == 14) {
-            m_Values[index] = Word(datagram, 10);
-        } else {
-            m_Blocks[index] = Bytes(datagram.begin() + 10, datagram.end());
-        }
-        return SetReply();
-    }
-
-    Bytes AnswerAttributes(int index) const {
-        const auto found = m_Attributes.find(index);
-        return AttributesReply(found != m_Attributes.end()
-                                   ? found->second
-                                   : MakeAttributes(index, SyncTableName(index), 0, 0x7FFFFFFF, 0));
     }
 };
 

@@ -1,30 +1,20 @@
 // A logging library that keeps every line in memory, and exports to fetch and clear them.
 #include <deque>
-#include <memory>
 #include <mutex>
-#include <string>
+#include <set>
 #include <utility>
-#include <vector>
 
 #include "ZelPlatform.h"
+#include "tests/support/RecordingLog/RecordedLine.h"
 
 namespace {
 
 using Names = std::pair<std::string, std::string>;
 
-struct Line {
-    int level;
-    int line;
-    Names names;
-    std::string file;
-    std::string function;
-    std::string message;
-};
-
 struct Recorder {
     std::mutex lock;
-    std::vector<std::unique_ptr<Names>> logs;  // one handle per source and instance, kept until the library is unloaded
-    std::deque<Line> lines;
+    std::set<Names> logs;  // one handle per source and instance, kept until the library is unloaded
+    std::deque<zel::test::RecordedLine> lines;
     int live_logs = 0;
 };
 
@@ -38,21 +28,16 @@ Recorder& TheRecorder() {
 ZEL_PLUGIN_EXPORT void* ZEL_CALL zel_get_log(const char* source_name, const char* instance_name) {
     Recorder& recorder = TheRecorder();
     const std::lock_guard lock(recorder.lock);
-    Names names(source_name, instance_name);
     ++recorder.live_logs;
-    for (const auto& log : recorder.logs) {
-        if (*log == names) return log.get();
-    }
-    recorder.logs.push_back(std::make_unique<Names>(std::move(names)));
-    return recorder.logs.back().get();
+    return const_cast<Names*>(&*recorder.logs.emplace(source_name, instance_name).first);
 }
 
-ZEL_PLUGIN_EXPORT int ZEL_CALL zel_log(void* log_handle, int level, const char* source_file, int line,
-                                       const char* function_name, const char* message) {
+ZEL_PLUGIN_EXPORT int ZEL_CALL zel_log(void* log_handle, int level, const char*, int, const char* function_name,
+                                       const char* message) {
     Recorder& recorder = TheRecorder();
     const std::lock_guard lock(recorder.lock);
-    recorder.lines.push_back(
-        {level, line, *static_cast<const Names*>(log_handle), source_file, function_name, message});
+    const auto& [source, instance] = *static_cast<const Names*>(log_handle);
+    recorder.lines.push_back({level, source, instance, function_name, message});
     return 0;
 }
 
@@ -68,31 +53,15 @@ ZEL_PLUGIN_EXPORT void ZEL_CALL zel_recorded_clear() {
     recorder.lines.clear();
 }
 
-ZEL_PLUGIN_EXPORT int ZEL_CALL zel_recorded_count() {
-    Recorder& recorder = TheRecorder();
-    const std::lock_guard lock(recorder.lock);
-    return static_cast<int>(recorder.lines.size());
-}
-
 ZEL_PLUGIN_EXPORT int ZEL_CALL zel_recorded_live_logs() {
     Recorder& recorder = TheRecorder();
     const std::lock_guard lock(recorder.lock);
     return recorder.live_logs;
 }
 
-// One line: level and line number in numbers[0] and [1]; source, instance, file, function and message in texts[0] to
-// [4]. The texts stay valid until the next clear.
-ZEL_PLUGIN_EXPORT int ZEL_CALL zel_recorded_line(int index, int* numbers, const char** texts) {
+// Null behind the last one. The line stays valid until the next clear.
+ZEL_PLUGIN_EXPORT const zel::test::RecordedLine* ZEL_CALL zel_recorded_line(std::size_t index) {
     Recorder& recorder = TheRecorder();
     const std::lock_guard lock(recorder.lock);
-    if (index < 0 || index >= static_cast<int>(recorder.lines.size())) return 0;
-    const Line& line = recorder.lines[static_cast<std::size_t>(index)];
-    numbers[0] = line.level;
-    numbers[1] = line.line;
-    texts[0] = line.names.first.c_str();
-    texts[1] = line.names.second.c_str();
-    texts[2] = line.file.c_str();
-    texts[3] = line.function.c_str();
-    texts[4] = line.message.c_str();
-    return 1;
+    return index < recorder.lines.size() ? &recorder.lines[index] : nullptr;
 }

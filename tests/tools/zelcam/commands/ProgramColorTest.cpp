@@ -48,7 +48,7 @@ Picture ReadPicture(const std::string& name, const nlohmann::json& json) {
     EXPECT_EQ(state.info_png.color.bitdepth, json["format"] == "16" ? 16u : 8u);
     EXPECT_EQ(state.info_png.color.colortype, json["format"] == "rgba8" ? LCT_RGBA : LCT_RGB);
     EXPECT_EQ(state.info_png.srgb_defined, json["space"] == "srgb" ? 1u : 0u);
-    if (state.info_png.srgb_defined) EXPECT_EQ(state.info_png.srgb_intent, 0u) << "perceptual";
+    EXPECT_TRUE(!state.info_png.srgb_defined || state.info_png.srgb_intent == 0) << "perceptual";
     EXPECT_NE(state.info_png.gama_defined, state.info_png.srgb_defined);
     EXPECT_EQ(json["bits"], json["format"] != "16" ? 8 : json["space"] == "srgb" ? 16 : 14);
     EXPECT_EQ(json["black_level_taken_off"], json["space"] == "sensor" ? 0 : 64);

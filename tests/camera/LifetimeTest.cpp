@@ -58,14 +58,16 @@ class EndingTest : public LifetimeTest, public testing::WithParamInterface<Endin
         Write(ZEL_PARAM_HW_TRIGGER_ACTIVE, 1);
         m_Transport.SetHandler([this](const Bytes& datagram) {
             if (m_Halts) m_Halt.Stay();
+            if (datagram == SetRequest(CALC_STATE, 1)) ++m_Calculations;
             Bytes answer = m_Table.Answer(datagram);
-            m_Table.m_Values[CALC_STATE] = m_Transport.CountCalls("PrepareAcquisition 8") == 0 ? 2 : 1;
+            m_Table.m_Values[CALC_STATE] = m_Calculations < 2 ? 2 : 1;
             return answer;
         });
         m_Starting = std::thread([this] { EXPECT_FALSE(m_Camera->StartTriggerAcquisition()); });
-        while (m_Transport.CountCalls("PrepareAcquisition 8") == 0) std::this_thread::yield();
+        while (m_Calculations < 2) std::this_thread::yield();
     }
 
+    std::atomic<int> m_Calculations{0};
     std::atomic<bool> m_Halts{false};
     Halt m_Halt;
     std::thread m_Starting;

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <set>
 
+#include "devices/sim/link/NeverDestroyed.h"
 #include "devices/sim/link/SimControl.h"
 #include "devices/sim/link/SimLibraries.h"
 #include "platform/DynamicLibrary.h"
@@ -16,8 +17,8 @@ platform::Mutex s_Lock;
 
 // Never destroyed: a thread of the library's may complain while the process ends.
 std::set<std::string>& Lines() ZEL_REQUIRES(s_Lock) {
-    static auto& lines = *new std::set<std::string>;
-    return lines;
+    static NeverDestroyed<std::set<std::string>> s_Lines;
+    return s_Lines.Get();
 }
 
 // Each library has code and memory of its own; they ask each other over their control interfaces.

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "devices/sim/link/Complaints.h"
+#include "devices/sim/link/NeverDestroyed.h"
 #include "devices/sim/link/SimCommands.h"
 #include "devices/sim/link/SimControl.h"
 #include "devices/sim/plugins/Plugin.h"
@@ -19,8 +20,8 @@ platform::Mutex s_Lock;
 
 // Shared with whoever is inside an export. Never destroyed: a process may end without lib_unload.
 std::shared_ptr<SimBus>& TheBus() ZEL_REQUIRES(s_Lock) {
-    static auto& bus = *new std::shared_ptr<SimBus>;
-    return bus;
+    static NeverDestroyed<std::shared_ptr<SimBus>> s_Bus;
+    return s_Bus.Get();
 }
 
 std::shared_ptr<SimBus> Bus() {

@@ -23,13 +23,26 @@ std::string SizeText(const CalibrationTable& table) {
     return std::to_string(table.rows.size()) + " rows, " + std::to_string(table.taps) + " taps";
 }
 
+fs::path MasterFile(const fs::path& folder, const std::string& prefix, std::size_t speed) {
+    return folder / Utf8Path(prefix + "_" + kSpeedNames[speed] + ".txt");
+}
+
+// A beginning that no file in the folder has yet: an earlier backup may be all that is left of a camera's own tables.
+std::string FreePrefix(const fs::path& folder, const std::string& prefix) {
+    std::error_code error;
+    std::string free = prefix;
+    const auto taken = [&](std::size_t speed) { return fs::exists(MasterFile(folder, free, speed), error); };
+    for (int number = 2; taken(0) || taken(1); ++number) free = fmt::format("{}{}", prefix, number);
+    return free;
+}
+
 // Writes a camera's tables as master files. Result: their paths.
 std::vector<fs::path> ExportTables(const CalibrationTables& tables, const fs::path& folder, const std::string& prefix) {
     std::error_code error;
     fs::create_directories(folder, error);
     std::vector<fs::path> paths;
     for (std::size_t speed = 0; speed < tables.size(); ++speed) {
-        paths.push_back(folder / Utf8Path(prefix + "_" + kSpeedNames[speed] + ".txt"));
+        paths.push_back(MasterFile(folder, prefix, speed));
         WriteMasterFile(paths.back(), tables[speed]);
     }
     return paths;
@@ -214,7 +227,10 @@ class WriteAction : public Command {
         m_Files.Declare(command);
         DeclareCamera(command);
         command.add_flag("-y,--yes", m_Yes, "Do not ask");
-        command.add_option("--backup", m_Backup, "Folder for the tables that are overwritten")->capture_default_str();
+        command
+            .add_option("--backup", m_Backup,
+                        "Folder for the tables that are overwritten in the camera; earlier backups stay")
+            ->capture_default_str();
         command.footer("A table that no file is given for stays. Both are written and read back.\n" +
                        command.get_footer());
         DeclareJson(command);
@@ -228,7 +244,10 @@ class WriteAction : public Command {
         CalibrationTables tables = Merge(present);
         if (!m_Yes) Confirm(camera);
         std::vector<fs::path> backup;
-        if (present) backup = ExportTables(*present, Utf8Path(m_Backup), camera.Entry().serial + "_before");
+        if (present) {
+            const fs::path folder = Utf8Path(m_Backup);
+            backup = ExportTables(*present, folder, FreePrefix(folder, camera.Entry().serial + "_before"));
+        }
         WriteTables(camera, tables);
         Report(camera, tables, backup, result);
     }

@@ -112,7 +112,8 @@ TEST_F(ProgramCalibrate, WriteStoresBothTablesAfterAYes) {
     const auto before = JsonOf("calibrate import \"" + json["backup"][0].get<std::string>() + "\"");
     EXPECT_EQ(before[0]["same_as_camera"], true);  // a new process has a new camera
     std::ofstream(m_Folder / "answer") << "yes\n";
-    EXPECT_EQ(RunTool("calibrate write" + file + "--backup" + File("b") + "<" + File("answer")).exit_code, 0);
+    EXPECT_EQ(RunTool("calibrate write" + file + "--backup" + File("before") + "<" + File("answer")).exit_code, 0);
+    EXPECT_EQ(std::distance(fs::directory_iterator(m_Folder / "before"), {}), 4) << "the first backup stays";
 }
 
 TEST_F(ProgramCalibrate, SeamsAreThereWithoutTheCorrectionAndGoneWithIt) {

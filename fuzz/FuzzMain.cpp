@@ -1,5 +1,5 @@
-// Runs a fuzz target without a fuzzing engine: first every file in the folders named on the command line, then
-// pseudo-random inputs that are the same in each run.
+// Runs a fuzz target without a fuzzing engine: first every file named on the command line (folders: every file in
+// them), then pseudo-random inputs that are the same in each run.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -16,6 +16,18 @@ namespace {
 constexpr int kRandomInputs = 4000;
 constexpr unsigned kLongestInput = 600;
 
+bool RunFile(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        std::printf("cannot read %s\n", path.string().c_str());
+        return false;
+    }
+    const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
+    const std::vector<std::uint8_t> input(bytes.begin(), bytes.end());
+    LLVMFuzzerTestOneInput(input.data(), input.size());
+    return true;
+}
+
 // Random bytes of which most are small, so that lengths and codes often have sensible values.
 std::vector<std::uint8_t> RandomInput(std::mt19937& random) {
     std::vector<std::uint8_t> input(random() % kLongestInput);
@@ -31,12 +43,13 @@ std::vector<std::uint8_t> RandomInput(std::mt19937& random) {
 int main(int argc, char** argv) {
     int files = 0;
     for (int i = 1; i < argc; ++i) {
-        for (const auto& entry : std::filesystem::directory_iterator(argv[i])) {
-            std::ifstream file(entry.path(), std::ios::binary);
-            if (!file) return 1;
-            const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
-            const std::vector<std::uint8_t> input(bytes.begin(), bytes.end());
-            LLVMFuzzerTestOneInput(input.data(), input.size());
+        if (std::filesystem::is_directory(argv[i])) {
+            for (const auto& entry : std::filesystem::directory_iterator(argv[i])) {
+                if (!RunFile(entry.path())) return 1;
+                ++files;
+            }
+        } else {
+            if (!RunFile(argv[i])) return 1;
             ++files;
         }
     }

@@ -242,7 +242,8 @@ class Camera {
     }
     /// How long a frame may take by the camera's own figures, with ten seconds of grace.
     std::chrono::milliseconds frame_timeout() const { return m_State->run().timeout; }
-    /// Ends a wait for a frame on another thread at once; its reason is Reason::interrupted.
+    /// Ends the wait for a frame that another thread is in, at once, else the next one of this run, frames or not; its
+    /// reason is Reason::interrupted.
     void interrupt() { m_State->interrupt(); }
 
     bool link_lost() const { return m_State->link_lost(); }

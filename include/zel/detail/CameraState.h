@@ -117,6 +117,7 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
         const std::lock_guard lock(m_Mutex);
         m_Notified.clear();
         m_Waiting = m_Consumed = m_Taken = 0;
+        m_Interrupted = false;
     }
 
     Run run() const {
@@ -143,7 +144,7 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
 
     void interrupt() {
         const std::lock_guard lock(m_Mutex);
-        ++m_Interrupts;
+        m_Interrupted = true;
         m_Changed.notify_all();
     }
 
@@ -238,10 +239,11 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
 
     bool wait(Order order, Clock::time_point deadline, Clock::time_point& notified, bool& interrupted) {
         std::unique_lock lock(m_Mutex);
-        const std::uint64_t interrupts = m_Interrupts;
-        while (m_Waiting == 0) {
-            interrupted = m_Interrupts != interrupts;
-            if (m_LinkLost || interrupted || !m_Run.running || Clock::now() >= deadline) return false;
+        while (true) {
+            interrupted = std::exchange(m_Interrupted, false);
+            if (interrupted) return false;
+            if (m_Waiting > 0) break;
+            if (m_LinkLost || !m_Run.running || Clock::now() >= deadline) return false;
             m_Changed.wait_until(lock, deadline);
         }
         const std::uint64_t passed = order == Order::newest ? m_Waiting - 1 : 0;
@@ -355,7 +357,7 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
     std::uint64_t m_Waiting = 0;               // notifications whose frames wait
     std::uint64_t m_Consumed = 0;
     std::uint64_t m_Taken = 0;
-    std::uint64_t m_Interrupts = 0;
+    bool m_Interrupted = false;  // until a wait has ended for it
     Run m_Run;
     std::optional<ColorSetting> m_Color;
     std::shared_ptr<const FrameHandler> m_FrameHandler;

@@ -187,13 +187,10 @@ class Camera {
     /// The next frame, or the reason why none came within the time: at once where none can come, as after a lost link
     /// and at the end of a sequence. One thread at a time.
     FrameResult wait_frame(std::chrono::milliseconds timeout, Order order = Order::every) {
-        const auto start = std::chrono::steady_clock::now();
         bool interrupted = false;
         Frame frame = wait_for(timeout, order, interrupted);
         if (frame) return frame;
-        const auto waited = std::chrono::steady_clock::now() - start;
-        return why_no_frame(std::max(timeout, std::chrono::duration_cast<std::chrono::milliseconds>(waited)),
-                            interrupted);
+        return why_no_frame(timeout, interrupted);
     }
     /// As wait_frame() with the newest frame that waits.
     FrameResult wait_newest(std::chrono::milliseconds timeout) { return wait_frame(timeout, Order::newest); }

@@ -126,11 +126,10 @@ class Camera {
 
     /// Sends a text command and answers the reply. Throws Error (timeout) when none comes within 5 s.
     std::string command(const std::string& text) const {
+        // The camera has one place for the reply.
+        const std::lock_guard lock(m_State->command_mutex);
         std::string reply;
-        const auto store = [](const char* text_of_reply, void* context) {
-            *static_cast<std::string*>(context) = detail::text_or_empty(text_of_reply);
-        };
-        native()->SetTextCommandCallback(static_cast<void(ZEL_CALL*)(const char*, void*)>(store), &reply);
+        native()->SetTextCommandCallback(&Camera::store_reply, &reply);
         const bool answered = native()->SetTextCommand(text.c_str());
         native()->SetTextCommandCallback(nullptr, nullptr);
         if (!answered) {
@@ -262,6 +261,14 @@ class Camera {
   private:
     // How often a camera that may have stopped by itself is asked whether it has.
     static constexpr std::chrono::milliseconds kStateCheck{200};
+
+    static void ZEL_CALL store_reply(const char* text, void* reply) {
+        try {
+            *static_cast<std::string*>(reply) = detail::text_or_empty(text);
+        } catch (...) {
+            // The reply stays empty.
+        }
+    }
 
     static std::string text_of(const ZelRoiBin& r) {
         std::string text;

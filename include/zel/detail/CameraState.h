@@ -184,6 +184,8 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
 
     /// The selection of an attribute and its reading belong together.
     std::mutex attribute_mutex;
+    /// One text command at a time.
+    std::mutex command_mutex;
     /// One start or stop at a time.
     std::mutex run_mutex;
 

@@ -109,8 +109,8 @@ class Camera {
         if (m_State->internal()->SetImageAveraging(frames, 1)) return;
         throw Error(ErrorKind::refused, "averaging over " + std::to_string(frames), "the SDK does not take it");
     }
-    /// Switches the correction of the camera's taps on or off. False while the camera has nothing to correct with; its
-    /// tables are then loaded when it is opened the next time.
+    /// Switches the correction of the camera's taps on or off. False while the camera has nothing to correct with: open
+    /// it with OpenOptions::calibrated.
     bool set_calibration(bool on) const { return m_State->internal()->TapBalanceEnable(on); }
 
     /// Color pictures from now on, made like this: Frame::color_bytes(). Throws Error (refused) for a monochrome

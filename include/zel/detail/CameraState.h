@@ -54,9 +54,9 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
     using Clock = std::chrono::steady_clock;
 
     /// An open camera with its callbacks set. Throws Error.
-    static std::shared_ptr<CameraState> open(std::shared_ptr<SdkState> sdk, int number) {
+    static std::shared_ptr<CameraState> open(std::shared_ptr<SdkState> sdk, int number, bool calibrated) {
         auto state = std::make_shared<CameraState>(std::move(sdk), number);
-        state->connect();
+        state->connect(calibrated);
         return state;
     }
 
@@ -193,7 +193,7 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
     // The moments of this many notifications are remembered, the rest are only counted.
     static constexpr std::size_t kMostMoments = 4096;
 
-    void connect() {
+    void connect(bool calibrated) {
         const std::lock_guard lock(m_Sdk->cameras_mutex);
         m_Native = m_Sdk->native()->GetCamera(m_Info.number);
         if (!m_Native) {
@@ -206,6 +206,8 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
                         open->held() > 0 ? "frames of it are held" : "this program has a Camera for it",
                         "use that one, or let go of it and its frames first");
         }
+        // Answers false, because nothing is loaded yet; the wish is kept all the same.
+        if (calibrated) internal()->TapBalanceEnable(true);
         if (!m_Native->Open()) {
             throw Error(ErrorKind::no_camera, label() + " can't be opened", last_error(),
                         "check cable and power, and that no other program holds it");

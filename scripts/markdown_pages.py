@@ -56,7 +56,8 @@ def anchors(path):
 
 
 def links(path):
-    """Targets of links and pictures, and the files of this tree that stand in backticks (`docs/color.md`)."""
+    """Targets of links and pictures, and the files of this tree that stand in backticks (`docs/color.md`); a name that
+    begins with X is a pattern."""
     for line in lines_of(path):
         if line.code:
             continue
@@ -64,5 +65,6 @@ def links(path):
         for target in re.findall(r"\]\(([^)\s]+)\)", re.sub(r"`[^`]*`", "", line.text)):
             yield Link(line.number, target)
         for target in spans:
-            if re.fullmatch(r"[\w./]+/[\w.-]+\.(md|h|cpp|sh|py|txt|json)", target):
+            file = re.fullmatch(r"(\w+)/(?:[\w.-]+/)*(?!X)[\w.-]+\.(?:md|h|cpp|sh|py|txt|json)", target)
+            if file and os.path.isdir(os.path.join(ROOT, file.group(1))):
                 yield Link(line.number, "/" + target)

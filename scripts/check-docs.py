@@ -229,12 +229,12 @@ def stands_in(program, name):
 
 
 def main():
-    parser = argparse.ArgumentParser(usage=__doc__)
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("what", choices=["links", "programs", "commands"])
     parser.add_argument("programs", nargs="?")
     parser.add_argument("names", nargs="*")
     parser.add_argument("--update", action="store_true")
-    arguments = parser.parse_args()
+    arguments = parser.parse_intermixed_args()
     if arguments.what == "links":
         return check_links()
     if arguments.what == "programs":

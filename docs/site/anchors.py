@@ -8,6 +8,7 @@ import os
 import re
 import sys
 
+sys.dont_write_bytecode = True
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "scripts"))
 from markdown_pages import lines_of, slug  # noqa: E402
 

@@ -8,7 +8,7 @@
 
 A command is a line "$ ..." of a block of code; the lines up to the next one are what it prints on both streams. Every
 page has an empty folder of its own, and the programs of BIN; ZEL_... variables of the caller are gone, `export` holds
-for the rest of the page. A command that ends with a failure says so in a line "PROGRAM: ...".
+for the rest of the page. A command that ends with a failure says so in a line "PROGRAM: ..." or "FAIL ...".
 
 Compared are whole lines. Three things count as measured and may differ: numbers with a decimal point, numbers in
 milliseconds (`12 ms`, `"..._ms": 12`) and time stamps; so may the width of the gaps in a line that has one of them.
@@ -129,7 +129,7 @@ def same(expected, printed, exact):
 
 
 def failure_is_shown(command):
-    return any(re.match(r"\w[\w.-]*: ", line) for line in command.expected)
+    return any(re.match(r"FAIL |\w[\w.-]*: ", line) for line in command.expected)
 
 
 def write_output(command, printed, shift):

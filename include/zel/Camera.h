@@ -1,3 +1,4 @@
+/// @file
 /// An open camera.
 #ifndef ZEL_LAYER_CAMERA_H
 #define ZEL_LAYER_CAMERA_H
@@ -34,7 +35,7 @@ enum class Trigger {
 /// How an acquisition is started.
 struct StartOptions {
     int frames = 0;  ///< the camera stops by itself after so many; 0: as FRAME_COUNT says, which is 0 = never
-    Trigger trigger = Trigger::as_set;
+    Trigger trigger = Trigger::as_set;  ///< what starts a frame
 };
 
 /// An open camera, stopped and closed when this object dies; frames that are still held keep it open until they have
@@ -48,7 +49,9 @@ class Camera {
     ~Camera() {
         if (m_State) m_State->end();
     }
+    /// Moved from, an object has no camera and may only be assigned to or destroyed.
     Camera(Camera&&) noexcept = default;
+    /// Ends the acquisition of the camera that was here.
     Camera& operator=(Camera&& other) noexcept {
         if (this == &other) return *this;
         if (m_State) m_State->end();
@@ -70,6 +73,7 @@ class Camera {
     /// A parameter by its name: "EXPOSURE_TIME_US", "gain"; or by its id ZEL_PARAM_.... Throws Error (invalid_argument)
     /// with the nearest names.
     Parameter parameter(std::string_view name) const { return {m_State, find_parameter(name)}; }
+    /// The same, by its id.
     Parameter parameter(unsigned id) const {
         const ParameterInfo* const info = parameter_by_id(id);
         return info ? Parameter(m_State, *info) : parameter(std::to_string(id));
@@ -94,6 +98,7 @@ class Camera {
     /// The part of the sensor that frames show from the next start on, cut out by the SDK. Throws Error (refused) when
     /// it is not on the sensor.
     SetResult set_region(const Region& region) const { return set_region_and_binning(&region, nullptr); }
+    /// So many sensor pixels become one, from the next start on. Throws Error (refused).
     SetResult set_binning(const Binning& binning) const { return set_region_and_binning(nullptr, &binning); }
     /// Both in one write; null leaves one as it is.
     SetResult set_region_and_binning(const Region* region, const Binning* binning) const {
@@ -122,6 +127,7 @@ class Camera {
     }
     /// Grey samples alone from now on.
     void use_grey() { m_State->set_color(std::nullopt); }
+    /// Whether the camera has no color filter.
     bool is_monochrome() const { return m_State->internal()->IsMonochrome(); }
 
     /// Sends a text command and answers the reply. Throws Error (timeout) when none comes within 5 s.
@@ -245,6 +251,7 @@ class Camera {
     /// Ends a wait for a frame on another thread at once; its reason is Reason::interrupted.
     void interrupt() { m_State->interrupt(); }
 
+    /// Whether the camera was unplugged or switched off since it was opened and is not back.
     bool link_lost() const { return m_State->link_lost(); }
     /// Frames passed over for newer ones since the start.
     std::uint64_t skipped() const { return m_State->skipped(); }

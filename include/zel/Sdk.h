@@ -1,3 +1,4 @@
+/// @file
 /// The SDK: finding cameras and opening them.
 #ifndef ZEL_LAYER_SDK_H
 #define ZEL_LAYER_SDK_H
@@ -48,6 +49,7 @@ class Sdk {
 
     /// One line for the SDK and one for each interface library. One call at a time.
     std::string version() const { return detail::text_or_empty(get_version_str()); }
+    /// The SDK's object, for what this layer leaves out.
     ZelSDK* native() const { return m_State->native(); }
 
   private:

@@ -9,13 +9,9 @@ endif()
 # All products compute the same floating-point results: SSE arithmetic, no fused multiply-add.
 target_compile_options(zel_options INTERFACE -msse2 -mfpmath=sse -ffp-contract=off)
 if(WIN32)
-    # 32-bit applications built with Microsoft's compiler call in with a stack aligned to 4 bytes. On 64-bit Windows the
-    # stack is aligned to 16 bytes and GCC does not align it further for vectors of 32, which it may still move to and
-    # from it with the instructions that need that; the assembler turns them into those that do not.
+    # 32-bit applications built with Microsoft's compiler call in with a stack aligned to 4 bytes.
     if(CMAKE_SIZEOF_VOID_P EQUAL 4)
         set(ZEL_STACK_OPTION -mstackrealign)
-    else()
-        set(ZEL_STACK_OPTION -Wa,-muse-unaligned-vector-move)
     endif()
     target_compile_options(zel_options INTERFACE ${ZEL_STACK_OPTION})
     target_compile_definitions(zel_options INTERFACE WINVER=0x0601 _WIN32_WINNT=0x0601 WIN32_LEAN_AND_MEAN NOMINMAX

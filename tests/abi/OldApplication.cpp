@@ -81,32 +81,30 @@ void CheckClosedCamera(ZelCamera* camera) {
           Slot<bool>(camera, 37 + kDestructorSlots) && static_cast<ZelColorCamera*>(camera)->Reserved38());
 }
 
-int g_HandedOver = 0;
+volatile int g_HandedOver = 0;  // set on another thread
+int g_Context = 0;
 
-void ZEL_CALL CountFrame(ZelImage* image, void* context) {
+void ZEL_CALL NoteFrame(ZelImage* image, void* context) {
     const auto* seen = static_cast<ZelColorImage*>(image);
-    if (context == &g_HandedOver && seen->pixels && seen->buffer_size >= seen->size_in_bytes) ++g_HandedOver;
+    if (context == &g_Context && seen->pixels && seen->buffer_size >= seen->size_in_bytes) g_HandedOver = 1;
 }
 
 void CheckFrame(ZelCamera* camera, int width) {
-    Check("SetImageCallback", camera->SetImageCallback(&CountFrame, &g_HandedOver));
+    Check("SetImageCallback", camera->SetImageCallback(&NoteFrame, &g_Context));
     Check("Start", camera->Start());
-    ZelImage* image = nullptr;
-    for (int waited_ms = 0; !image && waited_ms < 10000; ++waited_ms) {
-        image = camera->GetPendingImage();
-        if (!image) Wait(1);
-    }
+    for (int waited_ms = 0; !g_HandedOver && waited_ms < 10000; ++waited_ms) Wait(1);
+    Check("the image callback was called", g_HandedOver > 0);
+    g_HandedOver = 0;
+    ZelImage* image = camera->GetPendingImage();
     Check("a frame", image != nullptr);
     if (image) {
         const unsigned w = image->w, h = image->h;
         Check("its record", w == static_cast<unsigned>(width) && image->x_pixels == w && image->num_pixels == w * h &&
                                 image->bytes_per_pixel == 2 && image->size_in_bytes == 2 * w * h && image->x_bin == 1 &&
                                 image->exposure_time_us > 0 && image->pixels[w * h - 1] >> image->bit_depth == 0);
-        Check("FreeImage", camera->FreeImage(image) && !camera->FreeImage(image));
+        Check("FreeImage", camera->FreeImage(image));
     }
     Check("Stop", camera->Stop());
-    Check("the image callback was called", g_HandedOver > 0);
-    g_HandedOver = 0;
 }
 
 void CheckOpenCamera(ZelCamera* camera) {
@@ -115,9 +113,11 @@ void CheckOpenCamera(ZelCamera* camera) {
     Check("IsOpen of an open camera", camera->IsOpen(&open) && open == 1);
     const int width = camera->GetParameterValue(ZEL_PARAM_HSIZE);
     Check("GetParameterValue of an open camera", width > 0 && Slot<int, unsigned>(camera, 8, ZEL_PARAM_HSIZE) == width);
-    // The form of Start with a frame count only passes the count to the transport; the other one starts frames.
-    Check("Start with a count, slot 16", Slot<bool, int>(camera, 16, 5) && camera->QueryTransportValue() == 5);
-    Check("Start with a count", camera->Start(3) && Slot<int>(camera, 21) == 3);
+    // The count goes to the transport, which counts down as frames come.
+    const auto near = [](int left, int count) { return left <= count && left > count - 900; };
+    Check("Start with a count, slot 16",
+          Slot<bool, int>(camera, 16, 5000) && near(camera->QueryTransportValue(), 5000));
+    Check("Start with a count", camera->Start(3000) && near(Slot<int>(camera, 21), 3000));
     Check("SetTransportValue, slot 22", Slot<bool, int>(camera, 22, 0));
     Check("Start, slot 17", Slot<bool>(camera, 17));
     Check("the camera runs", camera->GetParameterValue(ZEL_PARAM_CAMSTATE) == 2);
@@ -137,7 +137,7 @@ void CheckSdk(const EntryPoints& entry, ZelSDK* sdk) {
     Check("callback after Open", entry.set_callback(&Ignore, nullptr) == 1);
 
     const int cameras = sdk->GetNumberOfCameras();
-    Check("GetNumberOfCameras, slot 3", cameras >= 0 && cameras <= 8 && Slot<int>(sdk, 3) == cameras);
+    Check("GetNumberOfCameras, slot 3", cameras > 0 && cameras <= 8 && Slot<int>(sdk, 3) == cameras);
     Check("GetCamera(8)", sdk->GetCamera(8) == nullptr);
     for (int number = 0; number < cameras; ++number) {
         ZelCamera* camera = sdk->GetCamera(number);

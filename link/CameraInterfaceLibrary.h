@@ -14,7 +14,7 @@
 #ifndef LINK_CAMERAINTERFACELIBRARY_H
 #define LINK_CAMERAINTERFACELIBRARY_H
 
-#include "include/ZelPlatform.h"
+#include "ZelPlatform.h"
 
 class ICameraInterface;
 

@@ -5,7 +5,7 @@
 #ifndef LINK_ICAMERAINTERFACE_H
 #define LINK_ICAMERAINTERFACE_H
 
-#include "include/ZelPlatform.h"
+#include "ZelPlatform.h"
 
 class IZelCameraCommon;
 class ZelCamera;

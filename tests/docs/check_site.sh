@@ -17,7 +17,7 @@ run() {
     "$doxygen" "$file"
 }
 run site
-run interfaces "WARN_NO_PARAMDOC = YES" "FILE_PATTERNS = *.h" "EXCLUDE = $PWD/include/zel" "USE_MDFILE_AS_MAINPAGE =" \
+run interfaces "WARN_NO_PARAMDOC = YES" "EXCLUDE_PATTERNS = *.md" "EXCLUDE = $PWD/include/zel" "USE_MDFILE_AS_MAINPAGE =" \
     "HTML_OUTPUT = interfaces"
 
 failed=0 headers=0

@@ -5,6 +5,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 export LC_ALL=C
 allowed='
 include
+include/zel:        include include/zel/detail
+include/zel/detail: include include/zel
 platform
 kernels
 sdk/Logger:         include platform
@@ -22,21 +24,23 @@ devices/sim/sensor:   include link platform devices/sim/scene
 devices/sim/firmware: include link platform devices/sim/scene devices/sim/sensor calibration/Sha1
 devices/sim/link:     include link platform devices/sim/sensor devices/sim/firmware
 devices/sim/plugins:  include link platform devices/sim/link
-tools/zelcam/text:        include platform
-tools/zelcam/camera:      include tools/zelcam/text
-tools/zelcam/calibration: include platform calibration tools/zelcam/text tools/zelcam/camera
-tools/zelcam/frames:      include platform util tools/zelcam/text tools/zelcam/camera
-tools/zelcam/commands:    include platform tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames
+tools/zelcam/text:        include include/zel platform
+tools/zelcam/camera:      include include/zel tools/zelcam/text
+tools/zelcam/calibration: include include/zel platform calibration tools/zelcam/text tools/zelcam/camera
+tools/zelcam/frames:      include include/zel platform util tools/zelcam/text tools/zelcam/camera
+tools/zelcam/commands:    include include/zel platform tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames
 tools/zelcam:             platform tools/zelcam/text tools/zelcam/commands
 tools/plugin_check:       include link platform
 tools/scene_picture:      platform devices/sim/scene
-examples:                 include
+examples:                 include include/zel
 '
-# The public headers are for any compiler and any standard library: they include each other alone.
+# The public headers are for any compiler and any standard library: they include each other alone. The layer over them
+# in include/zel is C++20 and uses the standard library.
 folders=$(awk -F'[:/]' 'NF { print $1 }' <<<"$allowed" | sort -u)
-{ grep -rnE '^ *# *include +"' --include='*.h' --include='*.cpp' $folders; grep -rnE '^ *# *include +<' include; } |
+{ grep -rnE '^ *# *include +"' --include='*.h' --include='*.cpp' $folders; grep -nE '^ *# *include +<' include/*.h; } |
 awk -v allowed="$allowed" '
     function room(path,  best, r) {
+        if (path ~ /^zel\//) path = "include/" path
         best = path ~ /\// ? "" : "include"
         for (r in known) if (index(path, r "/") == 1 || index(path, r ".") == 1) if (length(r) > length(best)) best = r
         return best

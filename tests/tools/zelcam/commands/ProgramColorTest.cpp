@@ -96,7 +96,8 @@ class ProgramColor : public testing::Test {
 };
 
 // How far the patches are from what the scene shows, in percent of white. The rim of a patch is left out: demosaicing
-// mixes it with the frame around it. What a camera's own matrices lead to makes no difference.
+// mixes it with the frame around it. What a camera's own matrices lead to makes no difference. docs/color.md shows what
+// the first row prints.
 TEST_F(ProgramColor, ThePatchesComeBackInEveryPhaseFormatAndSpace) {
     constexpr unsigned kRim = 3;
     const double white = CountsOfWhite();
@@ -131,15 +132,23 @@ TEST_F(ProgramColor, ThePatchesComeBackInEveryPhaseFormatAndSpace) {
         Simulate("CFA_PHASE", c.phase);
         Simulate("COLOR_SPACE", c.camera_space);
         const Picture picture = Capture(c.arguments);
+        const bool print = &c == cases;
+        int number = 0;
+        if (print) std::printf("patch     scene: red  green   blue   error in %% of white: red  green   blue\n");
         for (const zel::sim::ScenePatch& patch : zel::sim::ColorChartPatches(kWidth, kHeight)) {
             const Light mean = picture.Mean(patch.left + kRim, patch.top + kRim, patch.left + patch.width - kRim,
                                             patch.top + patch.height - kRim);
             const Light scene{patch.color.r, patch.color.g, patch.color.b};
             const Light expected = c.xyz ? ToXyz(scene) : scene;
+            Light error{};
             for (std::size_t i = 0; i < 3; ++i) {
-                EXPECT_NEAR(100.0 * c.to_light(mean[i]), 100.0 * expected[i], c.limit)
+                error[i] = 100.0 * (c.to_light(mean[i]) - expected[i]);
+                EXPECT_NEAR(error[i], 0.0, c.limit)
                     << "row " << &c - cases << ", patch at " << patch.left << "," << patch.top << ", channel " << i;
             }
+            if (!print) continue;
+            std::printf("%5d         %6.3f %6.3f %6.3f                       %6.2f %6.2f %6.2f\n", ++number, scene[0],
+                        scene[1], scene[2], error[0], error[1], error[2]);
         }
     }
 }

@@ -1,0 +1,92 @@
+/// The settings that programs use most, with the types of their values:
+///
+///     camera.set(zel::settings::exposure, 20ms);
+///     if (camera.get(zel::settings::temperature) > -20.0) ...
+#ifndef ZEL_LAYER_SETTINGS_H
+#define ZEL_LAYER_SETTINGS_H
+
+#include <chrono>
+#include <concepts>
+#include <string>
+
+#include "zel/Error.h"
+#include "zel/ParameterValue.h"
+
+namespace zel {
+
+/// A parameter and the type of its value.
+template <class Value>
+struct Setting {
+    unsigned id;  ///< ZEL_PARAM_...
+};
+
+/// Degrees Celsius; the camera counts tenths.
+struct Celsius {
+    double degrees = 0.0;
+
+    operator double() const { return degrees; }
+};
+
+namespace settings {
+
+inline constexpr Setting<std::chrono::microseconds> exposure{ZEL_PARAM_EXPOSURE_TIME_US};
+inline constexpr Setting<unsigned> gain{ZEL_PARAM_GAIN};
+inline constexpr Setting<unsigned> black_level{ZEL_PARAM_OPTICAL_BLACK_LEVEL};
+/// Image buffers in the pool, for the next start.
+inline constexpr Setting<unsigned> buffers{ZEL_PARAM_NUM_IMAGE_BUFFERS};
+/// Region of interest and binning, for the next start; Camera::set_region() and set_binning() check them first.
+inline constexpr Setting<ZelRoiBin> region_and_binning{ZEL_PARAM_ROI_BIN};
+inline constexpr Setting<unsigned> taps_index{ZEL_PARAM_TAPS_INDEX};
+inline constexpr Setting<unsigned> readout_speed_index{ZEL_PARAM_READOUT_SPEED_INDEX};
+/// The trigger input: 0 = off, and 1 for a level that is active low.
+inline constexpr Setting<unsigned> trigger_source{ZEL_PARAM_HW_TRIG_SOURCE};
+inline constexpr Setting<unsigned> trigger_polarity{ZEL_PARAM_HW_TRIG_POLARITY};
+/// A text of up to 31 characters that is kept in the camera.
+inline constexpr Setting<std::string> camera_name{ZEL_PARAM_GLOBAL_CAMERA_NAME};
+
+/// Read-only ones.
+inline constexpr Setting<unsigned> sensor_width{ZEL_PARAM_HSIZE};
+inline constexpr Setting<unsigned> sensor_height{ZEL_PARAM_VSIZE};
+inline constexpr Setting<unsigned> bits{ZEL_PARAM_BITS_PER_PIXEL};
+inline constexpr Setting<std::chrono::microseconds> frame_time{ZEL_PARAM_FRAME_TIME};
+inline constexpr Setting<std::chrono::microseconds> readout_time{ZEL_PARAM_READOUT_TIME};
+inline constexpr Setting<Celsius> temperature{ZEL_PARAM_TEMPERATURE};
+inline constexpr Setting<std::string> model{ZEL_PARAM_HW_MODEL};
+inline constexpr Setting<std::string> firmware{ZEL_PARAM_FW_VER};
+inline constexpr Setting<std::string> color_filter{ZEL_PARAM_COLOR_FILTER_TYPE};
+inline constexpr Setting<Matrix> white_balance{ZEL_PARAM_DEFAULT_WHITE_BALANCE_MATRIX};
+
+}  // namespace settings
+
+namespace detail {
+
+template <class Value>
+Value value_as(const ParameterValue& value) {
+    if constexpr (std::same_as<Value, Celsius>) {
+        return {static_cast<double>(value.integer()) / 10.0};
+    } else if constexpr (std::same_as<Value, std::string>) {
+        return trimmed(value.text());
+    } else if constexpr (std::same_as<Value, ZelRoiBin>) {
+        return value.region();
+    } else if constexpr (std::same_as<Value, Matrix>) {
+        return value.matrix();
+    } else {
+        return static_cast<Value>(value.integer());
+    }
+}
+
+// What Parameter::set() takes for it.
+template <class Value>
+auto value_to_set(const Value& value) {
+    if constexpr (requires { value.count(); }) {
+        return static_cast<long long>(value.count());
+    } else {
+        return value;
+    }
+}
+
+}  // namespace detail
+
+}  // namespace zel
+
+#endif

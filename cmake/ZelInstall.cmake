@@ -8,7 +8,7 @@ set(ZEL_INCLUDE_DIR ${CMAKE_INSTALL_INCLUDEDIR}/zel-sdk)
 set(ZEL_CONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/ZelSDK)
 if(WIN32)
     set(ZEL_PLUGIN_DIR ${CMAKE_INSTALL_BINDIR})  # Windows looks beside the program
-    set(ZEL_DOC_DIR doc CACHE STRING "Where documents and examples are installed")
+    set(ZEL_DOC_DIR . CACHE STRING "Where documents and examples are installed")
 else()
     set(ZEL_PLUGIN_DIR ${CMAKE_INSTALL_LIBDIR}/zel-sdk)
     set(ZEL_DOC_DIR share/doc/zel-sdk CACHE STRING "Where documents and examples are installed")

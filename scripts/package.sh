@@ -24,11 +24,11 @@ make_packages() {
     rm -rf "$folder/_CPack_Packages" "$packages"
     run_quietly "$folder.package.log" cpack --config "$folder/CPackConfig.cmake" -B "$packages"
     # Who builds elsewhere gets the same bytes.
-    if grep -rlF "$PWD" "$packages/_CPack_Packages" --include='*.so*' --include='*.dll' --include='*.exe' --include='zel*'; then
+    if find "$packages" -path '*/bin/*' -type f -o -name '*.so*' -type f | xargs grep -lF "$PWD"; then
         echo "these files name the folder that they were built in" >&2
         return 1
     fi
-    rm -rf "$packages/_CPack_Packages"
+    rm -rf "$packages"/_CPack_Packages "$packages"/*.json
 }
 
 # The symbols that the packages promise are those that the library has, no more and no fewer.

@@ -41,8 +41,17 @@ class FrameStream {
           m_Options(other.m_Options),
           m_Frame(std::move(other.m_Frame)),
           m_Count(other.m_Count),
-          m_Started(std::exchange(other.m_Started, false)) {}
-    FrameStream& operator=(FrameStream&&) = delete;
+          m_Started(std::exchange(other.m_Started, false)),
+          m_AtEnd(other.m_AtEnd) {}
+    FrameStream& operator=(FrameStream&& other) noexcept {
+        std::swap(m_Camera, other.m_Camera);
+        std::swap(m_Options, other.m_Options);
+        std::swap(m_Frame, other.m_Frame);
+        std::swap(m_Count, other.m_Count);
+        std::swap(m_Started, other.m_Started);
+        std::swap(m_AtEnd, other.m_AtEnd);
+        return *this;
+    }
 
     /// Where the range is.
     class Iterator {

@@ -24,7 +24,7 @@ devices/sim/sensor:   include link platform devices/sim/scene
 devices/sim/firmware: include link platform devices/sim/scene devices/sim/sensor calibration/Sha1
 devices/sim/link:     include link platform devices/sim/sensor devices/sim/firmware
 devices/sim/plugins:  include link platform devices/sim/link
-tools/zelcam/text:        include include/zel platform
+tools/zelcam/text:        include include/zel include/zel/detail platform
 tools/zelcam/camera:      include include/zel tools/zelcam/text
 tools/zelcam/calibration: include include/zel platform calibration tools/zelcam/text tools/zelcam/camera
 tools/zelcam/frames:      include include/zel platform util tools/zelcam/text tools/zelcam/camera

@@ -109,8 +109,8 @@ class Camera {
         if (m_State->internal()->SetImageAveraging(frames, 1)) return;
         throw Error(ErrorKind::refused, "averaging over " + std::to_string(frames), "the SDK does not take it");
     }
-    /// Switches the correction of the camera's taps on or off. False while the camera has nothing to correct with; its
-    /// tables are then loaded when it is opened the next time.
+    /// Switches the correction of the camera's taps on or off. False while the camera has nothing to correct with: open
+    /// it with OpenOptions::calibrated.
     bool set_calibration(bool on) const { return m_State->internal()->TapBalanceEnable(on); }
 
     /// Color pictures from now on, made like this: Frame::color_bytes(). Throws Error (refused) for a monochrome
@@ -126,11 +126,10 @@ class Camera {
 
     /// Sends a text command and answers the reply. Throws Error (timeout) when none comes within 5 s.
     std::string command(const std::string& text) const {
+        // The camera has one place for the reply.
+        const std::lock_guard lock(m_State->command_mutex);
         std::string reply;
-        const auto store = [](const char* text_of_reply, void* context) {
-            *static_cast<std::string*>(context) = detail::text_or_empty(text_of_reply);
-        };
-        native()->SetTextCommandCallback(static_cast<void(ZEL_CALL*)(const char*, void*)>(store), &reply);
+        native()->SetTextCommandCallback(&Camera::store_reply, &reply);
         const bool answered = native()->SetTextCommand(text.c_str());
         native()->SetTextCommandCallback(nullptr, nullptr);
         if (!answered) {
@@ -187,13 +186,10 @@ class Camera {
     /// The next frame, or the reason why none came within the time: at once where none can come, as after a lost link
     /// and at the end of a sequence. One thread at a time.
     FrameResult wait_frame(std::chrono::milliseconds timeout, Order order = Order::every) {
-        const auto start = std::chrono::steady_clock::now();
         bool interrupted = false;
         Frame frame = wait_for(timeout, order, interrupted);
         if (frame) return frame;
-        const auto waited = std::chrono::steady_clock::now() - start;
-        return why_no_frame(std::max(timeout, std::chrono::duration_cast<std::chrono::milliseconds>(waited)),
-                            interrupted);
+        return why_no_frame(timeout, interrupted);
     }
     /// As wait_frame() with the newest frame that waits.
     FrameResult wait_newest(std::chrono::milliseconds timeout) { return wait_frame(timeout, Order::newest); }
@@ -242,7 +238,8 @@ class Camera {
     }
     /// How long a frame may take by the camera's own figures, with ten seconds of grace.
     std::chrono::milliseconds frame_timeout() const { return m_State->run().timeout; }
-    /// Ends a wait for a frame on another thread at once; its reason is Reason::interrupted.
+    /// Ends the wait for a frame that another thread is in, at once, else the next one of this run, frames or not; its
+    /// reason is Reason::interrupted.
     void interrupt() { m_State->interrupt(); }
 
     bool link_lost() const { return m_State->link_lost(); }
@@ -264,6 +261,14 @@ class Camera {
   private:
     // How often a camera that may have stopped by itself is asked whether it has.
     static constexpr std::chrono::milliseconds kStateCheck{200};
+
+    static void ZEL_CALL store_reply(const char* text, void* reply) {
+        try {
+            *static_cast<std::string*>(reply) = detail::text_or_empty(text);
+        } catch (...) {
+            // The reply stays empty.
+        }
+    }
 
     static std::string text_of(const ZelRoiBin& r) {
         std::string text;

@@ -17,6 +17,13 @@
 
 namespace zel {
 
+/// How a camera is opened.
+struct OpenOptions {
+    /// With the tables that even out its taps: from files of this computer, or from the camera, which takes a while.
+    /// Without tables it opens all the same, and Camera::set_calibration(true) answers false.
+    bool calibrated = false;
+};
+
 /// The opened SDK. Several may exist; cameras and frames keep it open, too. It ends with the last of them, which
 /// destroys the SDK object for the whole program: a program that uses zel_create_sdk() itself does so for as long as an
 /// Sdk lives. Not to be created inside a callback while the last one is just ending.
@@ -37,11 +44,15 @@ class Sdk {
 
     /// Opens a camera by the number or the serial number that a user gave: "0", "300101". Looks for cameras first.
     /// Throws Error (no_camera), which names the cameras there are, and Error (refused) when this program has it open.
-    Camera open(std::string_view wanted) { return open_found(select_camera(cameras(), wanted)); }
+    Camera open(std::string_view wanted, const OpenOptions& options = {}) {
+        return open_found(select_camera(cameras(), wanted), options);
+    }
     /// Opens a camera by number; without one the first.
-    Camera open(int number = 0) { return open(std::to_string(number)); }
+    Camera open(int number = 0, const OpenOptions& options = {}) { return open(std::to_string(number), options); }
     /// Opens a camera by number without a search, for the number of a hot-plug event.
-    Camera open_found(int number) { return Camera(detail::CameraState::open(m_State, number)); }
+    Camera open_found(int number, const OpenOptions& options = {}) {
+        return Camera(detail::CameraState::open(m_State, number, options.calibrated));
+    }
 
     /// Calls a function when a camera is plugged in or unplugged; null switches it off. One for all Sdk objects.
     void on_hot_plug(HotPlugHandler handler) { m_State->on_hot_plug(std::move(handler)); }

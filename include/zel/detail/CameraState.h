@@ -54,9 +54,9 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
     using Clock = std::chrono::steady_clock;
 
     /// An open camera with its callbacks set. Throws Error.
-    static std::shared_ptr<CameraState> open(std::shared_ptr<SdkState> sdk, int number) {
+    static std::shared_ptr<CameraState> open(std::shared_ptr<SdkState> sdk, int number, bool calibrated) {
         auto state = std::make_shared<CameraState>(std::move(sdk), number);
-        state->connect();
+        state->connect(calibrated);
         return state;
     }
 
@@ -117,6 +117,7 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
         const std::lock_guard lock(m_Mutex);
         m_Notified.clear();
         m_Waiting = m_Consumed = m_Taken = 0;
+        m_Interrupted = false;
     }
 
     Run run() const {
@@ -143,7 +144,7 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
 
     void interrupt() {
         const std::lock_guard lock(m_Mutex);
-        ++m_Interrupts;
+        m_Interrupted = true;
         m_Changed.notify_all();
     }
 
@@ -183,6 +184,8 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
 
     /// The selection of an attribute and its reading belong together.
     std::mutex attribute_mutex;
+    /// One text command at a time.
+    std::mutex command_mutex;
     /// One start or stop at a time.
     std::mutex run_mutex;
 
@@ -190,7 +193,7 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
     // The moments of this many notifications are remembered, the rest are only counted.
     static constexpr std::size_t kMostMoments = 4096;
 
-    void connect() {
+    void connect(bool calibrated) {
         const std::lock_guard lock(m_Sdk->cameras_mutex);
         m_Native = m_Sdk->native()->GetCamera(m_Info.number);
         if (!m_Native) {
@@ -203,6 +206,8 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
                         open->held() > 0 ? "frames of it are held" : "this program has a Camera for it",
                         "use that one, or let go of it and its frames first");
         }
+        // Answers false, because nothing is loaded yet; the wish is kept all the same.
+        if (calibrated) internal()->TapBalanceEnable(true);
         if (!m_Native->Open()) {
             throw Error(ErrorKind::no_camera, label() + " can't be opened", last_error(),
                         "check cable and power, and that no other program holds it");
@@ -238,10 +243,11 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
 
     bool wait(Order order, Clock::time_point deadline, Clock::time_point& notified, bool& interrupted) {
         std::unique_lock lock(m_Mutex);
-        const std::uint64_t interrupts = m_Interrupts;
-        while (m_Waiting == 0) {
-            interrupted = m_Interrupts != interrupts;
-            if (m_LinkLost || interrupted || !m_Run.running || Clock::now() >= deadline) return false;
+        while (true) {
+            interrupted = std::exchange(m_Interrupted, false);
+            if (interrupted) return false;
+            if (m_Waiting > 0) break;
+            if (m_LinkLost || !m_Run.running || Clock::now() >= deadline) return false;
             m_Changed.wait_until(lock, deadline);
         }
         const std::uint64_t passed = order == Order::newest ? m_Waiting - 1 : 0;
@@ -355,7 +361,7 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
     std::uint64_t m_Waiting = 0;               // notifications whose frames wait
     std::uint64_t m_Consumed = 0;
     std::uint64_t m_Taken = 0;
-    std::uint64_t m_Interrupts = 0;
+    bool m_Interrupted = false;  // until a wait has ended for it
     Run m_Run;
     std::optional<ColorSetting> m_Color;
     std::shared_ptr<const FrameHandler> m_FrameHandler;

@@ -30,23 +30,24 @@ int main(int argc, char** argv) try {
     std::fflush(stdout);
 
     int came = 0;
-    unsigned last = 0;  // the camera numbers frames from 1
+    unsigned next = 0;  // the camera numbers its frames from 0; each trigger is one
     std::chrono::milliseconds waited{};
-    while (last < static_cast<unsigned>(wanted)) {
+    while (next < static_cast<unsigned>(wanted)) {
         zel::FrameResult result = camera.wait_frame(500ms);
         if (result) {
-            if (result->number() > last + 1)
-                std::printf("frames %u to %u are missing\n", last + 1, result->number() - 1);
-            std::printf("frame %u\n", result->number());
+            for (; next < result->number(); ++next) std::printf("frame %u is missing\n", next);
+            std::printf("frame %u\n", next++);
             std::fflush(stdout);
-            last = result->number();
             ++came;
             waited = 0ms;
             continue;
         }
+        // What has not come when the sequence is over was lost on the way.
+        if (result.reason() == zel::Reason::sequence_over) {
+            for (; next < static_cast<unsigned>(wanted); ++next) std::printf("frame %u is missing\n", next);
+            break;
+        }
         waited += result.no_frame().state().waited;
-        // A sequence that is over and the last frame not there: it was lost on the way.
-        if (result.reason() == zel::Reason::sequence_over) break;
         if (result.reason() != zel::Reason::waits_for_hardware || waited >= patience) {
             camera.throw_no_frame(result.no_frame());
         }
@@ -54,7 +55,7 @@ int main(int argc, char** argv) try {
         std::fflush(stdout);
     }
     camera.stop();
-    std::printf("%d of %d frames came, %llu of the others were lost on the link\n", came, wanted,
+    std::printf("%d of %d frames came; lost on the link: %llu\n", came, wanted,
                 static_cast<unsigned long long>(camera.link_drops()));
     return came == wanted ? 0 : 1;
 } catch (const std::exception& error) {

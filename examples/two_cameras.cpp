@@ -7,6 +7,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <deque>
 #include <exception>
 #include <mutex>
@@ -55,10 +56,14 @@ class Pairs {
             }
             const std::size_t older = after(m_Waiting[1].front(), m_Waiting[0].front()) >= 0 ? 0 : 1;
             const auto& candidates = m_Waiting[older];
-            const zel::Frame& other = m_Waiting[1 - older].front();
-            const int apart = after(other, candidates[0]);
-            const bool better_follows = candidates.size() > 1 && std::abs(after(other, candidates[1])) < apart;
-            if (apart > m_Within || better_follows) {
+            const auto& others = m_Waiting[1 - older];
+            const int apart = after(others.front(), candidates.front());
+            const bool one_follows = candidates.size() > 1;
+            if (!one_follows && after(others.back(), others.front()) < apart) {
+                m_Changed.wait(lock);  // a frame that is on its way may be nearer
+                continue;
+            }
+            if (apart > m_Within || (one_follows && std::abs(after(candidates[1], others.front())) < apart)) {
                 drop(older);
                 continue;
             }
@@ -139,7 +144,7 @@ int main(int argc, char** argv) try {
         const Bringer from_second(second, 1, pairs);
         for (int i = 0; i < wanted; ++i) {
             const auto [a, b] = pairs.next();
-            std::printf("frame %u of %s with frame %u of %s, %d ms later\n", a.number(), first.info().serial.c_str(),
+            std::printf("frame %u of %s and frame %u of %s: %+d ms\n", a.number(), first.info().serial.c_str(),
                         b.number(), second.info().serial.c_str(), after(b, a));
             std::fflush(stdout);
         }

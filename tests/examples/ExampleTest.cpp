@@ -33,6 +33,12 @@ constexpr const char* kReplugged = "fault 500101 unplug-frame after=1; @1+1 plug
 const Case kCases[] = {
     {"FirstFrame", "", "first_frame", 0,
      "L2048-4M, serial number 300101\n64 x 48 pixels of 14 bits\nmean [1-9][0-9.]+\n", "first_frame.tif", "II*"},
+    {"Settings", "", "settings", 0,
+     "exposure 5000 us\n.*\nGAIN is 0, range 0..1023.*\nGAIN: requested 5000.*\ncaught: GAIN: requested 5000"},
+    {"SoftwareTrigger", "", "software_trigger", 0, "frame 0, .*\nframe 1, .*\nframe 2, [0-9.]+ ms after its trigger"},
+    {"EveryOrNewest", "", "every_or_newest --frames 4 --work 20 --buffers 3", 0,
+     "every frame: 0 1 2 [0-9]+\nskipped for newer ones: 0, without a free buffer: [0-9]+, lost on the link: 0\n"
+     "newest frame:( [0-9]+){4}\nskipped for newer ones: [0-9]+, "},
     {"OneFrame", "", "one_frame", 0, "frame.tif is written", "frame.tif", "II*"},
     {"LiveStatistics", "", "live_statistics --frames 20", 0,
      "frame [0-9]+: mean [1-9][0-9.]+, sigma [1-9].*\n +dropped: 0 on the link,.*\n20 frames seen"},

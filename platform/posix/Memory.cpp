@@ -38,8 +38,8 @@ void ReleasePages(void* pages) {
     munmap(region, total);
 }
 
-// MemAvailable counts caches that the system would give up, unlike the free memory that sysinfo reports, which has to do
-// where there is no /proc.
+// MemAvailable counts caches that the system would give up, unlike the free memory that sysinfo reports, which has to
+// do where there is no /proc.
 std::uint64_t AvailablePhysicalMemory() {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen("/proc/meminfo", "r"), std::fclose);
     char line[128];

@@ -25,7 +25,7 @@ case $tools in i686*) target=i686 machine=x86 prefix_of_c=_ decorated='?get_vers
 names=(/include:"$decorated")
 while read -r name; do
     names+=(/include:"$prefix_of_c$name")
-done < <(sed -nE 's/^ +([a-z_]+)$/\1/p' "$here/../../sdk/zel_sdk.map" "$here/../../sdk/zel_sdk.def")
+done < <(sed -nE 's/^ +([a-z_]+)$/\1/p' "$here/../../sdk/zel_sdk.map" "$here/../../sdk/zel_sdk.def.in")
 echo 'extern "C" int start() { return 7; }' |
     clang++ --target=$target-pc-windows-msvc -ffreestanding -c -o "$work/start.obj" -x c++ -
 lld-link /entry:start /subsystem:console /nodefaultlib /safeseh:no "${names[@]}" /machine:$machine \

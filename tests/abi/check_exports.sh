@@ -7,7 +7,7 @@ set -euo pipefail
 format=$1 reader=$2 library=$3
 shift 3
 case $format in
-    elf) found=$("$reader" -D --defined-only "$library" | awk '$2 != "A" { print $3 }' | sort) ;;
+    elf) found=$("$reader" -D --defined-only "$library" | awk '$2 != "A" { sub(/@@.*/, "", $3); print $3 }' | sort) ;;
     pe) found=$("$reader" -p "$library" |
         awk '/\[Ordinal\/Name Pointer\] Table/ { table = 1; next } NF == 0 { table = 0 } table { print $NF }' | sort) ;;
     *) echo "unknown format $format"; exit 2 ;;

@@ -247,8 +247,12 @@ static void TestCallbacks(zel_sdk* sdk, zel_camera* camera) {
                         {0, 0, 0, "", "", ""}};
     zel_camera_state state = {.struct_size = sizeof state};
     zel_frame_info info = {.struct_size = sizeof info};
+    zel_camera_event event = {.struct_size = sizeof event};
+    zel_hot_plug_event plug = {.struct_size = sizeof plug};
     zel_frame* frame = NULL;
     seen.camera = camera;
+    EXPECT(ZEL_STATUS_TIMEOUT, zel_camera_wait_event(camera, 0, &event));
+    EXPECT(ZEL_STATUS_TIMEOUT, zel_sdk_wait_hot_plug(sdk, 0, &plug));
     OK(zel_camera_on_frame(camera, SeeFrame, &seen));
     OK(zel_camera_on_event(camera, SeeEvent, &seen));
     OK(zel_sdk_on_hot_plug(sdk, SeePlug, &seen));
@@ -273,6 +277,14 @@ static void TestCallbacks(zel_sdk* sdk, zel_camera* camera) {
     EXPECT(ZEL_STATUS_LINK_LOST, zel_camera_wait(camera, 60000, ZEL_ORDER_EVERY, &frame, NULL));
     CHECK(zel_sim_control("plug 1", NULL, 0) >= 0 && Reaches(&seen.events, 3));
     CHECK(seen.event.kind == ZEL_EVENT_LINK_BACK);
+    /* The same events, waited for. */
+    OK(zel_camera_wait_event(camera, 0, &event));
+    CHECK(event.kind == ZEL_EVENT_CAMERA && event.values[2] == 3);
+    OK(zel_camera_wait_event(camera, 0, &event));
+    CHECK(event.kind == ZEL_EVENT_LINK_LOST);
+    OK(zel_sdk_wait_hot_plug(sdk, 0, &plug));
+    CHECK(plug.connected == 0 && plug.number == 3 && strcmp(plug.serial, MONO) == 0);
+    EXPECT(ZEL_STATUS_INVALID_ARGUMENT, zel_camera_wait_event(camera, -1, &event));
     OK(zel_camera_on_event(camera, NULL, NULL));
     OK(zel_sdk_on_hot_plug(sdk, NULL, NULL));
 }

@@ -125,6 +125,13 @@ ZEL_C_API zel_status ZEL_CALL zel_sdk_get_camera_info(zel_sdk* sdk, int32_t numb
 /// counts. Errors: ZEL_STATUS_REFUSED. Any thread; no lock.
 ZEL_C_API zel_status ZEL_CALL zel_sdk_on_hot_plug(zel_sdk* sdk, zel_hot_plug_callback callback, void* user);
 
+/// The next hot-plug event, for programs that can't be called back. Events are kept for it, 64 at the most, from the
+/// first call on; a callback is told of them as well.
+///   timeout_ms  0 or more milliseconds
+///   event       receives it; set its struct_size
+/// Errors: ZEL_STATUS_TIMEOUT. Any thread; no lock.
+ZEL_C_API zel_status ZEL_CALL zel_sdk_wait_hot_plug(zel_sdk* sdk, int32_t timeout_ms, zel_hot_plug_event* event);
+
 /// Sets the function that is told of every call that fails with this handle, with the cameras opened through it and
 /// with their frames: one place to write messages from. Any thread; no lock.
 ZEL_C_API zel_status ZEL_CALL zel_sdk_on_message(zel_sdk* sdk, zel_message_callback callback, void* user);
@@ -329,6 +336,13 @@ ZEL_C_API zel_status ZEL_CALL zel_camera_on_frame(zel_camera* camera, zel_frame_
 
 /// Sets the function that is told of a lost link, of its return and of the camera's own events. Any thread; no lock.
 ZEL_C_API zel_status ZEL_CALL zel_camera_on_event(zel_camera* camera, zel_camera_event_callback callback, void* user);
+
+/// The next event of the camera, for programs that can't be called back. Events are kept for it, 64 at the most, from
+/// the opening on; a callback is told of them as well.
+///   timeout_ms  0 or more milliseconds
+///   event       receives it; set its struct_size
+/// Errors: ZEL_STATUS_TIMEOUT. Any thread; no lock.
+ZEL_C_API zel_status ZEL_CALL zel_camera_wait_event(zel_camera* camera, int32_t timeout_ms, zel_camera_event* event);
 
 /* ---- frames ---- */
 

@@ -1,0 +1,50 @@
+// One call from outside: nothing thrown leaves it, and the objects that it works on live until it has ended.
+#ifndef BINDINGS_C_CALL_H
+#define BINDINGS_C_CALL_H
+
+#include <memory>
+
+#include "bindings/c/Failure.h"
+#include "bindings/c/Objects.h"
+#include "bindings/c/Structs.h"
+#include "bindings/c/Texts.h"
+
+namespace zel::c {
+
+class Call {
+  public:
+    // The object of a handle. Throw Failure.
+    const std::shared_ptr<SdkObject>& FindSdk(const zel_sdk* handle);
+    CameraObject& FindCamera(const zel_camera* handle);
+    FrameObject& FindFrame(const zel_frame* handle);
+    // The same for a handle that is dead from now on.
+    void TakeSdk(const zel_sdk* handle);
+    CameraObject& TakeCamera(const zel_camera* handle);
+    void TakeFrame(const zel_frame* handle);
+
+    // Inside a catch block: remembers the exception, tells of it and answers its status.
+    zel_status End(const char* function) noexcept;
+
+  private:
+    // The last one is destroyed first.
+    std::shared_ptr<SdkObject> m_Sdk;
+    std::shared_ptr<CameraObject> m_Camera;
+    std::shared_ptr<FrameObject> m_Frame;
+};
+
+// Runs the body of an exported function, which is handed the Call.
+template <class Body>
+zel_status Guard(const char* function, Body&& body) noexcept {
+    Call call;
+    try {
+        body(call);
+        ThisThreadsError().Clear();
+        return ZEL_OK;
+    } catch (...) {
+        return call.End(function);
+    }
+}
+
+}  // namespace zel::c
+
+#endif

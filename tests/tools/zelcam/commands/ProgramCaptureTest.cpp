@@ -234,7 +234,7 @@ TEST_F(ProgramCapture, ARunThatEndsEarlyReportsWhatItSaved) {
         const char* line;
         std::size_t frames;
     } cases[] = {
-        {"", "capture -n 10 --set FRAME_COUNT=3", kTimeout, "its sequence of 3 frames is over", 3},
+        {"", "capture -n 10 --set FRAME_COUNT=3", kTimeout, "3 frames is over; ask for fewer frames, or", 3},
         {"", "trigger -n 10 --save --set FRAME_COUNT=3", kTimeout, "is over", 3},
         {"", "stream -n 10 --set FRAME_COUNT=3", kTimeout, "is over", 3},
         {"fault 0 unplug-frame after=3", "capture -n 10", kLinkLost, "the link to the camera is lost", 3},

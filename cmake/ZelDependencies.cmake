@@ -1,4 +1,4 @@
-# Libraries from Debian packages. Header-only ones are the host's headers for both products, reached through a folder
+# Libraries from Debian packages. Header-only ones are the host's headers for every product, reached through a folder
 # that holds nothing else, so that the cross compiler never sees the rest of /usr/include.
 set(ZEL_HEADERS ${CMAKE_BINARY_DIR}/host-include)
 file(MAKE_DIRECTORY ${ZEL_HEADERS})
@@ -23,7 +23,7 @@ if(WIN32)
     file(GLOB ZEL_LIBDEFLATE_FILES ${ZEL_LIBDEFLATE_SOURCE}/lib/*.c ${ZEL_LIBDEFLATE_SOURCE}/lib/x86/*.c)
     add_library(zel_libdeflate STATIC ${ZEL_LIBDEFLATE_FILES})
     target_include_directories(zel_libdeflate PRIVATE ${ZEL_LIBDEFLATE_SOURCE})
-    target_compile_options(zel_libdeflate PRIVATE -O2 -w -mstackrealign)
+    target_compile_options(zel_libdeflate PRIVATE -O2 -w ${ZEL_STACK_OPTION})
     set_target_properties(zel_libdeflate PROPERTIES POSITION_INDEPENDENT_CODE ON)
     target_include_directories(zel_deflate SYSTEM INTERFACE ${ZEL_LIBDEFLATE_SOURCE})
     target_link_libraries(zel_deflate INTERFACE zel_libdeflate)

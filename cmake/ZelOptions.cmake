@@ -6,11 +6,14 @@ target_compile_options(zel_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -
 if(ZEL_WARNINGS_AS_ERRORS)
     target_compile_options(zel_options INTERFACE -Werror)
 endif()
-# Both products compute the same floating-point results: SSE arithmetic, no fused multiply-add.
+# All products compute the same floating-point results: SSE arithmetic, no fused multiply-add.
 target_compile_options(zel_options INTERFACE -msse2 -mfpmath=sse -ffp-contract=off)
 if(WIN32)
-    # Applications built with Microsoft's compiler call in with a stack aligned to 4 bytes.
-    target_compile_options(zel_options INTERFACE -mstackrealign)
+    # 32-bit applications built with Microsoft's compiler call in with a stack aligned to 4 bytes.
+    if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+        set(ZEL_STACK_OPTION -mstackrealign)
+    endif()
+    target_compile_options(zel_options INTERFACE ${ZEL_STACK_OPTION})
     target_compile_definitions(zel_options INTERFACE WINVER=0x0601 _WIN32_WINNT=0x0601 WIN32_LEAN_AND_MEAN NOMINMAX
                                                      __USE_MINGW_ANSI_STDIO=1)
     target_link_options(zel_options INTERFACE -static -Wl,--enable-stdcall-fixup)

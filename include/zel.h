@@ -1,3 +1,4 @@
+/// @file
 /// The C interface: cameras, frames and settings for C99 and for every language that calls C.
 ///
 ///     zel_sdk* sdk = NULL;
@@ -53,6 +54,8 @@
 
 #include "zel_types.h"
 
+/// @def ZEL_C_API
+/// Stands before each function of this interface.
 #if defined(__GNUC__) && !defined(_WIN32)
 #define ZEL_C_API __attribute__((visibility("default")))
 #else
@@ -62,8 +65,8 @@
 /// The version of this header, to be compared with zel_c_version(). The first number changes when programs must be
 /// compiled anew, the second one when something is added.
 #define ZEL_C_VERSION_MAJOR 1
-#define ZEL_C_VERSION_MINOR 0
-#define ZEL_C_VERSION_PATCH 0
+#define ZEL_C_VERSION_MINOR 0  ///< something was added
+#define ZEL_C_VERSION_PATCH 0  ///< something was put right
 /// The same as one number: 10203 is 1.2.3.
 #define ZEL_C_VERSION (ZEL_C_VERSION_MAJOR * 10000 + ZEL_C_VERSION_MINOR * 100 + ZEL_C_VERSION_PATCH)
 

@@ -1,18 +1,20 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds both products and runs every test of both; the Windows ones under Wine.
+# Installs what is missing, builds the three products and runs every test of each; the Windows ones under Wine.
 #
-#   scripts/test.sh              both products
-#   scripts/test.sh PRESET...    only these presets: linux, windows-i686, linux-asan, linux-tsan,
+#   scripts/test.sh              the three products
+#   scripts/test.sh PRESET...    only these presets: linux, windows-i686, windows-x86_64, linux-asan, linux-tsan,
 #                                linux-clang
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 presets=("$@")
-[ ${#presets[@]} -gt 0 ] || presets=(linux windows-i686)
+[ ${#presets[@]} -gt 0 ] || presets=(linux windows-i686 windows-x86_64)
 
 scripts/setup.sh build
 
-# Wine with its own prefix in the build folder, one server kept alive, and a display for the tests that open windows.
+# start_wine PRESET: Wine with a prefix of the product's own in the build folder, a 32-bit or a 64-bit Windows, one
+# server kept alive, and a display for the tests that open windows.
 start_wine() {
-    export WINEPREFIX=$PWD/build/wine WINEDEBUG=-all WINEARCH=win32
+    export WINEDEBUG=-all WINEPREFIX=$PWD/build/wine WINEARCH=win32
+    [ "$1" = windows-i686 ] || export WINEPREFIX=$PWD/build/wine64 WINEARCH=win64
     mkdir -p "$WINEPREFIX"
     if [ -z "${DISPLAY:-}" ]; then
         Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>build/xvfb.display >/dev/null 2>&1 &
@@ -28,16 +30,20 @@ start_wine() {
 }
 stop_wine() {
     [ -z "${WINEPREFIX:-}" ] || wineserver -k 2>/dev/null || true
+    unset WINEPREFIX
+}
+stop_all() {
+    stop_wine
     [ -z "${xvfb:-}" ] || kill "$xvfb" 2>/dev/null || true
 }
-trap stop_wine EXIT
+trap stop_all EXIT
 
 failed=0
 for preset in "${presets[@]}"; do
-    if [ "$preset" = windows-i686 ]; then
-        if ! scripts/setup.sh windows || ! start_wine; then
+    if [[ $preset = windows-* ]]; then
+        if ! scripts/setup.sh windows || ! start_wine "$preset"; then
             echo "************************************************************************" >&2
-            echo "Wine or the cross compiler can't be had here: THE WINDOWS TESTS DO NOT RUN." >&2
+            echo "Wine or the cross compilers can't be had here: THE TESTS OF $preset DO NOT RUN." >&2
             echo "************************************************************************" >&2
             [ "${CI:-}" = true ] && failed=1
             continue
@@ -49,5 +55,6 @@ for preset in "${presets[@]}"; do
     build_preset "$preset"
     say "$preset: test"
     ctest --test-dir "build/$preset" --output-on-failure --no-tests=error -j2 || failed=1
+    stop_wine
 done
 exit $failed

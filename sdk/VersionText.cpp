@@ -34,7 +34,7 @@ void AppendVersionOf(platform::LibraryHandle module, Buffer& buffer) {
 char* ComposeVersionText() {
     Buffer buffer{};
     // On purpose: nine blanks, and a point at the end of the version.
-    std::snprintf(buffer.data(), buffer.size(), "%s         - %s", "zel_sdk.dll", "3.6.0.0.");
+    std::snprintf(buffer.data(), buffer.size(), "%s         - %s", "zel_sdk.dll", ZEL_SDK_VERSION ".0.");
     for (int library = 0; library < kNumInterfaceLibraries; ++library) {
         // A record's library stays loaded as long as somebody is inside.
         const ManagerUse manager;

@@ -1,3 +1,4 @@
+/// @file
 /// An open camera.
 #ifndef ZEL_LAYER_CAMERA_H
 #define ZEL_LAYER_CAMERA_H
@@ -34,7 +35,7 @@ enum class Trigger {
 /// How an acquisition is started.
 struct StartOptions {
     int frames = 0;  ///< the camera stops by itself after so many; 0: as FRAME_COUNT says, which is 0 = never
-    Trigger trigger = Trigger::as_set;
+    Trigger trigger = Trigger::as_set;  ///< what starts a frame
 };
 
 /// An open camera, stopped and closed when this object dies; frames that are still held keep it open until they have
@@ -48,7 +49,9 @@ class Camera {
     ~Camera() {
         if (m_State) m_State->end();
     }
+    /// Moved from, an object has no camera and may only be assigned to or destroyed.
     Camera(Camera&&) noexcept = default;
+    /// Ends the acquisition of the camera that was here.
     Camera& operator=(Camera&& other) noexcept {
         if (this == &other) return *this;
         if (m_State) m_State->end();
@@ -70,6 +73,7 @@ class Camera {
     /// A parameter by its name: "EXPOSURE_TIME_US", "gain"; or by its id ZEL_PARAM_.... Throws Error (invalid_argument)
     /// with the nearest names.
     Parameter parameter(std::string_view name) const { return {m_State, find_parameter(name)}; }
+    /// The same, by its id.
     Parameter parameter(unsigned id) const {
         const ParameterInfo* const info = parameter_by_id(id);
         return info ? Parameter(m_State, *info) : parameter(std::to_string(id));
@@ -94,6 +98,7 @@ class Camera {
     /// The part of the sensor that frames show from the next start on, cut out by the SDK. Throws Error (refused) when
     /// it is not on the sensor.
     SetResult set_region(const Region& region) const { return set_region_and_binning(&region, nullptr); }
+    /// So many sensor pixels become one, from the next start on. Throws Error (refused).
     SetResult set_binning(const Binning& binning) const { return set_region_and_binning(nullptr, &binning); }
     /// Both in one write; null leaves one as it is.
     SetResult set_region_and_binning(const Region* region, const Binning* binning) const {
@@ -116,12 +121,18 @@ class Camera {
     /// Color pictures from now on, made like this: Frame::color_bytes(). Throws Error (refused) for a monochrome
     /// camera, with binning, and where the color space can't be had.
     ColorSetting use_color(const ColorOptions& options = {}) {
-        const ColorSetting setting = detail::set_up_color(*m_State, options);
-        m_State->set_color(setting);
-        return setting;
+        try {
+            const ColorSetting setting = detail::set_up_color(*m_State, options);
+            m_State->set_color(setting);
+            return setting;
+        } catch (...) {
+            use_grey();  // what was set up before is half replaced
+            throw;
+        }
     }
     /// Grey samples alone from now on.
     void use_grey() { m_State->set_color(std::nullopt); }
+    /// Whether the camera has no color filter.
     bool is_monochrome() const { return m_State->internal()->IsMonochrome(); }
 
     /// Sends a text command and answers the reply. Throws Error (timeout) when none comes within 5 s.
@@ -142,38 +153,40 @@ class Camera {
     // ---- running ----
 
     /// Starts an acquisition; frames of an earlier one that still wait are dropped. Throws Error (refused) when the
-    /// camera does not start, and when frames are held whose memory the new pool would take.
+    /// camera does not start or is stopped meanwhile, when frames are held whose memory the new pool would take, and
+    /// inside a handler while another thread starts it.
     void start(const StartOptions& options = {}) {
-        const std::lock_guard lock(m_State->run_mutex);
-        stop_now();
+        const StartTurn turn(*m_State);
+        m_State->stop();
         if (options.trigger != Trigger::as_set) {
             parameter(ZEL_PARAM_HW_TRIGGER_ACTIVE).set(options.trigger == Trigger::hardware ? 1 : 0);
         }
+        m_State->begin_run();
         detail::Run run = m_State->run();
         run.pool_buffers = require_buffers(run.pool_buffers);
         run.triggered = options.trigger != Trigger::as_set;
         run.exposure = std::chrono::microseconds(number(ZEL_PARAM_EXPOSURE_TIME_US));
         run.sequence = options.frames > 0 ? options.frames : number(ZEL_PARAM_FRAME_COUNT);
         run.running = true;
-        m_State->begin_run();
         native()->ClearLastError();
         m_State->set_run(run);
-        if (!start_native(options)) {
-            run.running = false;
-            m_State->set_run(run);
+        const bool started = start_native(options);
+        if (!m_State->run().running) {
+            if (started) native()->Stop();
+            throw Error(ErrorKind::refused, label() + " can't be started", "it was stopped meanwhile");
+        }
+        if (!started) {
+            m_State->set_running(false);
             throw Error(ErrorKind::refused, label() + " can't be started", last_error(), start_hint());
         }
         // Frame times are settled when the camera has recalculated its settings, at the start.
         const std::chrono::microseconds frame = run.exposure + std::chrono::microseconds(number(ZEL_PARAM_FRAME_TIME));
-        run.timeout = detail::kFrameGrace + std::chrono::duration_cast<std::chrono::milliseconds>(2 * frame);
-        m_State->set_run(run);
+        m_State->set_timeout(detail::kFrameGrace + std::chrono::duration_cast<std::chrono::milliseconds>(2 * frame));
     }
-    /// Stops it; true also when it was not running. When this returns no handler runs any more, unless it is called
-    /// from inside one. False when the camera did not answer.
-    bool stop() {
-        const std::lock_guard lock(m_State->run_mutex);
-        return stop_now();
-    }
+    /// Stops it; true also when it was not running. When this returns no frame handler runs any more, unless it is
+    /// called inside a handler; so no handler must wait for a thread that is in here. A start that is under way
+    /// on another thread ends. False when the camera did not answer.
+    bool stop() { return m_State->stop(); }
     /// Between start() and stop(), also when a sequence is over.
     bool running() const { return m_State->run().running; }
     /// Takes one frame of an acquisition with Trigger::software. Throws Error (refused).
@@ -184,38 +197,26 @@ class Camera {
     }
 
     /// The next frame, or the reason why none came within the time: at once where none can come, as after a lost link
-    /// and at the end of a sequence. One thread at a time.
+    /// and at the end of a sequence. Asking the camera for the reason can take longer when it is silent (up to 20 s).
+    /// One thread at a time; another one may stop, interrupt or destroy the camera meanwhile.
     FrameResult wait_frame(std::chrono::milliseconds timeout, Order order = Order::every) {
+        const StatePointer state = m_State;  // stays when another thread destroys this object
         bool interrupted = false;
-        Frame frame = wait_for(timeout, order, interrupted);
+        Frame frame = wait_for(state, timeout, order, interrupted);
         if (frame) return frame;
-        return why_no_frame(timeout, interrupted);
+        return reason_of(state, timeout, interrupted);
     }
     /// As wait_frame() with the newest frame that waits.
     FrameResult wait_newest(std::chrono::milliseconds timeout) { return wait_frame(timeout, Order::newest); }
     /// The next frame or an empty one, without asking the camera for the reason; for short waits in a loop.
     Frame try_frame(std::chrono::milliseconds timeout, Order order = Order::every) {
+        const StatePointer state = m_State;
         bool interrupted = false;
-        return m_State->next(order, timeout, interrupted);
+        return state->next(order, timeout, interrupted);
     }
     /// Why no frame comes now, after so long a wait; asks the camera.
     NoFrame why_no_frame(std::chrono::milliseconds waited, bool interrupted = false) const {
-        const detail::Run run = m_State->run();
-        WaitState state;
-        state.link_lost = m_State->link_lost();
-        state.interrupted = interrupted;
-        state.waited = waited;
-        state.exposure = run.exposure;
-        // A lost link answers nothing: its questions would only cost their time-outs.
-        if (state.link_lost || interrupted) return NoFrame(state);
-        const bool runs_on = run.triggered && run.sequence == 0;
-        state.started = run.running && (runs_on || !camera_stopped());
-        state.sequence = run.running ? run.sequence : 0;
-        state.waits_for_hardware = run.running && number(ZEL_PARAM_HW_TRIGGER_ACTIVE) != 0;
-        state.waits_for_software = run.triggered && !state.waits_for_hardware;
-        state.buffers = static_cast<int>(number(ZEL_PARAM_NUM_IMAGE_BUFFERS));
-        state.buffers_held = m_State->held();
-        return NoFrame(state);
+        return reason_of(m_State, waited, interrupted);
     }
     /// Throws what a caller who needs the frame throws: Error (timeout or link_lost) with the reason.
     [[noreturn]] void throw_no_frame(const NoFrame& why) const {
@@ -242,6 +243,7 @@ class Camera {
     /// reason is Reason::interrupted.
     void interrupt() { m_State->interrupt(); }
 
+    /// Whether the camera was unplugged or switched off since it was opened and is not back.
     bool link_lost() const { return m_State->link_lost(); }
     /// Frames passed over for newer ones since the start.
     std::uint64_t skipped() const { return m_State->skipped(); }
@@ -278,20 +280,26 @@ class Camera {
         return text;
     }
 
+    using StatePointer = std::shared_ptr<detail::CameraState>;
+
+    // The turn of one start.
+    class StartTurn {
+      public:
+        explicit StartTurn(detail::CameraState& state) : m_State(state) { m_State.begin_start(); }
+        ~StartTurn() { m_State.end_start(); }
+        StartTurn(const StartTurn&) = delete;
+        StartTurn& operator=(const StartTurn&) = delete;
+
+      private:
+        detail::CameraState& m_State;
+    };
+
     bool start_native(const StartOptions& options) {
         if (options.trigger == Trigger::as_set) {
             return options.frames > 0 ? native()->Start(options.frames) : native()->Start();
         }
         return native()->StartTriggerAcquisition() &&
                (options.frames == 0 || native()->SetTransportValue(options.frames));
-    }
-
-    bool stop_now() {
-        detail::Run run = m_State->run();
-        if (!std::exchange(run.running, false)) return true;
-        m_State->set_run(run);
-        if (run.triggered) native()->StopTriggerAcquisition(0);
-        return native()->Stop();
     }
 
     // Without buffers a camera runs and not one frame comes. A pool of another size takes the memory of frames that the
@@ -326,26 +334,52 @@ class Camera {
         }
     }
 
-    bool camera_stopped() const {
-        const auto state = parameter(ZEL_PARAM_CAMSTATE).try_value();
-        return state && state->integer() == 0;
+    static std::optional<long long> number_of(const StatePointer& state, unsigned id) {
+        const auto value = Parameter(state, *parameter_by_id(id)).try_value();
+        return value ? std::optional(value->integer()) : std::nullopt;
     }
+    static bool camera_stopped(const StatePointer& state) { return number_of(state, ZEL_PARAM_CAMSTATE) == 0; }
 
     // A camera that stops after a number of frames need not be waited for when it has; its last frames may still be on
     // their way then.
-    Frame wait_for(std::chrono::milliseconds timeout, Order order, bool& interrupted) {
-        if (m_State->run().sequence == 0) return m_State->next(order, timeout, interrupted);
-        const auto deadline = std::chrono::steady_clock::now() + timeout;
+    static Frame wait_for(const StatePointer& state, std::chrono::milliseconds timeout, Order order,
+                          bool& interrupted) {
+        if (state->run().sequence == 0) return state->next(order, timeout, interrupted);
+        const auto deadline = detail::CameraState::deadline_after(timeout);
         bool stopped = false;
         while (true) {
-            Frame frame = m_State->next(order, std::min(timeout, kStateCheck), interrupted);
+            const auto left = deadline - std::chrono::steady_clock::now();
+            const auto check =
+                std::chrono::ceil<std::chrono::milliseconds>((std::min<decltype(left)>)(left, kStateCheck));
+            Frame frame = state->next(order, check, interrupted);
             const bool late = std::chrono::steady_clock::now() >= deadline;
-            if (frame || stopped || late || interrupted || !running() || link_lost()) return frame;
-            stopped = camera_stopped();
+            if (frame || stopped || late || interrupted || !state->run().running || state->link_lost()) return frame;
+            stopped = camera_stopped(state);
         }
     }
 
-    std::shared_ptr<detail::CameraState> m_State;
+    static NoFrame reason_of(const StatePointer& state, std::chrono::milliseconds waited, bool interrupted) {
+        const detail::Run run = state->run();
+        WaitState found;
+        found.link_lost = state->link_lost() || (run.running && state->lost_in_run());
+        found.interrupted = interrupted;
+        found.waited = waited;
+        found.exposure = run.exposure;
+        // A lost link answers nothing: its questions would only cost their time-outs.
+        if (found.link_lost || interrupted) return NoFrame(found);
+        const bool runs_on = run.triggered && run.sequence == 0;
+        found.started = run.running && (runs_on || !camera_stopped(state));
+        found.sequence = run.running ? run.sequence : 0;
+        found.waits_for_hardware = run.running && number_of(state, ZEL_PARAM_HW_TRIGGER_ACTIVE).value_or(0) != 0;
+        found.waits_for_software = run.triggered && !found.waits_for_hardware;
+        found.buffers_held = state->held();
+        // A camera that does not tell has some.
+        found.buffers =
+            static_cast<int>(number_of(state, ZEL_PARAM_NUM_IMAGE_BUFFERS).value_or(found.buffers_held + 1));
+        return NoFrame(found);
+    }
+
+    StatePointer m_State;
 };
 
 }  // namespace zel

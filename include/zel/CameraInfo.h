@@ -1,3 +1,4 @@
+/// @file
 /// How the search describes a camera, without opening it.
 #ifndef ZEL_LAYER_CAMERAINFO_H
 #define ZEL_LAYER_CAMERAINFO_H

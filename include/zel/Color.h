@@ -1,3 +1,4 @@
+/// @file
 /// Color pictures: what they are to be, and the tables that make them so.
 #ifndef ZEL_LAYER_COLOR_H
 #define ZEL_LAYER_COLOR_H
@@ -26,18 +27,20 @@ enum class ColorSpace {
 
 /// What an application asks for.
 struct ColorOptions {
-    ColorFormat format = ColorFormat::rgb16;
-    ColorSpace space = ColorSpace::srgb;
+    ColorFormat format = ColorFormat::rgb16;  ///< how channels are stored
+    ColorSpace space = ColorSpace::srgb;      ///< what they mean
 };
 
 /// How the color pictures of a camera are made: Camera::use_color() answers it.
 struct ColorSetting {
-    ColorFormat format = ColorFormat::rgb16;
-    ColorSpace space = ColorSpace::srgb;
-    unsigned bits = 0;         ///< of the mosaic
-    unsigned black_level = 0;  ///< counts taken off before anything else
+    ColorFormat format = ColorFormat::rgb16;  ///< how channels are stored
+    ColorSpace space = ColorSpace::srgb;      ///< what they mean
+    unsigned bits = 0;                        ///< of the mosaic
+    unsigned black_level = 0;                 ///< counts taken off before anything else
 
+    /// Channels of a pixel.
     unsigned channels() const { return format == ColorFormat::rgba8 ? 4 : 3; }
+    /// Bytes of a channel.
     unsigned bytes_per_channel() const { return format == ColorFormat::rgb16 ? 2 : 1; }
     /// Bits of a channel that the values fill.
     unsigned output_bits() const {

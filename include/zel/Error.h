@@ -1,3 +1,4 @@
+/// @file
 /// Errors of the C++ layer.
 #ifndef ZEL_LAYER_ERROR_H
 #define ZEL_LAYER_ERROR_H
@@ -23,6 +24,7 @@ enum class ErrorKind {
 /// are left out.
 class Error : public std::runtime_error {
   public:
+    /// From its parts; empty ones are left out of what().
     Error(ErrorKind kind, std::string problem, std::string why = {}, std::string hint = {})
         : std::runtime_error(problem + (why.empty() ? "" : ": " + why) + (hint.empty() ? "" : "; " + hint)),
           m_Kind(kind),
@@ -30,6 +32,7 @@ class Error : public std::runtime_error {
           m_Why(std::move(why)),
           m_Hint(std::move(hint)) {}
 
+    /// What kind of failure it is.
     ErrorKind kind() const noexcept { return m_Kind; }
     /// What went wrong: "camera 0 can't be opened".
     const std::string& problem() const noexcept { return m_Problem; }

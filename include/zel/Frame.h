@@ -1,3 +1,4 @@
+/// @file
 /// One frame, on loan from its camera's pool.
 #ifndef ZEL_LAYER_FRAME_H
 #define ZEL_LAYER_FRAME_H
@@ -33,23 +34,23 @@ class FrameOwner {
 
 /// What a frame says about itself beside its samples.
 struct FrameInfo {
-    unsigned width = 0;   ///< pixels of a row
-    unsigned height = 0;  ///< rows
-    unsigned bits = 0;    ///< significant bits of a grey sample; the largest legal value is 2^bits - 1
-    unsigned number = 0;  ///< number of the frame since the start
-    std::chrono::microseconds exposure{};
-    Region region;    ///< of the sensor, at the start of the acquisition
-    Binning binning;  ///< at the start of the acquisition
+    unsigned width = 0;                    ///< pixels of a row
+    unsigned height = 0;                   ///< rows
+    unsigned bits = 0;                     ///< significant bits of a grey sample; the largest legal value is 2^bits - 1
+    unsigned number = 0;                   ///< number of the frame since the start
+    std::chrono::microseconds exposure{};  ///< exposure time in force
+    Region region;                         ///< of the sensor, at the start of the acquisition
+    Binning binning;                       ///< at the start of the acquisition
     /// Milliseconds of the system's monotonic clock (on Windows timeGetTime), modulo 2^32: when the complete frame
     /// arrived, and when it was handed over.
     std::uint32_t arrival_ms = 0;
-    std::uint32_t hand_over_ms = 0;
+    std::uint32_t hand_over_ms = 0;     ///< when it was handed over, by the same clock
     std::optional<ColorSetting> color;  ///< how its color picture was made; empty: it has none
 };
 
 /// A frame that the application owns: it stays after the camera is closed. Frame::copy() makes it.
 struct FrameCopy {
-    FrameInfo info;
+    FrameInfo info;                     ///< what the frame says about itself
     std::vector<std::uint16_t> pixels;  ///< width * height samples, row after row
     std::vector<std::byte> color;       ///< the color picture, as Frame::color_bytes() has it
 };
@@ -68,11 +69,13 @@ class Frame {
           m_Color(color),
           m_HandOver(hand_over) {}
     ~Frame() { reset(); }
+    /// The record goes over to the new object.
     Frame(Frame&& other) noexcept
         : m_Owner(std::move(other.m_Owner)),
           m_Image(std::exchange(other.m_Image, nullptr)),
           m_Color(other.m_Color),
           m_HandOver(other.m_HandOver) {}
+    /// Gives the record back that was here.
     Frame& operator=(Frame&& other) noexcept {
         if (this == &other) return *this;
         reset();
@@ -91,11 +94,17 @@ class Frame {
         m_Owner.reset();
     }
 
+    /// Pixels of a row.
     unsigned width() const { return m_Image->w; }
+    /// Rows.
     unsigned height() const { return m_Image->h; }
+    /// Significant bits of a grey sample.
     unsigned bits() const { return m_Image->bit_depth; }
+    /// Number of the frame since the start; a hole is a lost frame.
     unsigned number() const { return m_Image->image_number; }
+    /// Exposure time in force when it was taken.
     std::chrono::microseconds exposure() const { return std::chrono::microseconds(m_Image->exposure_time_us); }
+    /// All of it, as a value that outlives the frame.
     FrameInfo info() const {
         FrameInfo info{m_Image->w, m_Image->h, m_Image->bit_depth, m_Image->image_number, exposure(), {}, {}, 0, 0, {}};
         info.region = {m_Image->x_origin, m_Image->y_origin, m_Image->x_pixels, m_Image->y_pixels};
@@ -108,6 +117,7 @@ class Frame {
 
     /// The grey samples, width() * height() of them, row after row. (With a color picture: the mosaic.)
     std::span<std::uint16_t> pixels() { return {m_Image->pixels, count()}; }
+    /// The same for a frame that is only read.
     std::span<const std::uint16_t> pixels() const { return {m_Image->pixels, count()}; }
     /// One row of them, 0 at the top.
     std::span<const std::uint16_t> row(unsigned y) const { return pixels().subspan(std::size_t{y} * width(), width()); }

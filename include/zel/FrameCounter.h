@@ -1,3 +1,4 @@
+/// @file
 /// Counting the frames that did not reach the application, by cause.
 #ifndef ZEL_LAYER_FRAMECOUNTER_H
 #define ZEL_LAYER_FRAMECOUNTER_H

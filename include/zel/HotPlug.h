@@ -1,3 +1,4 @@
+/// @file
 /// Events of cameras that are plugged in and unplugged, and of open cameras.
 #ifndef ZEL_LAYER_HOTPLUG_H
 #define ZEL_LAYER_HOTPLUG_H
@@ -27,7 +28,7 @@ struct CameraEvent {
         link_back,  ///< it is there again
         camera,     ///< an event of the camera itself
     };
-    Kind kind = Kind::camera;
+    Kind kind = Kind::camera;     ///< what happened
     int code = 0;                 ///< of the camera's own event, 0 to 5
     int value = 0;                ///< sent with it
     std::array<int, 8> values{};  ///< sent with it

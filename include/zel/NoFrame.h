@@ -1,3 +1,4 @@
+/// @file
 /// Why no frame came.
 #ifndef ZEL_LAYER_NOFRAME_H
 #define ZEL_LAYER_NOFRAME_H
@@ -24,24 +25,26 @@ enum class Reason {
 
 /// The state a camera was in when a wait ended without a frame.
 struct WaitState {
-    bool link_lost = false;
-    bool interrupted = false;
-    bool started = false;             ///< the camera says that it is running
-    bool waits_for_hardware = false;  ///< the trigger input starts frames
-    bool waits_for_software = false;  ///< Camera::trigger() starts frames
-    std::chrono::microseconds exposure{};
-    std::chrono::milliseconds waited{};
-    int buffers = 0;         ///< size of the image pool
-    int buffers_held = 0;    ///< how many of them the application holds
-    long long sequence = 0;  ///< frames after which the camera stops by itself; 0: it does not
+    bool link_lost = false;                ///< the camera was unplugged or switched off
+    bool interrupted = false;              ///< Camera::interrupt() was called
+    bool started = false;                  ///< the camera says that it is running
+    bool waits_for_hardware = false;       ///< the trigger input starts frames
+    bool waits_for_software = false;       ///< Camera::trigger() starts frames
+    std::chrono::microseconds exposure{};  ///< exposure time that is set
+    std::chrono::milliseconds waited{};    ///< how long the wait was
+    int buffers = 0;                       ///< size of the image pool
+    int buffers_held = 0;                  ///< how many of them the application holds
+    long long sequence = 0;                ///< frames after which the camera stops by itself; 0: it does not
 };
 
 /// A wait that ended without a frame: the state, the reason, and both in words.
 class NoFrame {
   public:
     NoFrame() = default;
+    /// Of a camera in this state.
     explicit NoFrame(const WaitState& state) : m_State(state) {}
 
+    /// The state that the camera was in.
     const WaitState& state() const { return m_State; }
 
     /// The most telling reason of those that hold.

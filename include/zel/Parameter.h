@@ -1,3 +1,4 @@
+/// @file
 /// One parameter of an open camera.
 #ifndef ZEL_LAYER_PARAMETER_H
 #define ZEL_LAYER_PARAMETER_H
@@ -20,14 +21,15 @@ namespace zel {
 
 /// What became of one write.
 struct SetResult {
-    const ParameterInfo* info = nullptr;
-    std::string requested;
+    const ParameterInfo* info = nullptr;   ///< the parameter
+    std::string requested;                 ///< the value that was asked for, as text
     std::optional<ParameterValue> actual;  ///< as read back; empty for write-only parameters and when it can't be read
-    ValueRange range;
-    std::string unit;
-    bool accepted = false;
-    std::string reason;  ///< why not
+    ValueRange range;                      ///< what the camera takes
+    std::string unit;                      ///< of the value; empty when there is none
+    bool accepted = false;                 ///< whether it is what was asked for
+    std::string reason;                    ///< why not
 
+    /// Whether the value was taken as it is.
     explicit operator bool() const { return accepted; }
     /// "EXPOSURE_TIME_US: requested 5 -> actual 10 us (range 10..60000000)"
     std::string text() const {
@@ -41,11 +43,15 @@ struct SetResult {
 /// there; any thread may do so. A copy is a second handle of the same parameter.
 class Parameter {
   public:
+    /// For Camera.
     Parameter(std::shared_ptr<detail::CameraState> camera, const ParameterInfo& info)
         : m_Camera(std::move(camera)), m_Info(&info) {}
 
+    /// What is known of it without asking the camera.
     const ParameterInfo& info() const { return *m_Info; }
+    /// Its name: "GAIN".
     std::string name() const { return m_Info->name; }
+    /// Whether its value is an integer of 32 bits.
     bool is_number() const { return m_Info->kind == ValueKind::number || m_Info->kind == ValueKind::signed_number; }
 
     /// The value; empty when the camera has no such parameter or did not answer, and for write-only ones.
@@ -65,6 +71,7 @@ class Parameter {
     }
     /// The value as a whole number (for regions and texts the first word), and as text. Throw as value().
     long long integer() const { return value().integer(); }
+    /// Its value as text. Throws Error (refused) when it can't be read.
     std::string text() const { return detail::trimmed(value().text()); }
 
     /// One of the attributes ZEL_ATTR_... as a 32-bit word; empty when the camera does not tell.
@@ -100,7 +107,9 @@ class Parameter {
     /// Writes a value and reads it back; says in the result whether the camera took it as it was asked for. Throws
     /// Error (invalid_argument) for a text that is no value of this parameter.
     SetResult try_set(std::string_view text) const { return write(ParameterValue::parse(*m_Info, text), text); }
+    /// The same with a number.
     SetResult try_set(long long number) const { return try_set(std::to_string(number)); }
+    /// The same with region and binning.
     SetResult try_set(const ZelRoiBin& r) const {
         std::string text;
         for (const unsigned word : {r.XOrigin, r.YOrigin, r.XPixels, r.YPixels, r.XBin, r.YBin}) {

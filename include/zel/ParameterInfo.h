@@ -1,3 +1,4 @@
+/// @file
 /// What is known about each parameter beside what the camera tells: its name, how its value is laid out, its unit and
 /// one line of description.
 #ifndef ZEL_LAYER_PARAMETERINFO_H

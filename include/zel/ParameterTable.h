@@ -1,3 +1,4 @@
+/// @file
 /// The table of all parameters.
 #ifndef ZEL_LAYER_PARAMETERTABLE_H
 #define ZEL_LAYER_PARAMETERTABLE_H
@@ -18,13 +19,17 @@ enum class ValueKind {
 };
 
 /// Whether a parameter can be read and written.
-enum class Access { read_write, read_only, write_only };
+enum class Access {
+    read_write,  ///< both
+    read_only,   ///< read
+    write_only   ///< written
+};
 
 /// One parameter.
 struct ParameterInfo {
-    unsigned id;       ///< ZEL_PARAM_...
-    const char* name;  ///< without the leading ZEL_PARAM_
-    ValueKind kind;
+    unsigned id;              ///< ZEL_PARAM_...
+    const char* name;         ///< without the leading ZEL_PARAM_
+    ValueKind kind;           ///< what its value is
     Access access;            ///< a camera may narrow it: Parameter::access()
     const char* unit;         ///< empty when there is none
     const char* description;  ///< one line

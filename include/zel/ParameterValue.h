@@ -1,3 +1,4 @@
+/// @file
 /// A parameter's value, whatever its layout, and its translation to and from text.
 #ifndef ZEL_LAYER_PARAMETERVALUE_H
 #define ZEL_LAYER_PARAMETERVALUE_H
@@ -46,6 +47,7 @@ class ParameterValue {
     /// Bytes that the widest value takes: nine doubles.
     static constexpr std::size_t kCapacity = 72;
 
+    /// A value of this kind, all zeros.
     explicit ParameterValue(ValueKind kind) : m_Kind(kind) {}
 
     /// The value as a user writes it: a number (decimal or 0x...), "x,y,width,height,xbin,ybin", or a text of up to 31
@@ -73,9 +75,11 @@ class ParameterValue {
         return value;
     }
 
+    /// What it is.
     ValueKind kind() const { return m_Kind; }
     /// The bytes that GetParameter() and SetParameter() take, kCapacity of them.
     void* data() { return m_Bytes.data(); }
+    /// The same for a value that is only read.
     const void* data() const { return m_Bytes.data(); }
 
     /// Numbers and the wide kind as one integer; the first word of the others.
@@ -112,6 +116,7 @@ class ParameterValue {
         }
     }
 
+    /// Of the same kind, with the same text.
     bool operator==(const ParameterValue& other) const { return m_Kind == other.m_Kind && text() == other.text(); }
 
   private:

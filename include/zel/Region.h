@@ -1,3 +1,4 @@
+/// @file
 /// The part of the sensor that frames show.
 #ifndef ZEL_LAYER_REGION_H
 #define ZEL_LAYER_REGION_H
@@ -10,19 +11,21 @@ namespace zel {
 
 /// A rectangle in sensor pixels.
 struct Region {
-    unsigned x = 0;  ///< left edge, counted from 0
-    unsigned y = 0;  ///< upper edge
-    unsigned width = 0;
-    unsigned height = 0;
+    unsigned x = 0;       ///< left edge, counted from 0
+    unsigned y = 0;       ///< upper edge
+    unsigned width = 0;   ///< pixels of a row
+    unsigned height = 0;  ///< rows
 
+    /// Member by member.
     bool operator==(const Region&) const = default;
 };
 
 /// So many sensor pixels become one.
 struct Binning {
-    unsigned x = 1;
-    unsigned y = 1;
+    unsigned x = 1;  ///< side by side
+    unsigned y = 1;  ///< below each other
 
+    /// Member by member.
     bool operator==(const Binning&) const = default;
 };
 

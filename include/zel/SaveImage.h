@@ -1,3 +1,4 @@
+/// @file
 /// Frames as picture files.
 #ifndef ZEL_LAYER_SAVEIMAGE_H
 #define ZEL_LAYER_SAVEIMAGE_H

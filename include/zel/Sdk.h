@@ -1,9 +1,9 @@
+/// @file
 /// The SDK: finding cameras and opening them.
 #ifndef ZEL_LAYER_SDK_H
 #define ZEL_LAYER_SDK_H
 
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -26,21 +26,17 @@ struct OpenOptions {
 
 /// The opened SDK. Several may exist; cameras and frames keep it open, too. It ends with the last of them, which
 /// destroys the SDK object for the whole program: a program that uses zel_create_sdk() itself does so for as long as an
-/// Sdk lives. Not to be created inside a callback while the last one is just ending.
+/// Sdk lives. May be made and destroyed on any thread, also inside every handler of this layer, but not inside a
+/// callback that was set at native(). Any thread may call its operations.
 class Sdk {
   public:
     /// Opens the SDK. Throws Error when memory ran out.
-    Sdk() : m_State(detail::SdkState::shared()) {}
+    Sdk() : m_Use(std::make_unique<detail::SdkUse>()) {}
 
     /// Looks for cameras: as many as there are, 0 to 8. Running cameras are not disturbed.
-    std::vector<CameraInfo> cameras() const {
-        std::vector<CameraInfo> found;
-        const int count = native()->GetNumberOfCameras();
-        for (int number = 0; number < count; ++number) found.push_back(m_State->describe(number));
-        return found;
-    }
+    std::vector<CameraInfo> cameras() const { return m_Use->state()->search(); }
     /// The description of a camera as the last search has it.
-    CameraInfo info(int number) const { return m_State->describe(number); }
+    CameraInfo info(int number) const { return m_Use->state()->info(number); }
 
     /// Opens a camera by the number or the serial number that a user gave: "0", "300101". Looks for cameras first.
     /// Throws Error (no_camera), which names the cameras there are, and Error (refused) when this program has it open.
@@ -51,18 +47,21 @@ class Sdk {
     Camera open(int number = 0, const OpenOptions& options = {}) { return open(std::to_string(number), options); }
     /// Opens a camera by number without a search, for the number of a hot-plug event.
     Camera open_found(int number, const OpenOptions& options = {}) {
-        return Camera(detail::CameraState::open(m_State, number, options.calibrated));
+        return Camera(detail::CameraState::open(m_Use->state(), number, options.calibrated));
     }
 
-    /// Calls a function when a camera is plugged in or unplugged; null switches it off. One for all Sdk objects.
-    void on_hot_plug(HotPlugHandler handler) { m_State->on_hot_plug(std::move(handler)); }
+    /// Calls a function when a camera is plugged in or unplugged; null switches it off. There is one for all Sdk
+    /// objects, the one set last, and it goes with its Sdk: when that is destroyed it does not run any more, unless it
+    /// is destroyed inside a handler. Throws Error (refused) when the SDK does not take it.
+    void on_hot_plug(HotPlugHandler handler) { m_Use->on_hot_plug(std::move(handler)); }
 
     /// One line for the SDK and one for each interface library. One call at a time.
     std::string version() const { return detail::text_or_empty(get_version_str()); }
-    ZelSDK* native() const { return m_State->native(); }
+    /// The SDK's object, for what this layer leaves out.
+    ZelSDK* native() const { return m_Use->state()->native(); }
 
   private:
-    std::shared_ptr<detail::SdkState> m_State;
+    std::unique_ptr<detail::SdkUse> m_Use;
 };
 
 }  // namespace zel

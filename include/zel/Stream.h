@@ -1,3 +1,4 @@
+/// @file
 /// Frames of a running camera as a range.
 #ifndef ZEL_LAYER_STREAM_H
 #define ZEL_LAYER_STREAM_H
@@ -29,34 +30,52 @@ struct StreamOptions {
 /// throws Error (timeout or link_lost) with that reason. The camera must outlive it.
 class FrameStream {
   public:
+    /// Nothing is started before begin(). The camera must outlive the stream.
     FrameStream(Camera& camera, const StreamOptions& options) : m_Camera(&camera), m_Options(options) {}
     ~FrameStream() {
         if (m_Started) m_Camera->stop();
     }
+    /// Goes on where the other one was, whose iterators are no longer of use.
     FrameStream(FrameStream&& other) noexcept
         : m_Camera(other.m_Camera),
           m_Options(other.m_Options),
           m_Frame(std::move(other.m_Frame)),
           m_Count(other.m_Count),
-          m_Started(std::exchange(other.m_Started, false)) {}
-    FrameStream& operator=(FrameStream&&) = delete;
+          m_Started(std::exchange(other.m_Started, false)),
+          m_AtEnd(other.m_AtEnd) {}
+    /// The two change places, and their iterators are no longer of use.
+    FrameStream& operator=(FrameStream&& other) noexcept {
+        std::swap(m_Camera, other.m_Camera);
+        std::swap(m_Options, other.m_Options);
+        std::swap(m_Frame, other.m_Frame);
+        std::swap(m_Count, other.m_Count);
+        std::swap(m_Started, other.m_Started);
+        std::swap(m_AtEnd, other.m_AtEnd);
+        return *this;
+    }
 
     /// Where the range is.
     class Iterator {
       public:
-        using iterator_concept = std::input_iterator_tag;
-        using difference_type = std::ptrdiff_t;
-        using value_type = Frame;
+        using iterator_concept = std::input_iterator_tag;  ///< it goes forward once
+        using difference_type = std::ptrdiff_t;            ///< as iterators have it
+        using value_type = Frame;                          ///< what it points to
 
         Iterator() = default;
+        /// For FrameStream.
         explicit Iterator(FrameStream* stream) : m_Stream(stream) {}
+        /// The frame that came last; taking the next one gives it back unless it was moved away.
         Frame& operator*() const { return m_Stream->m_Frame; }
+        /// The same.
         Frame* operator->() const { return &m_Stream->m_Frame; }
+        /// Waits for the next frame.
         Iterator& operator++() {
             m_Stream->advance();
             return *this;
         }
+        /// The same.
         void operator++(int) { ++*this; }
+        /// Whether there are no more.
         bool operator==(std::default_sentinel_t) const { return m_Stream->m_AtEnd; }
 
       private:
@@ -72,6 +91,7 @@ class FrameStream {
         advance();
         return Iterator(this);
     }
+    /// What the iterator is compared with.
     std::default_sentinel_t end() const { return {}; }
     /// Frames handed over so far.
     std::uint64_t count() const { return m_Count; }

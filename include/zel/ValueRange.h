@@ -1,3 +1,4 @@
+/// @file
 /// What a parameter accepts, as the camera states it.
 #ifndef ZEL_LAYER_VALUERANGE_H
 #define ZEL_LAYER_VALUERANGE_H
@@ -9,11 +10,12 @@ namespace zel {
 
 /// Bounds and default of a number, both bounds included, in the parameter's unit.
 struct ValueRange {
-    bool known = false;  ///< false: the camera states none, and the rest is 0
-    long long minimum = 0;
-    long long maximum = 0;
+    bool known = false;      ///< false: the camera states none, and the rest is 0
+    long long minimum = 0;   ///< smallest value
+    long long maximum = 0;   ///< largest value
     long long standard = 0;  ///< the default
 
+    /// Whether a value lies in it.
     bool contains(long long value) const { return value >= minimum && value <= maximum; }
     /// "0..100" or "unknown".
     std::string text() const { return known ? std::to_string(minimum) + ".." + std::to_string(maximum) : "unknown"; }

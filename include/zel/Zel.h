@@ -1,3 +1,4 @@
+/// @file
 /// The whole C++ layer: cameras, frames and settings as C++20 objects over the SDK's interface.
 ///
 ///     #include "zel/Zel.h"
@@ -27,5 +28,11 @@
 #include "zel/Sdk.h"
 #include "zel/Settings.h"
 #include "zel/Stream.h"
+
+/// @namespace zel
+/// The C++ layer.
+
+/// @namespace zel::settings
+/// Parameters whose values have a type, for Camera::get() and Camera::set().
 
 #endif

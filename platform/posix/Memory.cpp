@@ -1,6 +1,7 @@
 #include "platform/Memory.h"
 
 #include <sys/mman.h>
+#include <sys/sysinfo.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -37,7 +38,8 @@ void ReleasePages(void* pages) {
     munmap(region, total);
 }
 
-// MemAvailable counts caches that the system would give up, unlike the free memory that sysinfo reports.
+// MemAvailable counts caches that the system would give up, unlike the free memory that sysinfo reports, which has to
+// do where there is no /proc.
 std::uint64_t AvailablePhysicalMemory() {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen("/proc/meminfo", "r"), std::fclose);
     char line[128];
@@ -47,7 +49,8 @@ std::uint64_t AvailablePhysicalMemory() {
             return std::strtoull(line + std::strlen(kKey), nullptr, 10) * 1024;
         }
     }
-    return 0;
+    struct sysinfo info;
+    return sysinfo(&info) == 0 ? std::uint64_t{info.freeram} * info.mem_unit : 0;
 }
 
 }  // namespace zel::platform

@@ -77,7 +77,7 @@ TEST(LookupTableTest, NonsenseValuesStayInside) {
     EXPECT_EQ(MakeLookupTables(MakeTable(20, 2), 0, 0, nullptr)->entries, 1u);
 }
 
-// Both products, and every compiler, make the same entries; they were once compared with a plain computation in
+// Every product, and every compiler, makes the same entries; they were once compared with a plain computation in
 // extended precision.
 TEST(LookupTableTest, EntriesAreTheSameOnEverySystem) {
     std::vector<std::uint8_t> bytes;

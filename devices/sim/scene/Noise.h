@@ -1,4 +1,4 @@
-// Random numbers of the simulated sensor. They are the same on every machine and in both products.
+// Random numbers of the simulated sensor. They are the same on every machine and in all products.
 #ifndef SIM_NOISE_H
 #define SIM_NOISE_H
 

@@ -8,7 +8,7 @@
 
 #include "platform/UserTexts.h"
 
-// Without vector code both products decode a JPEG file to the same samples.
+// Without vector code all products decode a JPEG file to the same samples.
 #define STB_IMAGE_IMPLEMENTATION
 #define STB_IMAGE_STATIC
 #define STBI_ONLY_PNG

@@ -1,4 +1,4 @@
-// Elementary functions made of additions, multiplications, divisions and square roots only, so that both products,
+// Elementary functions made of additions, multiplications, divisions and square roots only, so that all products,
 // whose run-time libraries round differently, compute the same pictures to the last bit.
 #ifndef SIM_PLAINMATH_H
 #define SIM_PLAINMATH_H

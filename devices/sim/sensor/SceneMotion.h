@@ -1,5 +1,5 @@
 // What moves before the lens: things drawn over the light picture, which itself stays as it is. Where they are follows
-// from the frame's number and the sensor's seed alone, so that every run shows the same film, in both products.
+// from the frame's number and the sensor's seed alone, so that every run shows the same film, in all products.
 #ifndef SIM_SCENEMOTION_H
 #define SIM_SCENEMOTION_H
 

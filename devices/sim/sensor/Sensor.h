@@ -62,7 +62,7 @@ class Sensor {
     const SensorModel& Model() const;
 
     // Renders frame number `frame` into `image`, width * height samples, row after row, the picture as it lies on the
-    // sensor. The same model, settings and number give the same frame, in both products. Frames of one sensor are
+    // sensor. The same model, settings and number give the same frame, in all products. Frames of one sensor are
     // rendered by one thread at a time. The scene is looked at before the first frame that shows it. A buffer of fewer
     // samples stays as it is; without memory for the scene a frame is black.
     void Render(const SensorSettings& settings, SensorFill fill, std::uint64_t frame, std::span<std::uint16_t> image);

@@ -8,8 +8,10 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <string>
 #include <utility>
@@ -20,6 +22,7 @@
 #include "zel/Error.h"
 #include "zel/Frame.h"
 #include "zel/HotPlug.h"
+#include "zel/detail/Calls.h"
 #include "zel/detail/Registry.h"
 #include "zel/detail/SdkState.h"
 
@@ -60,7 +63,7 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
         return state;
     }
 
-    CameraState(std::shared_ptr<SdkState> sdk, int number) : m_Sdk(std::move(sdk)), m_Info(m_Sdk->describe(number)) {}
+    CameraState(std::shared_ptr<SdkState> sdk, int number) : m_Sdk(std::move(sdk)), m_Info(m_Sdk->info(number)) {}
     ~CameraState() { Registry<CameraState>::remove(m_Context); }
     CameraState(const CameraState&) = delete;
     CameraState& operator=(const CameraState&) = delete;
@@ -78,20 +81,21 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
         return name ? name : "error code " + std::to_string(code);
     }
 
-    /// The handle is gone: stops the camera, and closes it when no frame is on loan any more.
+    /// The handle is gone: stops the camera, and closes it when no frame is on loan any more. No handler runs then,
+    /// unless this is called inside one.
     void end() {
-        Run run = this->run();
-        run.running = false;
-        set_run(run);
+        set_running(false);
         m_Native->Stop();
         m_Native->SetImageNotificationCallback(nullptr, nullptr);
         m_Native->SetCameraControlCallback(nullptr, nullptr);
         m_Native->SetCameraControlCallbackEx(nullptr, nullptr);
-        set_handlers(nullptr, nullptr);
+        set_frame_handler(nullptr);
+        set_event_handler(nullptr);
+        Call::wait_for(this);
         {
             const std::lock_guard lock(m_Mutex);
             m_Ended = true;
-            if (m_Held > 0) return;
+            if (m_Held + m_Taking > 0) return;
         }
         close();
     }
@@ -104,20 +108,55 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
         }
         {
             const std::lock_guard lock(m_Mutex);
-            if (--m_Held > 0 || !m_Ended) return;
+            if (--m_Held + m_Taking > 0 || !m_Ended) return;
         }
         close();
     }
 
-    // ---- frames ----
+    // ---- starting and stopping ----
 
-    /// Forgets the frames of an earlier run.
+    /// The turn of whoever starts the camera; the others wait for it, except inside a handler, where it may be waiting
+    /// for them. Throws Error (refused).
+    void begin_start() {
+        std::unique_lock lock(m_Mutex);
+        if (m_Starting && Call::inside()) {
+            throw Error(ErrorKind::refused, label() + " can't be started", "another thread is starting it");
+        }
+        m_Changed.wait(lock, [this] { return !m_Starting; });
+        m_Starting = true;
+    }
+    void end_start() noexcept {
+        const std::lock_guard lock(m_Mutex);
+        m_Starting = false;
+        m_Changed.notify_all();
+    }
+
+    /// Waits for nobody's start, but ends it. True also when the camera was not running.
+    bool stop() {
+        {
+            const std::lock_guard lock(m_Mutex);
+            const bool was_running = std::exchange(m_Run.running, false);
+            m_Changed.notify_all();
+            if (!was_running && m_Stopping == 0) return true;
+            ++m_Stopping;
+        }
+        if (run().triggered) m_Native->StopTriggerAcquisition(0);
+        const bool stopped = m_Native->Stop();
+        const std::lock_guard lock(m_Mutex);
+        --m_Stopping;
+        return stopped;
+    }
+
+    /// Forgets the frames of an earlier run. Those that a thread is just about to take count as held when this returns.
     void begin_run() {
         m_Native->FreeAllPendingImages();
-        const std::lock_guard lock(m_Mutex);
+        const bool inside = Call::inside();
+        std::unique_lock lock(m_Mutex);
+        if (!inside) m_Changed.wait(lock, [this] { return m_Taking == 0; });
         m_Notified.clear();
         m_Waiting = m_Consumed = m_Taken = 0;
         m_Interrupted = false;
+        m_LostInRun = m_LinkLost;
     }
 
     Run run() const {
@@ -129,11 +168,27 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
         m_Run = run;
         m_Changed.notify_all();
     }
+    void set_running(bool running) {
+        const std::lock_guard lock(m_Mutex);
+        m_Run.running = running;
+        m_Changed.notify_all();
+    }
+    void set_timeout(std::chrono::milliseconds timeout) {
+        const std::lock_guard lock(m_Mutex);
+        m_Run.timeout = timeout;
+    }
 
+    // ---- frames ----
+
+    /// The moment that ends a wait; one beyond all reason is cut to a year.
+    static Clock::time_point deadline_after(std::chrono::milliseconds timeout) {
+        constexpr std::chrono::milliseconds kShortest{0}, kLongest = std::chrono::hours(24 * 365);
+        return Clock::now() + std::clamp(timeout, kShortest, kLongest);
+    }
     /// The next frame; an empty one when none came in time, none can come since the camera is stopped or its link lost,
     /// or interrupt() was called.
     Frame next(Order order, std::chrono::milliseconds timeout, bool& interrupted) {
-        const Clock::time_point deadline = Clock::now() + timeout;
+        const Clock::time_point deadline = deadline_after(timeout);
         Clock::time_point notified;
         while (wait(order, deadline, notified, interrupted)) {
             // Null: the frame of this notification was taken with an earlier one.
@@ -151,6 +206,11 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
     bool link_lost() const {
         const std::lock_guard lock(m_Mutex);
         return m_LinkLost;
+    }
+    /// Whether it was lost in this run, which ended the run even when the link is back.
+    bool lost_in_run() const {
+        const std::lock_guard lock(m_Mutex);
+        return m_LostInRun;
     }
     int held() const {
         const std::lock_guard lock(m_Mutex);
@@ -173,47 +233,40 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
 
     void set_frame_handler(FrameHandler handler) {
         auto shared = handler ? std::make_shared<const FrameHandler>(std::move(handler)) : nullptr;
+        // What the one before holds goes after the lock: that may be a frame of this camera.
         const std::lock_guard lock(m_Mutex);
-        m_FrameHandler = std::move(shared);
+        m_FrameHandler.swap(shared);
     }
     void set_event_handler(CameraEventHandler handler) {
         auto shared = handler ? std::make_shared<const CameraEventHandler>(std::move(handler)) : nullptr;
         const std::lock_guard lock(m_Mutex);
-        m_EventHandler = std::move(shared);
+        m_EventHandler.swap(shared);
     }
 
     /// The selection of an attribute and its reading belong together.
     std::mutex attribute_mutex;
     /// One text command at a time.
     std::mutex command_mutex;
-    /// One start or stop at a time.
-    std::mutex run_mutex;
 
   private:
     // The moments of this many notifications are remembered, the rest are only counted.
     static constexpr std::size_t kMostMoments = 4096;
 
     void connect(bool calibrated) {
-        const std::lock_guard lock(m_Sdk->cameras_mutex);
-        m_Native = m_Sdk->native()->GetCamera(m_Info.number);
+        m_Native = m_Sdk->camera(m_Info.number);
         if (!m_Native) {
             throw Error(ErrorKind::no_camera, label() + " can't be used", "its interface library did not create it",
                         "check that no other program holds it");
         }
-        auto& known = m_Sdk->cameras[m_Native];
-        if (const auto open = known.lock(); open && !open->closed()) {
-            throw Error(ErrorKind::refused, label() + " is open already",
-                        open->held() > 0 ? "frames of it are held" : "this program has a Camera for it",
-                        "use that one, or let go of it and its frames first");
-        }
+        claim();
+        m_Context = Registry<CameraState>::add(weak_from_this());
         // Answers false, because nothing is loaded yet; the wish is kept all the same.
         if (calibrated) internal()->TapBalanceEnable(true);
         if (!m_Native->Open()) {
             throw Error(ErrorKind::no_camera, label() + " can't be opened", last_error(),
                         "check cable and power, and that no other program holds it");
         }
-        m_Info = m_Sdk->describe(m_Info.number);
-        m_Context = Registry<CameraState>::add(weak_from_this());
+        m_Info = m_Sdk->info(m_Info.number);
         if (!m_Native->SetImageNotificationCallback(&CameraState::notified, m_Context) ||
             !m_Native->SetCameraControlCallback(&CameraState::control, m_Context) ||
             !m_Native->SetCameraControlCallbackEx(&CameraState::control_ex, m_Context)) {
@@ -222,7 +275,22 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
             throw Error(ErrorKind::failed, "frames can't be received",
                         "the interface library does not take the callbacks", "update the interface library");
         }
-        known = weak_from_this();
+    }
+
+    // Enters the camera as open, for as long as this object lives and has not closed it.
+    void claim() {
+        const std::lock_guard lock(m_Sdk->cameras_mutex);
+        const auto gone = [](const std::weak_ptr<CameraState>& other) {
+            const auto state = other.lock();
+            return !state || state->closed();
+        };
+        std::erase_if(m_Sdk->cameras, [&](const auto& entry) { return gone(entry.second); });
+        const auto [entry, free] = m_Sdk->cameras.try_emplace(m_Native, weak_from_this());
+        if (free) return;
+        const auto open = entry->second.lock();
+        throw Error(ErrorKind::refused, label() + " is open already",
+                    open && open->held() > 0 ? "frames of it are held" : "this program has a Camera for it",
+                    "use that one, or let go of it and its frames first");
     }
 
     void close() noexcept {
@@ -233,12 +301,6 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
     bool closed() const {
         const std::lock_guard lock(m_Mutex);
         return m_Closed;
-    }
-
-    void set_handlers(std::shared_ptr<const FrameHandler> frames, std::shared_ptr<const CameraEventHandler> events) {
-        const std::lock_guard lock(m_Mutex);
-        m_FrameHandler.swap(frames);
-        m_EventHandler.swap(events);
     }
 
     bool wait(Order order, Clock::time_point deadline, Clock::time_point& notified, bool& interrupted) {
@@ -261,7 +323,14 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
     }
 
     Frame take(Order order, Clock::time_point notified) {
-        const std::optional<ColorSetting> color = this->color();
+        std::optional<ColorSetting> color;
+        {
+            // From here on the camera stays open, and the pool is not replaced.
+            const std::lock_guard lock(m_Mutex);
+            if (m_Ended) return {};
+            ++m_Taking;
+            color = m_Color;
+        }
         const bool newest = order == Order::newest;
         ZelImage* image = nullptr;
         if (color) {
@@ -269,28 +338,34 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
         } else {
             image = newest ? m_Native->GetLastPendingImage() : m_Native->GetPendingImage();
         }
-        if (!image) return {};
         const auto hand_over = Clock::now() - notified;
+        bool last = false;
         {
             const std::lock_guard lock(m_Mutex);
-            ++m_Held;
-            ++m_Taken;
+            --m_Taking;
+            if (image) ++m_Held, ++m_Taken;
+            last = m_Ended && m_Held + m_Taking == 0;
+            if (m_Starting) m_Changed.notify_all();
         }
+        if (last) close();
+        if (!image) return {};
         return {shared_from_this(), image, color, std::chrono::duration_cast<std::chrono::nanoseconds>(hand_over)};
     }
 
     static void ZEL_CALL notified(int kind, void* context) {
         if (kind != ZEL_IMAGE_NOTIFICATION_PENDING) return;
+        std::optional<Call> call;  // over when nothing is held here any more
         const auto state = Registry<CameraState>::find(context);
         if (!state) return;
         std::shared_ptr<const FrameHandler> handler;
-        {
-            const std::lock_guard lock(state->m_Mutex);
-            handler = state->m_FrameHandler;
-            if (!handler) state->count_notification();
-        }
-        if (!handler) return;
         try {
+            {
+                const std::lock_guard lock(state->m_Mutex);
+                handler = state->m_FrameHandler;
+                if (!handler) return state->count_notification();
+                ++state->m_Consumed;
+                call.emplace(state.get());
+            }
             if (Frame frame = state->take(Order::every, Clock::now())) (*handler)(std::move(frame));
         } catch (...) {
             // The transport that called can't do anything about it.
@@ -312,19 +387,22 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
         const bool lost = event_code == ZEL_CAMERA_CONTROL_DISCONNECT;
         // The camera's own events come with their values through the other callback as well.
         if (!lost && event_code != ZEL_CAMERA_CONTROL_RECONNECT) return;
+        std::optional<Call> call;
         const auto state = Registry<CameraState>::find(context);
         if (!state) return;
         {
             const std::lock_guard lock(state->m_Mutex);
             state->m_LinkLost = lost;
+            if (lost) state->m_LostInRun = true;
             state->m_Changed.notify_all();
         }
         CameraEvent event;
         event.kind = lost ? CameraEvent::Kind::link_lost : CameraEvent::Kind::link_back;
-        state->tell(event);
+        state->tell(event, call);
     }
 
     static void ZEL_CALL control_ex(int event_code, const ZelCameraControlRecord* record, void* context) {
+        std::optional<Call> call;
         const auto state = Registry<CameraState>::find(context);
         if (!state) return;
         CameraEvent event;
@@ -333,17 +411,18 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
             event.value = record->value;
             std::copy(std::begin(record->values), std::end(record->values), event.values.begin());
         }
-        state->tell(event);
+        state->tell(event, call);
     }
 
-    void tell(const CameraEvent& event) noexcept {
+    void tell(const CameraEvent& event, std::optional<Call>& call) noexcept {
         std::shared_ptr<const CameraEventHandler> handler;
-        {
-            const std::lock_guard lock(m_Mutex);
-            handler = m_EventHandler;
-        }
-        if (!handler) return;
         try {
+            {
+                const std::lock_guard lock(m_Mutex);
+                handler = m_EventHandler;
+                if (!handler) return;
+                call.emplace(this);
+            }
             (*handler)(event);
         } catch (...) {
             // The transport that called can't do anything about it.
@@ -367,7 +446,11 @@ class CameraState : public FrameOwner, public std::enable_shared_from_this<Camer
     std::shared_ptr<const FrameHandler> m_FrameHandler;
     std::shared_ptr<const CameraEventHandler> m_EventHandler;
     int m_Held = 0;
+    int m_Taking = 0;    // threads that are just taking a frame
+    int m_Stopping = 0;  // threads in stop()
+    bool m_Starting = false;
     bool m_LinkLost = false;
+    bool m_LostInRun = false;
     bool m_Ended = false;
     bool m_Closed = false;
 };

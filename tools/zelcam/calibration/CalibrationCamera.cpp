@@ -6,10 +6,8 @@
 #include <sstream>
 
 #include "calibration/TableDirectory.h"
-#include "include/ZelSDK.h"
 #include "platform/User.h"
 #include "platform/UserTexts.h"
-#include "tools/zelcam/camera/CameraSelector.h"
 #include "tools/zelcam/text/Failure.h"
 #include "tools/zelcam/text/Progress.h"
 #include "tools/zelcam/text/TextTools.h"
@@ -20,24 +18,17 @@ namespace {
 
 constexpr std::size_t kSequence = 8;  // bytes that are read at a time
 
-void StoreReply(const char* reply, void* context) {
+// Empty when there is no reply.
+std::string Ask(const zel::Camera& camera, const std::string& command) {
     try {
-        *static_cast<std::string*>(context) = TextOrEmpty(reply);
-    } catch (const std::bad_alloc&) {
-        // The reply stays empty.
+        return Trim(camera.command(command));
+    } catch (const zel::Error&) {
+        return "";
     }
 }
 
-std::string Ask(OpenCamera& camera, const std::string& command) {
-    std::string reply;
-    camera->SetTextCommandCallback(&StoreReply, &reply);
-    const bool answered = camera->SetTextCommand(command.c_str());
-    camera->SetTextCommandCallback(nullptr, nullptr);
-    return answered ? Trim(reply) : "";
-}
-
 // Appends `count` bytes of the page that the camera has in hand.
-bool ReadBytes(OpenCamera& camera, std::size_t offset, std::size_t count, std::vector<std::uint8_t>& bytes) {
+bool ReadBytes(const zel::Camera& camera, std::size_t offset, std::size_t count, std::vector<std::uint8_t>& bytes) {
     std::istringstream words(Ask(camera, fmt::format("tb r {:x} {:x}", offset, count)));
     unsigned byte = 0;
     std::size_t got = 0;
@@ -45,14 +36,16 @@ bool ReadBytes(OpenCamera& camera, std::size_t offset, std::size_t count, std::v
     return words.eof() && got == count;
 }
 
-std::string SpeedLabel(const OpenCamera& camera, int speed) { return camera.Label() + ", table " + kSpeedNames[speed]; }
+std::string SpeedLabel(const zel::Camera& camera, int speed) {
+    return camera.label() + ", table " + kSpeedNames[speed];
+}
 
-CalibrationTable ReadTable(OpenCamera& camera, int speed, Progress& progress) {
-    ZelCameraInternal& internal = Internal(camera.Get());
+CalibrationTable ReadTable(const zel::Camera& camera, int speed, Progress& progress) {
+    ZelCameraInternal& internal = Internal(camera);
     int rows = 0;
     CalibrationTable table;
     if (!internal.TapBalanceSelectTable(speed) || !internal.TapBalanceGetTableConfig(&rows, &table.taps)) {
-        throw Failure(camera.Label() + " tells of no calibration tables",
+        throw Failure(camera.label() + " tells of no calibration tables",
                       "it has one tap, was never calibrated, or did not answer", "ZEL_LOG shows the conversation");
     }
     if (!zel::TapTable::IsValidShape(rows, table.taps + 1)) {
@@ -85,13 +78,7 @@ bool SetTable(ZelCameraInternal& internal, int speed, const CalibrationTable& ta
 
 }  // namespace
 
-void WishForCalibration(const Session& session, const std::string& wanted) {
-    ZelCamera* const camera = session.Sdk()->GetCamera(SelectCamera(session.Cameras(), wanted));
-    // Answers false, because nothing is loaded yet; the wish is kept all the same.
-    if (camera) Internal(camera).TapBalanceEnable(true);
-}
-
-CalibrationTables ReadTables(OpenCamera& camera) {
+CalibrationTables ReadTables(const zel::Camera& camera) {
     Progress progress("reading");
     CalibrationTables tables;
     for (int speed = 0; speed < kSpeeds; ++speed) {
@@ -100,7 +87,7 @@ CalibrationTables ReadTables(OpenCamera& camera) {
     return tables;
 }
 
-std::optional<FlashDirectory> ReadDirectory(OpenCamera& camera) {
+std::optional<FlashDirectory> ReadDirectory(const zel::Camera& camera) {
     if (Ask(camera, "tb g 0") != "OK") return std::nullopt;
     std::vector<std::uint8_t> read;
     zel::TableDirectory::Bytes bytes{};
@@ -114,8 +101,8 @@ std::optional<FlashDirectory> ReadDirectory(OpenCamera& camera) {
     return result;
 }
 
-void WriteTables(OpenCamera& camera, const CalibrationTables& tables) {
-    ZelCameraInternal& internal = Internal(camera.Get());
+void WriteTables(const zel::Camera& camera, const CalibrationTables& tables) {
+    ZelCameraInternal& internal = Internal(camera);
     const std::string advice = "the camera may now hold half a table: write again before it is used";
     for (int speed = 0; speed < kSpeeds; ++speed) {
         if (!SetTable(internal, speed, tables[static_cast<std::size_t>(speed)])) {
@@ -123,10 +110,10 @@ void WriteTables(OpenCamera& camera, const CalibrationTables& tables) {
         }
     }
     if (!internal.TapBalanceWriteTableConfigToCamera()) {
-        throw Failure(camera.Label() + " did not store the directory of its tables", "", advice);
+        throw Failure(camera.label() + " did not store the directory of its tables", "", advice);
     }
     if (!internal.TapBalanceWriteDataToCamera()) {
-        throw Failure(camera.Label() + " did not store its tables", "", advice);
+        throw Failure(camera.label() + " did not store its tables", "", advice);
     }
     const std::optional<FlashDirectory> directory = ReadDirectory(camera);
     const CalibrationTables stored = ReadTables(camera);
@@ -139,7 +126,7 @@ void WriteTables(OpenCamera& camera, const CalibrationTables& tables) {
     }
 }
 
-std::filesystem::path CacheFile(const CameraEntry& camera, int speed) {
+std::filesystem::path CacheFile(const zel::CameraInfo& camera, int speed) {
     const std::string folder = zel::platform::CalibrationFolder();
     const std::string ending = std::string("_") + kSpeedNames[speed] + ".txt";
     if (folder.empty() || camera.serial.empty()) return {};

@@ -5,23 +5,21 @@
 #include <array>
 #include <optional>
 
-#include "include/ZelCameraInternal.h"
 #include "tools/zelcam/calibration/CalibrationTable.h"
-#include "tools/zelcam/camera/Session.h"
+#include "zel/Camera.h"
 
 namespace zelcam {
 
-// The service operations of a camera that the SDK handed out.
-inline ZelCameraInternal& Internal(ZelCamera* camera) { return *static_cast<ZelCameraInternal*>(camera); }
-
-// Tells a camera that is not open yet to have its calibration ready when it is opened.
-void WishForCalibration(const Session& session, const std::string& wanted);
+// The SDK's service operations on a camera.
+inline ZelCameraInternal& Internal(const zel::Camera& camera) {
+    return *static_cast<ZelCameraInternal*>(camera.native());
+}
 
 using CalibrationTables = std::array<CalibrationTable, kSpeeds>;
 using DirectoryDigests = std::array<Digest, kSpeeds>;
 
 // Throws Failure when the camera has no tables or does not answer.
-CalibrationTables ReadTables(OpenCamera& camera);
+CalibrationTables ReadTables(const zel::Camera& camera);
 
 // What the directory of the flash memory says.
 struct FlashDirectory {
@@ -29,13 +27,13 @@ struct FlashDirectory {
     DirectoryDigests digests{};
 };
 // Null when the camera does not tell.
-std::optional<FlashDirectory> ReadDirectory(OpenCamera& camera);
+std::optional<FlashDirectory> ReadDirectory(const zel::Camera& camera);
 
 // Writes both tables and their directory into the flash memory and reads them back. Throws Failure.
-void WriteTables(OpenCamera& camera, const CalibrationTables& tables);
+void WriteTables(const zel::Camera& camera, const CalibrationTables& tables);
 
 // The cache file of a camera's table on this computer; empty when there is none.
-std::filesystem::path CacheFile(const CameraEntry& camera, int speed);
+std::filesystem::path CacheFile(const zel::CameraInfo& camera, int speed);
 
 }  // namespace zelcam
 

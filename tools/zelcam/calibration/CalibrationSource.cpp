@@ -8,7 +8,7 @@ namespace zelcam {
 
 namespace {
 
-bool CacheAgrees(const CameraEntry& camera, const DirectoryDigests& digests) {
+bool CacheAgrees(const zel::CameraInfo& camera, const DirectoryDigests& digests) {
     try {
         for (int speed = 0; speed < kSpeeds; ++speed) {
             const Digest& digest = digests[static_cast<std::size_t>(speed)];
@@ -48,11 +48,11 @@ Json CalibrationSource::ToJson() const {
     return json;
 }
 
-CalibrationSource FindCalibrationSource(OpenCamera& camera) {
+CalibrationSource FindCalibrationSource(const zel::Camera& camera) {
     const std::optional<FlashDirectory> directory = ReadDirectory(camera);
     if (!directory) return {"none", "its flash memory can't be read"};
     if (!directory->has_tables) return FindGeneralFiles();
-    return {CacheAgrees(camera.Entry(), directory->digests) ? "cache" : "flash", ""};
+    return {CacheAgrees(camera.info(), directory->digests) ? "cache" : "flash", ""};
 }
 
 }  // namespace zelcam

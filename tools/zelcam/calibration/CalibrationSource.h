@@ -18,7 +18,7 @@ struct CalibrationSource {
 
 // The SDK's order: cache files that agree with the camera, the camera's flash memory, and general files for a camera
 // that says that it has no tables.
-CalibrationSource FindCalibrationSource(OpenCamera& camera);
+CalibrationSource FindCalibrationSource(const zel::Camera& camera);
 
 }  // namespace zelcam
 

@@ -1,27 +1,29 @@
 #include "tools/zelcam/camera/CameraFacts.h"
 
-#include "include/ZelParameters.h"
-#include "tools/zelcam/camera/CameraParameters.h"
-#include "tools/zelcam/camera/Session.h"
+#include "tools/zelcam/text/TextTools.h"
 
 namespace zelcam {
 
-CameraFacts ReadFacts(const OpenCamera& camera) {
-    return {camera.Entry(), ReadText(camera.Get(), ZEL_PARAM_HW_MODEL), ReadText(camera.Get(), ZEL_PARAM_FW_VER)};
+CameraFacts ReadFacts(const zel::Camera& camera) {
+    const auto text = [&](unsigned id) {
+        const auto value = camera.parameter(id).try_value();
+        return value ? Trim(value->text()) : "";
+    };
+    return {camera.info(), text(ZEL_PARAM_HW_MODEL), text(ZEL_PARAM_FW_VER)};
 }
 
-Json ToJson(const CameraEntry& entry) {
+Json ToJson(const zel::CameraInfo& info) {
     Json json;
-    json["number"] = entry.number;
-    json["name"] = entry.name;
-    json["serial"] = entry.serial;
-    json["interface"] = entry.interface_type;
-    json["addresses"] = entry.addresses;
+    json["number"] = info.number;
+    json["name"] = info.name;
+    json["serial"] = info.serial;
+    json["interface"] = info.interface_type;
+    json["addresses"] = info.addresses;
     return json;
 }
 
 Json ToJson(const CameraFacts& facts) {
-    Json json = ToJson(facts.entry);
+    Json json = ToJson(facts.info);
     json["model"] = facts.model;
     json["firmware"] = facts.firmware;
     return json;

@@ -4,23 +4,21 @@
 
 #include <string>
 
-#include "tools/zelcam/camera/CameraSelector.h"
 #include "tools/zelcam/text/Json.h"
+#include "zel/Camera.h"
 
 namespace zelcam {
 
-class OpenCamera;
-
 struct CameraFacts {
-    CameraEntry entry;
+    zel::CameraInfo info;
     std::string model;
     std::string firmware;
 };
 
-CameraFacts ReadFacts(const OpenCamera& camera);
+CameraFacts ReadFacts(const zel::Camera& camera);
 
 // number, name, serial, interface, addresses
-Json ToJson(const CameraEntry& entry);
+Json ToJson(const zel::CameraInfo& info);
 // the same with model and firmware
 Json ToJson(const CameraFacts& facts);
 

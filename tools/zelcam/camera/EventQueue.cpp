@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <exception>
 
-#include "tools/zelcam/text/TextTools.h"
 #include "tools/zelcam/text/UtcTime.h"
 
 namespace zelcam {
@@ -18,16 +17,6 @@ Json NewEvent(const char* what, int camera) {
     return event;
 }
 
-// Nothing may throw back into the library that calls.
-template <class Action>
-void Guarded(Action action) {
-    try {
-        action();
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "zelcam: an event was lost: %s\n", error.what());
-    }
-}
-
 }  // namespace
 
 bool EventQueue::Next(Json& event, std::chrono::milliseconds timeout) {
@@ -38,46 +27,38 @@ bool EventQueue::Next(Json& event, std::chrono::milliseconds timeout) {
     return true;
 }
 
-void EventQueue::Push(Json event) {
-    const std::lock_guard lock(m_Mutex);
-    m_Events.push_back(std::move(event));
-    m_Changed.notify_one();
+// Nobody above could do anything about an event that can't be kept.
+template <class Describe>
+void EventQueue::Push(Describe describe) {
+    try {
+        Json event = describe();
+        const std::lock_guard lock(m_Mutex);
+        m_Events.push_back(std::move(event));
+        m_Changed.notify_one();
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "zelcam: an event was lost: %s\n", error.what());
+    }
 }
 
-void EventQueue::CameraConnected(int event_id, int camera_index, const char* name, const char* serial_number,
-                                 const char* interface_type, void* context) {
-    Guarded([&] {
-        const char* const what = event_id == ZEL_CAMERA_CONNECT      ? "connect"
-                                 : event_id == ZEL_CAMERA_DISCONNECT ? "disconnect"
-                                                                     : "hot_plug";
-        Json event = NewEvent(what, camera_index);
-        event["name"] = TextOrEmpty(name);
-        event["serial"] = TextOrEmpty(serial_number);
-        event["interface"] = TextOrEmpty(interface_type);
-        static_cast<EventQueue*>(context)->Push(std::move(event));
+void EventQueue::Add(const zel::HotPlugEvent& event) {
+    Push([&] {
+        Json json = NewEvent(event.connected ? "connect" : "disconnect", event.camera.number);
+        json["name"] = event.camera.name;
+        json["serial"] = event.camera.serial;
+        json["interface"] = event.camera.interface_type;
+        return json;
     });
 }
 
-void EventQueue::CameraEvent(int event_code, void* context) {
-    // The camera's own events come with their values through the other callback as well.
-    if (event_code != ZEL_CAMERA_CONTROL_DISCONNECT && event_code != ZEL_CAMERA_CONTROL_RECONNECT) return;
-    Guarded([&] {
-        const auto* const source = static_cast<EventSource*>(context);
-        const bool lost = event_code == ZEL_CAMERA_CONTROL_DISCONNECT;
-        source->queue->Push(NewEvent(lost ? "link_lost" : "link_back", source->camera));
-    });
-}
-
-void EventQueue::CameraEventEx(int event_code, const ZelCameraControlRecord* record, void* context) {
-    Guarded([&] {
-        const auto* const source = static_cast<EventSource*>(context);
-        Json event = NewEvent("camera_event", source->camera);
-        event["code"] = event_code;
-        if (record) {
-            event["value"] = record->value;
-            event["values"] = record->values;
-        }
-        source->queue->Push(std::move(event));
+void EventQueue::Add(int camera, const zel::CameraEvent& event) {
+    Push([&] {
+        if (event.kind == zel::CameraEvent::Kind::link_lost) return NewEvent("link_lost", camera);
+        if (event.kind == zel::CameraEvent::Kind::link_back) return NewEvent("link_back", camera);
+        Json json = NewEvent("camera_event", camera);
+        json["code"] = event.code;
+        json["value"] = event.value;
+        json["values"] = event.values;
+        return json;
     });
 }
 

@@ -7,8 +7,8 @@
 #include <deque>
 #include <mutex>
 
-#include "include/ZelCallbacks.h"
 #include "tools/zelcam/text/Json.h"
+#include "zel/HotPlug.h"
 
 namespace zelcam {
 
@@ -17,24 +17,16 @@ class EventQueue {
     // Takes the oldest event; false when none came within the time-out.
     bool Next(Json& event, std::chrono::milliseconds timeout);
 
-    // The SDK's callbacks. context: the queue for hot-plug events, an EventSource for a camera's own.
-    static void ZEL_CALL CameraConnected(int event_id, int camera_index, const char* name, const char* serial_number,
-                                         const char* interface_type, void* context);
-    static void ZEL_CALL CameraEvent(int event_code, void* context);
-    static void ZEL_CALL CameraEventEx(int event_code, const ZelCameraControlRecord* record, void* context);
+    void Add(const zel::HotPlugEvent& event);
+    void Add(int camera, const zel::CameraEvent& event);
 
   private:
-    void Push(Json event);
+    template <class Describe>
+    void Push(Describe describe);
 
     std::mutex m_Mutex;
     std::condition_variable m_Changed;
     std::deque<Json> m_Events;
-};
-
-// Which camera an event comes from.
-struct EventSource {
-    EventQueue* queue = nullptr;
-    int camera = 0;
 };
 
 }  // namespace zelcam

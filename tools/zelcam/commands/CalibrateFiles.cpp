@@ -10,6 +10,7 @@
 #include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/ProgressBar.h"
 #include "tools/zelcam/text/TextTools.h"
+#include "zel/Sdk.h"
 
 namespace zelcam {
 
@@ -61,44 +62,43 @@ class DownloadAction : public Command {
     }
 
     void Run(Json& result) override {
-        const Session session;
-        const CameraEntry entry = session.Describe(SelectCamera(session.Cameras(), m_Camera));
-        if (m_Again) RemoveCache(entry);
-        WishForCalibration(session, m_Camera);
-        const ProgressBar bar("camera " + std::to_string(entry.number), !m_Json);
-        OpenCamera camera(session, m_Camera);
-        if (!Internal(camera.Get()).TapBalanceEnable(true)) {
-            throw Failure(camera.Label() + " gave no calibration that can be used",
+        zel::Sdk sdk;
+        const zel::CameraInfo info = sdk.info(zel::select_camera(sdk.cameras(), m_Camera));
+        if (m_Again) RemoveCache(info);
+        const ProgressBar bar("camera " + std::to_string(info.number), !m_Json);
+        zel::Camera camera = sdk.open_found(info.number, {.calibrated = true});
+        if (!camera.set_calibration(true)) {
+            throw Failure(camera.label() + " gave no calibration that can be used",
                           "it has one tap, was never calibrated, or the data were damaged on the way",
                           "see 'zelcam calibrate check'");
         }
         const bool downloaded = bar.Reported();
         const CalibrationSource source = FindCalibrationSource(camera);
         if (downloaded && source.name != "cache") {
-            throw Failure("the tables of " + camera.Label() + " came, but are not in its cache files", source.why,
+            throw Failure("the tables of " + camera.label() + " came, but are not in its cache files", source.why,
                           "check the calibration folder's rights and the disk's room; every program downloads anew",
                           kOutput);
         }
-        Report(entry, downloaded, source, result);
+        Report(info, downloaded, source, result);
     }
 
   private:
-    void Report(const CameraEntry& entry, bool downloaded, const CalibrationSource& source, Json& result) const {
+    void Report(const zel::CameraInfo& info, bool downloaded, const CalibrationSource& source, Json& result) const {
         Json files = Json::array();
         for (int speed = 0; source.name == "cache" && speed < kSpeeds; ++speed) {
-            files.push_back(Utf8Text(CacheFile(entry, speed)));
+            files.push_back(Utf8Text(CacheFile(info, speed)));
         }
         if (m_Json) {
-            result = Json{{"camera", ToJson(entry)}, {"downloaded", downloaded}, {"cache_files", files}};
+            result = Json{{"camera", ToJson(info)}, {"downloaded", downloaded}, {"cache_files", files}};
             return;
         }
-        Print("camera {}: {}\n", entry.number,
+        Print("camera {}: {}\n", info.number,
               downloaded      ? "downloaded"
               : files.empty() ? "nothing to download, calibrated from " + source.Text()
                               : "the cache files are right already");
         for (const Json& file : files) Print("{}\n", file.get<std::string>());
     }
-    static void RemoveCache(const CameraEntry& camera) {
+    static void RemoveCache(const zel::CameraInfo& camera) {
         for (int speed = 0; speed < kSpeeds; ++speed) {
             std::error_code ignored;
             fs::remove(CacheFile(camera, speed), ignored);
@@ -122,9 +122,9 @@ class ExportAction : public Command {
     }
 
     void Run(Json& result) override {
-        const Session session;
-        OpenCamera camera(session, m_Camera);
-        const std::string prefix = m_Prefix.empty() ? camera.Entry().serial : m_Prefix;
+        zel::Sdk sdk;
+        zel::Camera camera = sdk.open(m_Camera);
+        const std::string prefix = m_Prefix.empty() ? camera.info().serial : m_Prefix;
         const std::vector<fs::path> paths = ExportTables(ReadTables(camera), Utf8Path(m_Out), prefix);
         for (const fs::path& path : paths) {
             m_Json ? result["files"].push_back(Utf8Text(path)) : Print("{}\n", Utf8Text(path));
@@ -181,14 +181,14 @@ class ImportAction : public Command {
 
     void Run(Json& result) override {
         m_Files.Read();
-        const Session session;
-        OpenCamera camera(session, m_Camera);
+        zel::Sdk sdk;
+        zel::Camera camera = sdk.open(m_Camera);
         const CalibrationTables present = ReadTables(camera);
         result = Json::array();
         for (std::size_t speed = 0; speed < present.size(); ++speed) {
             if (!m_Files.Has(speed)) continue;
-            if (!Internal(camera.Get())
-                     .TapBalanceLoadDataFromMasterFile(zel::platform::SystemPath(m_Files.Name(speed)).c_str())) {
+            if (!Internal(camera).TapBalanceLoadDataFromMasterFile(
+                    zel::platform::SystemPath(m_Files.Name(speed)).c_str())) {
                 throw Failure(m_Files.Name(speed) + " was not loaded", "the SDK refused it",
                               "ZEL_LOG tells why (docs/zelcam.md)", kRefused);
             }
@@ -238,15 +238,15 @@ class WriteAction : public Command {
 
     void Run(Json& result) override {
         m_Files.Read();
-        const Session session;
-        OpenCamera camera(session, m_Camera);
+        zel::Sdk sdk;
+        zel::Camera camera = sdk.open(m_Camera);
         const std::optional<CalibrationTables> present = Present(camera);
         CalibrationTables tables = Merge(present);
         if (!m_Yes) Confirm(camera);
         std::vector<fs::path> backup;
         if (present) {
             const fs::path folder = Utf8Path(m_Backup);
-            backup = ExportTables(*present, folder, FreePrefix(folder, camera.Entry().serial + "_before"));
+            backup = ExportTables(*present, folder, FreePrefix(folder, camera.info().serial + "_before"));
         }
         WriteTables(camera, tables);
         Report(camera, tables, backup, result);
@@ -254,7 +254,7 @@ class WriteAction : public Command {
 
   private:
     // A camera that was never calibrated has none.
-    static std::optional<CalibrationTables> Present(OpenCamera& camera) {
+    static std::optional<CalibrationTables> Present(zel::Camera& camera) {
         try {
             return ReadTables(camera);
         } catch (const Failure&) {
@@ -277,9 +277,9 @@ class WriteAction : public Command {
         return tables;
     }
 
-    void Confirm(const OpenCamera& camera) const {
-        std::fprintf(stderr, "This overwrites the calibration of %s (serial number %s):\n", camera.Label().c_str(),
-                     camera.Entry().serial.c_str());
+    void Confirm(const zel::Camera& camera) const {
+        std::fprintf(stderr, "This overwrites the calibration of %s (serial number %s):\n", camera.label().c_str(),
+                     camera.info().serial.c_str());
         for (std::size_t speed = 0; speed < kSpeeds; ++speed) {
             if (!m_Files.Has(speed)) continue;
             std::fprintf(stderr, "  %s <- %s, %s\n", kSpeedNames[speed], m_Files.Name(speed).c_str(),
@@ -293,9 +293,9 @@ class WriteAction : public Command {
         }
     }
 
-    void Report(const OpenCamera& camera, const CalibrationTables& tables, const std::vector<fs::path>& backup,
+    void Report(const zel::Camera& camera, const CalibrationTables& tables, const std::vector<fs::path>& backup,
                 Json& result) const {
-        Json json{{"camera", ToJson(camera.Entry())}, {"tables", Json::array()}, {"backup", Json::array()}};
+        Json json{{"camera", ToJson(camera.info())}, {"tables", Json::array()}, {"backup", Json::array()}};
         for (std::size_t speed = 0; speed < tables.size(); ++speed) {
             const std::string digest = HexText(tables[speed].ComputeDigest());
             json["tables"].push_back({{"table", kSpeedNames[speed]}, {"digest", digest}});

@@ -4,9 +4,6 @@
 #include <cmath>
 #include <cstdio>
 
-#include "include/ZelImage.h"
-#include "include/ZelSDK.h"
-#include "tools/zelcam/calibration/CalibrationCamera.h"
 #include "tools/zelcam/calibration/Seams.h"
 #include "tools/zelcam/commands/CalibrateActions.h"
 #include "tools/zelcam/frames/Acquisition.h"
@@ -16,6 +13,7 @@
 #include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/ProgressBar.h"
 #include "tools/zelcam/text/TextTools.h"
+#include "zel/Sdk.h"
 
 namespace zelcam {
 
@@ -51,18 +49,17 @@ class SeamsAction : public Command {
     }
 
     void Run(Json& result) override {
-        const Session session;
-        WishForCalibration(session, m_Camera);
+        zel::Sdk sdk;
         const ProgressBar bar("calibration", !m_Json);
-        OpenCamera camera(session, m_Camera);
-        const std::vector<WriteOutcome> settings = m_Settings.Apply(camera.Get());
-        for (const WriteOutcome& outcome : settings) m_Json ? void() : Print("{}\n", outcome.Text());
+        zel::Camera camera = sdk.open(m_Camera, {.calibrated = true});
+        const std::vector<zel::SetResult> settings = m_Settings.Apply(camera);
+        for (const zel::SetResult& setting : settings) m_Json ? void() : Print("{}\n", setting.text());
         FlushOutput();
         CatchInterrupts();
         result = Json::array();
         for (const bool corrected : {false, true}) {
-            if (!Internal(camera.Get()).TapBalanceEnable(corrected) && corrected) {
-                throw Failure(camera.Label() + " can't be corrected", "its calibration was not loaded",
+            if (!camera.set_calibration(corrected) && corrected) {
+                throw Failure(camera.label() + " can't be corrected", "its calibration was not loaded",
                               "see 'zelcam calibrate check'", kRefused);
             }
             const SeamMeter meter = Measure(camera, corrected);
@@ -71,16 +68,15 @@ class SeamsAction : public Command {
     }
 
   private:
-    SeamMeter Measure(OpenCamera& camera, bool corrected) const {
+    SeamMeter Measure(zel::Camera& camera, bool corrected) const {
         SeamMeter meter;
-        Acquisition acquisition(camera, FrameMode::kEvery, StartMode::kFree, m_Settings);
+        Acquisition acquisition(camera, m_Settings);
         Progress progress(corrected ? "with correction" : "without", !m_Json);
         while (meter.Frames() < static_cast<std::uint64_t>(m_Frames)) {
-            Frame frame = acquisition.Next();
+            const zel::Frame frame = acquisition.Next();
             FailIfInterrupted(Counted(meter.Frames(), "frame") + " measured");
-            const std::size_t count = std::size_t{frame->w} * frame->h;
-            if (!meter.Add({frame->pixels, count}, frame->w, frame->h)) {
-                throw Failure(camera.Label() + " changed the size of its frames", "", "");
+            if (!meter.Add(frame.pixels(), frame.width(), frame.height())) {
+                throw Failure(camera.label() + " changed the size of its frames", "", "");
             }
             progress.Show(meter.Frames(), static_cast<std::uint64_t>(m_Frames));
             if (m_Save.empty() || meter.Frames() < static_cast<std::uint64_t>(m_Frames)) continue;
@@ -88,17 +84,16 @@ class SeamsAction : public Command {
             options.folder = m_Save;
             options.format = "png";
             options.prefix = corrected ? "corrected" : "uncorrected";
-            PictureSaver(options, 1, ReadFacts(camera), {ReadNumber(camera.Get(), ZEL_PARAM_GAIN), 0})
-                .Save(frame.Get());
+            PictureSaver(options, 1, ReadFacts(camera), {camera.number(ZEL_PARAM_GAIN), 0}).Save(frame.native());
         }
         return meter;
     }
 
-    void Report(const OpenCamera& camera, const SeamMeter& meter, bool corrected, Json& result) const {
-        const int taps = 1 << ReadNumber(camera.Get(), ZEL_PARAM_TAPS_INDEX);
+    void Report(const zel::Camera& camera, const SeamMeter& meter, bool corrected, Json& result) const {
+        const int taps = 1 << camera.number(ZEL_PARAM_TAPS_INDEX);
         const std::vector<Seam> seams = meter.Seams(taps);
         if (seams.empty()) {
-            throw Failure(camera.Label() + " has no seams that can be measured",
+            throw Failure(camera.label() + " has no seams that can be measured",
                           "it is read out through " + std::to_string(taps) + " taps, or its frames are small",
                           "use whole frames, and --set TAPS_INDEX=1 or 2 for 2 or 4 taps", kRefused);
         }

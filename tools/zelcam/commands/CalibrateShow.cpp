@@ -8,6 +8,7 @@
 #include "tools/zelcam/text/Failure.h"
 #include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/TextTools.h"
+#include "zel/Sdk.h"
 
 namespace zelcam {
 
@@ -77,12 +78,12 @@ class ShowAction : public Command {
             tables.push_back({file, Utf8Text(Utf8Path(file).stem()), ReadCalibrationFile(Utf8Path(file)).table});
         }
         if (!tables.empty()) return tables;
-        const Session session;
-        OpenCamera camera(session, m_Camera);
+        zel::Sdk sdk;
+        zel::Camera camera = sdk.open(m_Camera);
         const CalibrationTables read = ReadTables(camera);
         for (std::size_t speed = 0; speed < read.size(); ++speed) {
             const std::string name = kSpeedNames[speed];
-            tables.push_back({camera.Label() + ", " + name, camera.Entry().serial + "_" + name, read[speed]});
+            tables.push_back({camera.label() + ", " + name, camera.info().serial + "_" + name, read[speed]});
         }
         return tables;
     }
@@ -113,7 +114,7 @@ struct Digests {
     bool CacheGood() const { return cache_path.empty() || (cache_line == data && cache_data == data); }
 };
 
-Digests Collect(const CameraEntry& camera, int speed, const CalibrationTable& table,
+Digests Collect(const zel::CameraInfo& camera, int speed, const CalibrationTable& table,
                 const DirectoryDigests* directory) {
     Digests digests;
     digests.data = HexText(table.ComputeDigest());
@@ -145,15 +146,15 @@ class CheckAction : public Command {
     }
 
     void Run(Json& result) override {
-        const Session session;
-        OpenCamera camera(session, m_Camera);
+        zel::Sdk sdk;
+        zel::Camera camera = sdk.open(m_Camera);
         const CalibrationTables tables = ReadTables(camera);
         const std::optional<FlashDirectory> directory = ReadDirectory(camera);
         result = Json::array();
         std::string bad;
         for (int speed = 0; speed < kSpeeds; ++speed) {
             const CalibrationTable& table = tables[static_cast<std::size_t>(speed)];
-            const Digests digests = Collect(camera.Entry(), speed, table, directory ? &directory->digests : nullptr);
+            const Digests digests = Collect(camera.info(), speed, table, directory ? &directory->digests : nullptr);
             const std::string fault = table.Fault();
             if (!digests.CameraGood() || !digests.CacheGood() || !fault.empty()) {
                 bad += (bad.empty() ? "" : " and ") + std::string(kSpeedNames[speed]);
@@ -161,7 +162,7 @@ class CheckAction : public Command {
             m_Json ? result.push_back(ToJson(speed, digests, fault)) : PrintDigests(speed, digests, fault);
         }
         if (bad.empty()) return;
-        throw Failure("the calibration of " + camera.Label() + " is not as its digests say", bad,
+        throw Failure("the calibration of " + camera.label() + " is not as its digests say", bad,
                       "'zelcam calibrate download' makes new cache files, 'write' a new calibration");
     }
 

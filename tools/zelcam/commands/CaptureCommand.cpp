@@ -4,17 +4,16 @@
 #include <algorithm>
 #include <chrono>
 
-#include "include/ZelCamera.h"
-#include "include/ZelSDK.h"
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/frames/Acquisition.h"
 #include "tools/zelcam/frames/PictureSaver.h"
-#include "tools/zelcam/frames/Statistics.h"
 #include "tools/zelcam/text/Failure.h"
 #include "tools/zelcam/text/Interrupt.h"
 #include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/Progress.h"
 #include "tools/zelcam/text/TextTools.h"
+#include "zel/FrameCounter.h"
+#include "zel/Sdk.h"
 
 namespace zelcam {
 
@@ -42,13 +41,13 @@ class CaptureCommand : public Command {
 
     void Run(Json& result) override {
         m_Pictures.SettleFormat(m_Settings.color.color);
-        const Session session;
-        OpenCamera camera(session, m_Camera);
+        zel::Sdk sdk;
+        zel::Camera camera = sdk.open(m_Camera);
         const int frames = m_Frames + m_Settings.processing.FramesBefore();
         if (m_Settings.buffers.empty() && frames > kPoolByDefault) {
             m_Settings.buffers = std::to_string(std::min(frames, kLargestPoolByDefault));
         }
-        const std::vector<WriteOutcome> settings = m_Settings.Apply(camera.Get());
+        const std::vector<zel::SetResult> settings = m_Settings.Apply(camera);
         const CameraFacts facts = ReadFacts(camera);
         PictureSaver saver(m_Pictures, m_Frames, facts, PicturesOf(camera, m_Settings, m_Pictures));
         if (m_Json) result["camera"] = ToJson(facts);
@@ -63,13 +62,12 @@ class CaptureCommand : public Command {
   private:
     using Clock = std::chrono::steady_clock;
 
-    void Take(OpenCamera& camera, PictureSaver& saver) {
-        Acquisition acquisition(camera, FrameMode::kEvery, StartMode::kFree, m_Settings);
+    void Take(zel::Camera& camera, PictureSaver& saver) {
+        Acquisition acquisition(camera, m_Settings);
         ReportAlways([&] { Save(acquisition, saver); },
                      [&] {
-                         const bool answers = !acquisition.Waiter().LinkLost();
-                         const std::uint64_t missing = m_Counter.Missing();
-                         m_Drops = m_Counter.Count(answers ? std::min(acquisition.LinkDrops(), missing) : 0);
+                         const std::uint64_t lost = camera.link_lost() ? 0 : camera.link_drops();
+                         m_Drops = m_Counter.count(std::min(lost, m_Counter.missing()));
                      });
         FailIfInterrupted(Counted(m_Taken.size(), "frame") + " saved");
     }
@@ -82,10 +80,10 @@ class CaptureCommand : public Command {
         }
         Clock::time_point first;
         while (m_Taken.size() < static_cast<std::size_t>(m_Frames)) {
-            Frame frame = acquisition.Next();
+            const zel::Frame frame = acquisition.Next();
             if (!frame) return;
-            m_Taken.push_back(saver.Save(frame.Get()));
-            m_Counter.Frame(frame->image_number, frame->arrival_time_ms);
+            m_Taken.push_back(saver.Save(frame.native()));
+            m_Counter.frame(frame.number(), frame.info().arrival_ms);
             if (m_Taken.size() == 1) first = Clock::now();
             m_Seconds = std::chrono::duration<double>(Clock::now() - first).count();
             progress.Show(m_Taken.size(), static_cast<std::uint64_t>(m_Frames));
@@ -96,7 +94,7 @@ class CaptureCommand : public Command {
     double SavedRate() const { return m_Seconds > 0.0 ? static_cast<double>(m_Taken.size() - 1) / m_Seconds : 0.0; }
 
     void Report(Json& result) const {
-        const double camera_rate = m_Counter.CameraRate();
+        const double camera_rate = m_Counter.camera_rate();
         if (m_Json) {
             const auto known = [](double rate) { return rate > 0.0 ? Json(rate) : Json(); };
             result["frames"] = m_Taken.size();
@@ -114,9 +112,9 @@ class CaptureCommand : public Command {
         FlushOutput();
     }
 
-    void RefuseLoss(const OpenCamera& camera) const {
+    void RefuseLoss(const zel::Camera& camera) const {
         if (m_AllowLoss || m_Drops.link + m_Drops.no_buffer == 0) return;
-        throw Failure(Counted(m_Drops.link + m_Drops.no_buffer, "frame") + " of " + camera.Label() +
+        throw Failure(Counted(m_Drops.link + m_Drops.no_buffer, "frame") + " of " + camera.label() +
                           " went missing between those saved",
                       fmt::format("{} on the link, {} without a free buffer", m_Drops.link, m_Drops.no_buffer),
                       "use more --buffers, a longer --exposure or a faster disk, or accept it with --allow-loss",
@@ -127,9 +125,9 @@ class CaptureCommand : public Command {
     AcquisitionSettings m_Settings;
     PictureOptions m_Pictures;
     std::vector<Json> m_Taken;
-    FrameCounter m_Counter;
+    zel::FrameCounter m_Counter;
     double m_Seconds = 0.0;
-    Drops m_Drops;
+    zel::Drops m_Drops;
     bool m_AllowLoss = false;
 };
 

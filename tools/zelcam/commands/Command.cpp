@@ -4,13 +4,13 @@
 
 namespace zelcam {
 
-void Command::Tell(const std::vector<WriteOutcome>& settings, Json& result) const {
+void Command::Tell(const std::vector<zel::SetResult>& settings, Json& result) const {
     if (m_Json) result["settings"] = Json::array();
-    for (const WriteOutcome& outcome : settings) {
+    for (const zel::SetResult& setting : settings) {
         if (m_Json) {
-            result["settings"].push_back(outcome.ToJson());
+            result["settings"].push_back(ToJson(setting));
         } else {
-            Print("{}\n", outcome.Text());
+            Print("{}\n", setting.text());
         }
     }
     FlushOutput();

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/zelcam/camera/CameraParameters.h"
+#include "tools/zelcam/camera/Assignments.h"
 #include "tools/zelcam/text/Failure.h"
 #include "tools/zelcam/text/Json.h"
 
@@ -24,8 +24,8 @@ class Command {
     virtual const char* Example() const = 0;
     // Adds the command's options to its part of the command line.
     virtual void Declare(CLI::App& command) = 0;
-    // Carries the command out; throws Failure. With --json nothing is printed: what is known goes into `result`, as
-    // soon as it is known, and is printed at the end whatever that is.
+    // Carries the command out; throws Failure or zel::Error. With --json nothing is printed: what is known goes into
+    // `result`, as soon as it is known, and is printed at the end whatever that is.
     virtual void Run(Json& result) = 0;
 
   protected:
@@ -43,7 +43,7 @@ class Command {
     }
 
     // Tells what became of the settings, before the run that they are for.
-    void Tell(const std::vector<WriteOutcome>& settings, Json& result) const;
+    void Tell(const std::vector<zel::SetResult>& settings, Json& result) const;
 
     // Carries out `work`, then `report`, also when the work fails; its failure is the one that is told.
     template <class Work, class Report>
@@ -56,7 +56,7 @@ class Command {
         }
         try {
             report();
-        } catch (const Failure&) {
+        } catch (const std::exception&) {
             if (!failure) throw;
         }
         if (failure) std::rethrow_exception(failure);

@@ -7,7 +7,6 @@
 
 #include "platform/Terminal.h"
 #include "tools/zelcam/commands/Command.h"
-#include "tools/zelcam/text/EditDistance.h"
 #include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/TextTools.h"
 
@@ -39,11 +38,8 @@ void RefuseUnknownCommand(const CLI::App& app, const std::string& path, std::spa
         if (name == words[0]) return RefuseUnknownCommand(*entry, path + " " + name, words.subspan(1));
         names.push_back(name);
     }
-    const Words near = NearestWords(words[0], names, 1);
-    throw Failure(
-        "no command '" + words[0] + "'", "",
-        (near.empty() ? "" : "did you mean " + near.front() + "? ") + "'" + path + " --help' lists the commands",
-        kUsage);
+    throw Failure("no command '" + words[0] + "'", "",
+                  DidYouMean(words[0], names) + "'" + path + " --help' lists the commands", kUsage);
 }
 
 // The name of the innermost command that the line has got to, from the program on.
@@ -126,6 +122,8 @@ int RunCommandLine(int argc, char** argv) {
         return kExitSuccess;
     } catch (const Failure& failure) {
         return TellFailure(failure, json, result);
+    } catch (const zel::Error& error) {
+        return TellFailure(Failure(error), json, result);
     } catch (const std::exception& error) {
         return TellFailure(Failure("internal error", error.what(), ""), json, result);
     }

@@ -1,9 +1,8 @@
 // zelcam get: the values of single parameters.
-#include "tools/zelcam/camera/CameraParameters.h"
-#include "tools/zelcam/camera/Session.h"
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/text/Failure.h"
 #include "tools/zelcam/text/Output.h"
+#include "zel/Sdk.h"
 
 namespace zelcam {
 
@@ -23,23 +22,24 @@ class GetCommand : public Command {
 
     void Run(Json& result) override {
         // Names are looked at before a camera is touched.
-        std::vector<const ParameterInfo*> wanted;
-        for (const std::string& name : m_Names) wanted.push_back(&FindParameter(name));
-        const Session session;
-        const OpenCamera camera(session, m_Camera);
-        for (const ParameterInfo* info : wanted) {
-            const auto value = ReadParameter(camera.Get(), *info);
-            if (!value) Fail(camera, *info);
-            result[info->name] = value->ToJson();
-            const std::string unit = UnitOf(camera.Get(), *info);
-            if (!m_Json) Print("{} = {}{}{}\n", info->name, value->Text(), unit.empty() ? "" : " ", unit);
+        std::vector<unsigned> wanted;
+        for (const std::string& name : m_Names) wanted.push_back(zel::find_parameter(name).id);
+        zel::Sdk sdk;
+        const zel::Camera camera = sdk.open(m_Camera);
+        for (const unsigned id : wanted) {
+            const zel::Parameter parameter = camera.parameter(id);
+            const auto value = parameter.try_value();
+            if (!value) Fail(camera, parameter.info());
+            result[parameter.name()] = ToJson(*value);
+            const std::string unit = parameter.unit();
+            if (!m_Json) Print("{} = {}{}{}\n", parameter.name(), value->text(), unit.empty() ? "" : " ", unit);
         }
     }
 
   private:
-    [[noreturn]] static void Fail(const OpenCamera& camera, const ParameterInfo& info) {
-        const std::string what = std::string(info.name) + " of " + camera.Label() + " can't be read";
-        if (info.access == Access::kWriteOnly) throw Failure(what, "it is write-only", "", kRefused);
+    [[noreturn]] static void Fail(const zel::Camera& camera, const zel::ParameterInfo& info) {
+        const std::string what = std::string(info.name) + " of " + camera.label() + " can't be read";
+        if (info.access == zel::Access::write_only) throw Failure(what, "it is write-only", "", kRefused);
         throw Failure(what, "this camera does not offer it or did not answer", "'zelcam params' shows what it offers",
                       kRefused);
     }

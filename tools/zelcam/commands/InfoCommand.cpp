@@ -1,14 +1,12 @@
 // zelcam info: what one camera is and how it is set.
 #include <fmt/format.h>
 
-#include "include/ZelParameters.h"
 #include "tools/zelcam/calibration/CalibrationSource.h"
 #include "tools/zelcam/camera/CameraFacts.h"
-#include "tools/zelcam/camera/CameraParameters.h"
-#include "tools/zelcam/camera/Session.h"
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/TextTools.h"
+#include "zel/Sdk.h"
 
 namespace zelcam {
 
@@ -37,10 +35,10 @@ constexpr Row kRows[] = {
     {ZEL_PARAM_CAMSTATE, "state", "state"},
 };
 
-std::string ValueText(const ParameterInfo& info, const ParameterValue& value) {
-    if (info.id == ZEL_PARAM_TEMPERATURE) return fmt::format("{:.1f} C", static_cast<double>(value.Integer()) / 10.0);
-    if (info.id == ZEL_PARAM_COLOR_FILTER_TYPE && value.Text().empty()) return "none";
-    return value.Text() + (*info.unit ? std::string(" ") + info.unit : "");
+std::string ValueText(const zel::ParameterInfo& info, const zel::ParameterValue& value) {
+    if (info.id == ZEL_PARAM_TEMPERATURE) return fmt::format("{:.1f} C", static_cast<double>(value.integer()) / 10.0);
+    if (info.id == ZEL_PARAM_COLOR_FILTER_TYPE && value.text().empty()) return "none";
+    return value.text() + (*info.unit ? std::string(" ") + info.unit : "");
 }
 
 class InfoCommand : public Command {
@@ -55,18 +53,18 @@ class InfoCommand : public Command {
     }
 
     void Run(Json& result) override {
-        const Session session;
-        OpenCamera camera(session, m_Camera);
+        zel::Sdk sdk;
+        zel::Camera camera = sdk.open(m_Camera);
         result = ToJson(ReadFacts(camera));
         std::vector<std::vector<std::string>> rows;
         for (const auto& [key, value] : result.items()) {
             rows.push_back({key, value.is_string() ? value.get<std::string>() : JsonText(value, -1)});
         }
         for (const Row& row : kRows) {
-            const ParameterInfo& info = ParameterById(row.id);
-            const auto value = ReadParameter(camera.Get(), info);
-            result[row.key] = value ? value->ToJson() : Json();
-            rows.push_back({row.label, value ? ValueText(info, *value) : "-"});
+            const zel::Parameter parameter = camera.parameter(row.id);
+            const auto value = parameter.try_value();
+            result[row.key] = value ? ToJson(*value) : Json();
+            rows.push_back({row.label, value ? ValueText(parameter.info(), *value) : "-"});
         }
         const CalibrationSource calibration = FindCalibrationSource(camera);
         result["calibration"] = calibration.ToJson();

@@ -1,9 +1,9 @@
 // zelcam list: the cameras that can be opened.
 #include "tools/zelcam/camera/CameraFacts.h"
-#include "tools/zelcam/camera/Session.h"
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/TextTools.h"
+#include "zel/Sdk.h"
 
 namespace zelcam {
 
@@ -17,15 +17,16 @@ class ListCommand : public Command {
     void Declare(CLI::App& command) override { DeclareJson(command); }
 
     void Run(Json& result) override {
-        const Session session;
+        const zel::Sdk sdk;
+        const std::vector<zel::CameraInfo> cameras = sdk.cameras();
         if (m_Json) {
             result = Json::array();
-            for (const CameraEntry& camera : session.Cameras()) result.push_back(ToJson(camera));
+            for (const zel::CameraInfo& camera : cameras) result.push_back(ToJson(camera));
             return;
         }
-        if (session.Cameras().empty()) return Print("no cameras\n");
+        if (cameras.empty()) return Print("no cameras\n");
         std::vector<std::vector<std::string>> rows{{"camera", "name", "serial", "interface", "address"}};
-        for (const CameraEntry& camera : session.Cameras()) {
+        for (const zel::CameraInfo& camera : cameras) {
             std::string addresses;
             for (const std::string& address : camera.addresses) addresses += (addresses.empty() ? "" : ", ") + address;
             rows.push_back(

@@ -1,9 +1,8 @@
 // zelcam set: writes parameters and reads them back.
-#include "tools/zelcam/camera/CameraParameters.h"
-#include "tools/zelcam/camera/Session.h"
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/text/Failure.h"
 #include "tools/zelcam/text/Output.h"
+#include "zel/Sdk.h"
 
 namespace zelcam {
 
@@ -23,29 +22,26 @@ class SetCommand : public Command {
 
     void Run(Json& result) override {
         const std::vector<Assignment> assignments = Assignments();
-        const Session session;
-        const OpenCamera camera(session, m_Camera);
+        zel::Sdk sdk;
+        const zel::Camera camera = sdk.open(m_Camera);
         result = Json::array();
-        std::vector<WriteOutcome> refused;
+        std::string refused;
         for (const Assignment& assignment : assignments) {
-            const WriteOutcome outcome = WriteParameter(camera.Get(), *assignment.info, assignment.value);
-            result.push_back(outcome.ToJson());
-            if (!m_Json) Print("{}\n", outcome.Text());
-            if (!outcome.accepted) refused.push_back(outcome);
+            const zel::SetResult outcome = camera.parameter(assignment.id).try_set(assignment.value);
+            result.push_back(ToJson(outcome));
+            if (!m_Json) Print("{}\n", outcome.text());
+            if (outcome) continue;
+            refused += (refused.empty() ? "" : ", ") + std::string(outcome.info->name) + " (" + outcome.reason + ")";
         }
         if (refused.empty()) return;
-        std::string names;
-        for (const WriteOutcome& outcome : refused) {
-            names += (names.empty() ? "" : ", ") + std::string(outcome.info->name) + " (" + outcome.reason + ")";
-        }
-        throw Failure(camera.Label() + " did not take every value", names, "choose values within the ranges printed",
+        throw Failure(camera.label() + " did not take every value", refused, "choose values within the ranges printed",
                       kRefused);
     }
 
   private:
     std::vector<Assignment> Assignments() const {
         if (m_Words.size() == 2 && m_Words[0].find('=') == std::string::npos) {
-            return {{&FindParameter(m_Words[0]), m_Words[1]}};
+            return {{zel::find_parameter(m_Words[0]).id, m_Words[1]}};
         }
         std::vector<Assignment> assignments;
         for (const std::string& word : m_Words) assignments.push_back(ParseAssignment(word));

@@ -1,7 +1,6 @@
 // zelcam stream: runs a camera and measures what arrives.
 #include <chrono>
 
-#include "include/ZelCamera.h"
 #include "tools/zelcam/camera/CameraFacts.h"
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/frames/Acquisition.h"
@@ -11,6 +10,7 @@
 #include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/Progress.h"
 #include "tools/zelcam/text/TextTools.h"
+#include "zel/Sdk.h"
 
 namespace zelcam {
 
@@ -41,10 +41,10 @@ class StreamCommand : public Command {
     }
 
     void Run(Json& result) override {
-        const Session session;
-        OpenCamera camera(session, m_Camera);
-        const std::vector<WriteOutcome> settings = m_Settings.Apply(camera.Get());
-        if (m_Settings.color.color) m_Report.color = m_Settings.color.SetUp(camera.Get(), camera.Label()).ToJson();
+        zel::Sdk sdk;
+        zel::Camera camera = sdk.open(m_Camera);
+        const std::vector<zel::SetResult> settings = m_Settings.Apply(camera);
+        if (m_Settings.color.color) m_Report.color = ToJson(m_Settings.color.SetUp(camera));
         m_Report.mode = m_Mode;
         if (m_Json) result["camera"] = ToJson(ReadFacts(camera));
         CatchInterrupts();
@@ -62,24 +62,21 @@ class StreamCommand : public Command {
         return m_Seconds <= 0.0 || seconds < m_Seconds;
     }
 
-    void Stream(OpenCamera& camera) {
-        Acquisition acquisition(camera, m_Mode == "newest" ? FrameMode::kNewest : FrameMode::kEvery, StartMode::kFree,
-                                m_Settings);
+    void Stream(zel::Camera& camera) {
+        Acquisition acquisition(camera, m_Settings, zel::Trigger::as_set,
+                                m_Mode == "newest" ? zel::Order::newest : zel::Order::every);
         ReportAlways([&] { Measure(acquisition); },
-                     [&] {
-                         const bool answers = !acquisition.Waiter().LinkLost();
-                         m_Report.Finish(answers ? acquisition.LinkDrops() : 0, acquisition.Waiter().Skipped());
-                     });
+                     [&] { m_Report.Finish(camera.link_lost() ? 0 : camera.link_drops(), camera.skipped()); });
     }
 
     void Measure(Acquisition& acquisition) {
         Progress progress("streaming", !m_Json);
         const Clock::time_point start = Clock::now();
         for (double passed = 0.0; Wanted(passed);) {
-            const Frame frame = acquisition.Next();
+            const zel::Frame frame = acquisition.Next();
             passed = std::chrono::duration<double>(Clock::now() - start).count();
             if (!frame) break;
-            m_Report.Add(*frame.Get(), frame.HandOverUs());
+            m_Report.Add(frame);
             if (m_Report.frames == 1) m_Report.first_frame_s = passed;
             m_Report.seconds = passed - m_Report.first_frame_s;
             progress.Show(m_Report.frames, static_cast<std::uint64_t>(m_Frames), m_Report.RateText());

@@ -1,22 +1,13 @@
 // zelcam text: sends a text command and prints the reply.
-#include "include/ZelCamera.h"
-#include "tools/zelcam/camera/Session.h"
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/text/Failure.h"
 #include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/TextTools.h"
+#include "zel/Sdk.h"
 
 namespace zelcam {
 
 namespace {
-
-void KeepReply(const char* reply, void* context) {
-    try {
-        *static_cast<std::string*>(context) = TextOrEmpty(reply);
-    } catch (const std::bad_alloc&) {
-        // The reply stays empty.
-    }
-}
 
 class TextCommand : public Command {
   public:
@@ -33,26 +24,27 @@ class TextCommand : public Command {
     void Run(Json& result) override {
         std::string text;
         for (const std::string& word : m_Words) text += (text.empty() ? "" : " ") + word;
-        const Session session;
-        const OpenCamera camera(session, m_Camera);
-        std::string reply;
-        camera->SetTextCommandCallback(&KeepReply, &reply);
-        const bool answered = camera->SetTextCommand(text.c_str());
-        camera->SetTextCommandCallback(nullptr, nullptr);
-        if (!answered) {
-            throw Failure(camera.Label() + " gave no reply to '" + text + "'", "nothing complete came within 5 s",
-                          "check cable and power", kTimeout);
-        }
-        reply = Trim(reply);
+        zel::Sdk sdk;
+        const zel::Camera camera = sdk.open(m_Camera);
+        const std::string reply = Reply(camera, text);
         result = Json{{"command", text}, {"reply", reply}};
         if (reply.starts_with("ERR")) {
-            throw Failure(camera.Label() + " refused '" + text + "'", reply, "docs/zelcam.md lists text commands",
+            throw Failure(camera.label() + " refused '" + text + "'", reply, "docs/zelcam.md lists text commands",
                           kRefused);
         }
         if (!m_Json) Print("{}\n", reply);
     }
 
   private:
+    static std::string Reply(const zel::Camera& camera, const std::string& text) {
+        try {
+            return Trim(camera.command(text));
+        } catch (const zel::Error& error) {
+            throw Failure(camera.label() + " gave no reply to '" + text + "'", "nothing complete came within 5 s",
+                          "check cable and power", KindOf(error.kind()));
+        }
+    }
+
     std::vector<std::string> m_Words;
 };
 

@@ -4,8 +4,6 @@
 #include <optional>
 #include <thread>
 
-#include "include/ZelCamera.h"
-#include "include/ZelSDK.h"
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/frames/Acquisition.h"
 #include "tools/zelcam/frames/PictureSaver.h"
@@ -13,6 +11,7 @@
 #include "tools/zelcam/text/Interrupt.h"
 #include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/TextTools.h"
+#include "zel/Sdk.h"
 
 namespace zelcam {
 
@@ -43,10 +42,9 @@ class TriggerCommand : public Command {
 
     void Run(Json& result) override {
         m_Pictures.SettleFormat(m_Settings.color.color);
-        const Session session;
-        OpenCamera camera(session, m_Camera);
-        const std::vector<WriteOutcome> settings = m_Settings.Apply(camera.Get());
-        RequireParameter(camera.Get(), ParameterById(ZEL_PARAM_HW_TRIGGER_ACTIVE), m_Hardware ? "1" : "0");
+        zel::Sdk sdk;
+        zel::Camera camera = sdk.open(m_Camera);
+        const std::vector<zel::SetResult> settings = m_Settings.Apply(camera);
         const CameraFacts facts = ReadFacts(camera);
         const PictureSettings pictures = PicturesOf(camera, m_Settings, m_Pictures);
         std::optional<PictureSaver> saver;
@@ -64,8 +62,8 @@ class TriggerCommand : public Command {
   private:
     using Clock = std::chrono::steady_clock;
 
-    void Take(OpenCamera& camera, PictureSaver* saver, Json& result) {
-        Acquisition acquisition(camera, FrameMode::kEvery, StartMode::kTriggered, m_Settings);
+    void Take(zel::Camera& camera, PictureSaver* saver, Json& result) {
+        Acquisition acquisition(camera, m_Settings, m_Hardware ? zel::Trigger::hardware : zel::Trigger::software);
         Clock::time_point next = Clock::now();
         for (int i = 0; i < m_Frames; ++i) {
             while (Clock::now() < next && !Interrupted()) {
@@ -74,24 +72,21 @@ class TriggerCommand : public Command {
             if (Interrupted()) return;
             next += std::chrono::milliseconds(m_IntervalMs);
             const Clock::time_point triggered = Clock::now();
-            if (!m_Hardware && !camera->SoftwareTrigger()) {
-                throw Failure(camera.Label() + " refused the software trigger", "the write of the trigger failed",
-                              "check cable and power", kRefused);
-            }
-            Frame frame = acquisition.Next();
+            if (!m_Hardware) camera.trigger();
+            zel::Frame frame = acquisition.Next();
             if (!frame) return;
             const std::chrono::duration<double, std::milli> took = Clock::now() - triggered;
             Report(frame, took.count(), saver, result);
         }
     }
 
-    void Report(Frame& frame, double trigger_to_frame_ms, PictureSaver* saver, Json& result) {
-        Json json{{"frame_number", frame->image_number}, {"width", frame->w}, {"height", frame->h}};
+    void Report(const zel::Frame& frame, double trigger_to_frame_ms, PictureSaver* saver, Json& result) {
+        Json json{{"frame_number", frame.number()}, {"width", frame.width()}, {"height", frame.height()}};
         if (!m_Hardware) json["trigger_to_frame_ms"] = trigger_to_frame_ms;
-        if (saver) json["picture"] = saver->Save(frame.Get());
+        if (saver) json["picture"] = saver->Save(frame.native());
         ++m_Taken;
         if (m_Json) return result["frames"].push_back(json);
-        Print("frame {}: {} x {}", frame->image_number, frame->w, frame->h);
+        Print("frame {}: {} x {}", frame.number(), frame.width(), frame.height());
         if (!m_Hardware) Print(", {:.2f} ms after its trigger", trigger_to_frame_ms);
         if (saver) Print(", {}", json["picture"]["path"].get<std::string>());
         Print("\n");

@@ -2,7 +2,6 @@
 #include "include/ZelSDK.h"
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/text/Output.h"
-#include "tools/zelcam/text/TextTools.h"
 
 namespace zelcam {
 
@@ -16,7 +15,7 @@ class VersionCommand : public Command {
     void Declare(CLI::App& command) override { DeclareJson(command); }
 
     void Run(Json& result) override {
-        const std::string libraries = TextOrEmpty(get_version_str());
+        const std::string libraries = get_version_str();
         if (!m_Json) return Print("zelcam {}\n{}\n", ZELCAM_VERSION, libraries);
         result = Json{{"zelcam", ZELCAM_VERSION}, {"libraries", Json::array()}};
         for (std::size_t start = 0; start < libraries.size();) {

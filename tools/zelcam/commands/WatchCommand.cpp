@@ -3,16 +3,13 @@
 #include <cstdio>
 #include <map>
 
-#include "include/ZelCamera.h"
-#include "include/ZelSDK.h"
 #include "tools/zelcam/camera/EventQueue.h"
-#include "tools/zelcam/camera/Session.h"
 #include "tools/zelcam/commands/Command.h"
-#include "tools/zelcam/text/Failure.h"
 #include "tools/zelcam/text/Interrupt.h"
 #include "tools/zelcam/text/NumberCheck.h"
 #include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/TextTools.h"
+#include "zel/Sdk.h"
 
 namespace zelcam {
 
@@ -31,29 +28,28 @@ class WatchCommand : public Command {
     }
 
     void Run(Json&) override {
-        // The session, whose callbacks fill the queue, ends before the queue.
+        // The cameras and the SDK, whose threads fill the queue, end before the queue.
         EventQueue queue;
-        const Session session;
-        if (zel_set_camera_connect_callback(&EventQueue::CameraConnected, &queue) == 0) {
-            throw Failure("hot-plug events can't be watched", "the SDK is not open", "");
-        }
+        zel::Sdk sdk;
+        const std::vector<zel::CameraInfo> cameras = sdk.cameras();
+        sdk.on_hot_plug([&queue](const zel::HotPlugEvent& event) { queue.Add(event); });
         CatchInterrupts();
+        std::map<int, zel::Camera> open;
         if (!m_NoOpen) {
-            for (const CameraEntry& camera : session.Cameras()) Open(session, queue, camera.number);
+            for (const zel::CameraInfo& camera : cameras) Open(sdk, camera.number, queue, open);
         }
-        if (!m_Json) Print("watching {}, Ctrl-C ends\n", Counted(session.Cameras().size(), "camera"));
+        if (!m_Json) Print("watching {}, Ctrl-C ends\n", Counted(cameras.size(), "camera"));
         FlushOutput();
-        ReportAlways([&] { Follow(session, queue); },
-                     [&] {
-                         zel_set_camera_connect_callback(nullptr, nullptr);
-                         for (auto& [number, source] : m_Open) Close(session, number);
-                     });
+        ReportAlways(
+            [&] { Follow(queue, [&](int connected) { m_NoOpen ? void() : Open(sdk, connected, queue, open); }); },
+            [&] { sdk.on_hot_plug(nullptr); });
     }
 
   private:
     using Clock = std::chrono::steady_clock;
 
-    void Follow(const Session& session, EventQueue& queue) {
+    template <class Connect>
+    void Follow(EventQueue& queue, Connect connect) {
         const Clock::time_point start = Clock::now();
         while (!Interrupted()) {
             const std::chrono::duration<double> passed = Clock::now() - start;
@@ -61,7 +57,7 @@ class WatchCommand : public Command {
             Json event;
             if (!queue.Next(event, std::chrono::milliseconds(50))) continue;
             PrintEvent(event);
-            if (!m_NoOpen && event["event"] == "connect") Open(session, queue, event["camera"].get<int>());
+            if (event["event"] == "connect") connect(event["camera"].get<int>());
         }
     }
 
@@ -76,30 +72,21 @@ class WatchCommand : public Command {
         FlushOutput();
     }
 
-    // Opens a camera so that it reports its events. One that can't be opened is watched for hot-plug events only.
-    void Open(const Session& session, EventQueue& queue, int number) {
-        ZelCamera* const camera = session.Sdk()->GetCamera(number);
-        if (!camera || !camera->Open()) {
+    // Opens a camera so that it reports its events, unless it is open still. One that can't be opened is watched for
+    // hot-plug events only.
+    static void Open(zel::Sdk& sdk, int number, EventQueue& queue, std::map<int, zel::Camera>& open) {
+        try {
+            zel::Camera camera = sdk.open_found(number);
+            camera.on_event([&queue, number](const zel::CameraEvent& event) { queue.Add(number, event); });
+            open.insert_or_assign(number, std::move(camera));
+        } catch (const zel::Error& error) {
+            if (error.kind() != zel::ErrorKind::no_camera) return;
             std::fprintf(stderr, "zelcam: camera %d can't be opened: only its hot-plug events are shown\n", number);
-            return;
         }
-        EventSource& source = m_Open[number];
-        source = {&queue, number};
-        camera->SetCameraControlCallback(&EventQueue::CameraEvent, &source);
-        camera->SetCameraControlCallbackEx(&EventQueue::CameraEventEx, &source);
-    }
-
-    static void Close(const Session& session, int number) {
-        ZelCamera* const camera = session.Sdk()->GetCamera(number);
-        if (!camera) return;
-        camera->SetCameraControlCallbackEx(nullptr, nullptr);
-        camera->SetCameraControlCallback(nullptr, nullptr);
-        camera->Close();
     }
 
     double m_Seconds = 0.0;
     bool m_NoOpen = false;
-    std::map<int, EventSource> m_Open;
 };
 
 }  // namespace

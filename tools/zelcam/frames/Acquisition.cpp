@@ -1,26 +1,15 @@
 #include "tools/zelcam/frames/Acquisition.h"
 
-#include <fmt/format.h>
-
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <utility>
 
-#include "include/ZelCamera.h"
-#include "tools/zelcam/frames/WaitState.h"
+#include "tools/zelcam/camera/Assignments.h"
 #include "tools/zelcam/text/Failure.h"
-#include "tools/zelcam/text/Interrupt.h"
 #include "tools/zelcam/text/NumberCheck.h"
 
 namespace zelcam {
 
 namespace {
-
-// How long a frame may take beyond what the camera's own figures say.
-constexpr long long kGraceMs = 10000;
-
-// How often a camera that may have stopped by itself is asked whether it has.
-constexpr std::chrono::milliseconds kStateCheck{200};
 
 std::string StartAdvice(int code, bool averaging) {
     switch (code) {
@@ -38,10 +27,35 @@ std::string StartAdvice(int code, bool averaging) {
     }
 }
 
-// Without buffers a camera runs and not one frame comes.
-void RequireBuffers(ZelCamera* camera) {
-    const auto buffers = ReadParameter(camera, ParameterById(ZEL_PARAM_NUM_IMAGE_BUFFERS));
-    if (!buffers || buffers->Integer() > 0) return;
+std::string AdviceFor(const zel::NoFrame& why) {
+    switch (why.reason()) {
+        case zel::Reason::link_lost:
+            return "plug the camera in and try again";
+        case zel::Reason::no_buffers:
+            return "use --buffers 8";
+        case zel::Reason::buffers_held:
+            return "use more --buffers";
+        case zel::Reason::waits_for_hardware:
+            return "send a trigger, or set HW_TRIGGER_ACTIVE=0";
+        case zel::Reason::sequence_over:
+            return "ask for fewer frames, or set FRAME_COUNT=0";
+        case zel::Reason::not_started:
+            return "the camera refused to run; look at 'zelcam info'";
+        case zel::Reason::exposing:
+            return "wait longer with --timeout";
+        case zel::Reason::waits_for_software:
+        case zel::Reason::silent:
+            return "check the cable, or wait longer with --timeout";
+        case zel::Reason::interrupted:
+            break;
+    }
+    return "";
+}
+
+// The start would refuse it, too, when the run has been announced.
+void RequireBuffers(const zel::Camera& camera) {
+    const auto buffers = camera.parameter(ZEL_PARAM_NUM_IMAGE_BUFFERS).try_value();
+    if (!buffers || buffers->integer() > 0) return;
     throw Failure("NUM_IMAGE_BUFFERS is 0", "no frame could come", "use --buffers 8", kUsage);
 }
 
@@ -62,103 +76,52 @@ void AcquisitionSettings::DeclareProcessing(CLI::App& command) {
     color.Declare(command);
 }
 
-std::vector<WriteOutcome> AcquisitionSettings::Apply(ZelCamera* camera) const {
-    std::vector<WriteOutcome> outcomes;
+std::vector<zel::SetResult> AcquisitionSettings::Apply(const zel::Camera& camera) const {
     std::vector<Assignment> wanted;
     for (const std::string& text : assignments) wanted.push_back(ParseAssignment(text));
     PutUnitsFirst(wanted);
-    for (const Assignment& assignment : wanted) {
-        outcomes.push_back(RequireParameter(camera, *assignment.info, assignment.value));
-    }
     const std::pair<unsigned, const std::string*> named[] = {
         {ZEL_PARAM_EXPOSURE_TIME_US, &exposure_us}, {ZEL_PARAM_GAIN, &gain}, {ZEL_PARAM_NUM_IMAGE_BUFFERS, &buffers}};
     for (const auto& [id, value] : named) {
-        if (!value->empty()) outcomes.push_back(RequireParameter(camera, ParameterById(id), *value));
+        if (!value->empty()) wanted.push_back({id, *value});
     }
+    std::vector<zel::SetResult> results;
+    for (const Assignment& assignment : wanted) results.push_back(Require(camera, assignment));
     RequireBuffers(camera);
-    for (WriteOutcome& outcome : processing.Apply(camera)) outcomes.push_back(std::move(outcome));
-    return outcomes;
+    processing.Apply(camera, results);
+    return results;
 }
 
-Acquisition::Acquisition(OpenCamera& camera, FrameMode frames, StartMode start, const AcquisitionSettings& settings)
+Acquisition::Acquisition(zel::Camera& camera, const AcquisitionSettings& settings, zel::Trigger trigger,
+                         zel::Order order)
     : m_Camera(camera),
-      m_Start(start),
-      m_Waiter(camera.Get(), frames, settings.color.color),
-      m_Processing(settings.processing) {
-    m_ExposureUs = ReadNumber(camera.Get(), ZEL_PARAM_EXPOSURE_TIME_US);
-    m_Sequence = ReadNumber(camera.Get(), ZEL_PARAM_FRAME_COUNT);
-    camera->FreeAllPendingImages();  // those of an earlier run
-    camera->ClearLastError();
-    m_Running = start == StartMode::kFree ? camera->Start() : camera->StartTriggerAcquisition();
-    if (!m_Running) FailToStart();
-    // Frame times are settled when the camera has recalculated its settings, at the start.
-    const long long frame_us = m_ExposureUs + ReadNumber(camera.Get(), ZEL_PARAM_FRAME_TIME);
-    m_Timeout = std::chrono::milliseconds(settings.timeout_s > 0.0 ? static_cast<long long>(settings.timeout_s * 1000.0)
-                                                                   : kGraceMs + 2 * frame_us / 1000);
-}
-
-Acquisition::~Acquisition() { Stop(); }
-
-void Acquisition::Stop() {
-    if (!m_Running) return;
-    m_Running = false;
-    if (m_Start == StartMode::kTriggered) m_Camera->StopTriggerAcquisition(0);
-    m_Camera->Stop();
-}
-
-void Acquisition::FailToStart() const {
-    throw Failure(m_Camera.Label() + " can't be started", m_Camera.LastError(),
-                  StartAdvice(m_Camera->GetLastError(), m_Processing.average > 1), kRefused);
-}
-
-void Acquisition::FailWithoutFrame() const {
-    WaitState state;
-    state.link_lost = m_Waiter.LinkLost();
-    state.waited_ms = m_Timeout.count();
-    state.exposure_us = m_ExposureUs;
-    // A lost link answers nothing: its questions would only cost their time-outs.
-    if (!state.link_lost) {
-        state.started = !CameraStopped() || (m_Start == StartMode::kTriggered && m_Sequence == 0);
-        state.sequence = m_Sequence;
-        state.waits_for_hardware = ReadNumber(m_Camera.Get(), ZEL_PARAM_HW_TRIGGER_ACTIVE) != 0;
-        state.waits_for_software = m_Start == StartMode::kTriggered && !state.waits_for_hardware;
-        state.buffers = static_cast<int>(ReadNumber(m_Camera.Get(), ZEL_PARAM_NUM_IMAGE_BUFFERS));
+      m_Order(order),
+      m_Processing(settings.processing),
+      m_OnInterrupt([&camera] { camera.interrupt(); }) {
+    try {
+        camera.start({.trigger = trigger});
+    } catch (const zel::Error& error) {
+        throw Failure(error, StartAdvice(camera.native()->GetLastError(), m_Processing.average > 1));
     }
-    const bool waited = !state.link_lost && !state.SequenceOver();
-    throw Failure(fmt::format("no {}frame from {}{}", state.SequenceOver() ? "further " : "", m_Camera.Label(),
-                              waited ? fmt::format(" within {} ms", state.waited_ms) : ""),
-                  WhyNoFrame(state), AdviceForNoFrame(state), state.link_lost ? kLinkLost : kTimeout);
+    const std::chrono::duration<double> timeout(settings.timeout_s);
+    m_Timeout = settings.timeout_s > 0.0 ? std::chrono::duration_cast<std::chrono::milliseconds>(timeout)
+                                         : camera.frame_timeout();
 }
 
-bool Acquisition::CameraStopped() const {
-    const auto state = ReadParameter(m_Camera.Get(), ParameterById(ZEL_PARAM_CAMSTATE));
-    return state && state->Integer() == 0;
-}
-
-// A camera that stops after a number of frames need not be waited for when it has; its last frames may still be on
-// their way then.
-Frame Acquisition::WaitForFrame() {
-    if (m_Sequence == 0) return m_Waiter.Next(m_Timeout);
-    const auto deadline = std::chrono::steady_clock::now() + m_Timeout;
-    bool stopped = false;
-    while (true) {
-        Frame frame = m_Waiter.Next(std::min(m_Timeout, kStateCheck));
-        const bool late = std::chrono::steady_clock::now() >= deadline;
-        if (frame || stopped || late || Interrupted() || m_Waiter.LinkLost()) return frame;
-        stopped = CameraStopped();
+zel::Frame Acquisition::Next() {
+    if (Interrupted()) return {};
+    zel::FrameResult result = m_Camera.wait_frame(m_Timeout, m_Order);
+    if (!result) {
+        if (Interrupted()) return {};
+        try {
+            m_Camera.throw_no_frame(result.no_frame());
+        } catch (const zel::Error& error) {
+            throw Failure(error, AdviceFor(result.no_frame()));
+        }
     }
-}
-
-Frame Acquisition::Next() {
-    Frame frame = WaitForFrame();
-    if (!frame && !Interrupted()) FailWithoutFrame();
-    if (frame && !m_SizeChecked) m_Processing.CheckSize(*frame.Get());
+    if (!m_SizeChecked) m_Processing.CheckSize(*result);
     m_SizeChecked = true;
-    return frame;
-}
-
-std::uint64_t Acquisition::LinkDrops() const {
-    return static_cast<std::uint64_t>(ReadNumber(m_Camera.Get(), ZEL_PARAM_DROPPED_FRAMES));
+    return result.take();
 }
 
 }  // namespace zelcam

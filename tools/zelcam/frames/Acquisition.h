@@ -6,11 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "tools/zelcam/camera/CameraParameters.h"
-#include "tools/zelcam/camera/ColorSetup.h"
-#include "tools/zelcam/camera/Session.h"
+#include "tools/zelcam/camera/ColorArguments.h"
 #include "tools/zelcam/frames/FrameProcessing.h"
-#include "tools/zelcam/frames/FrameWaiter.h"
+#include "tools/zelcam/text/Interrupt.h"
+#include "zel/Camera.h"
 
 namespace CLI {
 class App;
@@ -25,7 +24,7 @@ struct AcquisitionSettings {
     std::string buffers;
     std::vector<std::string> assignments;  // NAME=VALUE
     FrameProcessing processing;
-    ColorOptions color;
+    ColorArguments color;
     double timeout_s = 0.0;  // 0: chosen from exposure and frame time
 
     // Exposure, gain, buffers, any parameter, time-out.
@@ -33,43 +32,29 @@ struct AcquisitionSettings {
     // What is done with the frames: region, binning, average, color.
     void DeclareProcessing(CLI::App& command);
     // Writes them all, each read back. Throws Failure at the first one that the camera does not take.
-    std::vector<WriteOutcome> Apply(ZelCamera* camera) const;
+    std::vector<zel::SetResult> Apply(const zel::Camera& camera) const;
 };
 
-enum class StartMode { kFree, kTriggered };
-
-// An acquisition that runs while this object lives. Its frames are its own: those that an earlier run left waiting go
-// back to the pool.
+// An acquisition that runs while this object lives. The user's wish to end it ends its waits.
 class Acquisition {
   public:
     // Throws Failure when the camera does not start.
-    Acquisition(OpenCamera& camera, FrameMode frames, StartMode start, const AcquisitionSettings& settings);
-    ~Acquisition();
+    Acquisition(zel::Camera& camera, const AcquisitionSettings& settings, zel::Trigger trigger = zel::Trigger::as_set,
+                zel::Order order = zel::Order::every);
+    ~Acquisition() { m_Camera.stop(); }
     Acquisition(const Acquisition&) = delete;
     Acquisition& operator=(const Acquisition&) = delete;
 
     // The next frame. Empty only when the user wants to end; throws Failure when none came.
-    Frame Next();
-    // Frames that the transport lost since the start.
-    std::uint64_t LinkDrops() const;
-    FrameWaiter& Waiter() { return m_Waiter; }
-    void Stop();
+    zel::Frame Next();
 
   private:
-    [[noreturn]] void FailToStart() const;
-    [[noreturn]] void FailWithoutFrame() const;
-    Frame WaitForFrame();
-    bool CameraStopped() const;
-
-    OpenCamera& m_Camera;
-    StartMode m_Start;
-    FrameWaiter m_Waiter;
+    zel::Camera& m_Camera;
+    zel::Order m_Order;
     FrameProcessing m_Processing;
     bool m_SizeChecked = false;
     std::chrono::milliseconds m_Timeout{};
-    long long m_ExposureUs = 0;
-    long long m_Sequence = 0;  // frames after which the camera stops by itself; 0: it does not
-    bool m_Running = false;
+    OnInterrupt m_OnInterrupt;
 };
 
 }  // namespace zelcam

@@ -27,14 +27,14 @@ void AppendSixteen(std::vector<std::uint8_t>& samples, const std::uint8_t* chann
     samples.push_back(static_cast<std::uint8_t>(stored));
 }
 
-lodepng::State EncoderFor(const ColorSetting& setting) {
+lodepng::State EncoderFor(const zel::ColorSetting& setting) {
     lodepng::State state;
     state.encoder.auto_convert = 0;  // the file has the format that the user asked for, whatever the picture shows
     for (LodePNGColorMode* mode : {&state.info_raw, &state.info_png.color}) {
-        mode->colortype = setting.format == ColorFormat::kRgba8 ? LCT_RGBA : LCT_RGB;
-        mode->bitdepth = setting.BytesPerChannel() * 8;
+        mode->colortype = setting.format == zel::ColorFormat::rgba8 ? LCT_RGBA : LCT_RGB;
+        mode->bitdepth = setting.bytes_per_channel() * 8;
     }
-    if (setting.space == ColorSpace::kSrgb) {
+    if (setting.space == zel::ColorSpace::srgb) {
         state.info_png.srgb_defined = 1;
         state.info_png.srgb_intent = 0;  // perceptual; the library leaves it as it finds it
     } else {
@@ -47,10 +47,10 @@ lodepng::State EncoderFor(const ColorSetting& setting) {
 }  // namespace
 
 // In the frame:   | blue | green | red | (unused) |   for each pixel, channels of 8 or 16 bits in the host's byte order
-std::vector<std::uint8_t> PngSamples(const ZelColorImage& image, const ColorSetting& setting, unsigned shift) {
+std::vector<std::uint8_t> PngSamples(const ZelColorImage& image, const zel::ColorSetting& setting, unsigned shift) {
     const std::size_t pixels = std::size_t{image.w} * image.h;
-    const std::size_t channel_bytes = setting.BytesPerChannel();
-    const std::size_t pixel_bytes = setting.Channels() * channel_bytes;
+    const std::size_t channel_bytes = setting.bytes_per_channel();
+    const std::size_t pixel_bytes = setting.channels() * channel_bytes;
     std::vector<std::uint8_t> samples;
     if (!image.color_pixels || pixels == 0 || image.color_size_in_bytes < pixels * pixel_bytes) return samples;
     samples.reserve(pixels * pixel_bytes);
@@ -63,14 +63,14 @@ std::vector<std::uint8_t> PngSamples(const ZelColorImage& image, const ColorSett
                 samples.push_back(pixel[channel]);
             }
         }
-        if (setting.format == ColorFormat::kRgba8) samples.push_back(0xFF);
+        if (setting.format == zel::ColorFormat::rgba8) samples.push_back(0xFF);
     }
     return samples;
 }
 
 void WriteColorPng(const std::string& file_name, const std::vector<std::uint8_t>& samples, unsigned width,
-                   unsigned height, const ColorSetting& setting) {
-    const std::size_t expected = std::size_t{width} * height * setting.Channels() * setting.BytesPerChannel();
+                   unsigned height, const zel::ColorSetting& setting) {
+    const std::size_t expected = std::size_t{width} * height * setting.channels() * setting.bytes_per_channel();
     if (samples.empty() || samples.size() != expected) {
         throw Failure("'" + file_name + "' can't be made", "the frame has no color picture of this format", "");
     }

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/zelcam/camera/ColorSetup.h"
+#include "zel/Color.h"
 
 class ZelColorImage;
 
@@ -14,11 +14,11 @@ namespace zelcam {
 
 // The frame's color samples in the order of a PNG file: rows of red, green, blue (and opacity), 16-bit values high byte
 // first, shifted up by `shift` bits. Empty when the frame has no color picture of this format.
-std::vector<std::uint8_t> PngSamples(const ZelColorImage& image, const ColorSetting& setting, unsigned shift);
+std::vector<std::uint8_t> PngSamples(const ZelColorImage& image, const zel::ColorSetting& setting, unsigned shift);
 
 // Writes those samples of a width x height picture; the name is UTF-8. Throws Failure.
 void WriteColorPng(const std::string& file_name, const std::vector<std::uint8_t>& samples, unsigned width,
-                   unsigned height, const ColorSetting& setting);
+                   unsigned height, const zel::ColorSetting& setting);
 
 }  // namespace zelcam
 

@@ -3,10 +3,10 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
+#include <optional>
 
-#include "include/ZelCamera.h"
-#include "include/ZelCameraInternal.h"
 #include "tools/zelcam/text/Failure.h"
 
 namespace zelcam {
@@ -27,10 +27,6 @@ std::string CheckBinningText(const std::string& text) {
 }
 
 std::string SizeText(unsigned width, unsigned height) { return fmt::format("{}x{}", width, height); }
-
-std::string RegionText(const ZelRoiBin& r) {
-    return fmt::format("{},{},{},{},{},{}", r.XOrigin, r.YOrigin, r.XPixels, r.YPixels, r.XBin, r.YBin);
-}
 
 }  // namespace
 
@@ -57,55 +53,34 @@ void FrameProcessing::Declare(CLI::App& command) {
         ->check(CLI::Range(1, kMostAveraged));
 }
 
-std::string RegionFault(const ZelRoiBin& wanted, unsigned sensor_width, unsigned sensor_height) {
-    const auto inside = [](unsigned from, unsigned length, unsigned size) {
-        return length > 0 && length <= size && from <= size - length;
-    };
-    if (!inside(wanted.XOrigin, wanted.XPixels, sensor_width) ||
-        !inside(wanted.YOrigin, wanted.YPixels, sensor_height)) {
-        return "the region is not within the frame of " + SizeText(sensor_width, sensor_height);
-    }
-    if (wanted.XBin > wanted.XPixels || wanted.YBin > wanted.YPixels) {
-        return "binning leaves nothing of the region of " + SizeText(wanted.XPixels, wanted.YPixels);
-    }
-    return "";
-}
-
-std::vector<WriteOutcome> FrameProcessing::Apply(ZelCamera* camera) const {
-    std::vector<WriteOutcome> outcomes;
-    if (!region.empty() || !binning.empty()) {
-        ZelRoiBin wanted{};
-        camera->GetParameter(ZEL_PARAM_ROI_BIN, sizeof wanted, &wanted);
+void FrameProcessing::Apply(const zel::Camera& camera, std::vector<zel::SetResult>& results) const {
+    try {
         std::vector<unsigned> values;
+        std::optional<zel::Region> wanted_region;
+        std::optional<zel::Binning> wanted_binning;
         if (!region.empty() && ParseNumbers(region, values) && values.size() == 4) {
-            wanted.XOrigin = values[0];
-            wanted.YOrigin = values[1];
-            wanted.XPixels = values[2];
-            wanted.YPixels = values[3];
+            wanted_region = {values[0], values[1], values[2], values[3]};
         }
         if (!binning.empty() && ParseNumbers(binning, values) && values.size() == 2) {
-            wanted.XBin = values[0];
-            wanted.YBin = values[1];
+            wanted_binning = {values[0], values[1]};
         }
-        const std::string fault = RegionFault(wanted, static_cast<unsigned>(ReadNumber(camera, ZEL_PARAM_HSIZE)),
-                                              static_cast<unsigned>(ReadNumber(camera, ZEL_PARAM_VSIZE)));
-        if (!fault.empty()) throw Failure("ROI_BIN: " + RegionText(wanted), fault, "nothing was started", kRefused);
-        outcomes.push_back(RequireParameter(camera, ParameterById(ZEL_PARAM_ROI_BIN), RegionText(wanted)));
+        if (wanted_region || wanted_binning) {
+            results.push_back(camera.set_region_and_binning(wanted_region ? &*wanted_region : nullptr,
+                                                            wanted_binning ? &*wanted_binning : nullptr));
+        }
+        if (average > 0) camera.set_averaging(average);
+    } catch (const zel::Error& error) {
+        throw Failure(error, "nothing was started");
     }
-    // Averaging is one of the camera object's service operations.
-    if (average > 0 && !static_cast<ZelCameraInternal*>(camera)->SetImageAveraging(average, 1)) {
-        throw Failure("--average " + std::to_string(average), "the SDK does not take it", "nothing was started",
-                      kRefused);
-    }
-    return outcomes;
 }
 
-void FrameProcessing::CheckSize(const ZelImage& image) const {
+void FrameProcessing::CheckSize(const zel::Frame& frame) const {
     if (region.empty() && binning.empty()) return;
-    const unsigned width = image.x_pixels / (image.x_bin > 0 ? image.x_bin : 1);
-    const unsigned height = image.y_pixels / (image.y_bin > 0 ? image.y_bin : 1);
-    if (image.w == width && image.h == height) return;
-    throw Failure("frames come as " + SizeText(image.w, image.h) + " instead of " + SizeText(width, height),
+    const zel::FrameInfo info = frame.info();
+    const unsigned width = info.region.width / std::max(info.binning.x, 1u);
+    const unsigned height = info.region.height / std::max(info.binning.y, 1u);
+    if (info.width == width && info.height == height) return;
+    throw Failure("frames come as " + SizeText(info.width, info.height) + " instead of " + SizeText(width, height),
                   "with this camera or link the SDK does not cut or bin like that",
                   "narrow --roi by a column, or leave --bin out for a color camera", kRefused);
 }

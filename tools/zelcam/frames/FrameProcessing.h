@@ -5,11 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "include/ZelParameters.h"
-#include "tools/zelcam/camera/CameraParameters.h"
-
-class ZelCamera;
-class ZelImage;
+#include "zel/Camera.h"
 
 namespace CLI {
 class App;
@@ -30,17 +26,14 @@ struct FrameProcessing {
     int average = 0;      // frames; 0: no averaging
 
     void Declare(CLI::App& command);
-    // Writes region and binning, read back, and sets averaging up. Throws Failure before anything is written when the
-    // region is not on the sensor or nothing would be left of it.
-    std::vector<WriteOutcome> Apply(ZelCamera* camera) const;
+    // Writes region and binning, read back, which adds to `results`, and sets averaging up. Throws Failure before
+    // anything is written when the region is not on the sensor or nothing would be left of it.
+    void Apply(const zel::Camera& camera, std::vector<zel::SetResult>& results) const;
     // Throws Failure when the first frame does not have the size that was asked for.
-    void CheckSize(const ZelImage& image) const;
+    void CheckSize(const zel::Frame& frame) const;
     // Frames that come before the first one that is an average of all `average`.
     int FramesBefore() const { return average > 1 ? average - 1 : 0; }
 };
-
-// What is wrong with a region on a sensor, or empty.
-std::string RegionFault(const ZelRoiBin& wanted, unsigned sensor_width, unsigned sensor_height);
 
 }  // namespace zelcam
 

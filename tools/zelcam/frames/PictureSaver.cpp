@@ -9,7 +9,6 @@
 #include <fstream>
 #include <system_error>
 
-#include "include/ZelImage.h"
 #include "platform/Files.h"
 #include "platform/UserTexts.h"
 #include "tools/zelcam/frames/Acquisition.h"
@@ -71,13 +70,12 @@ void PictureOptions::SettleFormat(bool color) {
                   color ? "choose 16, 8 or rgba8 with --color" : "choose tiff or png, or add --color", kUsage);
 }
 
-PictureSettings PicturesOf(const OpenCamera& camera, const AcquisitionSettings& settings,
-                           const PictureOptions& options) {
-    PictureSettings pictures{ReadNumber(camera.Get(), ZEL_PARAM_GAIN), settings.processing.average, std::nullopt};
+PictureSettings PicturesOf(zel::Camera& camera, const AcquisitionSettings& settings, const PictureOptions& options) {
+    PictureSettings pictures{camera.number(ZEL_PARAM_GAIN), settings.processing.average, std::nullopt};
     if (settings.color.color) {
-        ColorOptions color = settings.color;
+        ColorArguments color = settings.color;
         color.format = options.format;
-        pictures.color = color.SetUp(camera.Get(), camera.Label());
+        pictures.color = color.SetUp(camera);
     }
     return pictures;
 }
@@ -104,7 +102,7 @@ PictureSaver::PictureSaver(const PictureOptions& options, int frames, const Came
     : m_Options(options), m_Facts(facts), m_Settings(settings) {
     m_Options.SettleFormat(settings.color.has_value());
     m_Extension = m_Options.format == "tiff" ? ".tif" : ".png";
-    if (m_Options.prefix.empty()) m_Options.prefix = "camera" + std::to_string(facts.entry.number);
+    if (m_Options.prefix.empty()) m_Options.prefix = "camera" + std::to_string(facts.info.number);
     const std::string what = "folder '" + m_Options.folder + "' can't be used";
     std::error_code error;
     const fs::path folder = Utf8Path(m_Options.folder);
@@ -166,8 +164,8 @@ Json PictureSaver::Save(ZelColorImage* image) {
 
 void PictureSaver::WritePicture(const fs::path& path, ZelColorImage* image, unsigned& scaled_by) const {
     if (m_Settings.color) {
-        const ColorSetting& color = *m_Settings.color;
-        if (m_Options.scale && color.format == ColorFormat::k16) scaled_by = 16 - color.OutputBits();
+        const zel::ColorSetting& color = *m_Settings.color;
+        if (m_Options.scale && color.format == zel::ColorFormat::rgb16) scaled_by = 16 - color.output_bits();
         WriteColor(path, *image, scaled_by);
     } else {
         if (m_Options.scale) scaled_by = ScaleToSixteenBits(image);
@@ -204,17 +202,17 @@ void PictureSaver::WriteDescription(const fs::path& path, const Json& descriptio
 Json PictureSaver::Describe(const ZelColorImage* image, const std::string& file, unsigned scaled_by) const {
     Json json;
     json["file"] = file;
-    json["camera"] = m_Facts.entry.number;
-    json["name"] = m_Facts.entry.name;
-    json["serial"] = m_Facts.entry.serial;
+    json["camera"] = m_Facts.info.number;
+    json["name"] = m_Facts.info.name;
+    json["serial"] = m_Facts.info.serial;
     json["model"] = m_Facts.model;
     json["firmware"] = m_Facts.firmware;
-    json["interface"] = m_Facts.entry.interface_type;
+    json["interface"] = m_Facts.info.interface_type;
     json["width"] = image->w;
     json["height"] = image->h;
     json["bits"] = image->bit_depth;
     json["scaled_by_bits"] = scaled_by;
-    if (m_Settings.color) json["color"] = m_Settings.color->ToJson();
+    if (m_Settings.color) json["color"] = ToJson(*m_Settings.color);
     json["region"] = {{"x", image->x_origin},      {"y", image->y_origin}, {"width", image->x_pixels},
                       {"height", image->y_pixels}, {"xbin", image->x_bin}, {"ybin", image->y_bin}};
     json["exposure_us"] = image->exposure_time_us;

@@ -7,10 +7,8 @@
 #include <string>
 
 #include "tools/zelcam/camera/CameraFacts.h"
-#include "tools/zelcam/camera/ColorSetup.h"
+#include "tools/zelcam/camera/ColorArguments.h"
 #include "tools/zelcam/text/Json.h"
-
-class ZelColorImage;
 
 namespace CLI {
 class App;
@@ -21,7 +19,6 @@ namespace zelcam {
 // Name of the clock behind the time stamps of an image record.
 extern const char* const kFrameClock;
 
-class OpenCamera;
 struct AcquisitionSettings;
 
 struct PictureOptions {
@@ -39,13 +36,12 @@ struct PictureOptions {
 // Settings that an image record does not carry.
 struct PictureSettings {
     long long gain = 0;
-    int average = 0;                      // frames that each picture is the mean of; 0: one
-    std::optional<ColorSetting> color{};  // of color frames
+    int average = 0;                           // frames that each picture is the mean of; 0: one
+    std::optional<zel::ColorSetting> color{};  // of color frames
 };
 
 // Reads them from the camera, and sets its color processing up when color frames are asked for. Throws Failure.
-PictureSettings PicturesOf(const OpenCamera& camera, const AcquisitionSettings& settings,
-                           const PictureOptions& options);
+PictureSettings PicturesOf(zel::Camera& camera, const AcquisitionSettings& settings, const PictureOptions& options);
 
 class PictureSaver {
   public:

@@ -2,23 +2,26 @@
 
 #include <fmt/format.h>
 
-#include "include/ZelImage.h"
+#include <chrono>
+
 #include "tools/zelcam/frames/PictureSaver.h"
+#include "tools/zelcam/frames/Statistics.h"
 #include "tools/zelcam/text/TextTools.h"
 
 namespace zelcam {
 
-void StreamReport::Add(const ZelColorImage& image, double hand_over_us) {
+void StreamReport::Add(const zel::Frame& frame) {
+    const ZelColorImage& image = *frame.native();
     ++frames;
-    bytes += color.is_null() ? image.size_in_bytes : image.color_size_in_bytes;
+    bytes += frame.color() ? image.color_size_in_bytes : image.size_in_bytes;
     m_QueueMs.push_back(image.queue_delay_ms);
-    m_HandOverUs.push_back(hand_over_us);
-    m_Counter.Frame(image.image_number, image.arrival_time_ms);
+    m_HandOverUs.push_back(std::chrono::duration<double, std::micro>(frame.hand_over()).count());
+    m_Counter.frame(image.image_number, image.arrival_time_ms);
 }
 
 void StreamReport::Finish(std::uint64_t link_drops, std::uint64_t skipped) {
-    m_Counter.SetSkipped(skipped);
-    m_Drops = m_Counter.Count(link_drops);
+    m_Counter.set_skipped(skipped);
+    m_Drops = m_Counter.count(link_drops);
 }
 
 double StreamReport::FramesPerSecond() const {
@@ -36,7 +39,7 @@ std::string StreamReport::RateText() const {
 
 std::string StreamReport::Text() const {
     std::string text = RateText();
-    if (m_Counter.CameraRate() > 0.0) text += fmt::format(" (camera: {:.1f} frames/s)", m_Counter.CameraRate());
+    if (m_Counter.camera_rate() > 0.0) text += fmt::format(" (camera: {:.1f} frames/s)", m_Counter.camera_rate());
     text += fmt::format(" in {:.2f} s, mode {}, first frame after {:.2f} s{}\n", seconds, mode, first_frame_s,
                         interrupted ? ", ended by the user" : "");
     text += fmt::format("latency, arrival to hand-over: median {:.0f} ms, 99th percentile {:.0f} ms\n",
@@ -57,7 +60,7 @@ Json StreamReport::ToJson() const {
     json["frames"] = frames;
     const auto known = [](double rate) { return rate > 0.0 ? Json(rate) : Json(); };
     json["frames_per_second"] = known(FramesPerSecond());
-    json["camera_frames_per_second"] = known(m_Counter.CameraRate());
+    json["camera_frames_per_second"] = known(m_Counter.camera_rate());
     json["megabytes_per_second"] = known(MegabytesPerSecond());
     json["arrival_to_hand_over_ms"] = {
         {"median", Percentile(m_QueueMs, 50)}, {"percentile_99", Percentile(m_QueueMs, 99)}, {"clock", kFrameClock}};

@@ -6,16 +6,15 @@
 #include <string>
 #include <vector>
 
-#include "tools/zelcam/frames/Statistics.h"
 #include "tools/zelcam/text/Json.h"
-
-class ZelColorImage;
+#include "zel/Frame.h"
+#include "zel/FrameCounter.h"
 
 namespace zelcam {
 
 class StreamReport {
   public:
-    void Add(const ZelColorImage& image, double hand_over_us);
+    void Add(const zel::Frame& frame);
     // link_drops: what the transport counted; skipped: frames passed over for newer ones.
     void Finish(std::uint64_t link_drops, std::uint64_t skipped);
 
@@ -36,9 +35,9 @@ class StreamReport {
 
   private:
     std::vector<double> m_QueueMs;     // arrival to hand-over, by the record's own time stamps
-    std::vector<double> m_HandOverUs;  // notification to hand-over, by the tool's clock
-    FrameCounter m_Counter;
-    Drops m_Drops;
+    std::vector<double> m_HandOverUs;  // notification to hand-over, by the steady clock
+    zel::FrameCounter m_Counter;
+    zel::Drops m_Drops;
 };
 
 }  // namespace zelcam

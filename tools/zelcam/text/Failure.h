@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "zel/Error.h"
+
 namespace zelcam {
 
 inline constexpr int kExitSuccess = 0;
@@ -30,6 +32,26 @@ inline constexpr FailureKind kInterrupted{"interrupted", 128, "ended by a signal
 inline constexpr FailureKind kFailureKinds[] = {kFailed,   kUsage,  kNoCamera,   kRefused,    kTimeout,
                                                 kLinkLost, kOutput, kFramesLost, kInterrupted};
 
+inline const FailureKind& KindOf(zel::ErrorKind kind) {
+    switch (kind) {
+        case zel::ErrorKind::invalid_argument:
+            return kUsage;
+        case zel::ErrorKind::no_camera:
+            return kNoCamera;
+        case zel::ErrorKind::refused:
+            return kRefused;
+        case zel::ErrorKind::timeout:
+            return kTimeout;
+        case zel::ErrorKind::link_lost:
+            return kLinkLost;
+        case zel::ErrorKind::output:
+            return kOutput;
+        case zel::ErrorKind::failed:
+            break;
+    }
+    return kFailed;
+}
+
 class Failure : public std::runtime_error {
   public:
     // The line is "what: why; advice"; empty parts are left out.
@@ -37,6 +59,10 @@ class Failure : public std::runtime_error {
             const FailureKind& kind = kFailed)
         : std::runtime_error(what + (why.empty() ? "" : ": " + why) + (advice.empty() ? "" : "; " + advice)),
           m_Kind(kind) {}
+    // What the SDK's layer could not do; with advice for the command line where its own is for programs.
+    explicit Failure(const zel::Error& error) : Failure(error, error.hint()) {}
+    Failure(const zel::Error& error, const std::string& advice)
+        : Failure(error.problem(), error.why(), advice, KindOf(error.kind())) {}
 
     const FailureKind& Kind() const { return m_Kind; }
     int ExitCode() const { return m_Kind.exit_code; }

@@ -1,6 +1,9 @@
 #include "tools/zelcam/text/Interrupt.h"
 
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
 
 #include "platform/Terminal.h"
 #include "tools/zelcam/text/Failure.h"
@@ -9,6 +12,9 @@ namespace zelcam {
 
 namespace {
 std::atomic<int> s_Signal{0};
+
+// How long a signal may go unnoticed.
+constexpr std::chrono::milliseconds kSignalCheck{50};
 }  // namespace
 
 void CatchInterrupts() {
@@ -23,5 +29,16 @@ void FailIfInterrupted(const std::string& done) {
     kind.exit_code += s_Signal;
     throw Failure("interrupted", done, "", kind);
 }
+
+OnInterrupt::OnInterrupt(std::function<void()> action)
+    : m_Watcher([action = std::move(action)](const std::stop_token& stop) {
+          std::mutex mutex;
+          std::condition_variable_any ended;
+          std::unique_lock lock(mutex);
+          while (!Interrupted()) {
+              if (ended.wait_for(lock, stop, kSignalCheck, [&] { return stop.stop_requested(); })) return;
+          }
+          action();
+      }) {}
 
 }  // namespace zelcam

@@ -6,18 +6,9 @@
 
 namespace zelcam {
 
-std::string UpperCase(std::string_view text) {
-    std::string upper(text);
-    for (char& letter : upper) {
-        if (letter >= 'a' && letter <= 'z') letter = static_cast<char>(letter - 'a' + 'A');
-    }
-    return upper;
-}
-
-std::string Trim(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(" \t\r\n");
-    if (first == std::string_view::npos) return {};
-    return std::string(text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1));
+std::string DidYouMean(std::string_view word, const std::vector<std::string>& candidates) {
+    const auto near = zel::detail::nearest_words(word, candidates, 1);
+    return near.empty() ? "" : "did you mean " + near.front() + "? ";
 }
 
 std::string Counted(unsigned long long count, const char* what) {

@@ -1,4 +1,4 @@
-// What stays the same from frame to frame, from run to run and in both products; the three fills; every size.
+// What stays the same from frame to frame, from run to run and in all products; the three fills; every size.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -10,7 +10,7 @@
 namespace zel::sim::test {
 namespace {
 
-// The hashes hold in both products. One that changes means that simulated cameras deliver other frames than before.
+// The hashes hold in all products. One that changes means that simulated cameras deliver other frames than before.
 TEST(SensorDeterminism, FramesAreTheSameEverywhere) {
     const auto color = [](int x, int y) {
         return Color8{static_cast<std::uint8_t>(x * 5), static_cast<std::uint8_t>(x * y),

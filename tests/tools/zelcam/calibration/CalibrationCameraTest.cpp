@@ -2,6 +2,7 @@
 #include "tests/tools/zelcam/commands/ToolProcess.h"
 #include "tools/zelcam/calibration/CalibrationCamera.h"
 #include "tools/zelcam/calibration/CalibrationSource.h"
+#include "zel/Sdk.h"
 
 namespace zelcam {
 
@@ -9,16 +10,16 @@ class CalibrationCameraTest : public testing::Test {
   protected:
     CalibrationCameraTest() {
         UseFastCameras();
-        m_Camera.emplace(m_Session.emplace(), "0");
+        m_Camera.emplace(m_Sdk.emplace().open());
     }
 
     CacheFolder m_Folder;
-    std::optional<Session> m_Session;
-    std::optional<OpenCamera> m_Camera;
+    std::optional<zel::Sdk> m_Sdk;
+    std::optional<zel::Camera> m_Camera;
 };
 
 TEST_F(CalibrationCameraTest, WhatIsWrittenReadsBackUnderItsDigests) {
-    OpenCamera& camera = *m_Camera;
+    const zel::Camera& camera = *m_Camera;
     CalibrationTables tables = ReadTables(camera);
     // Of another size, so that every row lies elsewhere in the memory.
     tables[0].rows.resize(11);
@@ -34,7 +35,7 @@ TEST_F(CalibrationCameraTest, WhatIsWrittenReadsBackUnderItsDigests) {
 }
 
 TEST_F(CalibrationCameraTest, ALinkThatDiesInTheMiddleEndsInOneClearFailure) {
-    OpenCamera& camera = *m_Camera;
+    const zel::Camera& camera = *m_Camera;
     ASSERT_TRUE(SimCommand("fault 0 exception 1 text=tb_r after=60 times=0"));
     ExpectFailure([&] { ReadTables(camera); }, kFailed, "can't be read: row ");
     ASSERT_TRUE(SimCommand("fault 0 clear"));

@@ -8,19 +8,19 @@ namespace zelcam {
 // A frame of 2 x 1 pixels, blue, green and red of each, the fourth byte of a pixel unused.
 TEST(PngSamples, ChannelsComeInTheOrderOfAPictureAndOnlyWhenTheyAreThere) {
     const struct {
-        ColorFormat format;
+        zel::ColorFormat format;
         unsigned shift;
         std::vector<std::uint8_t> pixels, expected;
     } cases[] = {
-        {ColorFormat::k16,
+        {zel::ColorFormat::rgb16,
          2,
          {2, 1, 4, 3, 6, 5, 0xFF, 0x3F, 0, 0x40, 0xFF, 0xFF},
          {0x14, 0x18, 0x0C, 0x10, 4, 8, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFC}},
-        {ColorFormat::kRgba8, 0, {1, 2, 3, 0, 4, 5, 6, 9}, {3, 2, 1, 255, 6, 5, 4, 255}},
+        {zel::ColorFormat::rgba8, 0, {1, 2, 3, 0, 4, 5, 6, 9}, {3, 2, 1, 255, 6, 5, 4, 255}},
     };
     for (const auto& c : cases) {
         const auto samples = [&](const ZelColorImage& image) {
-            return PngSamples(image, {c.format, ColorSpace::kSrgb, 14, 64}, c.shift);
+            return PngSamples(image, {c.format, zel::ColorSpace::srgb, 14, 64}, c.shift);
         };
         std::vector<std::uint8_t> pixels = c.pixels;
         ZelColorImage image{};
@@ -46,7 +46,7 @@ TEST(ColorPng, WhatCanNotBeWrittenSaysWhy) {
         {"b.png", 0, kFailed, "no color picture"}};
     for (const auto& [name, size, kind, why] : cases) {
         const std::vector<std::uint8_t> samples(size);
-        ExpectFailure([&] { WriteColorPng(folder / name, samples, 2, 1, ColorSetting()); }, kind, why);
+        ExpectFailure([&] { WriteColorPng(folder / name, samples, 2, 1, zel::ColorSetting()); }, kind, why);
     }
     EXPECT_FALSE(std::filesystem::exists(folder / "b.png"));
 }

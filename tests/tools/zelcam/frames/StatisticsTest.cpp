@@ -15,40 +15,4 @@ TEST(Percentile, TakesTheNearestRank) {
     for (const auto& [values, percent, expected] : cases) EXPECT_EQ(Percentile(values, percent), expected) << percent;
 }
 
-TEST(FrameCounter, TellsTheCausesApartAndTheCamerasRate) {
-    const struct {
-        const char* name;
-        std::vector<std::uint32_t> numbers;
-        std::uint64_t link, skipped, missing, no_buffer;
-    } cases[] = {
-        {"no frame", {}, 0, 0, 0, 0},
-        {"one frame, whatever its number", {1000}, 0, 0, 0, 0},
-        {"none missing", {3, 4, 5}, 0, 0, 0, 0},
-        {"no free buffer", {0, 1, 5}, 0, 0, 3, 3},
-        {"lost on the link", {0, 1, 5}, 3, 0, 3, 0},
-        {"both", {0, 4, 8}, 2, 0, 6, 4},
-        {"passed over", {0, 4, 8}, 0, 6, 6, 0},
-        {"all three", {0, 10}, 2, 3, 9, 4},
-        {"the transport lost more after the last frame", {0, 2}, 5, 0, 1, 0},
-        {"numbers wrap", {0xFFFFFFFEu, 0xFFFFFFFFu, 1}, 0, 0, 1, 1},
-        {"numbers start again", {7, 8, 0, 1}, 0, 0, 0, 0},
-        {"the same number twice", {7, 7, 8}, 0, 0, 0, 0},
-    };
-    for (const auto& c : cases) {
-        FrameCounter counter;
-        for (const std::uint32_t number : c.numbers) counter.Frame(number, 0);
-        counter.SetSkipped(c.skipped);
-        const Drops drops = counter.Count(c.link);
-        EXPECT_EQ(std::tuple(drops.link, drops.skipped, counter.Missing(), drops.no_buffer),
-                  std::tuple(c.link, c.skipped, c.missing, c.no_buffer))
-            << c.name;
-        EXPECT_EQ(counter.CameraRate(), 0.0) << c.name;
-    }
-    // The camera's rate counts the frames that are missing.
-    FrameCounter counter;
-    counter.Frame(7, 0xFFFFFF00u);
-    counter.Frame(12, 0xFFFFFF00u + 500);  // the clock begins anew, too
-    EXPECT_EQ(counter.CameraRate(), 10.0);
-}
-
 }  // namespace zelcam

@@ -1,0 +1,54 @@
+#!/usr/bin/env bash
+# The installed tree on Linux.
+#
+#   check_install.sh BUILD_FOLDER COMPILER LIBRARY_FOLDER DOCUMENT_FOLDER
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+lib=$prefix/$libraries include=$prefix/include/zel-sdk
+
+expect "cameras of the moved tree" 4 "$("$prefix/bin/zelcam" list --json | grep -o '"serial"' | wc -l)"
+expect "name that programs ask for" libzel_sdk.so.3 \
+    "$(readelf -d "$lib/libzel_sdk.so" | sed -n 's/.*SONAME.*\[\(.*\)\]/\1/p')"
+expect "symbols without the version" "" \
+    "$(nm -D --defined-only "$lib/libzel_sdk.so" | awk '$2 != "A" && $3 !~ /@@ZEL_SDK_3$/ { print $3 }')"
+
+# Each header alone. Those in zel/ are for C++20.
+check_header() {
+    local standard=c++17
+    [[ $1 != zel/* ]] || standard=c++20
+    "$compiler" -std=$standard -Wall -Wextra -Werror -fsyntax-only -I"$include" -x c++ - <<<"#include <$1>" ||
+        fail "$1 does not compile alone"
+}
+export -f check_header fail
+export compiler include
+(cd "$include" && find . -name '*.h' -printf '%P\n') >headers
+xargs -P2 -I{} bash -c 'check_header {}' <headers || exit 1
+count=$(wc -l <headers)
+[ "$count" -ge 12 ] || fail "only $count headers are installed"
+
+# The examples with CMake, one with make.
+cmake -S outside -B cmake-build -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$compiler" >log 2>&1 &&
+    cmake --build cmake-build -j2 >>log 2>&1 || fail "$(tail -n 30 log)"
+PKG_CONFIG_PATH=$lib/pkgconfig make -s -C outside one_frame CXX="$compiler"
+for program in cmake-build/one_frame outside/one_frame; do
+    expect "$program" "frame.tif is written" "$("$program")"
+done
+
+# A program that was linked with a library without versions.
+sed -nE 's/^ +([a-z_]+);$/extern "C" void \1() {}/p' "$here/../../sdk/zel_sdk.map" |
+    "$compiler" -shared -Wl,-soname,libzel_sdk.so -o libzel_sdk.so -x c++ -
+"$compiler" -std=c++20 -I"$include" -o old outside/one_frame.cpp -L. -lzel_sdk
+expect "a program of old" "frame.tif is written" "$(LD_LIBRARY_PATH=$lib ./old)"
+
+# A maker's library goes before the simulated one.
+"$compiler" -std=c++17 -shared -fPIC -I"$include" -o "$lib/zel-sdk/cameras/libzel_usb.so" "$here/OutsidePlugin.cpp"
+"$prefix/bin/zelcam" version | grep -q "a maker's library" || fail "the library in cameras/ was passed over"
+expect "cameras beside a maker's library" 2 "$("$prefix/bin/zelcam" list --json | grep -o '"serial"' | wc -l)"
+
+# How much memory there is, is known without /proc, too.
+if unshare -rm mount -t tmpfs none /proc 2>/dev/null; then
+    LD_LIBRARY_PATH=$lib unshare -rm sh -c "mount -t tmpfs none /proc; exec '$prefix/bin/zelcam' capture --frames 1 --out pictures" >log 2>&1 ||
+        fail "without /proc: $(cat log)"
+else
+    echo "not tried: a run without /proc, which the system does not let this user have"
+fi
+echo "$count headers, $(find cmake-build -maxdepth 1 -type f -perm -u+x | wc -l) examples"

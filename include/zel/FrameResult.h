@@ -22,7 +22,9 @@ class FrameResult {
     explicit operator bool() const noexcept { return static_cast<bool>(m_Frame); }
     /// The frame; there must be one.
     Frame& operator*() noexcept { return m_Frame; }
+    const Frame& operator*() const noexcept { return m_Frame; }
     Frame* operator->() noexcept { return &m_Frame; }
+    const Frame* operator->() const noexcept { return &m_Frame; }
     /// Takes the frame out of the result; an empty one when there is none.
     Frame take() noexcept { return std::move(m_Frame); }
 

@@ -77,6 +77,7 @@ std::unique_ptr<Command> MakeStreamCommand();
 std::unique_ptr<Command> MakeWatchCommand();
 std::unique_ptr<Command> MakeTextCommand();
 std::unique_ptr<Command> MakeCalibrateCommand();
+std::unique_ptr<Command> MakeDoctorCommand();
 std::unique_ptr<Command> MakeVersionCommand();
 
 }  // namespace zelcam

@@ -25,14 +25,15 @@ devices/sim/sensor:   include link platform devices/sim/scene
 devices/sim/firmware: include link platform devices/sim/scene devices/sim/sensor calibration/Sha1
 devices/sim/link:     include link platform devices/sim/sensor devices/sim/firmware
 devices/sim/plugins:  include link platform devices/sim/link
+tools/manual:
 tools/zelcam/text:        include platform
 tools/zelcam/camera:      include tools/zelcam/text
 tools/zelcam/calibration: include platform calibration tools/zelcam/text tools/zelcam/camera
 tools/zelcam/frames:      include platform util tools/zelcam/text tools/zelcam/camera
 tools/zelcam/doctor:      include platform kernels link sdk/InterfaceLibrary tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames
-tools/zelcam/commands:    include platform tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames tools/zelcam/doctor
+tools/zelcam/commands:    include platform tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames tools/zelcam/doctor tools/manual
 tools/zelcam:             platform tools/zelcam/text tools/zelcam/commands
-tools/plugin_check:       include link platform
+tools/plugin_check:       include link platform tools/manual
 tools/scene_picture:      platform devices/sim/scene
 examples:                 include
 '

@@ -1,4 +1,6 @@
 // The cameras as an application sees them, and who else may be using them.
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <chrono>
 

@@ -1,4 +1,6 @@
 // What the computer brings along: processor, memory, and the limits that fast links run into.
+#include <fmt/format.h>
+
 #include "kernels/CpuSupport.h"
 #include "kernels/Kernels.h"
 #include "platform/Memory.h"

@@ -1,3 +1,4 @@
+/// @file
 /// The C interface: cameras, frames and settings for C99 and for every language that calls C.
 ///
 ///     zel_sdk* sdk = NULL;
@@ -53,6 +54,8 @@
 
 #include "zel_types.h"
 
+/// @def ZEL_C_API
+/// Stands before each function of this interface.
 #if defined(__GNUC__) && !defined(_WIN32)
 #define ZEL_C_API __attribute__((visibility("default")))
 #else
@@ -62,8 +65,8 @@
 /// The version of this header, to be compared with zel_c_version(). The first number changes when programs must be
 /// compiled anew, the second one when something is added.
 #define ZEL_C_VERSION_MAJOR 1
-#define ZEL_C_VERSION_MINOR 0
-#define ZEL_C_VERSION_PATCH 0
+#define ZEL_C_VERSION_MINOR 0  ///< something was added
+#define ZEL_C_VERSION_PATCH 0  ///< something was put right
 /// The same as one number: 10203 is 1.2.3.
 #define ZEL_C_VERSION (ZEL_C_VERSION_MAJOR * 10000 + ZEL_C_VERSION_MINOR * 100 + ZEL_C_VERSION_PATCH)
 
@@ -121,6 +124,13 @@ ZEL_C_API zel_status ZEL_CALL zel_sdk_get_camera_info(zel_sdk* sdk, int32_t numb
 /// Sets the function that is told of cameras being plugged in and unplugged; one for the whole program, the last
 /// counts. Errors: ZEL_STATUS_REFUSED. Any thread; no lock.
 ZEL_C_API zel_status ZEL_CALL zel_sdk_on_hot_plug(zel_sdk* sdk, zel_hot_plug_callback callback, void* user);
+
+/// The next hot-plug event, for programs that can't be called back. Events are kept for it, 64 at the most, from the
+/// first call on; a callback is told of them as well.
+///   timeout_ms  0 or more milliseconds
+///   event       receives it; set its struct_size
+/// Errors: ZEL_STATUS_TIMEOUT. Any thread; no lock.
+ZEL_C_API zel_status ZEL_CALL zel_sdk_wait_hot_plug(zel_sdk* sdk, int32_t timeout_ms, zel_hot_plug_event* event);
 
 /// Sets the function that is told of every call that fails with this handle, with the cameras opened through it and
 /// with their frames: one place to write messages from. Any thread; no lock.
@@ -326,6 +336,13 @@ ZEL_C_API zel_status ZEL_CALL zel_camera_on_frame(zel_camera* camera, zel_frame_
 
 /// Sets the function that is told of a lost link, of its return and of the camera's own events. Any thread; no lock.
 ZEL_C_API zel_status ZEL_CALL zel_camera_on_event(zel_camera* camera, zel_camera_event_callback callback, void* user);
+
+/// The next event of the camera, for programs that can't be called back. Events are kept for it, 64 at the most, from
+/// the opening on; a callback is told of them as well.
+///   timeout_ms  0 or more milliseconds
+///   event       receives it; set its struct_size
+/// Errors: ZEL_STATUS_TIMEOUT. Any thread; no lock.
+ZEL_C_API zel_status ZEL_CALL zel_camera_wait_event(zel_camera* camera, int32_t timeout_ms, zel_camera_event* event);
 
 /* ---- frames ---- */
 

@@ -1,3 +1,4 @@
+/// @file
 /// Types and values of the C interface: zel.h, which says the rules, includes this.
 #ifndef ZEL_TYPES_H
 #define ZEL_TYPES_H

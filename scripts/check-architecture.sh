@@ -24,6 +24,7 @@ devices/sim/sensor:   include link platform devices/sim/scene
 devices/sim/firmware: include link platform devices/sim/scene devices/sim/sensor calibration/Sha1
 devices/sim/link:     include link platform devices/sim/sensor devices/sim/firmware
 devices/sim/plugins:  include link platform devices/sim/link
+bindings/c:           include include/zel platform sdk/Logger
 tools/zelcam/text:        include include/zel include/zel/detail platform
 tools/zelcam/camera:      include include/zel tools/zelcam/text
 tools/zelcam/calibration: include include/zel platform calibration tools/zelcam/text tools/zelcam/camera
@@ -35,9 +36,10 @@ tools/scene_picture:      platform devices/sim/scene
 examples:                 include include/zel
 '
 # The public headers are for any compiler and any standard library: they include each other alone. The layer over them
-# in include/zel is C++20 and uses the standard library; the C interface names its types with stdint.h.
+# in include/zel is C++20 and uses the standard library. C's header needs the fixed-width types of C's library.
 folders=$(awk -F'[:/]' 'NF { print $1 }' <<<"$allowed" | sort -u)
-{ grep -rnE '^ *# *include +"' --include='*.h' --include='*.cpp' $folders; grep -nE '^ *# *include +<' include/*.h | grep -vE '<std(int|def)\.h>'; } |
+{ grep -rnE '^ *# *include +"' --include='*.h' --include='*.cpp' --include='*.c' $folders
+  grep -nE '^ *# *include +<' include/*.h | grep -v '^include/zel_types\.h:'; } |
 awk -v allowed="$allowed" '
     function room(path,  best, r) {
         if (path ~ /^zel\//) path = "include/" path

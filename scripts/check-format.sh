@@ -3,5 +3,5 @@
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 mode=(--dry-run -Werror)
 [ "${1:-}" != --fix ] || mode=(-i)
-find . \( -path ./build -o -path './.*' \) -prune -o \( -name '*.cpp' -o -name '*.h' \) -print0 |
+find . \( -path ./build -o -path './.*' \) -prune -o \( -name '*.cpp' -o -name '*.c' -o -name '*.h' \) -print0 |
     xargs -0 -n 40 clang-format "${mode[@]}"

@@ -53,9 +53,10 @@ FrameObject& Call::FindFrame(const zel_frame* handle) {
     return *m_Frame;
 }
 
-void Call::TakeSdk(const zel_sdk* handle) {
+SdkObject& Call::TakeSdk(const zel_sdk* handle) {
     m_Sdk = Sdks::Take(handle);
     Require(m_Sdk, handle, HandleKind::kSdk);
+    return *m_Sdk;
 }
 
 CameraObject& Call::TakeCamera(const zel_camera* handle) {

@@ -18,7 +18,7 @@ class Call {
     CameraObject& FindCamera(const zel_camera* handle);
     FrameObject& FindFrame(const zel_frame* handle);
     // The same for a handle that is dead from now on.
-    void TakeSdk(const zel_sdk* handle);
+    SdkObject& TakeSdk(const zel_sdk* handle);
     CameraObject& TakeCamera(const zel_camera* handle);
     void TakeFrame(const zel_frame* handle);
 
@@ -31,6 +31,25 @@ class Call {
     std::shared_ptr<CameraObject> m_Camera;
     std::shared_ptr<FrameObject> m_Frame;
 };
+
+// Waits for an event of the queue and hands it to the caller's struct. Throws Failure when none comes in time.
+template <class Event>
+void AnswerEvent(EventQueue<Event>& queue, std::int32_t timeout_ms, Event* event) {
+    RequireStruct(event, "event");
+    if (timeout_ms < 0) {
+        throw Failure(ZEL_STATUS_INVALID_ARGUMENT, "a wait of " + std::to_string(timeout_ms) + " ms",
+                      "it takes 0 or more");
+    }
+    Event full;
+    switch (queue.Next(std::chrono::milliseconds(timeout_ms), full)) {
+        case EventQueue<Event>::Answer::kEvent:
+            return FillStruct(event, full);
+        case EventQueue<Event>::Answer::kNone:
+            throw Failure(ZEL_STATUS_TIMEOUT, "no event within " + std::to_string(timeout_ms) + " ms");
+        case EventQueue<Event>::Answer::kEnded:
+            throw Failure(ZEL_STATUS_BAD_HANDLE, "the handle was closed during the wait");
+    }
+}
 
 // Runs the body of an exported function, which is handed the Call.
 template <class Body>

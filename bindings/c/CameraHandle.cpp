@@ -19,11 +19,8 @@ zel_status OpenCamera(const char* function, zel_sdk* sdk, const zel_open_options
         zel::c::RequirePointer(camera, "camera");
         const bool calibrated = zel::c::TakeStruct(options, "options").calibrated != 0;
         const int number = choose(owner->sdk());
-        auto object = std::make_shared<CameraObject>(
-            owner, zel::detail::CameraState::open(zel::detail::SdkState::shared(), number, calibrated));
-        zel_camera* const handle = zel::c::Cameras::Add(object);
-        object->SetHandle(handle);
-        *camera = handle;
+        auto state = zel::detail::CameraState::open(zel::detail::SdkState::shared(), number, calibrated);
+        *camera = std::make_shared<CameraObject>(owner, std::move(state))->Publish();
     });
 }
 

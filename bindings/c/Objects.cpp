@@ -9,21 +9,49 @@ namespace zel::c {
 
 void SdkObject::SetMessageCallback(zel_message_callback callback, void* user) {
     const std::lock_guard lock(m_Mutex);
-    m_Callback = callback;
-    m_User = user;
+    m_Messages = {callback, user};
 }
 
 void SdkObject::SetHotPlugCallback(zel_hot_plug_callback callback, void* user) {
-    if (!callback) return m_Sdk.on_hot_plug(nullptr);
+    bool wanted;
+    {
+        const std::lock_guard lock(m_Mutex);
+        m_HotPlug = {callback, user};
+        wanted = callback || m_KeepsHotPlug;
+    }
+    if (wanted) {
+        WatchHotPlug();
+    } else {
+        m_Sdk.on_hot_plug(nullptr);
+    }
+}
+
+EventQueue<zel_hot_plug_event>& SdkObject::HotPlugEvents() {
+    bool first;
+    {
+        const std::lock_guard lock(m_Mutex);
+        first = !std::exchange(m_KeepsHotPlug, true);
+    }
+    if (first) WatchHotPlug();
+    return m_HotPlugEvents;
+}
+
+void SdkObject::WatchHotPlug() {
     // A handle that is closed hears nothing more.
-    m_Sdk.on_hot_plug([weak = weak_from_this(), callback, user](const HotPlugEvent& event) {
+    m_Sdk.on_hot_plug([weak = weak_from_this()](const HotPlugEvent& event) {
         const auto self = weak.lock();
         if (!self) return;
         zel_hot_plug_event told{sizeof told, event.connected, event.camera.number, {}, {}, {}};
         CutInto(told.name, event.camera.name);
         CutInto(told.serial, event.camera.serial);
         CutInto(told.interface_type, event.camera.interface_type);
-        callback(&told, user);
+        Listener<zel_hot_plug_callback> listener;
+        {
+            const std::lock_guard lock(self->m_Mutex);
+            listener = self->m_HotPlug;
+            if (self->m_KeepsHotPlug) self->m_HotPlugEvents.Add(told);
+        }
+        if (listener.callback) listener.callback(&told, listener.user);
     });
 }
 
@@ -33,18 +61,16 @@ void SdkObject::TellFailure(const char* function) noexcept {
     // Frames that do not come are no news for the log: programs wait in loops.
     const bool logged = error.status < ZEL_STATUS_INTERRUPTED && error.status != ZEL_STATUS_TIMEOUT;
     if (logged) ZEL_LOG(m_Log, kLogWarning, function, "%s", error.message);
-    zel_message_callback callback;
-    void* user;
+    Listener<zel_message_callback> listener;
     {
         const std::lock_guard lock(m_Mutex);
-        callback = m_Callback;
-        user = m_User;
+        listener = m_Messages;
     }
-    if (!callback || telling) return;
+    if (!listener.callback || telling) return;
     const LastError kept = error;
     telling = true;
     try {
-        callback(kept.status, kept.message, user);
+        listener.callback(kept.status, kept.message, listener.user);
     } catch (...) {
         // A callback of C++ that throws has no caller who could do anything about it.
     }
@@ -91,18 +117,39 @@ void CameraObject::SetFrameCallback(zel_frame_callback callback, void* user) {
             zel_frame* handle;
             std::shared_ptr<FrameObject> object = Frames::Find(handle);
         } const loan{handle};
-        callback(self->handle(), handle, &info, user);
+        callback(self->m_Handle, handle, &info, user);
     });
 }
 
 void CameraObject::SetEventCallback(zel_camera_event_callback callback, void* user) {
-    if (!callback) return m_Camera.on_event(nullptr);
-    m_Camera.on_event([weak = weak_from_this(), callback, user](const CameraEvent& event) {
+    const std::lock_guard lock(m_Mutex);
+    m_Listener = {callback, user};
+}
+
+zel_camera* CameraObject::Publish() {
+    m_Handle = Cameras::Add(shared_from_this());
+    try {
+        ListenToEvents();
+    } catch (...) {
+        Cameras::Take(m_Handle);
+        throw;
+    }
+    return m_Handle;
+}
+
+void CameraObject::ListenToEvents() {
+    m_Camera.on_event([weak = weak_from_this()](const CameraEvent& event) {
         const auto self = weak.lock();
         if (!self) return;
         zel_camera_event told{sizeof told, static_cast<std::int32_t>(event.kind), event.code, event.value, {}};
         std::copy(event.values.begin(), event.values.end(), told.values);
-        callback(self->handle(), &told, user);
+        Listener<zel_camera_event_callback> listener;
+        {
+            const std::lock_guard lock(self->m_Mutex);
+            listener = self->m_Listener;
+        }
+        self->m_Events.Add(told);
+        if (listener.callback) listener.callback(self->m_Handle, &told, listener.user);
     });
 }
 

@@ -8,12 +8,20 @@
 #include <string>
 #include <utility>
 
+#include "bindings/c/EventQueue.h"
 #include "bindings/c/HandleTable.h"
 #include "sdk/Logger.h"
 #include "zel.h"
 #include "zel/Zel.h"
 
 namespace zel::c {
+
+// A function of the application and what it is called with.
+template <class Callback>
+struct Listener {
+    Callback callback = nullptr;
+    void* user = nullptr;
+};
 
 // An opened SDK: who is told of failures, and the way to the log.
 class SdkObject : public std::enable_shared_from_this<SdkObject> {
@@ -23,16 +31,25 @@ class SdkObject : public std::enable_shared_from_this<SdkObject> {
 
     void SetMessageCallback(zel_message_callback callback, void* user);
     void SetHotPlugCallback(zel_hot_plug_callback callback, void* user);
+    // From the first call on events are kept for it.
+    EventQueue<zel_hot_plug_event>& HotPlugEvents();
+    // The handle is dead: nobody waits for its events any more.
+    void End() { m_HotPlugEvents.End(); }
     // Tells the application and the log of this thread's error, which stays as it is.
     void TellFailure(const char* function) noexcept;
 
   private:
+    // Makes the hot-plug events of the program come here.
+    void WatchHotPlug();
+
     Sdk m_Sdk;
     Logger m_ApplicationLog{"application"};
     Logger m_Log{"zel_c"};
-    std::mutex m_Mutex;  // covers the two below, never held while the application is called
-    zel_message_callback m_Callback = nullptr;
-    void* m_User = nullptr;
+    EventQueue<zel_hot_plug_event> m_HotPlugEvents;
+    std::mutex m_Mutex;  // covers what follows, never held while the application is called
+    Listener<zel_message_callback> m_Messages;
+    Listener<zel_hot_plug_callback> m_HotPlug;
+    bool m_KeepsHotPlug = false;
 };
 
 // An open camera. zel_camera_close() ends it while other threads may still be inside its operations, which the layer's
@@ -51,13 +68,15 @@ class CameraObject : public std::enable_shared_from_this<CameraObject> {
     const std::shared_ptr<SdkObject>& sdk() const { return m_Sdk; }
     Camera& camera() { return m_Camera; }
     void End() {
-        if (!m_Ended.exchange(true)) m_State->end();
+        if (m_Ended.exchange(true)) return;
+        m_Events.End();
+        m_State->end();
     }
     bool ended() const { return m_Ended; }
 
-    // The handle, for callbacks; set before the application knows it.
-    zel_camera* handle() const { return m_Handle; }
-    void SetHandle(zel_camera* handle) { m_Handle = handle; }
+    // Makes it a handle of the application's and begins to listen to its events.
+    zel_camera* Publish();
+    EventQueue<zel_camera_event>& events() { return m_Events; }
 
     void ForgetFrames();
     // A frame is handed over: counts it and makes it a handle of the application's.
@@ -68,6 +87,8 @@ class CameraObject : public std::enable_shared_from_this<CameraObject> {
     void SetEventCallback(zel_camera_event_callback callback, void* user);
 
   private:
+    void ListenToEvents();
+
     std::shared_ptr<SdkObject> m_Sdk;
     std::shared_ptr<detail::CameraState> m_State;
     union {
@@ -75,8 +96,10 @@ class CameraObject : public std::enable_shared_from_this<CameraObject> {
     };
     std::atomic<bool> m_Ended{false};
     zel_camera* m_Handle = nullptr;
-    std::mutex m_Mutex;
-    FrameCounter m_Counter;  // under m_Mutex
+    EventQueue<zel_camera_event> m_Events;
+    std::mutex m_Mutex;  // covers what follows, never held while the application is called
+    FrameCounter m_Counter;
+    Listener<zel_camera_event_callback> m_Listener;
 };
 
 // A frame that the application holds.

@@ -153,3 +153,8 @@ zel_status zel_camera_on_frame(zel_camera* camera, zel_frame_callback callback, 
 zel_status zel_camera_on_event(zel_camera* camera, zel_camera_event_callback callback, void* user) {
     return Guard(__func__, [&](Call& call) { call.FindCamera(camera).SetEventCallback(callback, user); });
 }
+
+zel_status zel_camera_wait_event(zel_camera* camera, int32_t timeout_ms, zel_camera_event* event) {
+    return Guard(__func__,
+                 [&](Call& call) { zel::c::AnswerEvent(call.FindCamera(camera).events(), timeout_ms, event); });
+}

@@ -20,7 +20,7 @@ zel_status zel_sdk_open(zel_sdk** sdk) {
 
 zel_status zel_sdk_close(zel_sdk* sdk) {
     return Guard(__func__, [&](Call& call) {
-        if (sdk) call.TakeSdk(sdk);
+        if (sdk) call.TakeSdk(sdk).End();
     });
 }
 
@@ -47,6 +47,11 @@ zel_status zel_sdk_get_camera_info(zel_sdk* sdk, int32_t number, zel_camera_info
 
 zel_status zel_sdk_on_hot_plug(zel_sdk* sdk, zel_hot_plug_callback callback, void* user) {
     return Guard(__func__, [&](Call& call) { call.FindSdk(sdk)->SetHotPlugCallback(callback, user); });
+}
+
+zel_status zel_sdk_wait_hot_plug(zel_sdk* sdk, int32_t timeout_ms, zel_hot_plug_event* event) {
+    return Guard(__func__,
+                 [&](Call& call) { zel::c::AnswerEvent(call.FindSdk(sdk)->HotPlugEvents(), timeout_ms, event); });
 }
 
 zel_status zel_sdk_on_message(zel_sdk* sdk, zel_message_callback callback, void* user) {

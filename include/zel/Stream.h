@@ -43,6 +43,7 @@ class FrameStream {
           m_Count(other.m_Count),
           m_Started(std::exchange(other.m_Started, false)),
           m_AtEnd(other.m_AtEnd) {}
+    /// The two change places, and their iterators are no longer of use.
     FrameStream& operator=(FrameStream&& other) noexcept {
         std::swap(m_Camera, other.m_Camera);
         std::swap(m_Options, other.m_Options);

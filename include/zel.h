@@ -46,9 +46,9 @@
 /// blocks for some milliseconds, or up to 20 s when the camera has fallen silent, under a lock that orders the
 /// exchanges of that camera. No other lock is held for longer than a look, and none while a callback runs.
 ///
-/// Callbacks run on a thread of the SDK, get `user` back as it was set, and must not wait for a thread that is closing
-/// or stopping their camera. Null switches one off. One that was replaced may still be running on another thread; after
-/// zel_camera_close() outside of callbacks none of that camera runs any more, unless frames of it are held.
+/// Callbacks run on a thread of the SDK and get `user` back as it was set; null switches one off. They must not wait
+/// for a thread that is closing or stopping their camera. One that was replaced may still be running on another thread;
+/// after zel_camera_close(), outside of callbacks, none of that camera runs any more.
 #ifndef ZEL_H
 #define ZEL_H
 
@@ -100,8 +100,9 @@ ZEL_C_API zel_status ZEL_CALL zel_version_text(char* text, size_t size, size_t* 
 
 /* ---- the SDK ---- */
 
-/// Opens the SDK. Several handles may exist in a program, and C++ code in it may use the SDK as well; the SDK is closed
-/// with the last handle, camera and frame. Not inside a callback while the last one is just being closed elsewhere.
+/// Opens the SDK. Several handles may exist. It is closed for the whole program with the last handle, camera and frame
+/// of this library, so a program does not use the C++ interfaces beside it. Not inside a callback while the last one is
+/// just being closed elsewhere.
 ///   sdk  receives the handle; null when it fails
 /// Errors: ZEL_STATUS_FAILED. Any thread; waits for a close that is under way.
 ZEL_C_API zel_status ZEL_CALL zel_sdk_open(zel_sdk** sdk);
@@ -170,7 +171,7 @@ ZEL_C_API zel_status ZEL_CALL zel_camera_open_number(zel_sdk* sdk, int32_t numbe
 
 /// Stops and closes a camera. Waits for frames end, calls of other threads that are inside fail. Frames that are held
 /// stay good; the camera can be opened again when the last of them is released. Any thread; waits for callbacks of this
-/// camera, except inside one.
+/// camera, except inside a callback.
 ZEL_C_API zel_status ZEL_CALL zel_camera_close(zel_camera* camera);
 
 /// What the camera was described as when it was opened. Any thread; no lock.

@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Holds the order of the folders: each may include itself and what stands behind its name here, nothing else. A folder
 # that is named with a path is a room with walls of its own. Prints every include that goes against an arrow.
+# The tool's doctor looks at what the SDK does by itself: which plug-ins it loads (sdk/InterfaceLibrary), what they export
+# (link), which kernels it chooses (kernels).
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 export LC_ALL=C
 allowed='
@@ -18,28 +20,31 @@ calibration:        calibration/Sha1
 tapbalance:         calibration calibration/Sha1 kernels link platform sdk/Logger
 image:              include kernels platform tapbalance sdk/Logger
 camera:             image include link platform tapbalance util sdk/Logger
-sdk:                camera include link platform util sdk/Logger
+sdk/InterfaceLibrary: camera link platform sdk sdk/Logger
+sdk:                camera include link platform util sdk/Logger sdk/InterfaceLibrary
 devices/sim/scene:    platform
 devices/sim/sensor:   include link platform devices/sim/scene
 devices/sim/firmware: include link platform devices/sim/scene devices/sim/sensor calibration/Sha1
 devices/sim/link:     include link platform devices/sim/sensor devices/sim/firmware
 devices/sim/plugins:  include link platform devices/sim/link
-bindings/c:           include include/zel platform sdk/Logger
+bindings/c:           include include/zel include/zel/detail platform sdk/Logger
+tools/manual:
 tools/zelcam/text:        include include/zel include/zel/detail platform
 tools/zelcam/camera:      include include/zel tools/zelcam/text
 tools/zelcam/calibration: include include/zel platform calibration tools/zelcam/text tools/zelcam/camera
 tools/zelcam/frames:      include include/zel platform util tools/zelcam/text tools/zelcam/camera
-tools/zelcam/commands:    include include/zel platform tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames
+tools/zelcam/doctor:      include include/zel platform kernels link sdk/InterfaceLibrary tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames
+tools/zelcam/commands:    include include/zel platform tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames tools/zelcam/doctor tools/manual
 tools/zelcam:             platform tools/zelcam/text tools/zelcam/commands
-tools/plugin_check:       include link platform
+tools/plugin_check:       include link platform tools/manual
 tools/scene_picture:      platform devices/sim/scene
 examples:                 include include/zel
 '
 # The public headers are for any compiler and any standard library: they include each other alone. The layer over them
-# in include/zel is C++20 and uses the standard library. C's header needs the fixed-width types of C's library.
+# in include/zel is C++20 and uses the standard library; the C interface names its types with stdint.h.
 folders=$(awk -F'[:/]' 'NF { print $1 }' <<<"$allowed" | sort -u)
 { grep -rnE '^ *# *include +"' --include='*.h' --include='*.cpp' --include='*.c' $folders
-  grep -nE '^ *# *include +<' include/*.h | grep -v '^include/zel_types\.h:'; } |
+  grep -nE '^ *# *include +<' include/*.h | grep -vE '<std(int|def)\.h>'; } |
 awk -v allowed="$allowed" '
     function room(path,  best, r) {
         if (path ~ /^zel\//) path = "include/" path

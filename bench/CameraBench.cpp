@@ -1,60 +1,17 @@
 // What the camera object itself costs: a parameter read over a transport in memory, and a frame's way from the
 // transport's hand-over to the application's callback. Logging is off: this folder has no logging library.
 #include <chrono>
-#include <cstring>
 
+#include "bench/CameraRig.h"
 #include "bench/Figure.h"
-#include "camera/ZelCameraControl.h"
-#include "tests/support/ScriptedTransport.h"
-#include "tests/support/TableCamera.h"
 
 namespace {
 
+using zel::bench::CameraRig;
 using WallClock = std::chrono::steady_clock;
 
-// Answers every read with the same value, at the price of a copy.
-class InstantTransport : public zel::test::ScriptedTransport {
-  public:
-    bool m_Instant = false;
-
-    int SendData(int len, const unsigned char* data) override {
-        if (!m_Instant) return ScriptedTransport::SendData(len, data);
-        m_Next = 0;
-        return len;
-    }
-    int RecvData(int len, unsigned char* buffer, int timeout_ms) override {
-        if (!m_Instant) return ScriptedTransport::RecvData(len, buffer, timeout_ms);
-        const int count = std::min(len, static_cast<int>(m_Reply.size()) - m_Next);
-        std::memcpy(buffer, m_Reply.data() + m_Next, static_cast<std::size_t>(count));
-        m_Next += count;
-        return count;
-    }
-
-  private:
-    const zel::test::Bytes m_Reply = zel::test::ValueReply(640);
-    int m_Next = 0;
-};
-
-// A camera that is set up for frames of 640 x 512 samples and a pool of 8.
-struct Bench {
-    Bench() : camera(&transport, "bench") {
-        using namespace zel;
-        table.m_Values = {{H_SIZE, 640},        {V_SIZE, 512},        {BITS_PER_PIXEL, 14}, {BYTES_PER_PIXEL, 2},
-                          {H_ROI_PIXELS, 640},  {V_ROI_PIXELS, 512},  {H_BIN, 1},           {V_BIN, 1},
-                          {SENSOR_TAPS_VAL, 1}, {CLOCK_SPEED_VAL, 20}};
-        transport.SetHandler([this](const test::Bytes& datagram) {
-            table.m_Values[CALC_STATE] = 2;
-            return table.Answer(datagram);
-        });
-        transport.SetCameraCommon(&camera);
-    }
-    InstantTransport transport;
-    zel::test::TableCamera table;
-    zel::ZelCameraControl camera;
-};
-
 bool MeasureParameter(zel::bench::Report& report) {
-    Bench bench;
+    CameraRig bench;
     bench.transport.m_Instant = true;
     const int times = report.DryRun() ? 1 : 20000;
     bool right = true;
@@ -69,7 +26,7 @@ bool MeasureParameter(zel::bench::Report& report) {
 }
 
 struct Arrivals {
-    Bench* bench;
+    CameraRig* bench;
     WallClock::time_point handed_over;
     std::vector<double> microseconds;
 };
@@ -83,7 +40,7 @@ void ZEL_CALL Take(ZelImage*, void* context) {
 }
 
 bool MeasureFrames(zel::bench::Report& report) {
-    Bench bench;
+    CameraRig bench;
     Arrivals arrivals{&bench, {}, {}};
     if (bench.camera.StartCommon() != 0 || !bench.camera.SetImageCallback(Take, &arrivals)) return false;
     const int frames = report.DryRun() ? 10 : 100000;

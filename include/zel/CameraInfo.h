@@ -57,9 +57,9 @@ inline int select_camera(const std::vector<CameraInfo>& cameras, std::string_vie
         throw Error(ErrorKind::no_camera, "camera " + name, "more than one camera has this serial number",
                     "use its number; " + detail::known_cameras(cameras));
     }
-    const std::vector<std::string> near = detail::nearest_words(wanted, serials, 1);
+    const std::vector<std::string> nearest = detail::nearest_words(wanted, serials, 1);
     throw Error(ErrorKind::no_camera, "no camera " + name, "it is neither a camera number nor a serial number",
-                (near.empty() ? "" : "did you mean " + near.front() + "? ") + detail::known_cameras(cameras));
+                (nearest.empty() ? "" : "did you mean " + nearest.front() + "? ") + detail::known_cameras(cameras));
 }
 
 }  // namespace zel

@@ -81,7 +81,7 @@ inline std::vector<std::uint16_t> srgb_table(const ColorSetting& setting) {
     std::vector<std::uint16_t> table;
     table.reserve(std::size_t{3} << bits);
     for (unsigned value = 0; value < 1u << bits; ++value) {
-        const double light = std::min(value * stretch, 1.0);
+        const double light = (std::min)(value * stretch, 1.0);
         const double encoded = light <= 0.0031308 ? 12.92 * light : 1.055 * std::pow(light, 1.0 / 2.4) - 0.055;
         table.insert(table.end(), 3, static_cast<std::uint16_t>(encoded * largest + 0.5));
     }

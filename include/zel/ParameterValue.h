@@ -133,8 +133,8 @@ class ParameterValue {
     }
 
     void store_number(std::size_t index, std::string_view what, std::string_view text) {
-        constexpr long long kLowest = std::numeric_limits<std::int32_t>::min();
-        constexpr long long kHighest = std::numeric_limits<std::uint32_t>::max();
+        constexpr long long kLowest = (std::numeric_limits<std::int32_t>::min)();
+        constexpr long long kHighest = (std::numeric_limits<std::uint32_t>::max)();
         const auto word = static_cast<std::uint32_t>(parse_integer(what, text, kLowest, kHighest));
         std::memcpy(m_Bytes.data() + index * sizeof word, &word, sizeof word);
     }

@@ -21,9 +21,9 @@ inline std::size_t edit_distance(std::string_view from, std::string_view to) {
         row[0] = i;
         for (std::size_t j = 1; j <= to.size(); ++j) {
             const std::size_t replace = last[j - 1] + (from[i - 1] == to[j - 1] ? 0 : 1);
-            row[j] = std::min({replace, last[j] + 1, row[j - 1] + 1});
+            row[j] = (std::min)({replace, last[j] + 1, row[j - 1] + 1});
             const bool swapped = i > 1 && j > 1 && from[i - 1] == to[j - 2] && from[i - 2] == to[j - 1];
-            if (swapped) row[j] = std::min(row[j], before_last[j - 2] + 1);
+            if (swapped) row[j] = (std::min)(row[j], before_last[j - 2] + 1);
         }
         std::swap(before_last, last);
         std::swap(last, row);
@@ -35,28 +35,29 @@ inline std::size_t edit_distance(std::string_view from, std::string_view to) {
 /// are left out unless they contain the word.
 inline std::vector<std::string> nearest_words(std::string_view word, const std::vector<std::string>& candidates,
                                               std::size_t count) {
-    std::vector<std::pair<std::size_t, std::string>> near;
-    const std::size_t limit = std::max<std::size_t>(2, word.size() / 3);
+    std::vector<std::pair<std::size_t, std::string>> found;
+    const std::size_t limit = (std::max<std::size_t>)(2, word.size() / 3);
     for (const std::string& candidate : candidates) {
         const bool contained = word.size() >= 3 && candidate.find(word) != std::string::npos;
         const std::size_t distance = edit_distance(word, candidate);
         if (distance <= limit) {
-            near.emplace_back(distance, candidate);
+            found.emplace_back(distance, candidate);
         } else if (contained) {
-            near.emplace_back(limit + 1, candidate);
+            found.emplace_back(limit + 1, candidate);
         }
     }
-    std::stable_sort(near.begin(), near.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
-    if (near.size() > count) near.resize(count);
+    std::stable_sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    if (found.size() > count) found.resize(count);
     std::vector<std::string> words;
-    for (auto& entry : near) words.push_back(std::move(entry.second));
+    for (auto& entry : found) words.push_back(std::move(entry.second));
     return words;
 }
 
 /// "did you mean A, B? ", or nothing.
 inline std::string did_you_mean(std::string_view word, const std::vector<std::string>& candidates) {
     std::string text;
-    for (const std::string& near : nearest_words(word, candidates, 3)) text += (text.empty() ? "" : ", ") + near;
+    for (const std::string& word_found : nearest_words(word, candidates, 3))
+        text += (text.empty() ? "" : ", ") + word_found;
     return text.empty() ? text : "did you mean " + text + "? ";
 }
 

@@ -50,7 +50,7 @@ inline std::uint32_t adler32(const Bytes& data) {
     constexpr std::size_t kRun = 5552;
     std::uint32_t low = 1, high = 0;
     for (std::size_t start = 0; start < data.size(); start += kRun) {
-        const std::size_t end = std::min(data.size(), start + kRun);
+        const std::size_t end = (std::min)(data.size(), start + kRun);
         for (std::size_t i = start; i < end; ++i) high += low += data[i];
         low %= kModulus;
         high %= kModulus;
@@ -93,7 +93,7 @@ inline Bytes stored_zlib(const Bytes& data) {
     Bytes zlib = {0x78, 0x01};
     zlib.reserve(data.size() + data.size() / kBlock * 5 + 16);
     for (std::size_t start = 0; start < data.size(); start += kBlock) {
-        const std::size_t size = std::min(kBlock, data.size() - start);
+        const std::size_t size = (std::min)(kBlock, data.size() - start);
         const bool final_block = start + size == data.size();
         const auto low = static_cast<std::uint8_t>(size), high = static_cast<std::uint8_t>(size >> 8);
         for (const int byte : {final_block ? 1 : 0, int{low}, int{high}, ~low & 0xFF, ~high & 0xFF}) {

@@ -41,7 +41,8 @@ static int take(zel_camera* camera, int frames) {
         if (status == ZEL_OK) {
             ++taken;
             zel_frame_release(frame);
-        } else if (status == ZEL_STATUS_LINK_LOST) {
+        } else if (status == ZEL_STATUS_LINK_LOST || status == ZEL_STATUS_NOT_STARTED) {
+            /* The second one: it is back already. */
             printf("%s\n", zel_error_message());
             if (restart(camera) != ZEL_OK) return 1;
             puts("started again");

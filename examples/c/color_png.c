@@ -1,4 +1,4 @@
-// **      Saves a color picture that every viewer opens as color.png.
+// **  Saves a color picture that every viewer opens as color.png.
 //
 //     color_png [CAMERA]
 #include <stdio.h>

@@ -1,4 +1,4 @@
-// *       Takes one frame with the first camera and saves it as first_frame.tif.
+// *  Takes one frame with the first camera and saves it as first_frame.tif.
 #include <stdio.h>
 #include <stdlib.h>
 

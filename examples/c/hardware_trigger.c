@@ -1,4 +1,4 @@
-// **      Takes a sequence in which a signal at the camera's trigger input starts each frame.
+// **  Takes a sequence in which a signal at the camera's trigger input starts each frame.
 //
 //     hardware_trigger [CAMERA [FRAMES]]
 #include <stdio.h>

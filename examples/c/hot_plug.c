@@ -1,4 +1,4 @@
-// ***     Takes frames for as long as it takes, also when the camera's cable is pulled and put back meanwhile.
+// ***  Takes frames for as long as it takes, also when the camera's cable is pulled and put back meanwhile.
 //
 //     hot_plug [CAMERA [FRAMES]]
 #include <stdio.h>

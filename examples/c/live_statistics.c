@@ -1,4 +1,4 @@
-// **      Prints brightness and frame rate of a running camera from its newest frames, as a display would show them.
+// **  Prints brightness and frame rate of a running camera from its newest frames, as a display would show them.
 //
 //     live_statistics [CAMERA [FRAMES]]
 #include <stdio.h>

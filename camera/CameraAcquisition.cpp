@@ -34,7 +34,7 @@ bool ZelCameraControl::StartNow() {
                    "***ERROR***: ZelCameraControl::Start() - m_SyncTable.Set(CAMERA_STATE, 2) failed - retry "
                    "attempt #%d\n",
                    0);
-    if (!m_Turns.Interrupted()) return true;
+    if (!StartEnds()) return true;
     StoreError(ZEL_ERROR_UNSUPPORTED);
     return false;
 }
@@ -47,7 +47,7 @@ void ZelCameraControl::SetWithRetries(int index, int value, int attempts, const 
                                       const char* retry_line, int source_line) {
     for (int attempt = 1; attempt <= attempts; ++attempt) {
         if (attempt > 1) {
-            if (m_Turns.Interrupted()) return;
+            if (StartEnds()) return;
             platform::SleepMilliseconds(100);
             ZEL_LOG(m_Logger, kLogError, function_name, retry_line, attempt, source_line);
         }
@@ -90,7 +90,7 @@ bool ZelCameraControl::WaitForCalculation() {
         m_SyncTable->Get(CALC_STATE, &state);
         if (platform::MillisecondClock() - start > kCalculationBudgetMs) return false;
         platform::SleepMilliseconds(20);
-        if (m_Turns.Interrupted()) return false;
+        if (StartEnds()) return false;
     } while (state != kCalculationDone);
     return true;
 }

@@ -78,7 +78,7 @@ bool ParameterHandlers::ReadAttribute(ZelCameraControl& camera, unsigned, void* 
 }
 
 void ZelCameraControl::SelectAttribute(const ZelParamAttrId& selection) {
-    const Parameter* parameter = FindParameter(selection.ParamID);
+    const ParameterRow* parameter = FindParameter(selection.ParamID);
     m_ZELParamIndex = selection.ParamID;
     m_ZELAttrID = selection.AttrID;
     m_SyncTableParamIndex = parameter ? parameter->translation : kParameterUnsupported;
@@ -104,7 +104,7 @@ void ZelCameraControl::LogSelection(const char* function_name) {
 }
 
 bool ZelCameraControl::ReadAttribute(void* data) {
-    const Parameter* parameter = FindParameter(m_ZELParamIndex);
+    const ParameterRow* parameter = FindParameter(m_ZELParamIndex);
     if (!parameter) return false;
     const int attribute = WithoutAlias(m_SyncTableAttrIndex);
     if (attribute == kTableName) {

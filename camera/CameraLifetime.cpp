@@ -45,6 +45,9 @@ bool ZelCameraControl::ExchangesEnd() {
     return m_Gate.Cancelled() || m_Turns.CloseAwaited() || (m_Gate.IsShut(kEnding) && !m_Turns.HolderCloses());
 }
 
+// A close is told of twice: those inside first, and the turns when it queues there. A start may look in between.
+bool ZelCameraControl::StartEnds() { return m_Turns.Interrupted() || ExchangesEnd(); }
+
 void ZelCameraControl::BeginEnd() {
     m_Gate.Shut(kEnding);
     m_Gate.Cancel();

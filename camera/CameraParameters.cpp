@@ -39,7 +39,7 @@ bool ZelCameraControl::GetParameter(unsigned param_id, unsigned size, void* data
         ZEL_LOG(m_Logger, kLogError, kGet, "((param_id < 0) || (param_id > ZEL_MAX_PARAMS))");
         return false;
     }
-    const Parameter* parameter = FindParameter(static_cast<int>(param_id));
+    const ParameterRow* parameter = FindParameter(static_cast<int>(param_id));
     if (!parameter) return false;
     ZEL_LOG(m_Logger, kLogTrace, kGet, "%s", parameter->name);
     if (parameter->direct_read) return parameter->read(*this, size, data);
@@ -86,7 +86,7 @@ bool ZelCameraControl::SetParameterValue(int param_id, int value) {
 bool ZelCameraControl::SetParameter(int param_id, const void* data) {
     const Operation entry(*this);
     if (!entry) return false;
-    const Parameter* parameter = FindParameter(param_id);
+    const ParameterRow* parameter = FindParameter(param_id);
     if (!parameter) return false;
     ZEL_LOG(m_Logger, kLogTrace, kSet, "%s", parameter->name);
     if (parameter->direct_write) return parameter->write(*this, data);

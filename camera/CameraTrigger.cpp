@@ -41,7 +41,7 @@ int ZelCameraControl::StartTriggerCommon() {
     do {
         m_SyncTable->Get(CALC_STATE, &state);
         platform::SleepMilliseconds(20);
-        if (m_Turns.Interrupted() || platform::MillisecondClock() - start >= kTriggerCalculationLimitMs) return 1;
+        if (StartEnds() || platform::MillisecondClock() - start >= kTriggerCalculationLimitMs) return 1;
     } while (state != kCalculationDone);
     if (const int code = PrepareAcquisition()) return code;
     switch (link.trigger) {
@@ -118,7 +118,7 @@ bool ZelCameraControl::EnableTriggerUsbOrCameraLink(bool usb) {
     // On purpose: this wait has no limit, unlike the others. Who stops or closes the camera ends it.
     int state = 0;
     do {
-        if (m_Turns.Interrupted()) return false;
+        if (StartEnds()) return false;
         platform::SleepMilliseconds(100);
         if (!m_SyncTable->Get(CALC_STATE, &state)) {
             ZEL_LOG(m_Logger, kLogError, kStartTrigger,
@@ -147,16 +147,21 @@ bool ZelCameraControl::StartTriggerAcquisition() {
     return turn.Taken() && StartTriggerNow();
 }
 
+// Whoever wants to stop or close meanwhile has the transport stopped as soon as this has ended.
 bool ZelCameraControl::StartTriggerNow() {
     LeaveScratchpad();
     bool result = StoreError(m_Camera->StartTrigger()) == 0;
-    if (m_Turns.Interrupted()) {
-        if (result) StoreError(ZEL_ERROR_UNSUPPORTED);
-        return false;
-    }
+    if (!StartEnds()) result = ArmForTriggers(result);
+    if (!StartEnds()) return result;
+    if (result) StoreError(ZEL_ERROR_UNSUPPORTED);
+    return false;
+}
+
+// started: whether the transport did. Result: whether the operation succeeds.
+bool ZelCameraControl::ArmForTriggers(bool started) {
     if (Link().sets_trigger_state) {
-        result = m_SyncTable->Set(TRIGGER_STATE, 1);
-        if (!result) {
+        started = m_SyncTable->Set(TRIGGER_STATE, 1);
+        if (!started) {
             // On purpose: a refused trigger state ends the operation with success.
             ZEL_LOG(m_Logger, kLogError, "ZelCameraControl::StartTriggerAcquisition",
                     "***ERROR***: PleoraEBusInterface::Start() - m_SyncTable.Set(TRIGGER_STATE, 0) failed\n");
@@ -164,7 +169,7 @@ bool ZelCameraControl::StartTriggerNow() {
         }
     }
     ArmBySoftware();
-    return result;
+    return started;
 }
 
 // With 1 the camera is armed anew, which stops nothing.

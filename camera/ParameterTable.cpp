@@ -25,7 +25,7 @@ constexpr FixedAttributes kMatrix{
 
 // On purpose: ZEL_PARAM_GAIN and ZEL_PARAM_VGA_GAIN are the same entry of the camera.
 // clang-format off
-constexpr Parameter kParameters[] = {
+constexpr ParameterRow kParameters[] = {
     {.name = "ZEL_PARAM_CMD_ID_ATTR_ID", .translation = kParameterUnsupported, .write = Handlers::WriteAttributeSelection},
     {.name = "ZEL_PARAM_ATTR", .translation = kParameterUnsupported, .read = Handlers::ReadAttribute},
     {.name = "ZEL_PARAM_PROTOCOL", .translation = HOST_PORT_PROTOCOL},
@@ -120,12 +120,12 @@ static_assert(std::size(kAttributes) == kAttributeCount);
 
 }  // namespace
 
-const Parameter* FindParameter(int param_id) {
+const ParameterRow* FindParameter(int param_id) {
     return param_id >= 0 && param_id < ZEL_MAX_PARAMS ? &kParameters[param_id] : nullptr;
 }
 
 const char* ParameterName(int param_id) {
-    const Parameter* parameter = FindParameter(param_id);
+    const ParameterRow* parameter = FindParameter(param_id);
     return parameter ? parameter->name : "";
 }
 

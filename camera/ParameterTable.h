@@ -26,7 +26,7 @@ struct FixedAttributes {
     bool per_field = false;  // minimum, maximum and default are those of the six region and binning entries
 };
 
-struct Parameter {
+struct ParameterRow {
     // Readers and writers answer what GetParameter and SetParameter answer. Without one, a camera-side parameter is
     // exchanged with its table entry, a host-side one reads as nothing and refuses writes.
     using Reader = bool (*)(ZelCameraControl& camera, unsigned size, void* data);
@@ -46,7 +46,7 @@ struct Parameter {
 inline constexpr const char* kLogSeparator = "--------------------------------------------------------";
 
 // The row of a parameter id; null outside 0 to ZEL_MAX_PARAMS - 1.
-const Parameter* FindParameter(int param_id);
+const ParameterRow* FindParameter(int param_id);
 
 // Name of a parameter or attribute id for log lines; "" outside the tables.
 const char* ParameterName(int param_id);

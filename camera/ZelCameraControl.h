@@ -220,6 +220,7 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
         ControlTurns::Answer m_Answer = ControlTurns::Answer::kRefused;
     };
     bool ExchangesEnd();
+    bool StartEnds();
     bool TransportIsOurs() { return !m_Gate.IsShut(kRetired | kLibraryShutDown); }
 
     // Connection
@@ -254,6 +255,7 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     // Acquisition
     bool StartNow();
     bool StartTriggerNow();
+    bool ArmForTriggers(bool started);
     bool StopNow();
     bool StopTriggerNow();
     int StoreError(int code);

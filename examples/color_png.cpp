@@ -4,7 +4,7 @@
 //
 // Without --camera it takes the first color camera.
 #include <chrono>
-#include <cstdint>
+#include <cstddef>
 #include <cstdio>
 #include <exception>
 #include <stdexcept>

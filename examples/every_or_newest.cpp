@@ -3,6 +3,7 @@
 //
 //   every_or_newest [--camera NUMBER-OR-SERIAL] [--frames N] [--work MILLISECONDS] [--buffers N]
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <thread>

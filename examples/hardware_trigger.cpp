@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstdio>
 #include <exception>
+#include <stdexcept>
 #include <string>
 
 #include "Options.h"
@@ -57,7 +58,9 @@ int main(int argc, char** argv) try {
     camera.stop();
     std::printf("%d of %d frames came; lost on the link: %llu\n", came, wanted,
                 static_cast<unsigned long long>(camera.link_drops()));
-    return came == wanted ? 0 : 1;
+    std::fflush(stdout);
+    if (came < wanted) throw std::runtime_error(std::to_string(wanted - came) + " frames are missing");
+    return 0;
 } catch (const std::exception& error) {
     std::fprintf(stderr, "hardware_trigger: %s\n", error.what());
     return 1;

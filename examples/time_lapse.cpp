@@ -8,6 +8,7 @@
 #include <exception>
 #include <filesystem>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <thread>
 
@@ -85,7 +86,9 @@ int main(int argc, char** argv) try {
         std::fflush(stdout);
     }
     std::printf("%d of %d pictures are in %s\n", taken, wanted, folder.string().c_str());
-    return taken == wanted ? 0 : 1;
+    std::fflush(stdout);
+    if (taken < wanted) throw std::runtime_error(std::to_string(wanted - taken) + " pictures are missing");
+    return 0;
 } catch (const std::exception& error) {
     std::fprintf(stderr, "time_lapse: %s\n", error.what());
     return 1;

@@ -5,13 +5,14 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <cstdint>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
 #include <exception>
 #include <mutex>
 #include <thread>
+#include <utility>
 
 #include "Options.h"
 #include "zel/Zel.h"

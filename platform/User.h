@@ -10,6 +10,11 @@ namespace zel::platform {
 // folder ($XDG_DATA_HOME or ~/.local/share) elsewhere; UTF-8. Made when it does not exist. Empty when the user is not
 // known or the folder can't be made.
 std::string CalibrationFolder();
+// The same path, with nothing made. Empty when the user is not known.
+std::string CalibrationFolderPath();
+
+// Whether this process may make files in a folder that exists; UTF-8. Leaves nothing behind.
+bool FolderIsWritable(const std::string& folder);
 
 // The character between a folder and a file name in a path.
 char PathSeparator();

@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Holds the order of the folders: each may include itself and what stands behind its name here, nothing else. A folder
 # that is named with a path is a room with walls of its own. Prints every include that goes against an arrow.
+# The tool's doctor looks at what the SDK does by itself: which plug-ins it loads (sdk/InterfaceLibrary), what they export
+# (link), which kernels it chooses (kernels).
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 export LC_ALL=C
 allowed='
@@ -18,20 +20,23 @@ calibration:        calibration/Sha1
 tapbalance:         calibration calibration/Sha1 kernels link platform sdk/Logger
 image:              include kernels platform tapbalance sdk/Logger
 camera:             image include link platform tapbalance util sdk/Logger
-sdk:                camera include link platform util sdk/Logger
+sdk/InterfaceLibrary: camera link platform sdk sdk/Logger
+sdk:                camera include link platform util sdk/Logger sdk/InterfaceLibrary
 devices/sim/scene:    platform
 devices/sim/sensor:   include link platform devices/sim/scene
 devices/sim/firmware: include link platform devices/sim/scene devices/sim/sensor calibration/Sha1
 devices/sim/link:     include link platform devices/sim/sensor devices/sim/firmware
 devices/sim/plugins:  include link platform devices/sim/link
 bindings/c:           include include/zel include/zel/detail platform sdk/Logger
+tools/manual:
 tools/zelcam/text:        include include/zel include/zel/detail platform
 tools/zelcam/camera:      include include/zel tools/zelcam/text
 tools/zelcam/calibration: include include/zel platform calibration tools/zelcam/text tools/zelcam/camera
 tools/zelcam/frames:      include include/zel platform util tools/zelcam/text tools/zelcam/camera
-tools/zelcam/commands:    include include/zel platform tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames
+tools/zelcam/doctor:      include include/zel platform kernels link sdk/InterfaceLibrary tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames
+tools/zelcam/commands:    include include/zel platform tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames tools/zelcam/doctor tools/manual
 tools/zelcam:             platform tools/zelcam/text tools/zelcam/commands
-tools/plugin_check:       include link platform
+tools/plugin_check:       include link platform tools/manual
 tools/scene_picture:      platform devices/sim/scene
 examples:                 include include/zel
 '

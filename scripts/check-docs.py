@@ -18,7 +18,7 @@ milliseconds (`12 ms`, `"..._ms": 12`) and time stamps; so may the width of the 
     <!-- exact -->              nothing in it counts as measured
 
 A program is a fenced block with a language (cpp, c, python, ...) other than text; the paragraph before it names its
-file in backticks.
+file in backticks, or it is of the last file below examples/ that the page has named.
 """
 import argparse
 import collections
@@ -189,7 +189,7 @@ def check_links():
 def check_programs():
     count, bad = 0, 0
     for page in pages():
-        paragraph, program, language = [], [], None
+        paragraph, program, language, example = [], [], None, []
         for line in lines_of(os.path.join(ROOT, page)):
             fence = line.code and re.match(r"\s*```+\s*(\w*)", line.text)
             if fence and language is None:
@@ -197,14 +197,19 @@ def check_programs():
             elif fence:
                 if language not in ("", "text", "sh", "console"):
                     count += 1
-                    names = re.findall(r"`([\w./-]+\.\w+|[\w./-]+/Makefile)`", " ".join(paragraph))
+                    names = re.findall(r"`([\w./-]+\.\w+|[\w./-]+/Makefile)`", " ".join(paragraph)) + example
                     if not any(stands_in(program, name) for name in names):
                         print(f"{page}:{line.number}: this program is no file of the tree: {', '.join(names) or 'no name'}")
                         bad += 1
                 language = None
             elif language is not None:
                 program.append(line.text)
-            elif not line.text.strip():
+                continue
+            if not line.code:
+                example = re.findall(r"`(examples/[\w./-]+\.\w+)`", line.text)[-1:] or example
+            if language is not None or fence:
+                continue
+            if not line.text.strip():
                 paragraph = [] if not paragraph or paragraph[-1] == "" else paragraph + [""]
             else:
                 paragraph = [line.text] if paragraph and paragraph[-1] == "" else paragraph + [line.text]

@@ -161,6 +161,7 @@ class Camera {
         if (options.trigger != Trigger::as_set) {
             parameter(ZEL_PARAM_HW_TRIGGER_ACTIVE).set(options.trigger == Trigger::hardware ? 1 : 0);
         }
+        require_color_size();
         m_State->begin_run();
         detail::Run run = m_State->run();
         run.pool_buffers = require_buffers(run.pool_buffers);
@@ -316,6 +317,15 @@ class Camera {
                         "frames of the run before are held, and the pool changes", "let go of them or copy them");
         }
         return buffers->integer();
+    }
+
+    // With binning the SDK makes no color picture, and no frame would come.
+    void require_color_size() const {
+        if (!m_State->color()) return;
+        const auto region = parameter(ZEL_PARAM_ROI_BIN).try_value();
+        if (!region || (region->region().XBin <= 1 && region->region().YBin <= 1)) return;
+        throw Error(ErrorKind::refused, label() + " can't be started", "color frames are not binned",
+                    "set both factors to 1, or use_grey()");
     }
 
     std::string start_hint() const {

@@ -26,8 +26,12 @@ class FrameResult {
     explicit operator bool() const noexcept { return static_cast<bool>(m_Frame); }
     /// The frame; there must be one.
     Frame& operator*() noexcept { return m_Frame; }
-    /// The frame; only when there is one.
+    /// The same, not to be changed.
+    const Frame& operator*() const noexcept { return m_Frame; }
+    /// The frame's members; there must be one.
     Frame* operator->() noexcept { return &m_Frame; }
+    /// The same, not to be changed.
+    const Frame* operator->() const noexcept { return &m_Frame; }
     /// Takes the frame out of the result; an empty one when there is none.
     Frame take() noexcept { return std::move(m_Frame); }
 

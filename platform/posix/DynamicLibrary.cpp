@@ -6,22 +6,14 @@
 #include <exception>
 #include <filesystem>
 #include <string>
-#include <string_view>
+
+#include "platform/LibraryFiles.h"
 
 namespace zel::platform {
 
 namespace {
 
 constexpr int kMode = RTLD_NOW | RTLD_LOCAL;
-
-// "zel_usb.dll" becomes "libzel_usb.so"; folders stay, other names are the system's own and stay too.
-std::string SystemName(std::string_view name) {
-    constexpr std::string_view kEnding = ".dll";
-    if (!name.ends_with(kEnding)) return std::string(name);
-    name.remove_suffix(kEnding.size());
-    const std::size_t file = name.rfind('/') + 1;  // 0 when there is no folder
-    return std::string(name.substr(0, file)) + "lib" + std::string(name.substr(file)) + ".so";
-}
 
 // The loader's entry of the library, or program, that an address lies in; null when it lies in none.
 const link_map* HolderOf(void* address) {
@@ -44,7 +36,7 @@ std::filesystem::path OwnFolder() {
 LibraryHandle LoadSharedLibrary(const char* canonical_name) {
     if (!canonical_name || !*canonical_name) return nullptr;
     try {
-        const std::string name = SystemName(canonical_name);
+        const std::string name = LibraryFileName(canonical_name);
         if (void* library = dlopen(name.c_str(), kMode)) return library;
         if (name.find('/') != std::string::npos) return nullptr;
         // The loader looks a bare name up along the run path of dlopen's caller. Sanitizers put a function of theirs
@@ -58,7 +50,7 @@ LibraryHandle LoadSharedLibrary(const char* canonical_name) {
 
 LibraryHandle LoadedLibrary(const char* canonical_name) {
     try {
-        return dlopen(SystemName(canonical_name).c_str(), kMode | RTLD_NOLOAD);
+        return dlopen(LibraryFileName(canonical_name).c_str(), kMode | RTLD_NOLOAD);
     } catch (const std::exception&) {
         return nullptr;
     }

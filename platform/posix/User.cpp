@@ -38,11 +38,21 @@ std::filesystem::path LocalDataFolder() {
 
 }  // namespace
 
+std::string CalibrationFolderPath() {
+    try {
+        const std::filesystem::path folder = LocalDataFolder();
+        return folder.empty() ? "" : (folder / "ZEL").string();
+    } catch (const std::exception&) {
+        return "";
+    }
+}
+
+bool FolderIsWritable(const std::string& folder) { return access(folder.c_str(), W_OK | X_OK) == 0; }
+
 std::string CalibrationFolder() {
     try {
-        std::filesystem::path folder = LocalDataFolder();
+        const std::filesystem::path folder = CalibrationFolderPath();
         if (folder.empty()) return "";
-        folder /= "ZEL";
         std::error_code error;
         std::filesystem::create_directories(folder, error);
         return std::filesystem::is_directory(folder, error) ? folder.string() : "";

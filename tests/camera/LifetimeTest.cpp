@@ -58,16 +58,14 @@ class EndingTest : public LifetimeTest, public testing::WithParamInterface<Endin
         Write(ZEL_PARAM_HW_TRIGGER_ACTIVE, 1);
         m_Transport.SetHandler([this](const Bytes& datagram) {
             if (m_Halts) m_Halt.Stay();
-            if (datagram == SetRequest(CALC_STATE, 1)) ++m_Calculations;
             Bytes answer = m_Table.Answer(datagram);
-            m_Table.m_Values[CALC_STATE] = m_Calculations < 2 ? 2 : 1;
+            m_Table.m_Values[CALC_STATE] = m_Transport.CountCalls("PrepareAcquisition 8") == 0 ? 2 : 1;
             return answer;
         });
         m_Starting = std::thread([this] { EXPECT_FALSE(m_Camera->StartTriggerAcquisition()); });
-        while (m_Calculations < 2) std::this_thread::yield();
+        while (m_Transport.CountCalls("PrepareAcquisition 8") == 0) std::this_thread::yield();
     }
 
-    std::atomic<int> m_Calculations{0};
     std::atomic<bool> m_Halts{false};
     Halt m_Halt;
     std::thread m_Starting;
@@ -103,6 +101,29 @@ TEST_P(EndingTest, IsLeftToTheStartWhenCalledInsideACallback) {
     m_Camera->IsOpen(&open);
     EXPECT_EQ(open, GetParam().name == std::string("Close") ? 0 : 1);
     EXPECT_TRUE(m_Camera->FreeScratchBuffers()) << "the gate is open again";
+}
+
+// A close tells whoever is inside to end before it queues for its turn; here a start meets it in between. A refused
+// trigger state counts as success, one that was not sent any more does not.
+TEST_F(LifetimeTest, AStartThatWasToldToEndAnswersFalse) {
+    const struct {
+        Operation start;
+        Bytes last;  // what the start sends at its end
+    } rows[] = {{[](ZelCamera& camera) { return camera.Start(); }, SetRequest(CAMERA_STATE, 2)},
+                {[](ZelCamera& camera) { return camera.StartTriggerAcquisition(); }, SetRequest(TRIGGER_STATE, 1)}};
+    m_Transport.m_Answers.call_common = false;
+    for (const auto& row : rows) {
+        m_Camera = std::make_unique<ZelCameraControl>(&m_Transport, "test");
+        m_Transport.SetCameraCommon(m_Camera.get());
+        m_Transport.SetHandler([&](const Bytes& datagram) {
+            if (datagram == row.last) zel_camera_control_begin_end(m_Camera.get());
+            return datagram == row.last ? Bytes{} : m_Table.Answer(datagram);
+        });
+        ASSERT_TRUE(m_Camera->Open());
+        EXPECT_FALSE(row.start(*m_Camera));
+        EXPECT_EQ(m_Camera->GetLastError(), ZEL_ERROR_UNSUPPORTED);
+        EXPECT_EQ(m_Transport.CountSent(row.last), 1);
+    }
 }
 
 TEST_F(LifetimeTest, StartsTakeTurns) {

@@ -6,10 +6,15 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 lib=$prefix/$libraries include=$prefix/include/zel-sdk
 
 expect "cameras of the moved tree" 4 "$("$prefix/bin/zelcam" list --json | grep -o '"serial"' | wc -l)"
-expect "name that programs ask for" libzel_sdk.so.3 \
-    "$(readelf -d "$lib/libzel_sdk.so" | sed -n 's/.*SONAME.*\[\(.*\)\]/\1/p')"
-expect "symbols without the version" "" \
-    "$(nm -D --defined-only "$lib/libzel_sdk.so" | awk '$2 != "A" && $3 !~ /@@ZEL_SDK_3$/ { print $3 }')"
+while read -r name asked_for version; do
+    expect "name that programs ask for" "$asked_for" \
+        "$(readelf -d "$lib/$name" | sed -n 's/.*SONAME.*\[\(.*\)\]/\1/p')"
+    expect "symbols of $name without $version" "" "$(nm -D --defined-only "$lib/$name" |
+        awk -v version="@@$version" '$2 != "A" && substr($3, length($3) - length(version) + 1) != version { print $3 }')"
+done <<'END'
+libzel_sdk.so libzel_sdk.so.3 ZEL_SDK_3
+libzel_c.so libzel_c.so.1 ZEL_C_1
+END
 
 # Each header alone. Those in zel/ are for C++20.
 check_header() {
@@ -25,12 +30,14 @@ xargs -P2 -I{} bash -c 'check_header {}' <headers || exit 1
 count=$(wc -l <headers)
 [ "$count" -ge 12 ] || fail "only $count headers are installed"
 
-# The examples with CMake, one with make.
+# Examples, of which all are built in the tree, and a C program: with CMake and with make.
+cp "$here/cameras.c" outside
 cmake -S outside -B cmake-build -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$compiler" >log 2>&1 &&
-    cmake --build cmake-build -j2 >>log 2>&1 || fail "$(tail -n 30 log)"
-PKG_CONFIG_PATH=$lib/pkgconfig make -s -C outside one_frame CXX="$compiler"
-for program in cmake-build/one_frame outside/one_frame; do
-    expect "$program" "frame.tif is written" "$("$program")"
+    cmake --build cmake-build -j2 --target one_frame live_statistics c_cameras >>log 2>&1 || fail "$(tail -n 30 log)"
+PKG_CONFIG_PATH=$lib/pkgconfig make -s -C outside one_frame c_cameras CXX="$compiler"
+for folder in cmake-build outside; do
+    expect "$folder, C++" "frame.tif is written" "$("$folder/one_frame")"
+    expect "$folder, C" "4 cameras" "$("$folder/c_cameras")"
 done
 
 # A program that was linked with a library without versions.

@@ -12,24 +12,24 @@ for file in "$prefix"/bin/*; do
     strings -el "$file" | grep -qx "$(basename "$file")" || fail "the version resource of $file does not name it"
     count=$((count + 1))
 done
-[ "$count" -ge 7 ] || fail "only $count programs and libraries are installed"
+[ "$count" -ge 8 ] || fail "only $count programs and libraries are installed"
 
 "$compiler" -std=c++20 -static -I"$prefix/include/zel-sdk" -o "$prefix/bin/one_frame.exe" outside/one_frame.cpp \
     -L"$prefix/$libraries" -lzel_sdk
 cd "$prefix/bin"
 expect "one_frame.exe" "frame.tif is written" "$("$run" one_frame.exe | tr -d '\r')"
 
-# Microsoft's linker finds every name of the module-definition file.
-target=x86_64 machine=x64 prefix_of_c= decorated='?get_version_str@@YAPEADXZ'
-case $tools in i686*) target=i686 machine=x86 prefix_of_c=_ decorated='?get_version_str@@YAPADXZ' ;; esac
+# Microsoft's linker finds every name of the module-definition files.
+target=x86_64 machine=x64 underscore='' decorated='?get_version_str@@YAPEADXZ'
+case $tools in i686*) target=i686 machine=x86 underscore=_ decorated='?get_version_str@@YAPADXZ' ;; esac
 names=(/include:"$decorated")
 while read -r name; do
-    names+=(/include:"$prefix_of_c$name")
-done < <(sed -nE 's/^ +([a-z_]+)$/\1/p' "$here/../../sdk/zel_sdk.map" "$here/../../sdk/zel_sdk.def.in")
+    names+=(/include:"$underscore$name")
+done < <(sed -nE 's/^ +([a-z_]+);$/\1/p' "$here/../../sdk/zel_sdk.map" "$here/../../bindings/c/zel_c.map")
 echo 'extern "C" int start() { return 7; }' |
     clang++ --target=$target-pc-windows-msvc -ffreestanding -c -o "$work/start.obj" -x c++ -
 lld-link /entry:start /subsystem:console /nodefaultlib /safeseh:no "${names[@]}" /machine:$machine \
-    /out:"$prefix/bin/linked.exe" "$work/start.obj" "$prefix/$libraries/zel_sdk.lib"
+    /out:linked.exe "$work/start.obj" "$prefix/$libraries"/zel_{sdk,c}.lib
 status=0
 "$run" linked.exe || status=$?
 expect "exit code of a program that needs all ${#names[@]} names" 7 "$status"

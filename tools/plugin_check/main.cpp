@@ -2,7 +2,9 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <string>
+#include <utility>
 
+#include "tools/manual/ManPage.h"
 #include "tools/plugin_check/Checks.h"
 #include "tools/plugin_check/RawFrame.h"
 
@@ -36,6 +38,10 @@ struct Wishes {
     bool json = false;
 };
 
+constexpr std::pair<const char*, const char*> kExitCodes[] = {{"0", "all checks passed"},
+                                                              {"1", "one failed or the frame did not come"},
+                                                              {"2", "the command line was not understood"}};
+
 void Declare(CLI::App& app, Wishes& wishes) {
     app.add_option("file", wishes.file, "A plug-in, such as zel_usb.dll or a path")->required();
     app.add_flag("--json", wishes.json, "Print JSON and nothing else on the standard output");
@@ -46,9 +52,20 @@ void Declare(CLI::App& app, Wishes& wishes) {
     bytes->excludes(samples);
     app.add_option("taps", wishes.taps, "With --bytes or --samples: taps to read the frame out by (default: as set)")
         ->check(CLI::IsMember({1, 2, 4}));
-    app.footer(
-        "Exit codes: 0 all checks passed, 1 one failed or the frame did not come, 2 the command line was not "
-        "understood.\nCameras must be attached, and free for the check. Example: zel_plugin_check zel_usb.dll");
+    std::string codes;
+    for (const auto& [code, meaning] : kExitCodes)
+        codes += (codes.empty() ? "" : ", ") + std::string(code) + " " + meaning;
+    app.footer("Exit codes: " + codes +
+               ".\nCameras must be attached, and free for the check.\nExample: zel_plugin_check zel_usb.dll");
+}
+
+// For the build, which has the page made of what stands above.
+bool PrintManPage(const CLI::App& app) {
+    zel::manual::ManSection codes{"Exit status", {}};
+    for (const auto& [code, meaning] : kExitCodes) codes.terms.emplace_back(code, meaning);
+    const std::string page =
+        ManPage(zel::manual::ReadCommand(app), {"zel_plugin_check", ZEL_PLUGIN_CHECK_VERSION, {"zelcam(1)"}}, {codes});
+    return std::fwrite(page.data(), 1, page.size(), stdout) == page.size() && std::fflush(stdout) == 0;
 }
 
 bool Run(const Wishes& wishes) {
@@ -76,6 +93,7 @@ int main(int argc, char** argv) {
     CLI::App app{"Checks a camera interface library against what the SDK expects of one.", "zel_plugin_check"};
     Wishes wishes;
     Declare(app, wishes);
+    if (argc == 2 && std::string(argv[1]) == "--man-page") return PrintManPage(app) ? 0 : 1;
     try {
         app.parse(argc, argv);
         if (wishes.taps > 0 && wishes.bytes.empty() && wishes.samples.empty()) {

@@ -117,8 +117,15 @@ class CaptureCommand : public Command {
         throw Failure(Counted(m_Drops.link + m_Drops.no_buffer, "frame") + " of " + camera.label() +
                           " went missing between those saved",
                       fmt::format("{} on the link, {} without a free buffer", m_Drops.link, m_Drops.no_buffer),
-                      "use more --buffers, a longer --exposure or a faster disk, or accept it with --allow-loss",
-                      kFramesLost);
+                      AdviceForLoss() + ", or accept it with --allow-loss", kFramesLost);
+    }
+
+    // More buffers do not help a link that loses frames.
+    std::string AdviceForLoss() const {
+        const char* const buffers = "use more --buffers, a longer --exposure or a faster disk";
+        if (m_Drops.link == 0) return buffers;
+        const std::string link = "check cable and receive buffers ('zelcam doctor') or use a longer --exposure";
+        return m_Drops.no_buffer == 0 ? link : link + "; and more --buffers or a faster disk";
     }
 
     int m_Frames = 1;

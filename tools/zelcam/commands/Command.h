@@ -77,6 +77,9 @@ std::unique_ptr<Command> MakeStreamCommand();
 std::unique_ptr<Command> MakeWatchCommand();
 std::unique_ptr<Command> MakeTextCommand();
 std::unique_ptr<Command> MakeCalibrateCommand();
+std::unique_ptr<Command> MakeDoctorCommand();
+std::unique_ptr<Command> MakeCompletionCommand();
+std::unique_ptr<Command> MakeManualCommand();
 std::unique_ptr<Command> MakeVersionCommand();
 
 }  // namespace zelcam

@@ -234,14 +234,16 @@ TEST_F(ProgramCapture, ARunThatEndsEarlyReportsWhatItSaved) {
         const char* line;
         std::size_t frames;
     } cases[] = {
-        {"", "capture -n 10 --set FRAME_COUNT=3", kTimeout, "its sequence of 3 frames is over", 3},
+        {"", "capture -n 10 --set FRAME_COUNT=3", kTimeout, "3 frames is over; ask for fewer frames, or", 3},
         {"", "trigger -n 10 --save --set FRAME_COUNT=3", kTimeout, "is over", 3},
         {"", "stream -n 10 --set FRAME_COUNT=3", kTimeout, "is over", 3},
         {"fault 0 unplug-frame after=3", "capture -n 10", kLinkLost, "the link to the camera is lost", 3},
         {"fault 0 stall 0 after=2", "capture -n 10 --timeout 1", kTimeout,
          "within 1000 ms: the camera is running (exposure of 10 ms)", 2},
         {"fault 0 lose after=1", "trigger -n 3 --save --timeout 1", kTimeout, "software trigger brought no frame", 1},
-        {"fault 0 lose after=2 times=3", "capture -n 8 --buffers 32", kFramesLost, "3 on the link, 0 without", 8},
+        {"fault 0 lose after=2 times=3", "capture -n 8 --buffers 32", kFramesLost,
+         "0 without a free buffer; check cable and receive buffers ('zelcam doctor') or use a longer --exposure, or",
+         8},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.line);

@@ -60,8 +60,9 @@ TEST(Program, HelpIsThereForEveryCommand) {
     EXPECT_EQ(help.exit_code, 0);
     EXPECT_EQ(RunTool("help").out, help.out);
     for (const FailureKind& kind : kFailureKinds) EXPECT_THAT(help.out, HasSubstr(kind.code));
-    for (const std::string command : {"list", "info", "capture", "params", "get", "set", "trigger", "stream", "watch",
-                                      "text", "calibrate", "version", "calibrate seams"}) {
+    for (const std::string command :
+         {"list", "info", "capture", "params", "get", "set", "trigger", "stream", "watch", "text", "calibrate",
+          "doctor", "completion", "manual", "version", "calibrate seams"}) {
         const ToolResult own = RunTool("help " + command);
         EXPECT_THAT(own.out, HasSubstr("--json")) << command;
         EXPECT_THAT(own.out, HasSubstr("Example: zelcam " + command)) << command;
@@ -79,13 +80,13 @@ TEST(Program, FailuresAreOneLineACodeAndAnExitCode) {
         {"list --jsno", kUsage, "--jsno; see 'zelcam list --help'"},
         {"calibrate seams --color", kUsage, "see 'zelcam calibrate seams --help'"},
         {"capture --frames 0", kUsage, "--frames"},
-        {"capture --buffers 0", kUsage, "no frame could come"},
+        {"capture --buffers 0", kUsage, "no frame could come; use --buffers 8"},
         {"capture --timeout nan", kUsage, "'nan' is no number of seconds from 0.001 to 86400"},
         {"capture --format gif", kUsage, "gif"},
         {"capture --format 8", kUsage, "it is for color pictures"},
         {"capture -c 2 --color --format tiff", kUsage, "choose 16, 8 or rgba8"},
-        {"capture --color", kRefused, "camera 0 has no color"},
-        {"capture -c 2 --color --bin 2,1", kRefused, "color frames are not binned"},
+        {"capture --color", kRefused, "it is a monochrome camera; leave --color out"},
+        {"capture -c 2 --color --bin 2,1", kRefused, "set to binning; leave --bin or --color out"},
         {"stream --frames 1 --color-space xyz", kUsage, "requires --color"},
         {"stream --frames 1 --format 8", kUsage, "requires --color"},
         {"capture --roi 0,0,64", kUsage, "x,y,width,height"},
@@ -94,7 +95,7 @@ TEST(Program, FailuresAreOneLineACodeAndAnExitCode) {
         {"capture --bin 65,1", kRefused, "binning leaves nothing"},
         {"stream --average 1001", kUsage, "--average"},
         {"stream -c 1 --roi 0,8,64,8", kRefused, "frames come as 64x48 instead of 64x8"},
-        {"trigger --hardware --timeout 0.1", kTimeout, "waiting for a trigger at its input"},
+        {"trigger --hardware --timeout 0.1", kTimeout, "its input; send a trigger, or set HW_TRIGGER_ACTIVE=0"},
         {"get", kUsage, "parameter"},
         {"info -c 9", kNoCamera, "no camera '9'"},
         {"text nonsense", kRefused, "camera 0 refused 'nonsense': ERR"},
@@ -114,10 +115,10 @@ TEST(Program, OutputThatDoesNotArriveIsAFailure) {
     if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "this system has no file that is always full";
     UseFastCameras();
     const TemporaryFolder folder;
-    for (const std::string& arguments :
-         std::vector<std::string>{"--help", "--version", "list", "list --json", "info", "params", "get GAIN",
-                                  "set GAIN=1", "text info", "stream -n 2 --json", "watch -s 0.1", "trigger", "version",
-                                  "calibrate show --no-plot", "capture --out" + folder.Quoted("")}) {
+    for (const std::string& arguments : std::vector<std::string>{
+             "--help", "--version", "list", "list --json", "info", "params", "get GAIN", "set GAIN=1", "text info",
+             "stream -n 2 --json", "watch -s 0.1", "trigger", "version", "doctor", "completion zsh",
+             "calibrate show --no-plot", "capture --out" + folder.Quoted("")}) {
         const ToolResult result = RunProgram("zelcam", arguments, "/dev/full");
         EXPECT_EQ(result.exit_code, kOutput.exit_code) << arguments;
         EXPECT_THAT(result.err, StartsWith("zelcam: the standard output can't be written: ")) << arguments;

@@ -1,0 +1,187 @@
+// Frames of running cameras, and the reasons why there are none.
+#include <gmock/gmock.h>
+
+#include <ranges>
+
+#include "tests/layer/LayerFixture.h"
+
+namespace zel::test {
+namespace {
+
+using testing::HasSubstr;
+
+class LayerStreams : public LayerTest {
+  protected:
+    // The reason why no frame comes, and that the message an Error would carry has these words.
+    void ExpectReason(Reason reason, const char* words, std::chrono::milliseconds timeout = kLong) {
+        const FrameResult result = camera->wait_frame(timeout);
+        ASSERT_FALSE(result) << words;
+        EXPECT_EQ(result.reason(), reason) << words << ": " << result.why();
+        EXPECT_THAT(result.why(), HasSubstr(words));
+        try {
+            camera->throw_no_frame(result.no_frame());
+        } catch (const Error& error) {
+            EXPECT_EQ(error.kind(), reason == Reason::link_lost ? ErrorKind::link_lost : ErrorKind::timeout);
+            EXPECT_THAT(error.what(), HasSubstr(result.why()));
+        }
+    }
+};
+
+TEST_F(LayerStreams, EveryFrameComesOnceAndInOrder) {
+    Opened().start({.trigger = Trigger::software});
+    FrameCounter counter;
+    for (unsigned i = 0; i < 20; ++i) {
+        camera->trigger();
+        const FrameResult result = camera->wait_frame(kLong);
+        ASSERT_TRUE(result) << result.why();
+        const FrameInfo info = result->info();
+        EXPECT_EQ(std::tuple(info.number, info.width, info.height, info.bits), std::tuple(i, 64u, 48u, 14u));
+        EXPECT_EQ(info.exposure, 1ms);
+        EXPECT_EQ(info.region, (Region{0, 0, 64, 48}));
+        EXPECT_EQ(result->pixels().size(), 64u * 48u);
+        EXPECT_EQ(result->row(47).data(), result->pixels().data() + 47 * 64);
+        counter.frame(info.number, info.arrival_ms);
+    }
+    EXPECT_EQ(counter.missing() + camera->skipped() + camera->link_drops(), 0u);
+    EXPECT_EQ(camera->frames_held(), 0);
+}
+
+TEST_F(LayerStreams, NewestFramesPassOlderOnesOverAndAnEarlierRunIsOver) {
+    Running();
+    FrameCounter counter;
+    for (Frame& frame : newest_frame(*camera, 10)) {
+        std::this_thread::sleep_for(5ms);
+        counter.frame(frame.number(), frame.info().arrival_ms);
+    }
+    EXPECT_TRUE(camera->running()) << "it ran before the stream";
+    counter.set_skipped(camera->skipped());
+    EXPECT_GT(camera->skipped(), 0u);
+    EXPECT_LE(camera->skipped(), counter.missing() + 8) << "those behind the last frame may wait";
+    std::this_thread::sleep_for(20ms);  // for frames that wait
+    camera->start();
+    unsigned next = 0;
+    for (const Frame& frame : every_frame(*camera, 3)) EXPECT_EQ(frame.number(), next++);
+    EXPECT_EQ(next, 3u);
+    EXPECT_EQ(camera->skipped(), 0u);
+}
+
+TEST_F(LayerStreams, ARangeStartsAndStopsAndMayLoseItsFrames) {
+    Opened();
+    std::vector<Frame> kept;
+    for (Frame& frame : every_frame(*camera) | std::views::take(3)) kept.push_back(std::move(frame));
+    EXPECT_EQ(kept.size(), 3u);
+    EXPECT_FALSE(camera->running());
+    EXPECT_EQ(camera->frames_held(), 3);
+    EXPECT_EQ(kept[2].number(), 2u);
+    EXPECT_TRUE(camera->snap());
+}
+
+TEST_F(LayerStreams, ASequenceEndsWithItsFramesHoweverItWasAskedFor) {
+    Opened();
+    camera->set(settings::exposure, 20ms);
+    for (const bool by_setting : {false, true}) {
+        if (by_setting) camera->parameter("FRAME_COUNT").set(4);
+        camera->start({.frames = by_setting ? 0 : 4});
+        int frames = 0;
+        for ([[maybe_unused]] Frame& frame : every_frame(*camera)) ++frames;
+        EXPECT_EQ(frames, 4);
+        EXPECT_TRUE(camera->running());
+        ExpectReason(Reason::sequence_over, "its sequence of 4 frames is over");
+    }
+}
+
+TEST_F(LayerStreams, EveryReasonHasItsWords) {
+    Opened();
+    ExpectReason(Reason::not_started, "not started");
+    camera->set(settings::buffers, 2u);
+    camera->start();
+    std::vector<Frame> held;
+    while (held.size() < 2) held.push_back(camera->wait_frame(kLong).take());
+    ExpectReason(Reason::buffers_held, "all 2 image buffers are held", 50ms);
+    camera->set(settings::buffers, 5u);
+    EXPECT_THROW(camera->start(), Error) << "the pool would change under frames that are held";
+    held.clear();
+    camera->start({.trigger = Trigger::hardware});
+    ExpectReason(Reason::waits_for_hardware, "trigger at its input", 50ms);
+    camera->start({.trigger = Trigger::software});
+    ExpectReason(Reason::waits_for_software, "the software trigger", 50ms);
+    camera->set(settings::exposure, 10s);
+    camera->start();
+    ExpectReason(Reason::exposing, "the exposure of 10000 ms is not over", 50ms);
+    camera->set(settings::exposure, 1ms);
+    usb("fault 1 stall 0");
+    camera->start();
+    ExpectReason(Reason::silent, "sends nothing", 50ms);
+    camera->interrupt();
+    ExpectReason(Reason::interrupted, "interrupted");
+    usb("fault 1 clear");
+    EXPECT_TRUE(camera->wait_frame(std::chrono::milliseconds::max())) << "a wait without an end";
+    camera->set(settings::buffers, 1u);
+    camera->parameter(ZEL_PARAM_NUM_IMAGE_BUFFERS).set(0);
+    EXPECT_THROW(camera->start(), Error);
+}
+
+TEST_F(LayerStreams, AnInterruptEndsAStreamThatIsNeverWaiting) {
+    Running();
+    int frames = 0;
+    for ([[maybe_unused]] Frame& frame : every_frame(*camera)) {
+        if (++frames == 5) camera->interrupt();
+        std::this_thread::sleep_for(5ms);
+    }
+    EXPECT_EQ(frames, 5);
+}
+
+TEST_F(LayerStreams, ALostLinkIsTheReasonUntilTheNextStart) {
+    std::vector<CameraEvent::Kind> events;
+    std::mutex mutex;
+    std::vector<std::string> plugs;
+    sdk->on_hot_plug([&](const HotPlugEvent& event) {
+        const std::lock_guard lock(mutex);
+        plugs.push_back((event.connected ? "connected " : "gone ") + event.camera.serial);
+    });
+    for (const StartOptions& options : {StartOptions{}, StartOptions{.frames = 100000}}) {
+        Opened().on_event([&](const CameraEvent& event) {
+            const std::lock_guard lock(mutex);
+            events.push_back(event.kind);
+        });
+        camera->start(options);
+        ASSERT_TRUE(camera->wait_frame(kLong));
+        usb("unplug 1");
+        while (camera->wait_frame(kLong)) continue;
+        ExpectReason(Reason::link_lost, "the link to the camera is lost");
+        EXPECT_TRUE(camera->link_lost());
+        usb("plug 1");
+        EXPECT_FALSE(camera->link_lost());
+        ExpectReason(Reason::link_lost, "the link to the camera is lost", 300ms);
+        camera->start();
+        EXPECT_TRUE(camera->wait_frame(kLong));
+    }
+    camera.reset();
+    const std::lock_guard lock(mutex);
+    using Kind = CameraEvent::Kind;
+    EXPECT_EQ(events, (std::vector{Kind::link_lost, Kind::link_back, Kind::link_lost, Kind::link_back}));
+    EXPECT_EQ(plugs, (std::vector<std::string>(2, "gone 500102")));
+}
+
+TEST_F(LayerStreams, HandlersAndWaitsShareARunWithoutLosingCount) {
+    Running();
+    std::atomic<unsigned> handled = 0;
+    camera->on_frame([&](const Frame&) {
+        ++handled;
+        std::this_thread::sleep_for(3ms);
+    });
+    while (handled < 10) static_cast<void>(camera->try_frame(1ms));
+    camera->on_frame(nullptr);
+    unsigned taken = 0;
+    std::uint64_t before = camera->skipped();
+    while (camera->skipped() < before + 20) {
+        taken += camera->wait_newest(kLong) ? 1 : 0;
+        std::this_thread::sleep_for(5ms);
+    }
+    EXPECT_LT(before, 10u) << "what a handler took was not passed over";
+    EXPECT_GT(taken, 0u);
+    EXPECT_EQ(camera->frames_held(), 0);
+}
+
+}  // namespace
+}  // namespace zel::test

@@ -1,0 +1,47 @@
+// The parts of an examination. None of them changes a setting of a camera or of the system.
+#ifndef ZELCAM_CHECKS_H
+#define ZELCAM_CHECKS_H
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tools/zelcam/doctor/Examination.h"
+
+namespace zelcam {
+
+// A file of the SDK's library, and where that looks for the ones it loads by name.
+struct SdkFile {
+    std::string path;
+    std::vector<std::string> places;
+};
+SdkFile FindSdkFile();
+
+// The tool, the SDK and the logging library: where they are, and whether they belong together.
+void CheckLibraries(const SdkFile& sdk, Examination& examination);
+
+// Each plug-in by itself: whether it loads, and what it says.
+struct PluginCounts {
+    int loaded = 0;
+    int cameras = 0;
+};
+PluginCounts CheckPlugins(const SdkFile& sdk, Examination& examination);
+
+// The cameras as the SDK lists them.
+struct CameraCounts {
+    bool network = false;  // a real one at that link: a simulated one needs nothing of the system
+    bool usb = false;
+};
+CameraCounts CheckCameras(const SdkFile& sdk, const PluginCounts& plugins, Examination& examination);
+// Opens every camera and takes one frame with it.
+void TryCameras(Examination& examination);
+
+void CheckCalibrationFolder(Examination& examination);
+// Processor, memory, limits.
+void CheckSystem(const CameraCounts& cameras, Examination& examination);
+// What the ZEL_... variables are set to.
+void CheckEnvironment(Examination& examination);
+
+}  // namespace zelcam
+
+#endif

@@ -73,9 +73,9 @@ else()
     # Manual pages and completions, once the build has made them from the tool's commands.
     install(DIRECTORY ${CMAKE_BINARY_DIR}/man/man1/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT zel-tools
             OPTIONAL FILES_MATCHING PATTERN "*.1")
-    foreach(shell bash/bash-completion/completions zsh/zsh/vendor-completions fish/fish/vendor_completions.d)
-        string(REGEX MATCH "^[a-z]+" name ${shell})
-        string(REGEX REPLACE "^[a-z]+/" "" folder ${shell})
+    foreach(shell bash:bash-completion/completions zsh:zsh/vendor-completions fish:fish/vendor_completions.d)
+        string(REGEX MATCH "[^:]+" name ${shell})
+        string(REGEX MATCH "[^:]+$" folder ${shell})
         install(DIRECTORY ${CMAKE_BINARY_DIR}/completions/${name}/ DESTINATION ${CMAKE_INSTALL_DATADIR}/${folder}
                 COMPONENT zel-tools OPTIONAL)
     endforeach()

@@ -39,7 +39,7 @@ void CheckLog(const SdkFile& sdk, Examination& examination) {
     if (!logger.handle) {
         examination.Add(wish.empty() ? State::kNote : State::kWarning, "logging_library",
                         "no log can be written: " + name + " " + logger.why,
-                        "only ZEL_LOG needs it; put it beside the SDK's library", {{"looked_in", sdk.places}});
+                        "only ZEL_LOG needs it; put it into one of these folders", {{"looked_in", sdk.places}});
         return;
     }
     examination.Add(State::kOk, "logging_library", "logging library, " + logger.path, "", {{"path", logger.path}});

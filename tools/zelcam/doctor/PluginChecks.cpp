@@ -95,13 +95,13 @@ PluginCounts CheckPlugins(const SdkFile& sdk, Examination& examination) {
                             {{"plugin", name}, {"path", library.path}});
         } else {
             examination.Add(State::kNote, "plugin", name + " " + library.why,
-                            "cameras of this link need it; put it beside the SDK's library",
+                            "cameras of this link need it; put it into one of these folders",
                             {{"plugin", name}, {"looked_in", sdk.places}});
         }
     }
     if (counts.loaded == 0) {
         examination.Add(State::kProblem, "plugins", "no plug-in can be loaded: no camera will ever be found",
-                        "put the plug-in of your link beside the SDK's library");
+                        "put the plug-in of your link into one of these folders");
     }
     return counts;
 }

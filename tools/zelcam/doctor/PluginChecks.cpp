@@ -37,7 +37,7 @@ std::string Lacking(zel::platform::LibraryHandle library, bool required) {
 
 std::string VersionOf(zel::platform::LibraryHandle library) {
     const auto tell = zel::platform::FindFunction<GetLibraryTextFunction>(library, "get_version_str");
-    return tell ? VersionIn(TextOrEmpty(tell())) : "";
+    return tell ? VersionIn(zel::detail::text_or_empty(tell())) : "";
 }
 
 // Result: the number of cameras, or -1: the library says that it failed. Such a one stays loaded, as the SDK has it.

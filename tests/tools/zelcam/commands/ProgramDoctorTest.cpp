@@ -69,10 +69,13 @@ TEST(Doctor, KnowsEverySettingOfTheSimulatedCameras) {
 class Installation : public TemporaryFolder {
   public:
     Installation() {
-        for (const char* name : {"zel_sdk.dll", "edt_camera_link.dll", "pleora_ebus.dll", "zel_usb.dll", kLogger})
-            Put(name, name);
-        const std::string tool = fs::exists("zelcam.exe") ? "zelcam.exe" : "zelcam";
-        fs::copy_file(tool, Path() / tool);
+        for (const char* name : {"edt_camera_link.dll", "pleora_ebus.dll", "zel_usb.dll", kLogger}) Put(name, name);
+        // The SDK's file has its version in its name on some systems.
+        for (const auto& entry : fs::directory_iterator(".")) {
+            const std::string name = entry.path().filename().string();
+            if (name.starts_with(LibraryFileName("zel_sdk.dll")) || name == "zelcam" || name == "zelcam.exe")
+                fs::copy_file(name, Path() / name);
+        }
     }
     // A library of this build, under this name or another one.
     void Put(const char* name, const char* as) {

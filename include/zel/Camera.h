@@ -41,7 +41,7 @@ struct StartOptions {
 /// An open camera, stopped and closed when this object dies; frames that are still held keep it open until they have
 /// gone back. Made by Sdk::open(). Any thread may call its operations, also inside the handlers set here; those that
 /// talk to the camera block for the exchange (a camera that falls silent costs up to 20 s). Settings that can't be had
-/// throw Error.
+/// throw Error, whose kind is link_lost while the link is, whatever an operation says else.
 class Camera {
   public:
     /// For Sdk.
@@ -178,7 +178,8 @@ class Camera {
         }
         if (!started) {
             m_State->set_running(false);
-            throw Error(ErrorKind::refused, label() + " can't be started", last_error(), start_hint());
+            const ErrorKind kind = link_lost() ? ErrorKind::link_lost : ErrorKind::refused;
+            throw Error(kind, label() + " can't be started", last_error(), start_hint());
         }
         // Frame times are settled when the camera has recalculated its settings, at the start.
         const std::chrono::microseconds frame = run.exposure + std::chrono::microseconds(number(ZEL_PARAM_FRAME_TIME));
@@ -210,6 +211,7 @@ class Camera {
     /// As wait_frame() with the newest frame that waits.
     FrameResult wait_newest(std::chrono::milliseconds timeout) { return wait_frame(timeout, Order::newest); }
     /// The next frame or an empty one, without asking the camera for the reason; for short waits in a loop.
+    /// Empty at once where none can come: look at running() and link_lost() then.
     Frame try_frame(std::chrono::milliseconds timeout, Order order = Order::every) {
         const StatePointer state = m_State;
         bool interrupted = false;
@@ -271,14 +273,6 @@ class Camera {
         } catch (...) {
             // The reply stays empty.
         }
-    }
-
-    static std::string text_of(const ZelRoiBin& r) {
-        std::string text;
-        for (const unsigned word : {r.XOrigin, r.YOrigin, r.XPixels, r.YPixels, r.XBin, r.YBin}) {
-            text += (text.empty() ? "" : ",") + std::to_string(word);
-        }
-        return text;
     }
 
     using StatePointer = std::shared_ptr<detail::CameraState>;

@@ -37,7 +37,7 @@ struct FrameInfo {
     unsigned width = 0;                    ///< pixels of a row
     unsigned height = 0;                   ///< rows
     unsigned bits = 0;                     ///< significant bits of a grey sample; the largest legal value is 2^bits - 1
-    unsigned number = 0;                   ///< number of the frame since the start
+    unsigned number = 0;                   ///< number of the frame since the start, from 0 on
     std::chrono::microseconds exposure{};  ///< exposure time in force
     Region region;                         ///< of the sensor, at the start of the acquisition
     Binning binning;                       ///< at the start of the acquisition

@@ -25,7 +25,7 @@ struct CameraEvent {
     /// What happened.
     enum class Kind {
         link_lost,  ///< it was unplugged or switched off
-        link_back,  ///< it is there again
+        link_back,  ///< it is there again, stopped, with the settings that it wakes up with
         camera,     ///< an event of the camera itself
     };
     Kind kind = Kind::camera;     ///< what happened

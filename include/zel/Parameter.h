@@ -14,6 +14,7 @@
 
 #include "zel/ParameterInfo.h"
 #include "zel/ParameterValue.h"
+#include "zel/Region.h"
 #include "zel/ValueRange.h"
 #include "zel/detail/CameraState.h"
 
@@ -34,7 +35,7 @@ struct SetResult {
     /// "EXPOSURE_TIME_US: requested 5 -> actual 10 us (range 10..60000000)"
     std::string text() const {
         return std::string(info->name) + ": requested " + requested + " -> actual " +
-               (actual ? actual->text() : "not readable") + (unit.empty() ? "" : " " + unit) +
+               (actual ? actual->text() + (unit.empty() ? "" : " " + unit) : "not readable") +
                (range.known ? " (range " + range.text() + ")" : "");
     }
 };
@@ -62,12 +63,11 @@ class Parameter {
         if (!m_Camera->native()->GetParameter(m_Info->id, size, value.data())) return std::nullopt;
         return value;
     }
-    /// The value. Throws Error (refused) when it can't be read.
+    /// The value. Throws Error when it can't be read: link_lost or refused.
     ParameterValue value() const {
         if (auto value = try_value()) return *value;
-        throw Error(ErrorKind::refused, name() + " can't be read",
-                    m_Info->access == Access::write_only ? "it is write-only"
-                                                         : "this camera does not offer it or did not answer");
+        throw Error(kind_of_refusal(), name() + " can't be read",
+                    m_Info->access == Access::write_only ? "it is write-only" : silence());
     }
     /// The value as a whole number (for regions and texts the first word), and as text. Throw as value().
     long long integer() const { return value().integer(); }
@@ -110,18 +110,12 @@ class Parameter {
     /// The same with a number.
     SetResult try_set(long long number) const { return try_set(std::to_string(number)); }
     /// The same with region and binning.
-    SetResult try_set(const ZelRoiBin& r) const {
-        std::string text;
-        for (const unsigned word : {r.XOrigin, r.YOrigin, r.XPixels, r.YPixels, r.XBin, r.YBin}) {
-            text += (text.empty() ? "" : ",") + std::to_string(word);
-        }
-        return try_set(text);
-    }
+    SetResult try_set(const ZelRoiBin& region) const { return try_set(text_of(region)); }
     /// The same; throws Error (refused) with requested, actual and range when the camera did not take the value.
     template <class Value>
     SetResult set(const Value& value) const {
         SetResult result = try_set(value);
-        if (!result.accepted) throw Error(ErrorKind::refused, result.text(), result.reason);
+        if (!result.accepted) throw Error(kind_of_refusal(), result.text(), result.reason);
         return result;
     }
 
@@ -172,8 +166,14 @@ class Parameter {
         return result;
     }
 
+    ErrorKind kind_of_refusal() const { return m_Camera->link_lost() ? ErrorKind::link_lost : ErrorKind::refused; }
+    const char* silence() const {
+        return m_Camera->link_lost() ? "the link to the camera is lost"
+                                     : "this camera does not offer it or did not answer";
+    }
+
     std::string refusal(const SetResult& result, const ParameterValue& wanted) const {
-        if (!result.actual) return "this camera does not offer it or did not answer";
+        if (!result.actual) return silence();
         if (access() == Access::read_only) return "it is read-only";
         if (result.range.known && !result.range.contains(wanted.integer())) return "the value is out of range";
         return "the camera refused or changed the value";

@@ -17,6 +17,7 @@
 #include "ZelParameters.h"
 #include "zel/Error.h"
 #include "zel/ParameterInfo.h"
+#include "zel/Region.h"
 #include "zel/detail/Texts.h"
 
 namespace zel {
@@ -110,7 +111,7 @@ class ParameterValue {
             case ValueKind::wide:
                 return is_none() ? "none" : std::to_string(load<std::uint64_t>(0));
             case ValueKind::region:
-                return region_text();
+                return text_of(region());
             default:
                 return std::to_string(integer());
         }
@@ -151,14 +152,6 @@ class ParameterValue {
             store_number(i, what, text.substr(start, end - start));
             start = end + 1;
         }
-    }
-
-    std::string region_text() const {
-        std::string text;
-        for (std::size_t i = 0; i < kRegionWords; ++i) {
-            text += (i ? "," : "") + std::to_string(load<std::uint32_t>(i));
-        }
-        return text;
     }
 
     std::string matrix_text() const {

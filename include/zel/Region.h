@@ -29,6 +29,16 @@ struct Binning {
     bool operator==(const Binning&) const = default;
 };
 
+/// "x,y,width,height,xbin,ybin", as parameters are written.
+inline std::string text_of(const ZelRoiBin& r) {
+    std::string text;
+    for (const unsigned word : {r.XOrigin, r.YOrigin, r.XPixels, r.YPixels, r.XBin, r.YBin}) {
+        if (!text.empty()) text += ',';
+        text += std::to_string(word);
+    }
+    return text;
+}
+
 /// What is wrong with a region and its binning on a sensor of so many pixels, or empty.
 inline std::string region_fault(const ZelRoiBin& wanted, unsigned sensor_width, unsigned sensor_height) {
     const auto inside = [](unsigned from, unsigned length, unsigned size) {

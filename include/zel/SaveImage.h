@@ -5,8 +5,10 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "ZelSDK.h"
@@ -23,6 +25,12 @@ namespace detail {
 struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
+
+// Half a picture is no picture. What is no file of its own, such as a device, stays.
+inline void remove_picture(const std::string& file_name) {
+    std::error_code ignored;
+    if (std::filesystem::is_regular_file(file_name, ignored)) std::remove(file_name.c_str());
+}
 
 [[noreturn]] inline void throw_not_saved(const std::string& file_name, const std::string& why) {
     throw Error(ErrorKind::output, "'" + file_name + "' can't be written", why);
@@ -43,10 +51,9 @@ inline bool has_size(const std::string& file_name, std::uint64_t at_least, const
 /// Saves a frame, replacing an existing file. The ending of the name chooses the format:
 ///   .tif, .tiff  the grey samples, 16 bits, uncompressed, raw counts
 ///   .png         the color picture when the frame has one (8 or 16 bits a channel, uncompressed), else the grey
-///   samples
-///                (16 bits, raw counts: a 12-bit picture looks dark)
+///                samples (16 bits, raw counts: a 12-bit picture looks dark)
 /// The name is in the system's 8-bit encoding. Throws Error: output when the file can't be written, a full disk
-/// included; invalid_argument for another ending.
+/// included (nothing is left of it then); invalid_argument for another ending.
 inline void save(const Frame& frame, const std::string& file_name) {
     const std::string name = detail::upper_case(file_name);
     const bool png = name.ends_with(".PNG");
@@ -60,8 +67,11 @@ inline void save(const Frame& frame, const std::string& file_name) {
         std::unique_ptr<std::FILE, detail::CloseFile> file(std::fopen(file_name.c_str(), "wb"));
         const bool written = file && std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size() &&
                              std::fflush(file.get()) == 0;
-        if (!written) detail::throw_not_saved(file_name, file ? "the disk may be full" : "the file can't be opened");
-        return;
+        if (written) return;
+        if (!file) detail::throw_not_saved(file_name, "the file can't be opened");
+        file.reset();
+        detail::remove_picture(file_name);
+        detail::throw_not_saved(file_name, "the disk may be full");
     }
     // A frame keeps the SDK open.
     ZelUtil* const util = zel_create_sdk()->GetUtil();
@@ -71,7 +81,9 @@ inline void save(const Frame& frame, const std::string& file_name) {
     const std::string png_end("IEND\xAE\x42\x60\x82", 8);
     const bool complete =
         png ? detail::has_size(file_name, 8, png_end) : detail::has_size(file_name, 2 * frame.pixels().size(), "");
-    if (!complete) detail::throw_not_saved(file_name, "the disk may be full");
+    if (complete) return;
+    detail::remove_picture(file_name);
+    detail::throw_not_saved(file_name, "the disk may be full");
 }
 
 }  // namespace zel

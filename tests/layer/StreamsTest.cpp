@@ -149,7 +149,12 @@ TEST_F(LayerStreams, ALostLinkIsTheReasonUntilTheNextStart) {
         usb("unplug 1");
         while (camera->wait_frame(kLong)) continue;
         ExpectReason(Reason::link_lost, "the link to the camera is lost");
-        EXPECT_TRUE(camera->link_lost());
+        try {
+            camera->set(settings::gain, 3u);
+            ADD_FAILURE() << "a camera that is gone took a value";
+        } catch (const Error& error) {
+            EXPECT_EQ(error.kind(), ErrorKind::link_lost) << error.what();
+        }
         usb("plug 1");
         EXPECT_FALSE(camera->link_lost());
         ExpectReason(Reason::link_lost, "the link to the camera is lost", 300ms);

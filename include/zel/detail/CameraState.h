@@ -52,7 +52,7 @@ struct Run {
     long long pool_buffers = 0;  ///< of the pool that held frames lie in
 };
 
-class CameraState : public FrameOwner, public std::enable_shared_from_this<CameraState> {
+class CameraState final : public FrameOwner, public std::enable_shared_from_this<CameraState> {
   public:
     using Clock = std::chrono::steady_clock;
 

@@ -70,15 +70,15 @@ else()
         zel_find_plugins(${tool} $ORIGIN/${path_to_libraries})
     endforeach()
     install(FILES packaging/cameras/README DESTINATION ${ZEL_PLUGIN_DIR}/cameras COMPONENT libzel-sdk)
-    # Manual pages and completions, once the build has made them from the tool's commands.
-    install(DIRECTORY ${CMAKE_BINARY_DIR}/man/man1/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT zel-tools
-            OPTIONAL FILES_MATCHING PATTERN "*.1")
-    foreach(shell bash/bash-completion/completions zsh/zsh/vendor-completions fish/fish/vendor_completions.d)
-        string(REGEX MATCH "^[a-z]+" name ${shell})
-        string(REGEX REPLACE "^[a-z]+/" "" folder ${shell})
-        install(DIRECTORY ${CMAKE_BINARY_DIR}/completions/${name}/ DESTINATION ${CMAKE_INSTALL_DATADIR}/${folder}
-                COMPONENT zel-tools OPTIONAL)
-    endforeach()
+    # What tools/manual has the tools write about themselves.
+    install(DIRECTORY ${CMAKE_BINARY_DIR}/man/man1/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT zel-tools)
+    set(completions ${CMAKE_BINARY_DIR}/completions)
+    install(FILES ${completions}/bash/zelcam COMPONENT zel-tools
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+    install(FILES ${completions}/zsh/_zelcam COMPONENT zel-tools
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
+    install(FILES ${completions}/fish/zelcam.fish COMPONENT zel-tools
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 endif()
 
 # Headers: what applications include, and what plug-ins are written against.

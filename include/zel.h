@@ -4,9 +4,9 @@
 ///     zel_sdk* sdk = NULL;
 ///     zel_camera* camera = NULL;
 ///     zel_frame* frame = NULL;
-///     zel_frame_info info = {sizeof info};
+///     zel_frame_info info = {.struct_size = sizeof info};
 ///
-///     if (zel_sdk_open(&sdk) != ZEL_OK || zel_camera_open(sdk, NULL, &camera) != ZEL_OK ||
+///     if (zel_sdk_open(&sdk) != ZEL_OK || zel_camera_open(sdk, NULL, NULL, &camera) != ZEL_OK ||
 ///         zel_camera_set_integer(camera, "EXPOSURE_TIME_US", 20000, NULL) != ZEL_OK ||
 ///         zel_camera_start(camera, NULL) != ZEL_OK ||
 ///         zel_camera_wait(camera, ZEL_WAIT_AUTO, ZEL_ORDER_EVERY, &frame, &info) != ZEL_OK)

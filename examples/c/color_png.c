@@ -1,12 +1,11 @@
-/* **      Saves a color picture that every viewer opens as color.png.
- *
- *     color_png [CAMERA]
- */
+// **  Saves a color picture that every viewer opens as color.png.
+//
+//     color_png [CAMERA]
 #include <stdio.h>
 
 #include "zel.h"
 
-/* The first color camera; null with a message when there is none. */
+// The first color camera; null with a message when there is none.
 static zel_camera* open_color_camera(zel_sdk* sdk) {
     zel_camera_state state = {.struct_size = sizeof state};
     zel_camera* camera = NULL;
@@ -22,7 +21,7 @@ static zel_camera* open_color_camera(zel_sdk* sdk) {
 }
 
 int main(int argc, char** argv) {
-    /* Eight bits a channel with the curve of sRGB: what ordinary picture files hold. */
+    // Eight bits a channel with the curve of sRGB: what ordinary picture files hold.
     zel_color_options options = {sizeof options, ZEL_COLOR_FORMAT_RGB8, ZEL_COLOR_SPACE_SRGB};
     zel_sdk* sdk = NULL;
     zel_camera* camera = NULL;

@@ -1,10 +1,10 @@
-/* *       Takes one frame with the first camera and saves it as first_frame.tif. */
+// *  Takes one frame with the first camera and saves it as first_frame.tif.
 #include <stdio.h>
 #include <stdlib.h>
 
 #include "zel.h"
 
-/* Ends the program with the reason when a call did not succeed. */
+// Ends the program with the reason when a call did not succeed.
 static void check(zel_status status) {
     if (status == ZEL_OK) return;
     fprintf(stderr, "%s\n", zel_error_message());

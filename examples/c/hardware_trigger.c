@@ -1,7 +1,6 @@
-/* **      Takes a sequence in which a signal at the camera's trigger input starts each frame.
- *
- *     hardware_trigger [CAMERA [FRAMES]]
- */
+// **  Takes a sequence in which a signal at the camera's trigger input starts each frame.
+//
+//     hardware_trigger [CAMERA [FRAMES]]
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -12,7 +11,7 @@ static int take(zel_camera* camera, int frames) {
     zel_frame_info info = {.struct_size = sizeof info};
     zel_frame* frame;
     uint32_t first_ms = 0;
-    /* Input 1, active high; the exposure begins with the edge. */
+    // Input 1, active high; the exposure begins with the edge.
     if (zel_camera_set_integer(camera, "HW_TRIG_SOURCE", 1, NULL) != ZEL_OK ||
         zel_camera_set_integer(camera, "HW_TRIG_POLARITY", 0, NULL) != ZEL_OK ||
         zel_camera_set_integer(camera, "EXPOSURE_TIME_US", 1000, NULL) != ZEL_OK ||
@@ -27,7 +26,7 @@ static int take(zel_camera* camera, int frames) {
                 zel_frame_release(frame);
                 break;
             case ZEL_STATUS_WAITS_FOR_HARDWARE:
-                /* No pulse for two seconds is no fault: go on waiting. */
+                // No pulse for two seconds is no fault: go on waiting.
                 printf("%s\n", zel_error_message());
                 break;
             default:

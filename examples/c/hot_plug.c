@@ -1,13 +1,12 @@
-/* ***     Takes frames for as long as it takes, also when the camera's cable is pulled and put back meanwhile.
- *
- *     hot_plug [CAMERA [FRAMES]]
- */
+// ***  Takes frames for as long as it takes, also when the camera's cable is pulled and put back meanwhile.
+//
+//     hot_plug [CAMERA [FRAMES]]
 #include <stdio.h>
 #include <stdlib.h>
 
 #include "zel.h"
 
-/* Called on a thread of the interface library, for any camera. */
+// Called on a thread of the interface library, for any camera.
 static void ZEL_CALL plugged(const zel_hot_plug_event* event, void* user) {
     (void)user;
     printf("camera %d (serial %s) is %s\n", (int)event->number, event->serial,
@@ -15,13 +14,13 @@ static void ZEL_CALL plugged(const zel_hot_plug_event* event, void* user) {
     fflush(stdout);
 }
 
-/* A camera that was switched off has forgotten its settings. */
+// A camera that was switched off has forgotten its settings.
 static zel_status start(zel_camera* camera) {
     const zel_status status = zel_camera_set_integer(camera, "EXPOSURE_TIME_US", 10000, NULL);
     return status == ZEL_OK ? zel_camera_start(camera, NULL) : status;
 }
 
-/* Waits until the link is there, and starts the camera again. */
+// Waits until the link is there, and starts the camera again.
 static zel_status restart(zel_camera* camera) {
     zel_camera_event event = {.struct_size = sizeof event};
     zel_status status;
@@ -41,7 +40,8 @@ static int take(zel_camera* camera, int frames) {
         if (status == ZEL_OK) {
             ++taken;
             zel_frame_release(frame);
-        } else if (status == ZEL_STATUS_LINK_LOST) {
+        } else if (status == ZEL_STATUS_LINK_LOST || status == ZEL_STATUS_NOT_STARTED) {
+            // The second one: it is back already.
             printf("%s\n", zel_error_message());
             if (restart(camera) != ZEL_OK) return 1;
             puts("started again");

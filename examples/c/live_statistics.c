@@ -1,7 +1,6 @@
-/* **      Prints brightness and frame rate of a running camera from its newest frames, as a display would show them.
- *
- *     live_statistics [CAMERA [FRAMES]]
- */
+// **  Prints brightness and frame rate of a running camera from its newest frames, as a display would show them.
+//
+//     live_statistics [CAMERA [FRAMES]]
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -31,7 +30,7 @@ static int show(zel_camera* camera, int frames) {
     zel_drops drops = {.struct_size = sizeof drops};
     zel_frame* frame;
     for (int i = 0; i < frames; ++i) {
-        /* The newest frame: what waited longer is passed over, so that the figures are never old. */
+        // The newest frame: what waited longer is passed over, so that the figures are never old.
         if (zel_camera_wait(camera, ZEL_WAIT_AUTO, ZEL_ORDER_NEWEST, &frame, &info) != ZEL_OK) return 1;
         const Statistics now = statistics_of(&info);
         zel_frame_release(frame);

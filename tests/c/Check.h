@@ -1,4 +1,4 @@
-/* What the C tests share: checks that count failures, and a counter that callbacks raise. */
+// What the C tests share: checks that count failures, and a counter that callbacks raise.
 #ifndef TESTS_C_CHECK_H
 #define TESTS_C_CHECK_H
 
@@ -9,29 +9,28 @@
 
 #include "zel.h"
 
+static pthread_mutex_t s_Mutex = PTHREAD_MUTEX_INITIALIZER;  // callbacks check as well
 static int s_Checks = 0, s_Failed = 0;
 
-/* clang-format off */
+// clang-format off
 #define CHECK(condition) Check((condition) ? 1 : 0, #condition, __LINE__)
 #define EXPECT(status, call) CheckStatus((status), (call), #call, __LINE__)
 #define OK(call) EXPECT(ZEL_OK, call)
-/* clang-format on */
+// clang-format on
 
 static void Check(int good, const char* what, int line) {
+    pthread_mutex_lock(&s_Mutex);
     ++s_Checks;
-    if (good) return;
-    ++s_Failed;
-    printf("line %d: %s [%s]\n", line, what, zel_error_message());
+    if (!good) ++s_Failed;
+    if (!good) printf("line %d: %s [%s]\n", line, what, zel_error_message());
+    pthread_mutex_unlock(&s_Mutex);
 }
 
-/* A failure has a message, a success has none. */
+// A failure has a message, a success has none.
 static void CheckStatus(zel_status wanted, zel_status status, const char* call, int line) {
-    const int with_message = *zel_error_message() != '\0';
-    ++s_Checks;
-    if (status == wanted && with_message == (wanted != ZEL_OK)) return;
-    ++s_Failed;
-    printf("line %d: %s is %s, not %s [%s]\n", line, call, zel_status_name(status), zel_status_name(wanted),
-           zel_error_message());
+    char what[300];
+    snprintf(what, sizeof what, "%s is %s", call, zel_status_name(status));
+    Check(status == wanted && (*zel_error_message() != '\0') == (wanted != ZEL_OK), what, line);
 }
 
 typedef struct Counter {
@@ -40,6 +39,9 @@ typedef struct Counter {
     int count;
 } Counter;
 
+#define COUNTER \
+    { PTHREAD_MUTEX_INITIALIZER, PTHREAD_COND_INITIALIZER, 0 }
+
 static void Raise(Counter* counter) {
     pthread_mutex_lock(&counter->mutex);
     ++counter->count;
@@ -47,7 +49,7 @@ static void Raise(Counter* counter) {
     pthread_mutex_unlock(&counter->mutex);
 }
 
-/* Whether it gets there within a minute. */
+// Whether it gets there within a minute.
 static int Reaches(Counter* counter, int wanted) {
     struct timespec end = {time(NULL) + 60, 0};
     int timed_out = 0;

@@ -1,7 +1,7 @@
-/* The C interface from a C program, over simulated cameras: every operation once, with what it answers. */
+// The C interface from a C program, over simulated cameras: every operation once, with what it answers.
 #include "tests/c/Check.h"
 
-/* The simulated USB cameras' control interface (devices/sim/link/SimControl.h); they are the cameras 2 and 3. */
+// The simulated USB cameras' control interface (devices/sim/link/SimControl.h); they are the cameras 2 and 3.
 int ZEL_CALL zel_sim_control(const char* command, char* reply, int reply_size);
 
 #define COLOR "500101"
@@ -14,7 +14,7 @@ static void ZEL_CALL Remember(zel_status status, const char* message, void* user
     (void)status, (void)user;
     ++s_Messages;
     snprintf(s_LastMessage, sizeof s_LastMessage, "%s", message);
-    zel_sdk_close((zel_sdk*)1); /* fails, which must neither come here again nor replace the error that is told */
+    zel_sdk_close((zel_sdk*)1);  // fails, which must neither come here again nor replace the error that is told
 }
 
 static void TestResults(zel_sdk* sdk) {
@@ -132,8 +132,6 @@ static void TestParameters(zel_camera* camera) {
     OK(zel_camera_set_region(camera, &(zel_region){sizeof half, 0, 0, 0, 0, 2, 2}));
     OK(zel_camera_get_region(camera, &half));
     CHECK(half.x == 16 && half.width == 32 && half.bin_x == 2 && half.bin_y == 2);
-    value.region[4] = value.region[5] = 1;
-    OK(zel_camera_set_value(camera, info.id, &value, NULL));
     OK(zel_camera_set_text(camera, "ROI_BIN", "0,0,64,48,1,1", NULL));
     OK(zel_camera_set_averaging(camera, 2));
     OK(zel_camera_set_averaging(camera, 0));
@@ -146,7 +144,7 @@ static void* Interrupt(void* camera) { return zel_camera_interrupt((zel_camera*)
 
 static void* Close(void* camera) { return zel_camera_close((zel_camera*)camera) == ZEL_OK ? camera : NULL; }
 
-/* Waits while another thread does something that ends the wait. */
+// Waits while another thread does something that ends the wait.
 static void WaitMeanwhile(zel_status wanted, void* (*act)(void*), zel_camera* camera) {
     pthread_t thread;
     void* done = NULL;
@@ -202,7 +200,6 @@ static void TestFrames(zel_camera* camera) {
     EXPECT(ZEL_STATUS_INVALID_ARGUMENT, zel_frame_save(frame, "c_interface.jpg"));
     EXPECT(ZEL_STATUS_OUTPUT, zel_frame_save(frame, "no folder/c_interface.tif"));
     OK(zel_camera_stop(camera));
-    OK(zel_camera_stop(camera));
     OK(zel_frame_release(frame));
 }
 
@@ -237,14 +234,7 @@ static void ZEL_CALL SeePlug(const zel_hot_plug_event* event, void* user) {
 }
 
 static void TestCallbacks(zel_sdk* sdk, zel_camera* camera) {
-    static Seen seen = {{PTHREAD_MUTEX_INITIALIZER, PTHREAD_COND_INITIALIZER, 0},
-                        {PTHREAD_MUTEX_INITIALIZER, PTHREAD_COND_INITIALIZER, 0},
-                        {PTHREAD_MUTEX_INITIALIZER, PTHREAD_COND_INITIALIZER, 0},
-                        NULL,
-                        NULL,
-                        NULL,
-                        {0, 0, 0, 0, {0}},
-                        {0, 0, 0, "", "", ""}};
+    static Seen seen = {.frames = COUNTER, .events = COUNTER, .plugs = COUNTER};
     zel_camera_state state = {.struct_size = sizeof state};
     zel_frame_info info = {.struct_size = sizeof info};
     zel_camera_event event = {.struct_size = sizeof event};
@@ -277,7 +267,7 @@ static void TestCallbacks(zel_sdk* sdk, zel_camera* camera) {
     EXPECT(ZEL_STATUS_LINK_LOST, zel_camera_wait(camera, 60000, ZEL_ORDER_EVERY, &frame, NULL));
     CHECK(zel_sim_control("plug 1", NULL, 0) >= 0 && Reaches(&seen.events, 3));
     CHECK(seen.event.kind == ZEL_EVENT_LINK_BACK);
-    /* The same events, waited for. */
+    // The same events, waited for.
     OK(zel_camera_wait_event(camera, 0, &event));
     CHECK(event.kind == ZEL_EVENT_CAMERA && event.values[2] == 3);
     OK(zel_camera_wait_event(camera, 0, &event));
@@ -304,7 +294,7 @@ static void TestColor(zel_sdk* sdk) {
     OK(zel_frame_copy_color(frame, picture, sizeof picture));
     CHECK(picture[3] == 255 && memcmp(picture, info.color, sizeof picture) == 0);
     OK(zel_frame_save(frame, "c_interface_color.png"));
-    /* A frame outlives its camera, which can be opened again when the frame is gone. */
+    // A frame outlives its camera, which can be opened again when the frame is gone.
     OK(zel_camera_close(camera));
     CHECK(memcmp(picture, info.color, sizeof picture) == 0);
     EXPECT(ZEL_STATUS_BAD_HANDLE, zel_camera_use_grey(camera));
@@ -315,7 +305,21 @@ static void TestColor(zel_sdk* sdk) {
     WaitMeanwhile(ZEL_STATUS_BAD_HANDLE, Close, camera);
 }
 
-/* Calls that make no sense, each with the status it must have. */
+// The camera with four taps, whose tables are in its flash memory.
+static void TestCalibration(zel_sdk* sdk) {
+    zel_camera* camera = NULL;
+    OK(zel_camera_open(sdk, "300101", &(zel_open_options){sizeof(zel_open_options), 1}, &camera));
+    OK(zel_camera_set_calibration(camera, 0));
+    OK(zel_camera_set_calibration(camera, 1));
+    OK(zel_camera_close(camera));
+}
+
+// What the SDK does by itself for a while; the window that would show it on Windows does not appear.
+static void ZEL_CALL SeeProgress(const char* line1, const char* line2, int percent, void* user) {
+    CHECK(line1 && line2 && percent <= 100 && user == &s_Messages);
+}
+
+// Calls that make no sense, each with the status it must have.
 static void TestBadInput(zel_sdk* sdk, zel_camera* camera) {
     zel_camera* opened = camera;
     zel_frame* frame = (zel_frame*)&frame;
@@ -383,9 +387,11 @@ int main(void) {
     TestBadInput(sdk, camera);
     TestCallbacks(sdk, camera);
     TestColor(sdk);
+    OK(zel_sdk_on_progress(sdk, SeeProgress, &s_Messages));
+    TestCalibration(sdk);
     OK(zel_sdk_close(sdk));
     EXPECT(ZEL_STATUS_BAD_HANDLE, zel_sdk_close(sdk));
-    OK(zel_camera_start(camera, NULL)); /* lives on without the handle it was opened through */
+    OK(zel_camera_start(camera, NULL));  // lives on without the handle it was opened through
     OK(zel_camera_close(camera));
     OK(zel_sdk_close(second));
     printf("%d checks, %d failed\n", s_Checks, s_Failed);

@@ -1,5 +1,5 @@
-/* Where the fields of every struct lie, for pointers of 32 and of 64 bits: what a program that was compiled once relies
-   on. A struct may only grow at its end. */
+// Where the fields of every struct lie, for pointers of 32 and of 64 bits: what a program that was compiled once relies
+// on. A struct may only grow at its end.
 #include "zel.h"
 
 #define SIZE(type, size) _Static_assert(sizeof(type) == (size), #type)

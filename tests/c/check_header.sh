@@ -38,5 +38,9 @@ with clang clang++ --target=i686-pc-windows-msvc
 with clang clang++ --target=x86_64-pc-windows-msvc
 with i686-w64-mingw32-gcc-posix i686-w64-mingw32-g++-posix
 with x86_64-w64-mingw32-gcc-posix x86_64-w64-mingw32-g++-posix
+# The example in the header's comment.
+{ echo '#include <stdio.h>'; echo '#include "zel.h"'; echo 'extern void use(const uint16_t*, uint32_t, uint32_t, uint32_t);'
+  echo 'int main(void) {'; sed -n '/^\/\/\/ *zel_sdk\*/,/zel_sdk_close/s#^///##p' "$include/zel.h"; echo '}'; } |
+    gcc "${warn[@]}" -std=c99 -I"$include" -fsyntax-only -x c -
 [ "$count" -gt 0 ] || { echo "no compiler found"; exit 1; }
 echo "$count compilations"

@@ -20,6 +20,21 @@ TEST_F(LayerLifetimes, AFrameOutlivesItsCameraAndTheSdkAndClosesBoth) {
     EXPECT_TRUE(Running().snap());
 }
 
+// A camera that is silent would cost two time-outs.
+TEST_F(LayerLifetimes, ACameraThatDoesNotRunIsClosedWithoutBeingAskedAndATriggeredOneIsStopped) {
+    const auto log_of_end = [&] {
+        std::string log;
+        usb("clear-log 1");
+        camera.reset();
+        EXPECT_TRUE(usb.Try("log 1", &log));
+        return log;
+    };
+    Opened();
+    EXPECT_EQ(log_of_end(), "");
+    Opened().start({.trigger = Trigger::software});
+    EXPECT_NE(log_of_end().find("text cam.stop"), std::string::npos);
+}
+
 TEST_F(LayerLifetimes, AnythingMayEndInsideAnyHandler) {
     for (const bool sdk_too : {false, true}) {
         for (const char* place : {"frame", "camera event", "hot-plug"}) {

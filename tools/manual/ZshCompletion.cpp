@@ -70,6 +70,7 @@ std::string Body(const CommandText& program, const CommandText& command, const C
         rows += "                " + entry.name + ") " + Function(program, entry) + " ;;\n";
     }
     if (command.path.empty()) rows += "                help) _describe -t commands command commands ;;\n";
+    if (command.path.empty()) text += "        'help:Show the options of a command'\n";
     text +=
         "    )\n" + Arguments(command, completions) + " \\\n        '1:command:->command' '*::argument:->argument'\n";
     return text + R"(    case $state in

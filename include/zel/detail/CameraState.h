@@ -84,8 +84,7 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
     /// The handle is gone: stops the camera, and closes it when no frame is on loan any more. No handler runs then,
     /// unless this is called inside one.
     void end() {
-        set_running(false);
-        m_Native->Stop();
+        stop();
         m_Native->SetImageNotificationCallback(nullptr, nullptr);
         m_Native->SetCameraControlCallback(nullptr, nullptr);
         m_Native->SetCameraControlCallbackEx(nullptr, nullptr);

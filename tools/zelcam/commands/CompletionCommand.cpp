@@ -22,6 +22,7 @@ Completions SourcesOfValues() {
     using Kind = Completions::Kind;
     return {{{"--out", {Kind::kFolder, {}}},
              {"--backup", {Kind::kFolder, {}}},
+             {"--save", {Kind::kFolder, {}}},
              {"folder", {Kind::kFolder, {}}},
              {"files", {Kind::kFile, {}}},
              {"parameter", {Kind::kWords, ParameterNames(false)}},

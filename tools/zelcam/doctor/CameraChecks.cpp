@@ -37,7 +37,11 @@ void Compare(std::size_t listed, const PluginCounts& plugins, Examination& exami
 }
 
 void TellOthers(const SdkFile& sdk, Examination& examination) {
-    const std::string name = zel::platform::Utf8Text(zel::platform::Utf8Path(sdk.path).filename());
+    // The system knows the file itself, not the link that it was found through.
+    std::error_code error;
+    const std::filesystem::path path = zel::platform::Utf8Path(sdk.path);
+    const std::filesystem::path file = std::filesystem::canonical(path, error);
+    const std::string name = zel::platform::Utf8Text((error ? path : file).filename());
     for (const zel::platform::OtherProcess& process : zel::platform::ProcessesWithLibrary(name)) {
         examination.Add(State::kNote, "other_process",
                         process.name + " (process " + std::to_string(process.id) + ") has the SDK loaded, too",

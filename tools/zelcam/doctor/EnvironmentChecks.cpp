@@ -4,7 +4,7 @@
 
 #include "platform/UserTexts.h"
 #include "tools/zelcam/doctor/Checks.h"
-#include "tools/zelcam/text/EditDistance.h"
+#include "tools/zelcam/text/TextTools.h"
 
 namespace zelcam {
 
@@ -30,7 +30,7 @@ void CheckEnvironment(Examination& examination) {
                             simulated ? "it changes the simulated cameras alone (docs/simulator.md)" : "", facts);
             continue;
         }
-        const std::vector<std::string> near = NearestWords(name, known, 1);
+        const std::vector<std::string> near = zel::detail::nearest_words(name, known, 1);
         const std::string meant = near.empty() ? "" : "did you mean " + near.front() + "? ";
         examination.Add(State::kWarning, "variable", name + " is set and nobody reads it",
                         meant + "docs/zelcam.md and docs/simulator.md have the variables", facts);

@@ -39,7 +39,7 @@ void CheckLog(const SdkFile& sdk, Examination& examination) {
     if (!logger.handle) {
         examination.Add(wish.empty() ? State::kNote : State::kWarning, "logging_library",
                         "no log can be written: " + name + " " + logger.why,
-                        "only ZEL_LOG needs it; put it beside the SDK's library", {{"looked_in", sdk.places}});
+                        "only ZEL_LOG needs it; put it into one of these folders", {{"looked_in", sdk.places}});
         return;
     }
     examination.Add(State::kOk, "logging_library", "logging library, " + logger.path, "", {{"path", logger.path}});
@@ -72,7 +72,7 @@ void CheckLibraries(const SdkFile& sdk, Examination& examination) {
     const std::string tool = zel::platform::ProgramFile();
     examination.Add(State::kOk, "tool", "zelcam " ZELCAM_VERSION ", " + tool, "",
                     {{"version", ZELCAM_VERSION}, {"path", tool}});
-    const std::string line = TextOrEmpty(get_version_str());
+    const std::string line = zel::detail::text_or_empty(get_version_str());
     const std::string version = VersionIn(line.substr(0, line.find('\n')));
     const Json facts{{"version", version}, {"path", sdk.path}, {"loads_from", sdk.places}};
     if (version.starts_with(ZELCAM_VERSION ".")) {

@@ -37,7 +37,7 @@ std::string Lacking(zel::platform::LibraryHandle library, bool required) {
 
 std::string VersionOf(zel::platform::LibraryHandle library) {
     const auto tell = zel::platform::FindFunction<GetLibraryTextFunction>(library, "get_version_str");
-    return tell ? VersionIn(TextOrEmpty(tell())) : "";
+    return tell ? VersionIn(zel::detail::text_or_empty(tell())) : "";
 }
 
 // Result: the number of cameras, or -1: the library says that it failed. Such a one stays loaded, as the SDK has it.
@@ -95,13 +95,13 @@ PluginCounts CheckPlugins(const SdkFile& sdk, Examination& examination) {
                             {{"plugin", name}, {"path", library.path}});
         } else {
             examination.Add(State::kNote, "plugin", name + " " + library.why,
-                            "cameras of this link need it; put it beside the SDK's library",
+                            "cameras of this link need it; put it into one of these folders",
                             {{"plugin", name}, {"looked_in", sdk.places}});
         }
     }
     if (counts.loaded == 0) {
         examination.Add(State::kProblem, "plugins", "no plug-in can be loaded: no camera will ever be found",
-                        "put the plug-in of your link beside the SDK's library");
+                        "put the plug-in of your link into one of these folders");
     }
     return counts;
 }

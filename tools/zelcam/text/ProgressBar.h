@@ -14,7 +14,7 @@ namespace zelcam {
 // data may have to be loaded:
 //
 //     const ProgressBar bar("camera 0");
-//     const OpenCamera camera(session, m_Camera);
+//     zel::Camera camera = sdk.open(m_Camera);
 //
 // Draws nothing when the error stream is no terminal. The SDK opens no window of its own in either case.
 class ProgressBar {

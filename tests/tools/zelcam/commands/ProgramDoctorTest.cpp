@@ -56,9 +56,11 @@ TEST(Doctor, OpensEachCameraWhenAsked) {
 // A variable that only the simulated cameras knew would be called misspelt.
 TEST(Doctor, KnowsEverySettingOfTheSimulatedCameras) {
     UseFastCameras("0", "0", "0");
-    for (const std::string& name : zel::sim::SettingNames()) {
-        SetEnvironment(name.c_str(), "0");
-        EXPECT_EQ(Finding(JsonOf("doctor"), "variable", name)["state"], "note") << name;
+    const std::vector<std::string> names = zel::sim::SettingNames();
+    for (const std::string& name : names) SetEnvironment(name.c_str(), "0");
+    const auto json = JsonOf("doctor");
+    for (const std::string& name : names) {
+        EXPECT_EQ(Finding(json, "variable", name + "=0")["state"], "note") << name;
         SetEnvironment(name.c_str(), "");
     }
 }
@@ -78,7 +80,8 @@ class Installation : public TemporaryFolder {
     }
     fs::path File(const char* name) const { return Path() / LibraryFileName(name); }
     ToolResult Examine() const {
-        return RunCommand("cd \"" + Path().string() + "\" && " + fs::path("./zelcam").make_preferred().string() +
+        const std::string there = fs::path::preferred_separator == '/' ? "cd \"" : "cd /d \"";
+        return RunCommand(there + Path().string() + "\" && " + fs::path("./zelcam").make_preferred().string() +
                           " doctor --json");
     }
 

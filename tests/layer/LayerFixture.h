@@ -25,6 +25,9 @@ class LayerTest : public testing::Test {
     ~LayerTest() override {
         camera.reset();
         for (int number : {0, 1}) usb.Mend(number);
+        // The libraries are shut down with the SDK that has found them.
+        if (!sdk) sdk.emplace();
+        static_cast<void>(sdk->cameras());
     }
 
     // The monochrome camera on USB, 1000 frames a second.

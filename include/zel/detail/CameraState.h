@@ -132,12 +132,16 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
 
     /// Waits for nobody's start, but ends it. True also when the camera was not running.
     bool stop() {
+        bool stops = false;
         {
             const std::lock_guard lock(m_Mutex);
-            const bool was_running = std::exchange(m_Run.running, false);
+            stops = std::exchange(m_Run.running, false) || m_Stopping > 0;
             m_Changed.notify_all();
-            if (!was_running && m_Stopping == 0) return true;
-            ++m_Stopping;
+            if (stops) ++m_Stopping;
+        }
+        if (!stops) {
+            Call::wait_for(this);  // a handler may have stopped the camera, and run on
+            return true;
         }
         if (run().triggered) m_Native->StopTriggerAcquisition(0);
         const bool stopped = m_Native->Stop();

@@ -3,15 +3,15 @@
 # pictures of docs/calibration.md in docs/images.
 #
 #   scripts/calibration-figure.sh                   builds what it needs first
-#   ZEL_BIN=FOLDER scripts/calibration-figure.sh    uses the programs in FOLDER
+#   PROGRAMS=FOLDER scripts/calibration-figure.sh    uses the programs in FOLDER
 #
 # Which frames of the simulated camera are taken depends on how busy the computer is, so that the figures of two runs differ
 # by their standard errors.
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 scripts/setup.sh build docs
-bin=${ZEL_BIN:-build/linux/bin}
-if [ -z "${ZEL_BIN:-}" ]; then
+bin=${PROGRAMS:-build/linux/bin}
+if [ -z "${PROGRAMS:-}" ]; then
     say "building"
     build_preset linux zelcam edt_camera_link
 fi

@@ -86,7 +86,7 @@ class Shell:
         home = os.path.join(self.top, "home")
         os.mkdir(home)
         self.environment = {name: value for name, value in os.environ.items() if not name.startswith(("ZEL_", "XDG_"))}
-        self.environment.update(HOME=home, PATH=programs + ":" + os.environ["PATH"], ZEL_BIN=programs, COLUMNS="80")
+        self.environment.update(HOME=home, PATH=programs + ":" + os.environ["PATH"], PROGRAMS=programs, COLUMNS="80")
         self.state = os.path.join(self.top, "state")
         self.code = 0
 

@@ -2,14 +2,14 @@
 # Takes the pictures of docs/post-processing.md and docs/color.md with the simulated cameras and writes them to docs/images.
 #
 #   scripts/docs-pictures.sh            builds what it needs first
-#   ZEL_BIN=FOLDER scripts/docs-pictures.sh     uses the programs in FOLDER
+#   PROGRAMS=FOLDER scripts/docs-pictures.sh     uses the programs in FOLDER
 #
 # The same pictures come out every time: simulated frames depend on their settings alone.
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 scripts/setup.sh build docs
-bin=${ZEL_BIN:-build/linux/bin}
-if [ -z "${ZEL_BIN:-}" ]; then
+bin=${PROGRAMS:-build/linux/bin}
+if [ -z "${PROGRAMS:-}" ]; then
     say "building"
     build_preset linux zelcam zel_plugin_check zel_scene_picture edt_camera_link pleora_ebus zel_usb
 fi

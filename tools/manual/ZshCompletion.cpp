@@ -39,7 +39,7 @@ std::string Action(const OptionText& option, const Completions& completions) {
     return label;
 }
 
-std::string Specification(const OptionText& option, const Completions& completions) {
+std::string Argument(const OptionText& option, const Completions& completions) {
     if (option.names.empty()) return Quoted((option.repeats ? "*" : "1") + Action(option, completions));
     std::string names;
     for (const std::string& name : option.names) {
@@ -55,7 +55,7 @@ std::string Specification(const OptionText& option, const Completions& completio
 std::string Arguments(const CommandText& command, const Completions& completions) {
     std::string text = "    _arguments -s";
     if (!command.commands.empty()) text += " -C";
-    for (const OptionText& option : command.options) text += " \\\n        " + Specification(option, completions);
+    for (const OptionText& option : command.options) text += " \\\n        " + Argument(option, completions);
     return text;
 }
 

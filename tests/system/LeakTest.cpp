@@ -42,6 +42,21 @@ TEST(ReloadTest, TheSdkMayBeOpenedAndClosedAsOftenAsWanted) {
     }
 }
 
+// The camera goes while it is opened, and its library's thread has just told so when the SDK is done with the library.
+TEST(ReloadTest, AThreadOfALibraryMayEndAfterTheSdk) {
+    UseFastCameras();
+    platform::SetEnvironment("ZEL_SIM_FAULTS", "fault 300101 unplug-connect");
+    for (int i = 0; i < 200; ++i) {
+        ZelSDK* sdk = zel_create_sdk();
+        ASSERT_TRUE(sdk && sdk->Open());
+        // The camera may still be gone from the time before.
+        const bool there = sdk->GetNumberOfCameras() == 4;
+        EXPECT_NE(sdk->GetCamera(0)->Open(), there);
+        zel_destroy_sdk(sdk);
+    }
+    platform::SetEnvironment("ZEL_SIM_FAULTS", "");
+}
+
 TEST(ReloadTest, TheLibraryMayBeLoadedAndUnloadedAsOftenAsWanted) {
     for (int i = 0; i < 2000; ++i) {
         const platform::LibraryHandle library = platform::LoadSharedLibrary("zel_sdk.dll");

@@ -248,7 +248,7 @@ class Camera {
 
     /// Whether the camera was unplugged or switched off since it was opened and is not back.
     bool link_lost() const { return m_State->link_lost(); }
-    /// Frames passed over for newer ones since the start.
+    /// Frames passed over for newer ones, from the start to the frame handed over last.
     std::uint64_t skipped() const { return m_State->skipped(); }
     /// Frames that the transport lost on the link since the start.
     std::uint64_t link_drops() const { return static_cast<std::uint64_t>(number(ZEL_PARAM_DROPPED_FRAMES)); }

@@ -31,7 +31,7 @@ namespace zel {
 /// Which of the frames that wait is handed over.
 enum class Order {
     every,   ///< the oldest: each frame, in order
-    newest,  ///< the newest; older ones that wait are passed over
+    newest,  ///< the newest; older ones are passed over, also while the application is busy
 };
 
 /// Called with each frame on the thread that brought it. An exception that leaves it is dropped.
@@ -157,7 +157,8 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
         std::unique_lock lock(m_Mutex);
         if (!inside) m_Changed.wait(lock, [this] { return m_Taking == 0; });
         m_Notified.clear();
-        m_Waiting = m_Consumed = m_Taken = 0;
+        m_Waiting = m_Consumed = m_Taken = m_Skipped = 0;
+        m_Order = Order::every;
         m_Interrupted = false;
         m_LostInRun = m_LinkLost;
     }
@@ -219,10 +220,10 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
         const std::lock_guard lock(m_Mutex);
         return m_Held;
     }
-    /// Frames that were passed over for newer ones.
+    /// Frames that were passed over for newer ones, up to the one that was taken last.
     std::uint64_t skipped() const {
         const std::lock_guard lock(m_Mutex);
-        return m_Consumed > m_Taken ? m_Consumed - m_Taken : 0;
+        return m_Skipped;
     }
 
     void set_color(std::optional<ColorSetting> color) {
@@ -282,6 +283,20 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
 
     // Enters the camera as open, for as long as this object lives and has not closed it.
     void claim() {
+        std::shared_ptr<CameraState> open = claimed();
+        // One that ended inside a handler is closed when the last of its handlers has returned.
+        if (open && open->ended()) {
+            Call::wait_for(open.get());
+            open = claimed();
+        }
+        if (!open) return;
+        throw Error(ErrorKind::refused, label() + " is open already",
+                    open->held() > 0 ? "frames of it are held" : "this program has a Camera for it",
+                    "use that one, or let go of it and its frames first");
+    }
+
+    // Null: the camera is this object's now. Else whose it is.
+    std::shared_ptr<CameraState> claimed() {
         const std::lock_guard lock(m_Sdk->cameras_mutex);
         const auto gone = [](const std::weak_ptr<CameraState>& other) {
             const auto state = other.lock();
@@ -289,11 +304,14 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
         };
         std::erase_if(m_Sdk->cameras, [&](const auto& entry) { return gone(entry.second); });
         const auto [entry, free] = m_Sdk->cameras.try_emplace(m_Native, weak_from_this());
-        if (free) return;
         const auto open = entry->second.lock();
-        throw Error(ErrorKind::refused, label() + " is open already",
-                    open && open->held() > 0 ? "frames of it are held" : "this program has a Camera for it",
-                    "use that one, or let go of it and its frames first");
+        if (!open) entry->second = weak_from_this();
+        return free ? nullptr : open;
+    }
+
+    bool ended() const {
+        const std::lock_guard lock(m_Mutex);
+        return m_Ended;
     }
 
     void close() noexcept {
@@ -308,6 +326,7 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
 
     bool wait(Order order, Clock::time_point deadline, Clock::time_point& notified, bool& interrupted) {
         std::unique_lock lock(m_Mutex);
+        m_Order = order;
         while (true) {
             interrupted = std::exchange(m_Interrupted, false);
             if (interrupted) return false;
@@ -346,7 +365,11 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
         {
             const std::lock_guard lock(m_Mutex);
             --m_Taking;
-            if (image) ++m_Held, ++m_Taken;
+            if (image) {
+                ++m_Held;
+                ++m_Taken;
+                m_Skipped = m_Consumed > m_Taken ? m_Consumed - m_Taken : 0;
+            }
             last = m_Ended && m_Held + m_Taking == 0;
             if (m_Starting) m_Changed.notify_all();
         }
@@ -365,14 +388,31 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
             {
                 const std::lock_guard lock(state->m_Mutex);
                 handler = state->m_FrameHandler;
-                if (!handler) return state->count_notification();
-                ++state->m_Consumed;
+                if (handler) {
+                    ++state->m_Consumed;
+                } else {
+                    state->count_notification();
+                    if (!state->too_old()) return;
+                    state->m_Consumed += std::exchange(state->m_Waiting, 0);
+                }
                 call.emplace(state.get());
+            }
+            if (!handler) {
+                state->m_Native->FreeAllPendingImages();
+                return;
             }
             if (Frame frame = state->take(Order::every, Clock::now())) (*handler)(std::move(frame));
         } catch (...) {
             // The transport that called can't do anything about it.
         }
+    }
+
+    // Whoever wants the newest frame and is busy would find the pool full of old ones, and no room was left for newer
+    // ones: a few may wait.
+    bool too_old() const {
+        constexpr long long kMostWaiting = 4;
+        const long long most = std::clamp(m_Run.pool_buffers - m_Held - 1, 1LL, kMostWaiting);
+        return m_Order == Order::newest && m_Waiting > static_cast<std::uint64_t>(most);
     }
 
     void count_notification() noexcept {
@@ -443,7 +483,9 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
     std::uint64_t m_Waiting = 0;               // notifications whose frames wait
     std::uint64_t m_Consumed = 0;
     std::uint64_t m_Taken = 0;
-    bool m_Interrupted = false;  // until a wait has ended for it
+    std::uint64_t m_Skipped = 0;   // consumed and not taken, up to the frame that was taken last
+    bool m_Interrupted = false;    // until a wait has ended for it
+    Order m_Order = Order::every;  // of the last wait
     Run m_Run;
     std::optional<ColorSetting> m_Color;
     std::shared_ptr<const FrameHandler> m_FrameHandler;

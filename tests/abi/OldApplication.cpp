@@ -90,11 +90,11 @@ void ZEL_CALL NoteFrame(ZelImage* image, void* context) {
 }
 
 void CheckFrame(ZelCamera* camera, int width) {
+    g_HandedOver = 0;  // the camera before may have brought more than one
     Check("SetImageCallback", camera->SetImageCallback(&NoteFrame, &g_Context));
     Check("Start", camera->Start());
     for (int waited_ms = 0; !g_HandedOver && waited_ms < 10000; ++waited_ms) Wait(1);
     Check("the image callback was called", g_HandedOver > 0);
-    g_HandedOver = 0;
     ZelImage* image = camera->GetPendingImage();
     Check("a frame", image != nullptr);
     if (image) {

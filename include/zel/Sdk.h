@@ -40,6 +40,7 @@ class Sdk {
 
     /// Opens a camera by the number or the serial number that a user gave: "0", "300101". Looks for cameras first.
     /// Throws Error (no_camera), which names the cameras there are, and Error (refused) when this program has it open.
+    /// Waits for a handler in which its Camera has just ended, except inside a handler.
     Camera open(std::string_view wanted, const OpenOptions& options = {}) {
         return open_found(select_camera(cameras(), wanted), options);
     }

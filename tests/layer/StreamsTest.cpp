@@ -75,6 +75,18 @@ TEST_F(LayerStreams, NewestFramesPassOlderOnesOverAndAnEarlierRunIsOver) {
     EXPECT_EQ(camera->skipped(), 0u);
 }
 
+// Nothing newer follows the last frame of a sequence, however many wait with it.
+TEST_F(LayerStreams, TheNewestFrameOfASequenceIsItsLast) {
+    Opened();
+    for (unsigned frames = 2; frames <= 8; ++frames) {
+        camera->start({.frames = static_cast<int>(frames)});
+        unsigned last = camera->wait_newest(kLong)->number();
+        WaitFor("the end", [&] { return camera->number(ZEL_PARAM_CAMSTATE) == 0; });
+        while (FrameResult result = camera->wait_newest(kLong)) last = result->number();
+        EXPECT_EQ(last, frames - 1);
+    }
+}
+
 TEST_F(LayerStreams, ARangeStartsAndStopsAndMayLoseItsFrames) {
     Opened();
     std::vector<Frame> kept;

@@ -30,8 +30,9 @@ namespace zel {
 
 /// Which of the frames that wait is handed over.
 enum class Order {
-    every,   ///< the oldest: each frame, in order
-    newest,  ///< the newest; older ones are passed over, also while the application is busy
+    every,  ///< the oldest: each frame, in order
+    /// The newest; older ones are passed over, in a run without end also while the application is busy.
+    newest,
 };
 
 /// Called with each frame on the thread that brought it. An exception that leaves it is dropped.
@@ -46,6 +47,7 @@ inline constexpr std::chrono::milliseconds kFrameGrace{10000};
 struct Run {
     bool running = false;
     bool triggered = false;
+    bool endless = false;    ///< frame follows frame until it is stopped
     long long sequence = 0;  ///< frames after which the camera stops by itself; 0: it does not
     std::chrono::microseconds exposure{};
     std::chrono::milliseconds timeout = kFrameGrace;
@@ -408,11 +410,12 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
     }
 
     // Whoever wants the newest frame and is busy would find the pool full of old ones, and no room was left for newer
-    // ones: a few may wait.
+    // ones: a few may wait. Where none may follow, all do.
     bool too_old() const {
+        if (m_Order != Order::newest || !m_Run.endless) return false;
         constexpr long long kMostWaiting = 4;
         const long long most = std::clamp(m_Run.pool_buffers - m_Held - 1, 1LL, kMostWaiting);
-        return m_Order == Order::newest && m_Waiting > static_cast<std::uint64_t>(most);
+        return m_Waiting > static_cast<std::uint64_t>(most);
     }
 
     void count_notification() noexcept {

@@ -167,6 +167,7 @@ class Camera {
         run.pool_buffers = require_buffers(run.pool_buffers);
         run.triggered = options.trigger != Trigger::as_set;
         run.exposure = std::chrono::microseconds(number(ZEL_PARAM_EXPOSURE_TIME_US));
+        run.wanted = static_cast<unsigned>(std::max(options.frames, 0));
         run.sequence = options.frames > 0 ? options.frames : number(ZEL_PARAM_FRAME_COUNT);
         run.endless = run.sequence == 0 && !run.triggered && number(ZEL_PARAM_HW_TRIGGER_ACTIVE) == 0;
         run.running = true;

@@ -75,15 +75,23 @@ TEST_F(LayerStreams, NewestFramesPassOlderOnesOverAndAnEarlierRunIsOver) {
     EXPECT_EQ(camera->skipped(), 0u);
 }
 
-// Nothing newer follows the last frame of a sequence, however many wait with it.
-TEST_F(LayerStreams, TheNewestFrameOfASequenceIsItsLast) {
+// Also from a camera that runs for long before it hears how many. And nothing newer follows the last frame, however
+// many wait with it.
+TEST_F(LayerStreams, ASequenceHasTheFramesThatWereAskedFor) {
     Opened();
-    for (unsigned frames = 2; frames <= 8; ++frames) {
-        camera->start({.frames = static_cast<int>(frames)});
-        unsigned last = camera->wait_newest(kLong)->number();
-        WaitFor("the end", [&] { return camera->number(ZEL_PARAM_CAMSTATE) == 0; });
-        while (FrameResult result = camera->wait_newest(kLong)) last = result->number();
-        EXPECT_EQ(last, frames - 1);
+    for (const char* fault : {"clear", "delay 20 times=0 entry=CAMERA_STATE"}) {
+        usb(std::string("fault 1 ") + fault);
+        for (const unsigned frames : {1u, 6u}) {
+            camera->start({.frames = static_cast<int>(frames)});
+            unsigned number = 0;
+            while (FrameResult result = camera->wait_frame(kLong)) EXPECT_EQ(result->number(), number++);
+            EXPECT_EQ(number, frames) << fault;
+            camera->start({.frames = static_cast<int>(frames)});
+            unsigned last = camera->wait_newest(kLong)->number();
+            WaitFor("the end", [&] { return camera->number(ZEL_PARAM_CAMSTATE) == 0; });
+            while (FrameResult result = camera->wait_newest(kLong)) last = result->number();
+            EXPECT_EQ(last, frames - 1) << fault;
+        }
     }
 }
 

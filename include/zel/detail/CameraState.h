@@ -49,6 +49,9 @@ struct Run {
     bool triggered = false;
     bool endless = false;    ///< frame follows frame until it is stopped
     long long sequence = 0;  ///< frames after which the camera stops by itself; 0: it does not
+    /// Frames that were asked for at the start; 0: no number. The camera hears of it when it runs already, so on a busy
+    /// machine it may send more.
+    unsigned wanted = 0;
     std::chrono::microseconds exposure{};
     std::chrono::milliseconds timeout = kFrameGrace;
     long long pool_buffers = 0;  ///< of the pool that held frames lie in
@@ -102,11 +105,7 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
     }
 
     void give_back(ZelColorImage* image, bool color) noexcept override {
-        if (color) {
-            internal()->FreeColorImage(image);
-        } else {
-            m_Native->FreeImage(image);
-        }
+        free(image, color);
         {
             const std::lock_guard lock(m_Mutex);
             if (--m_Held + m_Taking > 0 || !m_Ended) return;
@@ -348,20 +347,17 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
 
     Frame take(Order order, Clock::time_point notified) {
         std::optional<ColorSetting> color;
+        unsigned wanted = 0;
         {
             // From here on the camera stays open, and the pool is not replaced.
             const std::lock_guard lock(m_Mutex);
             if (m_Ended) return {};
             ++m_Taking;
             color = m_Color;
+            wanted = m_Run.wanted;
         }
-        const bool newest = order == Order::newest;
-        ZelImage* image = nullptr;
-        if (color) {
-            image = newest ? internal()->GetLastPendingColorImage() : internal()->GetPendingColorImage();
-        } else {
-            image = newest ? m_Native->GetLastPendingImage() : m_Native->GetPendingImage();
-        }
+        ZelImage* const image = wanted > 0 ? pending_of(wanted, order, color.has_value())
+                                           : pending(order == Order::newest, color.has_value());
         const auto hand_over = Clock::now() - notified;
         bool last = false;
         {
@@ -378,6 +374,29 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
         if (last) close();
         if (!image) return {};
         return {shared_from_this(), image, color, std::chrono::duration_cast<std::chrono::nanoseconds>(hand_over)};
+    }
+
+    // The record that waits; null: none.
+    ZelImage* pending(bool newest, bool color) const {
+        if (color) return newest ? internal()->GetLastPendingColorImage() : internal()->GetPendingColorImage();
+        return newest ? m_Native->GetLastPendingImage() : m_Native->GetPendingImage();
+    }
+    // As pending(), of the first frames of the run alone; those beyond go back.
+    ZelImage* pending_of(unsigned wanted, Order order, bool color) const {
+        ZelImage* taken = nullptr;
+        while (ZelImage* const image = pending(false, color)) {
+            const bool beyond = image->image_number >= wanted;
+            if (ZelImage* const old = beyond ? image : std::exchange(taken, image)) free(old, color);
+            if (taken && order == Order::every) break;
+        }
+        return taken;
+    }
+    void free(ZelImage* image, bool color) const {
+        if (color) {
+            internal()->FreeColorImage(static_cast<ZelColorImage*>(image));
+        } else {
+            m_Native->FreeImage(image);
+        }
     }
 
     static void ZEL_CALL notified(int kind, void* context) {

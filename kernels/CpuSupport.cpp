@@ -13,6 +13,12 @@ bool CpuHasFma() {
     return __builtin_cpu_supports("fma") != 0;
 }
 
+bool CpuHasAvx512() {
+    __builtin_cpu_init();
+    return CpuHasAvx2() && __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0 &&
+           __builtin_cpu_supports("avx512vbmi") != 0;
+}
+
 bool CpuHasFastGathers() { return CpuHasAvx2() && __builtin_cpu_is("amd") == 0; }
 
 }  // namespace zel::kernels

@@ -8,6 +8,10 @@ namespace zel::kernels {
 bool CpuHasAvx2();
 bool CpuHasFma();
 
+// F, BW and VBMI together: processors with the third run 64-byte vectors without lowering their frequency for them; the
+// earlier ones with the first two do lower it, and are faster with AVX2.
+bool CpuHasAvx512();
+
 // True when the processor has AVX2 and its gathers beat fetching entries one by one. AMD's do not (measured on Zen 4).
 bool CpuHasFastGathers();
 

@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "kernels/Avx2Kernels.h"
+#include "kernels/Avx512Kernels.h"
 #include "kernels/CpuSupport.h"
 
 namespace zel::kernels {
@@ -30,17 +31,21 @@ constexpr KernelTable kScalar{
 
 // In order of preference.
 constexpr struct {
-    const KernelTable* table;
+    Variant variant;
+    const KernelTable& (*table)();
+    bool (*runs)();
     bool (*preferred)();
 } kPriority[] = {
-    {&avx2::kTable, CpuHasFastGathers},
-    {&avx2::kTableWithoutGathers, CpuHasAvx2},
-    {&kScalar, Always},
+    {Variant::kAvx512, avx512::Table, CpuHasAvx512, CpuHasAvx512},
+    {Variant::kAvx2, []() -> const KernelTable& { return avx2::kTable; }, CpuHasAvx2, CpuHasFastGathers},
+    {Variant::kAvx2WithoutGathers, []() -> const KernelTable& { return avx2::kTableWithoutGathers; }, CpuHasAvx2,
+     CpuHasAvx2},
+    {Variant::kScalar, []() -> const KernelTable& { return kScalar; }, Always, Always},
 };
 
 const KernelTable* Choose() {
     for (const auto& row : kPriority) {
-        if (row.preferred()) return row.table;
+        if (row.preferred()) return &row.table();
     }
     return &kScalar;
 }
@@ -56,8 +61,7 @@ const KernelTable& Kernels() {
 
 const KernelTable* FindKernels(Variant variant) {
     for (const auto& row : kPriority) {
-        const bool runs_here = variant == Variant::kScalar || CpuHasAvx2();
-        if (row.table->variant == variant && runs_here) return row.table;
+        if (row.variant == variant && row.runs()) return &row.table();
     }
     return nullptr;
 }

@@ -13,7 +13,7 @@
 
 namespace zel::kernels {
 
-enum class Variant { kScalar, kAvx2WithoutGathers, kAvx2 };
+enum class Variant { kScalar, kAvx2WithoutGathers, kAvx2, kAvx512 };
 
 struct KernelTable {
     Variant variant;

@@ -142,7 +142,8 @@ TEST_P(ColorVariantTest, AllBits) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(, ColorVariantTest, testing::Values(Variant::kAvx2, Variant::kAvx2WithoutGathers));
+INSTANTIATE_TEST_SUITE_P(, ColorVariantTest,
+                         testing::Values(Variant::kAvx2, Variant::kAvx2WithoutGathers, Variant::kAvx512));
 
 }  // namespace
 }  // namespace zel::test

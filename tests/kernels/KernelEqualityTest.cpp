@@ -115,7 +115,8 @@ TEST_P(KernelEqualityTest, Average) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(, KernelEqualityTest, testing::Values(Variant::kAvx2, Variant::kAvx2WithoutGathers));
+INSTANTIATE_TEST_SUITE_P(, KernelEqualityTest,
+                         testing::Values(Variant::kAvx2, Variant::kAvx2WithoutGathers, Variant::kAvx512));
 
 // The quotient in single precision must be the truncated whole-number one everywhere, at its edges above all.
 TEST(AverageTest, TruncatesExactlyForEveryCount) {

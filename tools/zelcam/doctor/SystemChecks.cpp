@@ -28,12 +28,13 @@ const char* YesOrNo(bool yes) { return yes ? "yes" : "no"; }
 void CheckProcessor(Examination& examination) {
     const bool avx2 = zel::kernels::CpuHasAvx2();
     const bool fma = zel::kernels::CpuHasFma();
+    const bool avx512 = zel::kernels::CpuHasAvx512();
     const std::string kernels = zel::kernels::Kernels().name;
-    examination.Add(
-        avx2 ? State::kOk : State::kNote, "processor",
-        fmt::format("AVX2: {}, FMA: {}; pixels are worked on by the {} kernels", YesOrNo(avx2), YesOrNo(fma), kernels),
-        avx2 ? "" : "a processor with AVX2 is several times as fast with color and 12-bit frames",
-        {{"avx2", avx2}, {"fma", fma}, {"kernels", kernels}});
+    examination.Add(avx2 ? State::kOk : State::kNote, "processor",
+                    fmt::format("AVX2: {}, FMA: {}, AVX-512: {}; pixels are worked on by the {} kernels", YesOrNo(avx2),
+                                YesOrNo(fma), YesOrNo(avx512), kernels),
+                    avx2 ? "" : "a processor with AVX2 is several times as fast with color and 12-bit frames",
+                    {{"avx2", avx2}, {"fma", fma}, {"avx512", avx512}, {"kernels", kernels}});
 }
 
 void CheckMemory(Examination& examination) {

@@ -1,0 +1,21 @@
+#include "kernels/Avx2Kernels.h"
+#include "kernels/Avx512Kernels.h"
+#include "kernels/CpuSupport.h"
+
+namespace zel::kernels::avx512 {
+
+namespace {
+KernelTable MakeTable() {
+    KernelTable table = CpuHasFastGathers() ? avx2::kTable : avx2::kTableWithoutGathers;
+    table.variant = Variant::kAvx512;
+    table.name = "AVX-512";
+    return table;
+}
+}  // namespace
+
+const KernelTable& Table() {
+    static const KernelTable s_Table = MakeTable();
+    return s_Table;
+}
+
+}  // namespace zel::kernels::avx512

@@ -108,7 +108,7 @@ ColorFrame::ColorFrame(ZelImageInternal* record, unsigned bits, int filter_phase
 // for another one.
 bool ColorRenderer::ReservePicture(ZelImageInternal* image) {
     constexpr const char* kFunction = "ZelCameraControlImpl::PostProcessColorImage";
-    if (!image->color_pixels) image->color_pixels = AllocatePixels(std::size_t{3} * image->buffer_size);
+    if (!image->color_pixels) image->color_pixels = AllocatePixels(PictureBytes(*image));
     const bool fits = image->color_pixels && !Samples(*image, Area(image->w, image->h)).empty() &&
                       image->size_in_bytes <= image->buffer_size &&
                       image->num_pixels <= image->buffer_size / kBytesPerSample;

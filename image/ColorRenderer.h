@@ -35,6 +35,8 @@ class ColorRenderer {
   public:
     explicit ColorRenderer(Logger& logger) : m_Logger(logger) {}
 
+    // Memory for the rows of frames to come.
+    void Prepare(unsigned width) { ReserveRows(std::size_t{3} * width); }
     // Makes room for the picture. False, and no picture, when there is none for it or the record's geometry does not
     // fit its buffer.
     bool ReservePicture(ZelImageInternal* image);

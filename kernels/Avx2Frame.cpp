@@ -178,6 +178,13 @@ void LookUp(std::span<std::uint16_t> samples, const std::uint16_t* table, std::u
     scalar::LookUp(samples.subspan(i), table, index_mask, value_mask);
 }
 
+// Fetching an entry costs less than finding and computing its line.
+template <class Fetch>
+void LookUpByLines(std::span<std::uint16_t> samples, const std::uint16_t* table, const LineTable&,
+                   std::uint16_t index_mask, std::uint16_t value_mask) {
+    LookUp<Fetch>(samples, table, index_mask, value_mask);
+}
+
 namespace {
 // What the rows of a column add up to, clamped to 65535. Sums that are clamped after each addition and sums that are
 // clamped once at the end are the same, because no sample is negative.
@@ -314,6 +321,7 @@ constexpr KernelTable MakeTable(Variant variant, const char* name) {
         .reorder_row_pair_four_taps = ReorderRowPairFourTaps,
         .unpack_row_pair_four_taps = UnpackRowPairFourTaps,
         .look_up = LookUp<Fetch>,
+        .look_up_by_lines = LookUpByLines<Fetch>,
         .bin = Bin,
         .average_step = AverageStep,
         .all_bits = AllBits,

@@ -25,6 +25,7 @@ struct KernelTable {
     decltype(&scalar::ReorderRowPairFourTaps) reorder_row_pair_four_taps;
     decltype(&scalar::UnpackRowPairFourTaps) unpack_row_pair_four_taps;
     decltype(&scalar::LookUp) look_up;
+    decltype(&scalar::LookUpByLines) look_up_by_lines;
     decltype(&scalar::Bin) bin;
     decltype(&scalar::AverageStep) average_step;
 

@@ -10,6 +10,7 @@ KernelTable MakeTable() {
     KernelTable table = CpuHasFastGathers() ? avx2::kTable : avx2::kTableWithoutGathers;
     table.variant = Variant::kAvx512;
     table.name = "AVX-512";
+    table.uses_lines = true;
     table.unpack12 = Unpack12;
     table.reorder_row_two_taps = ReorderRowTwoTaps;
     table.unpack_row_two_taps = UnpackRowTwoTaps;

@@ -18,6 +18,7 @@ enum class Variant { kScalar, kAvx2WithoutGathers, kAvx2, kAvx512 };
 struct KernelTable {
     Variant variant;
     const char* name;
+    bool uses_lines = false;  // whether a table's lines are worth making
 
     decltype(&scalar::Unpack12) unpack12;
     decltype(&scalar::ReorderRowTwoTaps) reorder_row_two_taps;

@@ -12,7 +12,7 @@ namespace {
 constexpr int kOne = 1 << LineTable::kFractionBits;
 constexpr int kMiddle = 0x8000;  // of a block, its places scaled to 16 bits
 constexpr int kSteepest = 0x7EFF;
-constexpr unsigned kMarkedShare = 64;  // one entry in so many may be marked
+constexpr unsigned kMarkedShare = 16;  // one entry in so many may be marked
 
 struct Line {
     int slope;

@@ -20,6 +20,7 @@ constexpr KernelTable kScalar{
     .reorder_row_pair_four_taps = scalar::ReorderRowPairFourTaps,
     .unpack_row_pair_four_taps = scalar::UnpackRowPairFourTaps,
     .look_up = scalar::LookUp,
+    .look_up_by_lines = scalar::LookUpByLines,
     .bin = scalar::Bin,
     .average_step = scalar::AverageStep,
     .all_bits = scalar::AllBits,

@@ -1,4 +1,5 @@
 #include "kernels/Avx2Kernels.h"
+#include "kernels/Avx512Color.h"
 #include "kernels/Avx512Kernels.h"
 #include "kernels/CpuSupport.h"
 
@@ -9,6 +10,10 @@ KernelTable MakeTable() {
     KernelTable table = CpuHasFastGathers() ? avx2::kTable : avx2::kTableWithoutGathers;
     table.variant = Variant::kAvx512;
     table.name = "AVX-512";
+    table.all_bits = AllBits;
+    table.demosaic_row = DemosaicRow;
+    table.transform_pack_row = TransformPackRow;
+    table.color_row = CpuHasFastGathers() ? ColorRow<Gathers512> : ColorRow<Inserts512>;
     return table;
 }
 }  // namespace

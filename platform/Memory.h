@@ -10,6 +10,9 @@ namespace zel::platform {
 // Reserves and commits `bytes` bytes, zeroed, readable and writable. Null when there are none.
 void* ReservePages(std::size_t bytes);
 
+// Asks for large pages behind the pages of a reservation. A hint: there may be none, and nothing else changes.
+void AskForLargePages(void* pages, std::size_t bytes);
+
 // Gives a whole reservation back. Null is allowed.
 void ReleasePages(void* pages);
 

@@ -30,6 +30,10 @@ void* ReservePages(std::size_t bytes) {
     return static_cast<char*>(region) + PageSize();
 }
 
+void AskForLargePages(void* pages, std::size_t bytes) {
+    if (pages) madvise(pages, bytes, MADV_HUGEPAGE);
+}
+
 void ReleasePages(void* pages) {
     if (!pages) return;
     void* region = static_cast<char*>(pages) - PageSize();

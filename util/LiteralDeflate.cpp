@@ -24,10 +24,10 @@ constexpr std::size_t kBlockHeadBits = 3 + 5 + 5 + 4 + 19 * 3 + (kLiteralSymbols
 constexpr std::size_t kStreamFrameSize = 2 + 4;
 static_assert(4 * kMaxLiteralLength <= BitWriter::kRoom, "two pairs fit the writer's word");
 
-std::uint64_t LoadBigEndian(const std::uint8_t* bytes) {
-    std::uint64_t word;
+std::uint32_t LoadBigEndian(const std::uint8_t* bytes) {
+    std::uint32_t word;
     std::memcpy(&word, bytes, sizeof word);
-    return __builtin_bswap64(word);
+    return __builtin_bswap32(word);
 }
 
 // Counts of bytes, with a table for each byte of a word: a run of one value would wait for its own last count.
@@ -106,17 +106,13 @@ void PutHead(BitWriter& out, const LiteralLengths& lengths, bool last) {
 BitWriter PutPairs(BitWriter out, const LiteralPairs& pairs, const LiteralCodes& codes,
                    std::span<const std::uint8_t> data) {
     constexpr std::uint32_t kLengthMask = (1u << kPairLengthBits) - 1;
-    const auto put_two = [&](std::size_t first, std::size_t second) {
-        const std::uint32_t one = pairs[first], two = pairs[second];
+    std::size_t i = 0;
+    for (; i + 4 <= data.size(); i += 4) {
+        const std::uint32_t word = LoadBigEndian(&data[i]);
+        const std::uint32_t one = pairs[word >> 16], two = pairs[word & 0xFFFF];
         out.Put(std::uint64_t{one} >> kPairLengthBits | (std::uint64_t{two} >> kPairLengthBits) << (one & kLengthMask),
                 (one & kLengthMask) + (two & kLengthMask));
         out.Flush();
-    };
-    std::size_t i = 0;
-    for (; i + 8 <= data.size(); i += 8) {
-        const std::uint64_t word = LoadBigEndian(&data[i]);
-        put_two(word >> 48, word >> 32 & 0xFFFF);
-        put_two(word >> 16 & 0xFFFF, word & 0xFFFF);
     }
     for (; i < data.size(); ++i) {
         out.Put(codes[data[i]].bits, codes[data[i]].length);

@@ -95,7 +95,7 @@ TEST(PngWriter, EveryPictureIsInItsFileToTheBit) {
 }
 
 std::size_t SearchedSize(const PngPicture& picture) {
-    Bytes rows(PngRowSize(picture) * picture.height), out(ZlibStreamBound(rows.size()));
+    Bytes rows(static_cast<std::size_t>(PngRowSize(picture) * picture.height)), out(ZlibStreamBound(rows.size()));
     MakePngRows(picture, 0, picture.height, PngFilter::kNone, rows);
     return Deflate().Compress(rows, out);
 }

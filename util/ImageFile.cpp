@@ -4,7 +4,7 @@
 
 #include "include/ZelImage.h"
 #include "util/BinaryFile.h"
-#include "util/PngWriter.h"
+#include "util/LentPngWriter.h"
 #include "util/TiffFile.h"
 
 namespace zel {
@@ -38,8 +38,8 @@ bool WritePng(const ZelImage& image, PngWriter& writer, const OpenImageFile& ope
 }
 
 bool WritePng(const ZelImage& image, const OpenImageFile& open) {
-    PngWriter writer(PngFilters::kNone);
-    return WritePng(image, writer, open);
+    const LentPngWriter writer(PngFilters::kNone);
+    return writer && WritePng(image, *writer, open);
 }
 
 }  // namespace zel

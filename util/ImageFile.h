@@ -23,7 +23,7 @@ bool FitsItsBuffer(const ZelImage& image, std::uint64_t bytes_per_sample);
 // everything else is there. True when it was opened: write errors are not noticed.
 bool WriteTiff(const ZelImage& image, const OpenImageFile& open);
 bool WritePng(const ZelImage& image, PngWriter& writer, const OpenImageFile& open);
-// The same with a writer of its own, rows as they are.
+// The same with a writer that is kept for it, rows as they are.
 bool WritePng(const ZelImage& image, const OpenImageFile& open);
 
 }  // namespace zel

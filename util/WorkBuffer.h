@@ -27,7 +27,6 @@ class WorkBuffer {
             m_Pages = static_cast<std::uint8_t*>(platform::ReservePages(static_cast<std::size_t>(size)));
             if (!m_Pages) return {};
             m_Size = static_cast<std::size_t>(size);
-            platform::AskForLargePages(m_Pages, m_Size);
         }
         return {m_Pages, static_cast<std::size_t>(size)};
     }

@@ -343,6 +343,8 @@ constexpr KernelTable MakeTable(Variant variant, const char* name) {
         .transform_row = TransformRow<Fetch>,
         .pack_row = PackRow,
         .transform_pack_row = TransformPackRow<Fetch>,
+        .map_samples = MapSamples<Fetch>,
+        .color_row = ColorRow<Fetch>,
     };
 }
 

@@ -1,4 +1,5 @@
 #include "kernels/Avx2Kernels.h"
+#include "kernels/Avx512Color.h"
 #include "kernels/Avx512Frame.h"
 #include "kernels/Avx512Kernels.h"
 #include "kernels/CpuSupport.h"
@@ -19,6 +20,10 @@ KernelTable MakeTable() {
     table.look_up_by_lines = LookUpByLines;
     table.bin = Bin;
     table.average_step = AverageStep;
+    table.all_bits = AllBits;
+    table.demosaic_row = DemosaicRow;
+    table.transform_pack_row = TransformPackRow;
+    table.color_row = CpuHasFastGathers() ? ColorRow<Gathers512> : ColorRow<Inserts512>;
     return table;
 }
 }  // namespace

@@ -28,6 +28,8 @@ constexpr KernelTable kScalar{
     .transform_row = scalar::TransformRow,
     .pack_row = scalar::PackRow,
     .transform_pack_row = scalar::TransformPackRow,
+    .map_samples = scalar::MapSamples,
+    .color_row = scalar::ColorRow,
 };
 
 // In order of preference.

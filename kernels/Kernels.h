@@ -35,6 +35,8 @@ struct KernelTable {
     decltype(&scalar::TransformRow) transform_row;
     decltype(&scalar::PackRow) pack_row;
     decltype(&scalar::TransformPackRow) transform_pack_row;
+    decltype(&scalar::MapSamples) map_samples;
+    decltype(&scalar::ColorRow) color_row;
 };
 
 // The fastest table that this machine runs, chosen at the first call. Any thread.

@@ -44,7 +44,43 @@ lodepng::State EncoderFor(const zel::ColorSetting& setting) {
     return state;
 }
 
+zel::PngFormat PngFormatOf(zel::ColorFormat format) {
+    switch (format) {
+        case zel::ColorFormat::rgb8:
+            return zel::PngFormat::kRgb8;
+        case zel::ColorFormat::rgba8:
+            return zel::PngFormat::kRgba8;
+        case zel::ColorFormat::rgb16:
+            break;
+    }
+    return zel::PngFormat::kRgb16;
+}
+
 }  // namespace
+
+std::optional<zel::PngPicture> ColorPng(const ZelColorImage& image, const zel::ColorSetting& setting, unsigned shift) {
+    const zel::PngPicture picture{
+        PngFormatOf(setting.format),
+        image.w,
+        image.h,
+        image.color_pixels,
+        shift,
+        setting.space == zel::ColorSpace::srgb ? zel::PngLight::kSrgb : zel::PngLight::kLinear};
+    const std::uint64_t row = picture.BytesPerRow();
+    if (!picture.pixels || row == 0 || image.h == 0 || image.color_size_in_bytes / row < image.h) return std::nullopt;
+    return picture;
+}
+
+void WriteColorPng(const std::string& file_name, const zel::PngPicture& picture, zel::PngWriter& writer) {
+    const std::span<const std::uint8_t> contents = writer.Encode(picture);
+    if (contents.empty()) throw Failure("'" + file_name + "' can't be made", "the memory may be used up", "");
+    const std::filesystem::path path = zel::platform::Utf8Path(file_name);
+    std::ofstream stream(path, std::ios::binary);
+    const bool opened = stream.good();
+    stream.write(reinterpret_cast<const char*>(contents.data()), static_cast<std::streamsize>(contents.size()));
+    stream.close();
+    if (!stream) FailToWrite(path, opened);
+}
 
 // In the frame:   | blue | green | red | (unused) |   for each pixel, channels of 8 or 16 bits in the host's byte order
 std::vector<std::uint8_t> PngSamples(const ZelColorImage& image, const zel::ColorSetting& setting, unsigned shift) {

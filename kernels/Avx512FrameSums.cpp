@@ -1,5 +1,6 @@
 // Binning and averaging with AVX-512.
 #include <algorithm>
+#include <iterator>
 
 #include "kernels/Avx512Frame.h"
 #include "kernels/Avx512FrameVectors.h"
@@ -71,6 +72,28 @@ std::size_t BinRow(const std::uint16_t* source, std::size_t stride, unsigned row
     return BinRow<horizontal, 1>(source, stride, rows - 1, out, columns, ceiling);
 }
 
+// Any horizontal factor: the sums of the columns go through a piece of the cache and are added up there. Returns the
+// number of columns done; the last columns of the frame have no room for whole vectors.
+std::size_t BinRowByPieces(const std::uint16_t* source, std::size_t stride, unsigned rows, unsigned horizontal,
+                           std::uint16_t* out, std::size_t columns, unsigned ceiling) {
+    std::uint16_t piece[16 * kLane];
+    const std::size_t most = std::size(piece) / horizontal;  // columns in a piece
+    std::size_t column = 0;
+    for (;;) {
+        const std::size_t whole = (columns - column) * horizontal / kLane * kLane;
+        const std::size_t now = std::min(most, whole / horizontal);
+        if (now == 0) return column;
+        const std::size_t samples = (now * horizontal + kLane - 1) / kLane * kLane;
+        const std::uint16_t* const from = source + column * horizontal;
+        for (std::size_t i = 0; i < samples; i += kLane) Store(piece + i, ColumnSums<1>(from + i, stride, rows - 1));
+        for (const std::uint16_t* at = piece; at < piece + now * horizontal; at += horizontal) {
+            std::uint32_t sum = 0;
+            for (unsigned k = 0; k < horizontal; ++k) sum += at[k];
+            out[column++] = static_cast<std::uint16_t>(std::min(sum, ceiling));
+        }
+    }
+}
+
 std::uint16_t BinOne(const std::uint16_t* source, std::size_t stride, unsigned rows, unsigned horizontal,
                      unsigned ceiling) {
     std::uint32_t sum = 0;
@@ -103,6 +126,7 @@ void Bin(std::span<std::uint16_t> frame, unsigned w, unsigned h, unsigned horizo
         if (horizontal == 1) column = BinRow<1>(source, w, count, out, columns, clamp);
         if (horizontal == 2) column = BinRow<2>(source, w, count, out, columns, clamp);
         if (horizontal == 4) column = BinRow<4>(source, w, count, out, columns, clamp);
+        if (column == 0) column = BinRowByPieces(source, w, count, horizontal, out, columns, ceiling);
         for (; column < columns; ++column) {
             out[column] = BinOne(source + column * horizontal, w, count, horizontal, ceiling);
         }

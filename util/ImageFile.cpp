@@ -4,7 +4,7 @@
 
 #include "include/ZelImage.h"
 #include "util/BinaryFile.h"
-#include "util/PngWriter.h"
+#include "util/LentPngWriter.h"
 #include "util/TiffFile.h"
 
 namespace zel {
@@ -27,19 +27,16 @@ bool WriteTiff(const ZelImage& image, const OpenImageFile& open) {
     return true;
 }
 
-bool WritePng(const ZelImage& image, PngWriter& writer, const OpenImageFile& open) {
+bool WritePng(const ZelImage& image, const OpenImageFile& open) {
+    const LentPngWriter writer(PngFilters::kNone);
+    if (!writer) return false;
     const std::span<const std::uint8_t> contents =
-        writer.Encode({PngFormat::kGrey16, image.w, image.h, image.pixels, 0, PngLight::kUntold});
+        (*writer).Encode({PngFormat::kGrey16, image.w, image.h, image.pixels, 0, PngLight::kUntold});
     if (contents.empty()) return false;
     BinaryFile file(open());
     if (!file) return false;
     file.Write(contents);
     return true;
-}
-
-bool WritePng(const ZelImage& image, const OpenImageFile& open) {
-    PngWriter writer(PngFilters::kNone);
-    return WritePng(image, writer, open);
 }
 
 }  // namespace zel

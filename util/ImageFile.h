@@ -10,8 +10,6 @@ class ZelImage;
 
 namespace zel {
 
-class PngWriter;
-
 // Opens a file to be written from its start; null when it can't.
 using OpenImageFile = std::function<std::FILE*()>;
 
@@ -22,8 +20,6 @@ bool FitsItsBuffer(const ZelImage& image, std::uint64_t bytes_per_sample);
 // Write an image that fits its buffer; for a PNG file it has samples of 16 bits, at least one. The file is opened when
 // everything else is there. True when it was opened: write errors are not noticed.
 bool WriteTiff(const ZelImage& image, const OpenImageFile& open);
-bool WritePng(const ZelImage& image, PngWriter& writer, const OpenImageFile& open);
-// The same with a writer of its own, rows as they are.
 bool WritePng(const ZelImage& image, const OpenImageFile& open);
 
 }  // namespace zel

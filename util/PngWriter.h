@@ -5,16 +5,20 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 
+#include "util/Deflate.h"
+#include "util/LiteralDeflate.h"
 #include "util/PngPicture.h"
+#include "util/PngRows.h"
 #include "util/WorkBuffer.h"
 
 namespace zel {
 
 enum class PngFilters {
     kNone,    // rows as they are
-    kChosen,  // each sample minus its left neighbour where that makes the file smaller
+    kChosen,  // each byte minus that of the pixel before where this makes the file smaller
 };
 
 class PngWriter {
@@ -29,8 +33,21 @@ class PngWriter {
     void Trim(std::size_t most);
 
   private:
+    // How a picture is to be compressed.
+    struct Choice {
+        PngFilter filter = PngFilter::kNone;
+        bool literals = false;
+    };
+    Choice Choose(const PngPicture& picture);
+    std::span<const std::uint8_t> Sample(const PngPicture& picture, PngFilter filter);
+    std::size_t SearchedSize(std::span<const std::uint8_t> sample);
+    std::size_t PutLiterals(const PngPicture& picture, PngFilter filter, std::span<std::uint8_t> out);
+    std::size_t PutSearched(const PngPicture& picture, PngFilter filter, std::span<std::uint8_t> out);
+
     PngFilters m_Filters;
-    WorkBuffer m_Rows;
+    Deflate m_Deflate;
+    std::unique_ptr<LiteralStream> m_Literals;
+    WorkBuffer m_Rows;  // some, or all where repetitions are searched for
     WorkBuffer m_File;
 };
 

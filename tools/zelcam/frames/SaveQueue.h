@@ -1,9 +1,10 @@
 // Saving beside the thread that takes the frames.
 //
-//   taking thread --Add--> frames that wait --> workers: number, encode, write --> saved, reported in the order of frames
+//   taking thread --Add--> frames that wait --> workers: number, encode, write --> saved, reported in the order of
+//   frames
 //
-// The frames stay on loan from the camera's pool until they are on the disk, so the pool is what a slow disk fills; what
-// it then loses is a hole in the frame numbers.
+// The frames stay on loan from the camera's pool until they are on the disk, so the pool is what a slow disk fills;
+// what it then loses is a hole in the frame numbers.
 #ifndef ZELCAM_SAVEQUEUE_H
 #define ZELCAM_SAVEQUEUE_H
 

@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "devices/sim/sensor/LightPicture.h"
 #include "devices/sim/sensor/SignalTable.h"
 #include "devices/sim/sensor/TapGains.h"
 

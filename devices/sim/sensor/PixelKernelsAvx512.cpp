@@ -9,9 +9,9 @@
 
 #define ZEL_INLINE __attribute__((always_inline)) inline
 
-// Pixels beside each other mostly have levels, and become samples, that lie close together. What the tables say of them
-// then fits into a few registers, from where it is fetched for all at once. Where it does not fit, entries are fetched
-// one by one: gathers are slower than that here.
+// Entries of the signal table are fetched one by one: gathers are slower than that. Pixels beside each other mostly
+// become samples that lie close together. What the taps make of them then fits into a few registers, from where it is
+// fetched for all at once; else these entries are fetched one by one, too.
 
 ZEL_AVX512_BEGIN
 
@@ -20,7 +20,6 @@ namespace {
 
 constexpr std::size_t kLane = 16;
 constexpr std::size_t kBlock = 64;
-constexpr int kLevelWindow = 32;
 
 ZEL_INLINE __m256i Load(const std::uint16_t* at) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(at)); }
 
@@ -41,32 +40,12 @@ ZEL_INLINE __m512 EightPairs(const SignalTable::Signal* signals, const std::uint
         _mm512_insertf64x4(_mm512_castps_pd(_mm512_castps256_ps512(low)), _mm256_castps_pd(high), 1));
 }
 
-ZEL_INLINE Signals SignalsOneByOne(const SignalTable::Signal* signals, const std::uint16_t* levels) {
+ZEL_INLINE Signals SignalsOf(const SignalTable::Signal* signals, const std::uint16_t* levels) {
     const __m512i even = _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
     const __m512i odd = _mm512_add_epi32(even, _mm512_set1_epi32(1));
     const __m512 low = EightPairs(signals, levels);
     const __m512 high = EightPairs(signals, levels + 8);
     return {_mm512_permutex2var_ps(low, even, high), _mm512_permutex2var_ps(low, odd, high)};
-}
-
-ZEL_INLINE Signals SignalsOf(const SignalTable::Signal* signals, const std::uint16_t* levels) {
-    const int base = std::clamp(levels[0] - kLevelWindow / 2, 0, static_cast<int>(kNumLevels) - kLevelWindow);
-    const __m512i at = _mm512_sub_epi32(_mm512_cvtepu16_epi32(Load(levels)), _mm512_set1_epi32(base));
-    if (_mm512_cmplt_epu32_mask(at, _mm512_set1_epi32(kLevelWindow)) != 0xFFFF) {
-        return SignalsOneByOne(signals, levels);
-    }
-    const auto* const window = reinterpret_cast<const float*>(signals + base);
-    const __m512 part0 = _mm512_loadu_ps(window);
-    const __m512 part1 = _mm512_loadu_ps(window + kLane);
-    const __m512 part2 = _mm512_loadu_ps(window + 2 * kLane);
-    const __m512 part3 = _mm512_loadu_ps(window + 3 * kLane);
-    const __mmask16 upper = _mm512_cmpge_epu32_mask(at, _mm512_set1_epi32(kLevelWindow / 2));
-    const __m512i means = _mm512_add_epi32(at, at);
-    const __m512i sigmas = _mm512_add_epi32(means, _mm512_set1_epi32(1));
-    return {_mm512_mask_blend_ps(upper, _mm512_permutex2var_ps(part0, means, part1),
-                                 _mm512_permutex2var_ps(part2, means, part3)),
-            _mm512_mask_blend_ps(upper, _mm512_permutex2var_ps(part0, sigmas, part1),
-                                 _mm512_permutex2var_ps(part2, sigmas, part3))};
 }
 
 // Samples as even taps give them.

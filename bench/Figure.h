@@ -1,4 +1,4 @@
-// What the benchmark programs share: timing by medians, and the figures they report.
+// What the benchmark programs share: timing, and the figures they report.
 //
 //     int main(int argc, char** argv) {
 //         zel::bench::Report report(argc, argv);              // --dry-run, --json FILE
@@ -17,10 +17,13 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
-#include <ctime>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
+
+#include "bench/Quantity.h"
+#include "bench/Usage.h"
 
 namespace zel::bench {
 
@@ -42,11 +45,21 @@ struct Target {
 inline Target AtLeast(double value) { return {Target::kAtLeast, value}; }
 inline Target AtMost(double value) { return {Target::kAtMost, value}; }
 
+// What the machine itself allows, measured in the same run.
+struct Limit {
+    std::string name;  // empty: none was measured
+    double value = 0;
+};
+
 struct Figure {
     std::string name;
-    double value;
+    Quantity value;
     std::string unit;
     Target target{};
+    Limit limit{};
+
+    // A target that is further than the limit can't be met here, whatever is done.
+    bool OutOfReach() const { return !limit.name.empty() && !target.Met(limit.value); }
 };
 
 // Keeps the compiler from leaving out what computes `value`.
@@ -55,31 +68,34 @@ inline void Keep(const Value& value) {
     asm volatile("" : : "g"(&value) : "memory");
 }
 
-// Processor time of the job, in the program and in the system for it. Time that other programs of the machine took does
-// not count, and neither does waiting: a job that waits needs a clock of its own.
+// Time of the calling thread for the job (bench/Usage.h). Time that other programs of the machine took does not count,
+// and neither does waiting: a job that waits needs a clock of its own.
 template <class Job>
 double Seconds(Job&& job) {
-    const std::clock_t start = std::clock();
+    const double start = ThreadSeconds();
     job();
-    return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+    return ThreadSeconds() - start;
 }
 
-// Runs the jobs in turn, once to warm up and then `repetitions` times, and answers each one's median time in seconds.
-// Taking turns lets a slow phase of the machine fall on all of them.
+// Runs the jobs in turn, once to warm up and then `repetitions` times, and answers each one's time in seconds. Taking
+// turns lets a slow phase of the machine fall on all of them. A job that answers a number has timed itself.
 template <class... Jobs>
-std::array<double, sizeof...(Jobs)> Medians(int repetitions, Jobs&&... jobs) {
+std::array<Quantity, sizeof...(Jobs)> Medians(int repetitions, Jobs&&... jobs) {
+    const auto time = [](auto& job) {
+        if constexpr (std::is_same_v<decltype(job()), double>) {
+            return job();
+        } else {
+            return Seconds(job);
+        }
+    };
     std::array<std::vector<double>, sizeof...(Jobs)> times;
     for (int i = -1; i < repetitions; ++i) {
         std::size_t job = 0;
-        ((i < 0 ? static_cast<void>(jobs()) : times[job].push_back(Seconds(jobs)), ++job), ...);
+        ((i < 0 ? static_cast<void>(jobs()) : times[job].push_back(time(jobs)), ++job), ...);
     }
-    std::array<double, sizeof...(Jobs)> medians;
-    for (std::size_t job = 0; job < medians.size(); ++job) {
-        const auto middle = times[job].begin() + static_cast<std::ptrdiff_t>(times[job].size() / 2);
-        std::nth_element(times[job].begin(), middle, times[job].end());
-        medians[job] = *middle;
-    }
-    return medians;
+    std::array<Quantity, sizeof...(Jobs)> all;
+    for (std::size_t job = 0; job < all.size(); ++job) all[job] = Quantity(std::move(times[job]));
+    return all;
 }
 
 // Collects the figures of one program and prints them: a line each, and as a JSON list into the file of --json.
@@ -103,18 +119,37 @@ class Report {
     // The program's exit code: 1 when there is nothing to report or the JSON file can't be written.
     int Finish() const {
         for (const Figure& figure : m_Figures) {
-            const char* verdict = m_DryRun || figure.target.kind == Target::kNone ? ""
-                                  : figure.target.Met(figure.value)               ? "ok"
-                                                                                  : "MISSED";
-            std::printf("%-36s %12.4g %-10s %s%-8s %s\n", figure.name.c_str(), figure.value, figure.unit.c_str(),
-                        figure.target.kind == Target::kNone ? "       " : "target ", figure.target.Text().c_str(),
-                        verdict);
+            const bool aims = figure.target.kind != Target::kNone;
+            const char* const verdict = m_DryRun || !aims                          ? ""
+                                        : figure.target.Met(figure.value.Median()) ? "ok"
+                                        : figure.OutOfReach()                      ? "out of reach"
+                                                                                   : "MISSED";
+            std::printf("%-44s %10.4g", figure.name.c_str(), figure.value.Median());
+            std::printf("%s %-10s %s%-8s %s", SpreadText(figure).c_str(), figure.unit.c_str(),
+                        aims ? "target " : "       ", figure.target.Text().c_str(), verdict);
+            if (!figure.limit.name.empty()) std::printf(" (%s: %.4g)", figure.limit.name.c_str(), figure.limit.value);
+            std::puts("");
         }
         const std::string json = Option("--json");
         return m_Figures.empty() || (!json.empty() && !WriteJson(json)) ? 1 : 0;
     }
 
   private:
+    // Four in five repetitions lie between these.
+    static std::string SpreadText(const Figure& figure) {
+        char text[40] = "";
+        if (figure.value.HasSpread()) {
+            std::snprintf(text, sizeof text, " %.3g..%.3g", figure.value.Quantile(0.1), figure.value.Quantile(0.9));
+        }
+        std::snprintf(text, sizeof text, "%-18s", std::string(text).c_str());
+        return text;
+    }
+    // A dry run measures nothing; a ratio of it may be no number.
+    static std::string Number(double value) {
+        char text[40] = "null";
+        if (std::isfinite(value)) std::snprintf(text, sizeof text, "%.6g", value);
+        return text;
+    }
     // One object to a line, so that lists can be joined by lines.
     bool WriteJson(const std::string& name) const {
         std::FILE* const file = std::fopen(name.c_str(), "w");
@@ -122,12 +157,14 @@ class Report {
         std::fputs("[\n", file);
         for (std::size_t i = 0; i < m_Figures.size(); ++i) {
             const Figure& figure = m_Figures[i];
-            // A dry run measures nothing; a ratio of it may be no number.
-            char value[40] = "null";
-            if (std::isfinite(figure.value)) std::snprintf(value, sizeof value, "%.6g", figure.value);
-            std::fprintf(file, "  {\"name\": \"%s\", \"value\": %s, \"unit\": \"%s\", \"target\": \"%s\"}%s\n",
-                         figure.name.c_str(), value, figure.unit.c_str(), figure.target.Text().c_str(),
-                         i + 1 < m_Figures.size() ? "," : "");
+            std::fprintf(file, "  {\"name\": \"%s\", \"value\": %s, \"low\": %s, \"high\": %s, ", figure.name.c_str(),
+                         Number(figure.value.Median()).c_str(), Number(figure.value.Quantile(0.1)).c_str(),
+                         Number(figure.value.Quantile(0.9)).c_str());
+            std::fprintf(file, "\"unit\": \"%s\", \"target\": \"%s\", ", figure.unit.c_str(),
+                         figure.target.Text().c_str());
+            std::fprintf(file, "\"limit\": %s, \"limit_name\": \"%s\"}%s\n",
+                         figure.limit.name.empty() ? "null" : Number(figure.limit.value).c_str(),
+                         figure.limit.name.c_str(), i + 1 < m_Figures.size() ? "," : "");
         }
         std::fputs("]\n", file);
         return std::fclose(file) == 0;

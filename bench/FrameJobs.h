@@ -1,11 +1,6 @@
-// What the benchmarks of the frame path share: frames of a 2048 x 2048 camera and the two ways of going over them.
-//
-// *hot* works on the same frame again and again; *pool* rotates eight, as an acquisition does. A stage's figure is the
-// time of memcpy of the frame, measured in turns with it, divided by the stage's time: 1.0 is as fast as copying.
+// What the benchmarks of the frame path work on: frames of a 2048 x 2048 camera, and the path with its records.
 #ifndef BENCH_FRAMEJOBS_H
 #define BENCH_FRAMEJOBS_H
-
-#include <sys/resource.h>
 
 #include <array>
 #include <cstdint>
@@ -13,10 +8,8 @@
 #include <memory>
 #include <random>
 #include <span>
-#include <string>
 #include <vector>
 
-#include "bench/Figure.h"
 #include "image/PixelMemory.h"
 #include "image/TapReadout.h"
 #include "image/ZelCameraControlImpl.h"
@@ -75,26 +68,46 @@ inline FrameGeometry GeometryOf(unsigned bits, int taps) {
     return geometry;
 }
 
+// A job that works in the frames themselves, which get their content anew before each time.
+template <class Run>
+struct InPlace {
+    const Ring& frames;
+    const Ring& content;
+    Run run;
+
+    void operator()(std::size_t i) const { run(i); }
+    void Refresh(std::size_t i) const { std::memcpy(frames[i].data(), content[i].data(), kSamples * 2); }
+};
+template <class Run>
+InPlace(const Ring&, const Ring&, Run) -> InPlace<Run>;
+
 // The frame path of a camera object on the records of its pool.
 class FramePath {
   public:
-    explicit FramePath(const FrameGeometry& geometry) {
+    using Way = ZelCameraControlImpl::Path;
+    explicit FramePath(const FrameGeometry& geometry, Way way = Way::kMonochrome)
+        : m_Content(MakeRing(geometry.bit_depth)), m_Way(way) {
         camera.SetGeometry(geometry);
-        camera.UpdateImagePool(kRing);
-        for (FrameLease& frame : m_Frames) {
-            frame = camera.GetFreeImageImpl();
-            Draw({frame->pixels, kSamples}, geometry.bit_depth);
+        camera.UpdateImagePool(kRing, way == Way::kColor);
+        for (std::size_t i = 0; i < kRing; ++i) {
+            m_Frames[i] = camera.GetFreeImageImpl();
+            Refresh(i);
         }
     }
+    // As the transport fills the record.
+    void Refresh(std::size_t i) { std::memcpy(m_Frames[i]->pixels, m_Content[i].data(), kSamples * 2); }
     // As the transport delivers it: with the geometry of a full frame.
     const FrameLease& Fresh(std::size_t i) {
         camera.Pool().RestoreGeometry(m_Frames[i].image);
         m_Frames[i]->post_processed = 0;
         return m_Frames[i];
     }
+    void operator()(std::size_t i) { camera.PostProcessOnce(Fresh(i), m_Way); }
     ZelCameraControlImpl camera{"Bench"};
 
   private:
+    const Ring m_Content;
+    const Way m_Way;
     std::array<FrameLease, kRing> m_Frames;
 };
 
@@ -106,6 +119,7 @@ class Readout {
         m_Readout.Prepare(geometry);
     }
     void operator()(std::size_t i) { m_Readout.Process(m_Path.Fresh(i).image, m_Geometry); }
+    void Refresh(std::size_t i) { m_Path.Refresh(i); }
 
   private:
     const FrameGeometry m_Geometry;
@@ -113,74 +127,6 @@ class Readout {
     Logger m_Logger{"ZelCameraControl"};
     TapReadout m_Readout;
 };
-
-// Pages that the system gave this process so far.
-inline long PageFaults() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_minflt;
-}
-
-// Measures jobs that are called with the number of the frame to work on.
-class FrameBench {
-  public:
-    explicit FrameBench(Report& report) : m_Report(report), m_Source(MakeRing(12)), m_Copy(MakeRing(12)) {}
-
-    struct Targets {
-        double hot = 0;  // 0: none
-        double pool = 0;
-    };
-
-    // Adds `name`.hot and `name`.pool; `share` tells how much of the frame's bytes the job really moves, if it is to be
-    // measured against that. The peers' figures say how many times faster the job is than each of them.
-    template <class Job, class... Peers>
-    void Stage(const std::string& name, Targets targets, double share, Job&& job, Peers&&... peers) {
-        for (const bool pool : {false, true}) {
-            const std::size_t frames = m_Report.DryRun() ? 1 : kRing;
-            const auto all = [&](auto& one) {
-                return [&] {
-                    for (std::size_t i = 0; i < frames; ++i) one(pool ? i : 0);
-                };
-            };
-            auto copy = [&](std::size_t i) {
-                std::memcpy(m_Copy[i].data(), m_Source[i].data(), kSamples * 2);
-                Keep(m_Copy[i]);
-            };
-            const auto times = Medians(m_Report.Repetitions(15), all(copy), all(job), all(peers.job)...);
-            const std::string mode = pool ? ".pool" : ".hot";
-            const double target = pool ? targets.pool : targets.hot;
-            m_Report.Add(
-                {name + mode, times[0] * share / times[1], "x memcpy", target > 0 ? AtLeast(target) : Target{}});
-            std::size_t at = 2;
-            (..., AddPeer(name + mode, pool, peers, times[at++] / times[1]));
-            m_Report.Add({name + mode + ".time", times[1] / static_cast<double>(frames) * 1e3, "ms"});
-        }
-    }
-
-  private:
-    template <class P>
-    void AddPeer(const std::string& name, bool pool, const P& peer, double ratio) {
-        if (!peer.there) return;
-        const double target = pool ? peer.targets.pool : peer.targets.hot;
-        m_Report.Add({name + "." + peer.name, ratio, "x", target > 0 ? AtLeast(target) : Target{}});
-    }
-
-    Report& m_Report;
-    Ring m_Source, m_Copy;
-};
-
-// Something else that does the same work, and how many times as fast as it we want to be.
-template <class Job>
-struct Peer {
-    const char* name;
-    FrameBench::Targets targets;
-    Job job;
-    bool there = true;  // false: not on this machine, no figure
-};
-template <class Job>
-Peer(const char*, FrameBench::Targets, Job) -> Peer<Job>;
-template <class Job>
-Peer(const char*, FrameBench::Targets, Job, bool) -> Peer<Job>;
 
 }  // namespace zel::bench
 

@@ -2,8 +2,9 @@
 #include <array>
 #include <cstdio>
 #include <fstream>
+#include <random>
 
-#include "bench/FrameJobs.h"
+#include "bench/FrameStage.h"
 #include "kernels/Kernels.h"
 #include "platform/Locks.h"
 #include "tapbalance/TapBalance.h"
@@ -47,17 +48,27 @@ class Calibration {
 
 // The quadrants of a frame through their tables, with the kernel given.
 template <class LookUp>
-auto Correct(const Ring& frames, const TapTables& tables, LookUp look_up) {
-    return [&frames, &tables, look_up](std::size_t i) {
-        for (std::size_t y = 0; y < kSide; ++y) {
-            const std::span row = std::span<std::uint16_t>(frames[i]).subspan(y * kSide, kSide);
-            const bool bottom = tables.taps == 4 && y >= kSide / 2;
-            look_up(row.first(kSide / 2), tables.lut[bottom ? 3 : 0].data(), static_cast<std::uint16_t>(tables.mask),
-                    0xFFFF);
-            look_up(row.subspan(kSide / 2), tables.lut[bottom ? 2 : 1].data(), static_cast<std::uint16_t>(tables.mask),
-                    0xFFFF);
-        }
-    };
+auto Correct(const Ring& frames, const Ring& content, const TapTables& tables, LookUp look_up) {
+    return InPlace{frames, content, [&frames, &tables, look_up](std::size_t i) {
+                       for (std::size_t y = 0; y < kSide; ++y) {
+                           const std::span row = std::span<std::uint16_t>(frames[i]).subspan(y * kSide, kSide);
+                           const bool bottom = tables.taps == 4 && y >= kSide / 2;
+                           look_up(row.first(kSide / 2), tables.lut[bottom ? 3 : 0].data(),
+                                   static_cast<std::uint16_t>(tables.mask), 0xFFFF);
+                           look_up(row.subspan(kSide / 2), tables.lut[bottom ? 2 : 1].data(),
+                                   static_cast<std::uint16_t>(tables.mask), 0xFFFF);
+                       }
+                   }};
+}
+
+// Samples that have nothing to do with their neighbours.
+Ring Scattered() {
+    Ring ring(kRing);
+    std::mt19937 random(1);
+    for (Frame& frame : ring) {
+        for (std::size_t i = 0; i < kSamples; ++i) frame[i] = static_cast<std::uint16_t>(random() % (1u << kBits));
+    }
+    return ring;
 }
 
 bool Run(Report& report) {
@@ -65,21 +76,25 @@ bool Run(Report& report) {
     FrameBench bench(report);
     Calibration four(4), two(2);
     if (!four.Loaded() || !two.Loaded()) return false;
-    const Ring frames = MakeRing(kBits), packed = MakeRing(kBits);
+    const Ring scene = MakeRing(kBits), frames(kRing);
+    constexpr std::size_t kBytes = kSamples * 2;
 
     const TapTables tables = four.balance.TablesFor(1);
-    bench.Stage(
-        "taps.correction", {0.70, 0.60}, 1,
-        [&](std::size_t i) { four.balance.TranslatePixels(kSide, kSide, 4, 1, frames[i].data()); },
-        Peer{"vs_scalar", {1.7, 1.7}, Correct(frames, tables, scalar::LookUp)});
+    const auto translate = [&](std::size_t i) { four.balance.TranslatePixels(kSide, kSide, 4, 1, frames[i].data()); };
+    const Traffic copying{"moving 8 MiB", kBytes, kBytes};
+    bench.StageWithin(copying, "taps.correction", {1.0, 1.2}, 1, InPlace{frames, scene, translate},
+                      Peer{"vs_scalar", {1.7, 1.7}, Correct(frames, scene, tables, scalar::LookUp)});
+    const Ring scattered = Scattered();
+    bench.StageWithin(copying, "taps.correction_scattered", {}, 1, InPlace{frames, scattered, translate},
+                      Peer{"vs_scalar", {}, Correct(frames, scattered, tables, scalar::LookUp)});
 
     FrameGeometry geometry = GeometryOf(kBits, 2);
     geometry.readout_mhz = 40;
     Readout readout(geometry, &two.balance);
     const TapTables pair = two.balance.TablesFor(1);
-    const auto correct = Correct(frames, pair, scalar::LookUp);
+    const auto correct = Correct(frames, scene, pair, scalar::LookUp);
     const auto passes = [&](std::size_t i) {
-        scalar::Unpack12(packed[i].Packed(), frames[i]);
+        scalar::Unpack12(scene[i].Packed(), frames[i]);
         std::array<std::uint16_t, kSide> scratch;
         for (std::size_t y = 0; y < kSide; ++y) {
             const std::span row = std::span<std::uint16_t>(frames[i]).subspan(y * kSide, kSide);
@@ -88,9 +103,8 @@ bool Run(Report& report) {
         }
         correct(i);
     };
-    bench.Stage(
-        "taps.unpack_two_taps_correction", {0.50, 0.55}, 1, [&](std::size_t i) { readout(i); },
-        Peer{"vs_three_passes", {0, 3}, passes});
+    bench.StageWithin({"6 MiB to 8 MiB", kBytes / 4 * 3, kBytes}, "taps.unpack_two_taps_correction", {0.6, 0.8}, 1,
+                      readout, Peer{"vs_three_passes", {0, 3}, passes});
 
     float gain = 0;
     const auto [time] = Medians(report.Repetitions(21), [&] { four.balance.SetGain(gain += 1); });

@@ -120,7 +120,8 @@ int ZelCameraControl::PrepareAcquisition() {
     m_BuffersOfAcquisition = m_NumImageBuffers;
     if (const int code = StoreError(m_Camera->PrepareAcquisition(&m_BuffersOfAcquisition))) return code;
     if (const int code = StoreError(ReadGeometry())) return code;
-    if (const int code = StoreError(UpdateImagePool(m_BuffersOfAcquisition))) return code;
+    const bool color = m_HasColorFilter && (ColorExpected() || CopyCallbacks().image);
+    if (const int code = StoreError(UpdateImagePool(m_BuffersOfAcquisition, color))) return code;
     return StoreError(UpdateImageAvgBuffer());
 }
 

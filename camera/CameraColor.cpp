@@ -77,15 +77,20 @@ void ZelCameraControl::SetUpColor(int bits_per_pixel) {
 
 void ZelCameraControl::ColorWasBinned() { StoreError(ZEL_ERROR_INVALID_BINNING_SELECTION); }
 
-// ZelColorCamera: the main pipeline.
+// ZelColorCamera: the main pipeline. Who sets it up wants frames in color.
+
+ColorPipeline& ZelCameraControl::WantedPipeline() {
+    ExpectColor();
+    return MainPipeline();
+}
 
 bool ZelCameraControl::ConcatenateColorTransform(int operation, int bit_depth) {
     const Operation entry(*this);
-    return entry && MainPipeline().ConcatenateTransform(operation, bit_depth);
+    return entry && WantedPipeline().ConcatenateTransform(operation, bit_depth);
 }
 bool ZelCameraControl::ConcatenateColorMatrix(const float* matrix) {
     const Operation entry(*this);
-    return entry && MainPipeline().ConcatenateMatrix(matrix);
+    return entry && WantedPipeline().ConcatenateMatrix(matrix);
 }
 bool ZelCameraControl::ResetColorTransform() {
     const Operation entry(*this);
@@ -96,12 +101,12 @@ bool ZelCameraControl::ResetColorTransform() {
 bool ZelCameraControl::SetInputLinearizationTable(const unsigned short* entries, unsigned num_values,
                                                   unsigned channels) {
     const Operation entry(*this);
-    return entry && MainPipeline().SetTable(&ColorSettings::input_linearization, entries, num_values, channels);
+    return entry && WantedPipeline().SetTable(&ColorSettings::input_linearization, entries, num_values, channels);
 }
 bool ZelCameraControl::SetOutputNonLinearizationTable(const unsigned short* entries, unsigned num_values,
                                                       unsigned channels) {
     const Operation entry(*this);
-    return entry && MainPipeline().SetTable(&ColorSettings::output_non_linearization, entries, num_values, channels);
+    return entry && WantedPipeline().SetTable(&ColorSettings::output_non_linearization, entries, num_values, channels);
 }
 bool ZelCameraControl::GetColorTransform(float* matrix) {
     const Operation entry(*this);
@@ -114,6 +119,7 @@ bool ZelCameraControl::SetScratchpadCallback(ZelScratchpadCallback callback, voi
     const Operation entry(*this);
     if (!entry) return false;
     SetScratchpad(callback, context);
+    if (callback) ExpectColor();
     return true;
 }
 bool ZelCameraControl::ConcatenateScratchpadTransform(int operation, int bit_depth) {

@@ -261,6 +261,7 @@ class ZelCameraControl final : public CameraApplicationBase, public CameraCommon
     int StoreError(int code);
     int LoadLastError();
     int ReadGeometry();
+    ColorPipeline& WantedPipeline();
     int PrepareAcquisition();
     const LinkKind& Link() { return LinkKindOf(m_Camera->GetInterfaceType()); }
     bool AskForCalculation(const LinkKind& link);

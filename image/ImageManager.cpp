@@ -91,6 +91,11 @@ int ImageManager::RegisteredCount() {
     return m_Records ? static_cast<int>(m_Records->Count()) : 0;
 }
 
+std::shared_ptr<RecordSet> ImageManager::Records() {
+    Guard guard(m_Lock);
+    return m_Records;
+}
+
 FrameLease ImageManager::Lease(ZelImageInternal* image) {
     Guard guard(m_Lock);
     if (!image || !m_Records || !m_Records->Holds(image)) return {};

@@ -35,6 +35,9 @@ class ImageManager {
     // gives them all up and makes `count` new ones. Answers kPoolOk or why the pool is empty.
     int PixelBufferAllocate(int count);
 
+    // The present records, null when there are none.
+    std::shared_ptr<RecordSet> Records();
+
     ZelImageInternal* GetFreeImage();
     // The frame in the record is complete. `arrival_time_ms` is the clock at its arrival, which the caller reads.
     bool SetPendingImage(ZelImageInternal* image, unsigned arrival_time_ms = 0);

@@ -17,11 +17,11 @@ struct PageBuffer {
     PageBuffer(const PageBuffer&) = delete;
     PageBuffer& operator=(const PageBuffer&) = delete;
 
-    // At least so many bytes; the content is lost when there were fewer.
+    // At least so many bytes, touched; the content is lost when there were fewer.
     bool Reserve(std::size_t bytes) {
         if (capacity >= bytes) return true;
         Release();
-        pixels = static_cast<unsigned short*>(AllocatePixels(bytes));
+        pixels = static_cast<unsigned short*>(AllocateTouchedPixels(bytes));
         if (pixels) capacity = bytes;
         return pixels != nullptr;
     }

@@ -30,6 +30,12 @@ void* AllocatePages(std::size_t bytes, std::size_t alignment) {
     return usable;
 }
 
+void* AllocateTouchedPixels(std::size_t bytes) {
+    void* const pixels = AllocatePixels(bytes);
+    if (pixels) platform::TouchPages(pixels, bytes);
+    return pixels;
+}
+
 std::uint64_t PagesTaken(std::uint64_t bytes, std::size_t alignment) {
     return (bytes + alignment + kWord + kPage - 1) / kPage * kPage;
 }
@@ -55,7 +61,7 @@ bool PlaneSet::Resize(unsigned new_count) {
     if (std::uint64_t{new_count} > SIZE_MAX / sizeof(unsigned short)) return false;
     count = new_count;
     for (unsigned short*& plane : planes) {
-        plane = static_cast<unsigned short*>(AllocatePixels(new_count * sizeof(unsigned short)));
+        plane = static_cast<unsigned short*>(AllocateTouchedPixels(new_count * sizeof(unsigned short)));
         if (!plane) {
             Resize(0);
             return false;

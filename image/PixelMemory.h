@@ -18,6 +18,8 @@ inline constexpr std::size_t kRecordAlignment = 128;
 
 // Zeroed memory of `bytes` bytes; null when there is none. `alignment` is a power of two.
 void* AllocatePages(std::size_t bytes, std::size_t alignment);
+// The same with memory behind every page: who uses it first does not wait for the system.
+void* AllocateTouchedPixels(std::size_t bytes);
 // What the system gives for such a request: whole pages.
 std::uint64_t PagesTaken(std::uint64_t bytes, std::size_t alignment);
 // Gives it back. Null is allowed.

@@ -14,10 +14,19 @@ namespace zel {
 
 class RecordSet {
   public:
+    // So much of a pool is touched when it is made, at 2 to 5 GB/s: beyond it a start would take too long, and a 32-bit
+    // program would have no room left. What lies beyond comes from the system as frames come.
+    static constexpr std::uint64_t kTouchedAtStart = std::uint64_t{sizeof(void*) == 4 ? 512 : 2048} << 20;
+
     // Zeroed records with a pixel buffer of `frame_bytes` each. Null when memory ran out.
     static std::shared_ptr<RecordSet> Make(unsigned count, unsigned frame_bytes);
     // What the system has to give for that, in whole pages.
     static std::uint64_t MemoryNeed(unsigned count, std::uint64_t frame_bytes);
+
+    // Gives the records room for their color pictures as far as kTouchedAtStart and the memory that is available reach;
+    // the others get theirs with their first picture. With `plane_samples` they get planes of so many samples, too.
+    // Belongs to whoever processes frames.
+    void MakePictures(unsigned plane_samples);
 
     ~RecordSet();
     RecordSet(const RecordSet&) = delete;

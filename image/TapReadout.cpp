@@ -25,8 +25,11 @@ bool RowsAreWhole(const ZelImageInternal& image, int taps) {
 }  // namespace
 
 void TapReadout::Prepare(const FrameGeometry& geometry) {
-    if (geometry.taps != 4) return;
-    m_ReorderBuffer.Reserve(std::size_t{geometry.width} * geometry.height * geometry.bytes_per_pixel);
+    if (geometry.taps < 2) return;
+    const std::uint64_t bytes = Area(geometry.width, geometry.height) * geometry.bytes_per_pixel;
+    if (geometry.taps == 4) m_ReorderBuffer.Reserve(static_cast<std::size_t>(bytes));
+    if (geometry.packed) ReserveSpare(Area(geometry.width, geometry.height) * kBytesPerSample, bytes);
+    if (geometry.taps == 2) ReserveRows(geometry.width);
 }
 
 int TapReadout::BufferCount() const {
@@ -64,7 +67,7 @@ bool TapReadout::ReadOut(ZelImageInternal* image, const FrameGeometry& geometry,
     if (!image->pixels || count > image->buffer_size) return false;
     if (PackedSize12(static_cast<std::size_t>(count)) > image->buffer_size) return false;
     // The packed frame goes on through the other steps when there is no memory.
-    if (!ReserveSpare(image)) return ReorderTaps(image, taps, rows, corrected);
+    if (!ReserveSpare(count * kBytesPerSample, image->buffer_size)) return ReorderTaps(image, taps, rows, corrected);
     if (RowsAreWhole(*image, taps) && (taps == 2 || m_ReorderBuffer.capacity >= count * kBytesPerSample)) {
         ReadOutByRows(image, taps, rows);
         corrected = rows.There();
@@ -76,15 +79,15 @@ bool TapReadout::ReadOut(ZelImageInternal* image, const FrameGeometry& geometry,
 
 // The spare is as large as the record's buffer, or as the frame when that is larger: the record can hold a full frame
 // also after the two have changed places.
-bool TapReadout::ReserveSpare(ZelImageInternal* image) {
+bool TapReadout::ReserveSpare(std::uint64_t frame_bytes, std::uint64_t record_bytes) {
     constexpr const char* kFunction = "ZelCameraControlImpl::PostProcessTapBalance";
-    const std::uint64_t bytes = Area(image->w, image->h) * kBytesPerSample;
-    const std::uint64_t capacity = std::max<std::uint64_t>(bytes, image->buffer_size);
+    const std::uint64_t capacity = std::max(frame_bytes, record_bytes);
     if (m_SpareBuffer.capacity != capacity) m_SpareBuffer.Release();
     if (capacity <= 0xFFFFFFFFu && m_SpareBuffer.Reserve(static_cast<std::size_t>(capacity))) return true;
     ZEL_LOG(m_Logger, kLogError, kFunction, "***ERROR***: ptr is 0");
     ZEL_LOG(m_Logger, kLogError, kFunction,
-            "***ERROR***: m_ImageManager.PixelBufferAllocate(total_num_bytes:%d) failed", static_cast<int>(bytes));
+            "***ERROR***: m_ImageManager.PixelBufferAllocate(total_num_bytes:%d) failed",
+            static_cast<int>(frame_bytes));
     return false;
 }
 

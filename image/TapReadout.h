@@ -35,7 +35,7 @@ class TapReadout {
     void ReleaseBuffers();
 
   private:
-    bool ReserveSpare(ZelImageInternal* image);
+    bool ReserveSpare(std::uint64_t frame_bytes, std::uint64_t record_bytes);
     bool ReserveRows(std::size_t samples);
     static void SwapBuffer(ZelImageInternal* image, PageBuffer& buffer);
     bool ReadOut(ZelImageInternal* image, const FrameGeometry& geometry, const TapRows& rows, bool& corrected);

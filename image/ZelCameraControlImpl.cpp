@@ -6,6 +6,7 @@
 
 #include "include/ZelParameters.h"
 #include "kernels/CpuSupport.h"
+#include "kernels/Kernels.h"
 #include "platform/Clock.h"
 
 namespace zel {
@@ -44,15 +45,25 @@ FrameGeometry ZelCameraControlImpl::Geometry() {
     return m_Geometry;
 }
 
-int ZelCameraControlImpl::UpdateImagePool(int num_image_buffers) {
+int ZelCameraControlImpl::UpdateImagePool(int num_image_buffers, bool color) {
     const FrameGeometry geometry = Geometry();
     m_ImageManager.SetFrameGeometry(geometry.width, geometry.height, geometry.bit_depth, geometry.bytes_per_pixel);
     const int code = PublicPoolCode(m_ImageManager.PixelBufferAllocate(num_image_buffers));
-    if (code == 0) {
-        const platform::ScopedLock processing(m_ProcessingLock);
-        m_TapReadout.Prepare(geometry);
-    }
+    if (code == 0) PrepareProcessing(geometry, color);
     return code;
+}
+
+// What frames need is chosen, made and touched here, by the thread that starts: the first frame finds it all.
+void ZelCameraControlImpl::PrepareProcessing(const FrameGeometry& geometry, bool color) {
+    kernels::Kernels();
+    const std::shared_ptr<RecordSet> records = m_ImageManager.Records();
+    const platform::ScopedLock processing(m_ProcessingLock);
+    m_TapReadout.Prepare(geometry);
+    if (!color) return;
+    m_Renderer.Prepare(geometry.width);
+    const ZelRoiBin& roi = geometry.roi;
+    const bool whole = roi.XPixels == geometry.width && roi.YPixels == geometry.height;
+    if (records) records->MakePictures(whole && Scratchpad().callback ? geometry.width * geometry.height : 0);
 }
 
 int ZelCameraControlImpl::UpdateImageAvgBuffer() {
@@ -109,6 +120,7 @@ bool ZelCameraControlImpl::PostProcessOnce(const FrameLease& frame, Path path, C
     if (path == Path::kMonochrome) {
         PostProcessImage(frame.image, frame.Geometry());
     } else {
+        ExpectColor();
         PostProcessColorImage(frame, processing);
     }
     return m_ImageManager.IsCurrent(frame);

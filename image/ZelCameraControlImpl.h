@@ -3,6 +3,8 @@
 #ifndef IMAGE_ZELCAMERACONTROLIMPL_H
 #define IMAGE_ZELCAMERACONTROLIMPL_H
 
+#include <atomic>
+
 #include "image/ColorPipeline.h"
 #include "image/ColorRenderer.h"
 #include "image/FrameAverage.h"
@@ -28,7 +30,7 @@ class ZelCameraControlImpl {
     FrameGeometry Geometry();
 
     // The preparations of a start, in this order; each answers 0 or the error code that ends the start.
-    int UpdateImagePool(int num_image_buffers);
+    int UpdateImagePool(int num_image_buffers, bool color = false);  // `color`: frames are expected in color
     int UpdateImageAvgBuffer();
     // Gives the records up. Nobody is waited for: a thread that works on one of them keeps its memory.
     void ReleaseImagePool() { m_ImageManager.FreeImages(); }
@@ -45,6 +47,10 @@ class ZelCameraControlImpl {
     using Caller = ScratchpadGate::Caller;
     bool PostProcessOnce(const FrameLease& frame, Path path, Caller caller = Caller::kApplication);
 
+    // The application has set color up, so that frames in color are expected from the next start on; so they are after
+    // one that was asked for.
+    void ExpectColor() { m_ColorExpected = true; }
+    bool ColorExpected() const { return m_ColorExpected; }
     void SetScratchpad(ZelScratchpadCallback callback, void* context);
     // Before the transport is asked for anything, see ScratchpadGate.
     void LeaveScratchpad();
@@ -67,6 +73,7 @@ class ZelCameraControlImpl {
     ImageManager m_ImageManager;
 
   private:
+    void PrepareProcessing(const FrameGeometry& geometry, bool color);
     static FrameLease Stamp(FrameLease frame);
     ScratchpadHook Scratchpad();
     void PostProcessImage(ZelImageInternal* image, const FrameGeometry& geometry) ZEL_REQUIRES(m_ProcessingLock);
@@ -77,6 +84,7 @@ class ZelCameraControlImpl {
     ColorPipeline m_MainPipeline{ColorPipeline::Kind::kMain, m_TransformLogger};
     ColorPipeline m_ScratchpadPipeline{ColorPipeline::Kind::kScratchpad, m_TransformLogger};
 
+    std::atomic<bool> m_ColorExpected = false;
     platform::Mutex m_GeometryLock;
     FrameGeometry m_Geometry ZEL_GUARDED_BY(m_GeometryLock);
     platform::Mutex m_ScratchpadLock;

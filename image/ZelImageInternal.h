@@ -16,6 +16,11 @@ class alignas(8) ZelImageInternal : public ZelColorImage {
     ZelImageInternal* next;      // link to the next record of the pool list that holds this one
 };
 
+namespace zel {
+// Room for any format of the color picture of what a record's `pixels` can hold.
+inline std::size_t PictureBytes(const ZelImageInternal& image) { return std::size_t{3} * image.buffer_size; }
+}  // namespace zel
+
 static_assert(sizeof(void*) != 4 || sizeof(ZelImageInternal) == 144,
               "a record's layout is fixed on the 32-bit product");
 

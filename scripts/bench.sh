@@ -1,27 +1,79 @@
 #!/usr/bin/env bash
 # Builds the benchmarks of the Linux product, runs them one after the other and prints one table.
 #
-#   scripts/bench.sh [--json FILE]    FILE gets one list of {name, value, unit, target}
-json=
+#   scripts/bench.sh [--only NAME,...] [--variant NAME] [--json FILE] [--compare OLD.json] [--markdown] [--windows]
+#
+#   --only      these programs, named as in bench/ (frame, tap, color, pool, camera, layer, file, stream, saving, tool)
+#   --variant   the frame path with the kernels scalar, avx2, avx2-without-gathers or avx512 instead of the fastest
+#   --json      FILE gets machine, date, command and a list of figures, each with median and spread
+#   --compare   what moved against a file of --json, and by how much beyond the spread of both runs
+#   --markdown  the table of docs/performance.md instead of the plain one
+#   --windows   the frame path of the Windows products under Wine, too: each time beside Linux's on the same kernels
+command="scripts/bench.sh $*"
+json= compare= markdown= windows= only= variant=()
 while [ $# -gt 0 ]; do
     case $1 in
     --json) json=$(realpath -m "${2:?--json needs a file}") && shift 2 ;;
-    *) sed -n '2,4s/^# \{0,1\}//p' "$0" >&2 && exit 2 ;;
+    --compare) compare=$(realpath -e "${2:?--compare needs a file}") && shift 2 ;;
+    --only) only=${2:?--only needs names} && shift 2 ;;
+    --variant) variant=(--variant "${2:?--variant needs a name}") && shift 2 ;;
+    --markdown) markdown=1 && shift ;;
+    --windows) windows=1 && shift ;;
+    *) sed -n '2,11s/^# \{0,1\}//p' "$0" >&2 && exit 2 ;;
     esac
 done
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-scripts/setup.sh build compare
-build_preset linux zel_benches
 parts=$(mktemp -d -t zel-bench.XXXXXX)
-trap 'rm -rf "$parts"' EXIT
+stop_all() {
+    [ ! -e "$parts/wine" ] || WINEPREFIX=$(cat "$parts/wine") wineserver -k 2>/dev/null || true
+    rm -rf "$parts"
+}
+trap stop_all EXIT
+frame_path=(frame tap color)
 failed=0
-for program in build/linux/bin/bench/*_bench; do
-    "$program" --json "$parts/$(basename "$program").json" || failed=1
+
+# run PROGRAM PART [COMMAND...]: PART of the results, its lines to the standard output unless a table comes instead.
+run() {
+    local program=$1 part=$2
+    shift 2
+    "$@" "$program" "${variant[@]}" --json "$parts/$part.json" >"$parts/$part.txt" || failed=1
+    [ -n "$markdown" ] || cat "$parts/$part.txt"
+}
+wanted() { [ -z "$only" ] || [[ ,$only, = *,$1,* ]]; }
+
+scripts/setup.sh build compare
+targets=()
+for source in bench/*Bench.cpp; do
+    name=$(basename "$source" Bench.cpp | tr A-Z a-z)
+    ! wanted "$name" || targets+=("${name}_bench")
 done
-[ -z "$json" ] || {
-    echo '['
-    cat "$parts"/*.json | grep '^  {' | sed -e 's/},$/}/' -e '$!s/$/,/'
-    echo ']'
-} >"$json"
+[ ${#targets[@]} -gt 0 ] || { echo "no program of '$only'" >&2 && exit 2; }
+build_preset linux "${targets[@]}"
+for target in "${targets[@]}"; do
+    run "build/linux/bin/bench/$target" "$target"
+done
+
+if [ -n "$windows" ]; then
+    scripts/setup.sh windows
+    for preset in windows-i686 windows-x86_64; do
+        scripts/libdeflate-source.sh && scripts/lodepng-source.sh
+        build_preset "$preset" "${frame_path[@]/%/_bench}"
+        export WINEDEBUG=-all WINEARCH=win32 WINEPREFIX=$PWD/build/wine
+        [ "$preset" = windows-i686 ] || export WINEARCH=win64 WINEPREFIX=$PWD/build/wine64
+        echo "$WINEPREFIX" >"$parts/wine"
+        mkdir -p "$WINEPREFIX"
+        wineboot -i >/dev/null 2>&1 || true
+        for name in "${frame_path[@]}"; do
+            ! wanted "$name" || run "build/$preset/bin/bench/${name}_bench.exe" "$preset.$name" wine
+        done
+        wineserver -k 2>/dev/null || true
+    done
+fi
+
+results=${json:-$parts/all.json}
+scripts/bench-results.py join "$command" "$parts" >"$results"
+[ -z "$markdown" ] || scripts/bench-results.py markdown "$results"
+[ -z "$windows" ] || scripts/bench-results.py windows "$results"
+[ -z "$compare" ] || scripts/bench-results.py compare "$compare" "$results"
 exit $failed

@@ -19,6 +19,12 @@ std::size_t PageSize() {
     return size;
 }
 
+constexpr std::size_t kLargePage = std::size_t{2} << 20;
+
+#ifndef MADV_POPULATE_WRITE
+#define MADV_POPULATE_WRITE 23  // Linux 5.14; an older one answers with an error
+#endif
+
 }  // namespace
 
 void* ReservePages(std::size_t bytes) {
@@ -26,8 +32,23 @@ void* ReservePages(std::size_t bytes) {
     const std::size_t total = PageSize() + bytes;
     void* region = mmap(nullptr, total, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (region == MAP_FAILED) return nullptr;
+    // Before the first page is used, which decides for its whole neighbourhood.
+    if (bytes >= kLargePage) madvise(region, total, MADV_HUGEPAGE);
     std::memcpy(region, &total, sizeof total);
     return static_cast<char*>(region) + PageSize();
+}
+
+void TouchPages(void* pages, std::size_t bytes) {
+    if (bytes == 0) return;
+    char* const first = static_cast<char*>(pages);
+    const std::size_t within = reinterpret_cast<std::uintptr_t>(first) % PageSize();
+    if (madvise(first - within, bytes + within, MADV_POPULATE_WRITE) == 0) return;
+    for (std::size_t at = 0; at < bytes; at += PageSize()) {
+        volatile char& one = first[at];
+        one = one;
+    }
+    volatile char& last = first[bytes - 1];
+    last = last;
 }
 
 void ReleasePages(void* pages) {

@@ -4,6 +4,7 @@
 #include "image/ZelCameraControlImpl.h"
 #include "include/ZelCamera.h"
 #include "tests/image/Record.h"
+#include "tests/support/PageReservations.h"
 
 namespace zel::test {
 namespace {
@@ -60,6 +61,28 @@ TEST_F(FramePathTest, OnlyBothBinningFactorsTogetherSwitchColorOff) {
         const ZelImageInternal* image = Processed(Arrive());
         EXPECT_EQ(image->w, 6u) << "color frames are not binned";
         EXPECT_EQ(Picture(*image) == Demosaiced(*image, 1), color);
+    }
+}
+
+// What a frame needs is there when the start has ended; who takes raw frames of a color camera pays for no pictures.
+TEST_F(FramePathTest, AStartMakesAllThatFramesNeed) {
+    const long long before = platform::LivePageReservations();
+    for (const auto& [taps, packed, color] :
+         {std::tuple(1, false, true), {2, true, false}, {4, false, false}, {4, true, false}, {1, false, false}}) {
+        SCOPED_TRACE(testing::Message() << taps << " taps, packed " << packed << ", color " << color);
+        m_Geometry.taps = taps;
+        m_Geometry.packed = packed;
+        ZelCameraControlImpl path("");
+        path.SetGeometry(m_Geometry);
+        ASSERT_EQ(path.UpdateImagePool(8, color), 0);
+        const long long made = platform::LivePageReservations();
+        EXPECT_EQ(made - before, 1 + 8 + (color ? 8 : 0) + (taps == 4 ? 1 : 0) + (packed ? 1 : 0));
+        for (int i = 0; i < 8; ++i) {
+            const FrameLease frame = path.GetFreeImageImpl();
+            EXPECT_TRUE(path.PostProcessOnce(frame, color ? Path::kColor : Path::kMonochrome));
+        }
+        EXPECT_EQ(platform::LivePageReservations(), made);
+        EXPECT_EQ(path.ColorExpected(), color);
     }
 }
 

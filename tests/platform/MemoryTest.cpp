@@ -21,6 +21,10 @@ TEST(Memory, IsZeroedAndGivenBackWhole) {
         auto* const pages = static_cast<char*>(ReservePages(kBlock));
         ASSERT_NE(nullptr, pages) << "round " << i;
         EXPECT_EQ(0, pages[0]++ + pages[kBlock - 1]++);
+        TouchPages(pages, 0);
+        TouchPages(pages + 1, 8192);
+        TouchPages(pages + kBlock - 8193, 8193);
+        EXPECT_EQ(2, pages[0] + pages[kBlock - 1]) << "what is in touched pages stays";
         ReleasePages(pages);
     }
 }

@@ -31,8 +31,8 @@ else()
     target_link_libraries(zel_deflate INTERFACE deflate)
 endif()
 
-# lodepng, which the tool writes color pictures with: Debian's library on Linux; on Windows built from the source package
-# that scripts/lodepng-source.sh fetches.
+# lodepng, which the tests read pictures with: Debian's library on Linux; on Windows built from the source package that
+# scripts/lodepng-source.sh fetches.
 add_library(zel_lodepng INTERFACE)
 if(WIN32)
     set(ZEL_LODEPNG_SOURCE "${PROJECT_SOURCE_DIR}/build/lodepng" CACHE PATH "unpacked source of lodepng")

@@ -50,6 +50,17 @@ function(zel_shared_library name)
     endif()
 endfunction()
 
+# zel_compile_fast(NAME...): code that runs once or waits for the user. It need not be fast; compiling it should be.
+function(zel_compile_fast)
+    foreach(name ${ARGN})
+        target_compile_options(${name} PRIVATE -O1)
+        if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+            # GCC 12 warns of bounds inside its own std::string when texts are concatenated.
+            target_compile_options(${name} PRIVATE -Wno-restrict)
+        endif()
+    endforeach()
+endfunction()
+
 # Compiles GoogleTest's headers once and lets test programs use the result.
 function(zel_share_test_headers name)
     if(NOT TARGET zel_test_headers)
@@ -71,12 +82,11 @@ function(zel_test name)
     endif()
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE zel_options GTest::gmock_main ${ARG_LINK} zel_test_support)
-    # The tests' own code need not be fast; compiling it should be. GoogleTest's headers are parsed once for all.
-    # GCC 12 warns of bounds inside its own std::string when texts are concatenated.
-    target_compile_options(${name} PRIVATE -O1)
+    zel_compile_fast(${name})
     if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
-        target_compile_options(${name} PRIVATE -Wno-restrict -Wno-array-bounds -Wno-stringop-overflow)
+        target_compile_options(${name} PRIVATE -Wno-array-bounds -Wno-stringop-overflow)
     endif()
+    # GoogleTest's headers are parsed once for all.
     zel_share_test_headers(${name})
     if(WIN32)
         if(NOT TARGET zel_watcher_thread)

@@ -30,15 +30,18 @@ class Mosaic {
         m_Small[1] = Small(0);
     }
 
-    // Row y in its three colors. Rows are asked for in order.
-    void Row(std::size_t y, const PlanarRow& out) {
+    // Row y with its neighbours. Rows are asked for in order.
+    kernels::MosaicRow Row(std::size_t y) {
         m_Small[2] = Small(y + 1);
         const bool small = m_Small[0] && m_Small[1] && m_Small[2];
-        m_Kernel.demosaic_row({y > 0 ? At(y - 1) : nullptr, At(y), y + 1 < m_H ? At(y + 1) : nullptr, m_W,
-                               kernels::PhaseAt(m_Phase, 0, static_cast<unsigned>(y)), small},
-                              out);
         m_Small[0] = m_Small[1];
         m_Small[1] = m_Small[2];
+        return {y > 0 ? At(y - 1) : nullptr,
+                At(y),
+                y + 1 < m_H ? At(y + 1) : nullptr,
+                m_W,
+                kernels::PhaseAt(m_Phase, 0, static_cast<unsigned>(y)),
+                small};
     }
 
   private:
@@ -80,11 +83,14 @@ class StepTime {
     std::int64_t m_Ticks = 0;
 };
 
-// A table in place on a row; false for one that can't be applied. None is passed through.
+// A table that can't be applied is left out; none is passed through.
 bool CanApply(const std::shared_ptr<const ColorTable>& table) { return !table || table->Usable(); }
+kernels::ChannelMaps MapsOf(const std::shared_ptr<const ColorTable>& table) {
+    return table && table->Usable() ? table->Maps() : kernels::ChannelMaps{};
+}
 
-void Apply(const KernelTable& kernel, const ColorTable& table, const PlanarRow& row) {
-    for (int k = 0; k < 3; ++k) kernel.look_up({row.channel[k], row.w}, table.Channel(k), 0xFFFF, 0xFFFF);
+void Apply(const KernelTable& kernel, const kernels::ChannelMaps& maps, const PlanarRow& row) {
+    for (unsigned k = 0; k < 3; ++k) kernel.map_samples({row.channel[k], row.w}, maps[k]);
 }
 
 const KernelTable& KernelsFor(ColorPipeline::Kind pipeline) {
@@ -125,8 +131,11 @@ bool ColorRenderer::Demosaic(const ColorFrame& frame) {
         ZEL_LOG(m_Logger, kLogError, kFunction, "Failed to demosaic the color image!");
         return false;
     }
-    Mosaic mosaic(KernelsFor(ColorPipeline::Kind::kMain), frame.samples, frame.w, frame.h, frame.phase);
-    for (std::size_t y = 0; y < frame.h; ++y) mosaic.Row(y, PlanesAt(planes, y * frame.w, frame.w));
+    const KernelTable& kernel = KernelsFor(ColorPipeline::Kind::kMain);
+    Mosaic mosaic(kernel, frame.samples, frame.w, frame.h, frame.phase);
+    for (std::size_t y = 0; y < frame.h; ++y) {
+        kernel.demosaic_row(mosaic.Row(y), PlanesAt(planes, y * frame.w, frame.w));
+    }
     return true;
 }
 
@@ -134,12 +143,12 @@ void ColorRenderer::Render(const ColorFrame& frame, ColorPipeline& pipeline, boo
     constexpr const char* kFunction = "ZelCameraControlImpl::PostProcessColorImage";
     const KernelTable& kernel = KernelsFor(pipeline.WhichOne());
     const ColorSettings& settings = pipeline.Prepare();
-    const kernels::ColorTransform transform = settings.transform.Kernel(frame.bit_depth);
-    const ColorFormat format = settings.transform.Format();
-    const ColorTable* const input =
-        CanApply(settings.input_linearization) ? settings.input_linearization.get() : nullptr;
-    const ColorTable* const output =
-        CanApply(settings.output_non_linearization) ? settings.output_non_linearization.get() : nullptr;
+    const kernels::ColorSteps steps{
+        .input = MapsOf(settings.input_linearization),
+        .transform = settings.transform.Kernel(frame.bit_depth),
+        .output = MapsOf(settings.output_non_linearization),
+        .format = settings.transform.Format(),
+    };
     if (!CanApply(settings.input_linearization)) {
         ZEL_LOG(m_Logger, kLogError, kFunction, "Color input linearization step failed!");
     }
@@ -151,37 +160,55 @@ void ColorRenderer::Render(const ColorFrame& frame, ColorPipeline& pipeline, boo
         return;
     }
     const PlanarRow scratch{{m_Rows.data(), m_Rows.data() + w, m_Rows.data() + 2 * w}, w};
-    const std::size_t row_bytes = w * kernels::BytesPerPixel(format);
+    if (from_planes || m_Logger.Enabled()) {
+        StepByStep(frame, kernel, steps, scratch, from_planes);
+    } else {
+        const std::size_t row_bytes = w * kernels::BytesPerPixel(steps.format);
+        Mosaic mosaic(kernel, frame.samples, frame.w, frame.h, frame.phase);
+        for (std::size_t y = 0; y < frame.h; ++y) {
+            kernel.color_row(mosaic.Row(y), steps, scratch, frame.out + y * row_bytes);
+        }
+    }
+    frame.image->color_size_in_bytes = steps.format == ColorFormat::k16        ? 3 * frame.size_in_bytes
+                                       : steps.format == ColorFormat::k8Padded ? 4 * frame.num_pixels
+                                                                               : 3 * frame.num_pixels;
+    if (!CanApply(settings.output_non_linearization)) {
+        ZEL_LOG(m_Logger, kLogError, kFunction, "Color output non-linearization step failed!");
+    }
+}
+
+// From the planes, or where the log tells what each step takes.
+void ColorRenderer::StepByStep(const ColorFrame& frame, const KernelTable& kernel, const kernels::ColorSteps& steps,
+                               const PlanarRow& scratch, bool from_planes) {
+    constexpr const char* kFunction = "ZelCameraControlImpl::PostProcessColorImage";
+    const bool input = !KeepSamples(steps.input), output = !KeepSamples(steps.output);
+    const std::size_t w = frame.w;
+    const std::size_t row_bytes = w * kernels::BytesPerPixel(steps.format);
     StepTime demosaic(m_Logger, "DemosaicColorImage"), linearize(m_Logger, "ApplyInputLinearization"),
         apply(m_Logger, "ApplyColorTransform"), non_linearize(m_Logger, "ApplyOutputNonLinearization");
     Mosaic mosaic(kernel, frame.samples, frame.w, frame.h, frame.phase);
     for (std::size_t y = 0; y < frame.h; ++y) {
         PlanarRow row = scratch;
         if (!from_planes) {
-            demosaic.Run([&] { mosaic.Row(y, row); });
+            const kernels::MosaicRow raw = mosaic.Row(y);
+            demosaic.Run([&] { kernel.demosaic_row(raw, row); });
         } else if (input || output) {
             const PlanarRow plane = PlanesAt(frame.image->color_planes, y * w, w);
             for (int k = 0; k < 3; ++k) std::memcpy(row.channel[k], plane.channel[k], w * kBytesPerSample);
         } else {
             row = PlanesAt(frame.image->color_planes, y * w, w);
         }
-        if (input) linearize.Run([&] { Apply(kernel, *input, row); });
+        if (input) linearize.Run([&] { Apply(kernel, steps.input, row); });
         std::uint8_t* const to = frame.out + y * row_bytes;
         if (!output) {
-            apply.Run([&] { kernel.transform_pack_row(row, transform, format, to); });
+            apply.Run([&] { kernel.transform_pack_row(row, steps.transform, steps.format, to); });
             continue;
         }
-        apply.Run([&] { kernel.transform_row(row, transform); });
+        apply.Run([&] { kernel.transform_row(row, steps.transform); });
         non_linearize.Run([&] {
-            Apply(kernel, *output, row);
-            kernel.pack_row(row, format, to);
+            Apply(kernel, steps.output, row);
+            kernel.pack_row(row, steps.format, to);
         });
-    }
-    frame.image->color_size_in_bytes = format == ColorFormat::k16        ? 3 * frame.size_in_bytes
-                                       : format == ColorFormat::k8Padded ? 4 * frame.num_pixels
-                                                                         : 3 * frame.num_pixels;
-    if (!CanApply(settings.output_non_linearization)) {
-        ZEL_LOG(m_Logger, kLogError, kFunction, "Color output non-linearization step failed!");
     }
     if (!from_planes) demosaic.Report(kFunction);
     for (StepTime* step : {&linearize, &apply, &non_linearize}) step->Report(kFunction);

@@ -1,9 +1,9 @@
 // Makes the color picture of a frame: demosaicing, input linearization, color transform and output non-linearization
 // into `color_pixels`.
 //
-// The four steps go over the frame together, one row at a time, through rows that stay in the processor's cache. Only
-// when a scratchpad callback is attached does the demosaiced picture stand whole in the record's planes, where the
-// scratchpad's pipeline and the main one each take their rows from.
+// The four steps go over the frame together, one row at a time, in the processor's registers or through rows that stay
+// in its cache. Only when a scratchpad callback is attached does the demosaiced picture stand whole in the record's
+// planes, where the scratchpad's pipeline and the main one each take their rows from.
 #ifndef IMAGE_COLORRENDERER_H
 #define IMAGE_COLORRENDERER_H
 
@@ -13,6 +13,7 @@
 
 #include "image/ColorPipeline.h"
 #include "image/ZelImageInternal.h"
+#include "kernels/Kernels.h"
 #include "sdk/Logger.h"
 
 namespace zel {
@@ -49,6 +50,8 @@ class ColorRenderer {
     void ReleaseBuffers() { m_Rows = {}; }
 
   private:
+    void StepByStep(const ColorFrame& frame, const kernels::KernelTable& kernel, const kernels::ColorSteps& steps,
+                    const kernels::PlanarRow& scratch, bool from_planes);
     bool ReserveRows(std::size_t samples);
 
     Logger& m_Logger;

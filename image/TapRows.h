@@ -6,7 +6,6 @@
 #include <span>
 #include <utility>
 
-#include "kernels/Kernels.h"
 #include "tapbalance/LookupTables.h"
 
 namespace zel {
@@ -30,9 +29,8 @@ class TapRows {
 
   private:
     void Half(std::span<std::uint16_t> samples, std::size_t tap) const {
-        const auto mask = static_cast<std::uint16_t>(m_Tables.mask);
         // On purpose: only two-tap frames mask the result.
-        kernels::Kernels().look_up(samples, m_Tables.lut[tap].data(), mask, m_FourTaps ? std::uint16_t{0xFFFF} : mask);
+        m_Tables.LookUp(samples, tap, m_FourTaps ? 0xFFFF : m_Tables.mask);
     }
 
     TapTables m_Tables;

@@ -287,10 +287,40 @@ void TransformPackRow(const PlanarRow& row, const ColorTransform& transform, Col
     scalar::TransformPackRow(From(row, x), transform, format, bytes + x * BytesPerPixel(format));
 }
 
+template <class Fetch>
+void MapSamples(std::span<std::uint16_t> samples, const SampleMap& map) {
+    const __m256i floor = _mm256_set1_epi16(static_cast<short>(map.floor));
+    const __m256i ceiling = _mm256_set1_epi16(static_cast<short>(map.ceiling));
+    std::size_t i = 0;
+    for (; i + kLane <= samples.size(); i += kLane) {
+        std::uint16_t* const at = samples.data() + i;
+        Store(at, map.table ? Fetch::Entries(map.table, at, 0xFFFF)
+                            : _mm256_min_epu16(_mm256_subs_epu16(Load(at), floor), ceiling));
+    }
+    scalar::MapSamples(samples.subspan(i), map);
+}
+
+template <class Fetch>
+void ColorRow(const MosaicRow& mosaic, const ColorSteps& steps, const PlanarRow& scratch, void* out) {
+    const auto map = [&](const ChannelMaps& maps) {
+        for (unsigned k = 0; k < 3; ++k) MapSamples<Fetch>({scratch.channel[k], scratch.w}, maps[k]);
+    };
+    DemosaicRow(mosaic, scratch);
+    if (!KeepSamples(steps.input)) map(steps.input);
+    if (KeepSamples(steps.output)) return TransformPackRow<Fetch>(scratch, steps.transform, steps.format, out);
+    TransformRow<Fetch>(scratch, steps.transform);
+    map(steps.output);
+    PackRow(scratch, steps.format, out);
+}
+
 template void TransformRow<Gathers>(const PlanarRow&, const ColorTransform&);
 template void TransformRow<Inserts>(const PlanarRow&, const ColorTransform&);
 template void TransformPackRow<Gathers>(const PlanarRow&, const ColorTransform&, ColorFormat, void*);
 template void TransformPackRow<Inserts>(const PlanarRow&, const ColorTransform&, ColorFormat, void*);
+template void MapSamples<Gathers>(std::span<std::uint16_t>, const SampleMap&);
+template void MapSamples<Inserts>(std::span<std::uint16_t>, const SampleMap&);
+template void ColorRow<Gathers>(const MosaicRow&, const ColorSteps&, const PlanarRow&, void*);
+template void ColorRow<Inserts>(const MosaicRow&, const ColorSteps&, const PlanarRow&, void*);
 
 }  // namespace zel::kernels::avx2
 

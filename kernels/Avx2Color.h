@@ -14,6 +14,10 @@ void TransformRow(const PlanarRow& row, const ColorTransform& transform);
 void PackRow(const PlanarRow& row, ColorFormat format, void* out);
 template <class Fetch>
 void TransformPackRow(const PlanarRow& row, const ColorTransform& transform, ColorFormat format, void* out);
+template <class Fetch>
+void MapSamples(std::span<std::uint16_t> samples, const SampleMap& map);
+template <class Fetch>
+void ColorRow(const MosaicRow& mosaic, const ColorSteps& steps, const PlanarRow& scratch, void* out);
 
 }  // namespace zel::kernels::avx2
 

@@ -77,6 +77,12 @@ constexpr std::size_t Bytes(std::size_t samples) {
     return packed ? samples / 2 * 3 : samples * 2;
 }
 
+// Calls for memory that will be written soon. The rows of a picture stand one after the other, and the processor's own
+// prefetching stops at page ends, where rows end as well.
+void CallFor(const std::uint16_t* at, std::ptrdiff_t samples) {
+    _mm_prefetch(reinterpret_cast<const char*>(at) + samples * 2, _MM_HINT_T0);
+}
+
 // 16 pairs at a time: the left taps' samples go up from the left edge, the right taps', reversed, down from the right.
 // Returns the number of pairs done.
 template <bool packed>
@@ -85,9 +91,12 @@ std::size_t TwoTapRow(const std::uint8_t* raw, std::span<std::uint16_t> row) {
     static constexpr Shuffle kShuffle = MakeShuffle<packed>({0, 2, 4, 6, 7, 5, 3, 1});
     const Taker<packed> taker(kShuffle);
     const std::size_t w = row.size();
+    const auto next = static_cast<std::ptrdiff_t>(w);
     std::size_t k = 0;
     for (; 2 * (k + kLane) <= w; k += kLane) {
         const std::uint8_t* const from = raw + Bytes<packed>(2 * k);
+        CallFor(row.data() + k, next);
+        CallFor(row.data() + w - k - kLane, next);
         const __m256i a = taker.Take(from, 0, 2);
         const __m256i b = taker.Take(from, 1, 3);
         Store(row.data() + k, _mm256_unpacklo_epi64(a, b));
@@ -103,9 +112,14 @@ std::size_t FourTapRowPair(const std::uint8_t* raw, std::span<std::uint16_t> top
     static constexpr Shuffle kShuffle = MakeShuffle<packed>({0, 4, 2, 6, 5, 1, 7, 3});
     const Taker<packed> taker(kShuffle);
     const std::size_t w = top.size();
+    const auto next = static_cast<std::ptrdiff_t>(w);
     std::size_t k = 0;
     for (; 2 * (k + kLane) <= w; k += kLane) {
         const std::uint8_t* const from = raw + Bytes<packed>(4 * k);
+        CallFor(top.data() + k, next);
+        CallFor(top.data() + w - k - kLane, next);
+        CallFor(bottom.data() + k, -next);
+        CallFor(bottom.data() + w - k - kLane, -next);
         const __m256i v0 = taker.Take(from, 0, 4);
         const __m256i v1 = taker.Take(from, 1, 5);
         const __m256i v2 = taker.Take(from, 2, 6);
@@ -176,6 +190,13 @@ void LookUp(std::span<std::uint16_t> samples, const std::uint16_t* table, std::u
         Store(samples.data() + i, _mm256_and_si256(entries, value));
     }
     scalar::LookUp(samples.subspan(i), table, index_mask, value_mask);
+}
+
+// Fetching an entry costs less than finding and computing its line.
+template <class Fetch>
+void LookUpByLines(std::span<std::uint16_t> samples, const std::uint16_t* table, const LineTable&,
+                   std::uint16_t index_mask, std::uint16_t value_mask) {
+    LookUp<Fetch>(samples, table, index_mask, value_mask);
 }
 
 namespace {
@@ -314,6 +335,7 @@ constexpr KernelTable MakeTable(Variant variant, const char* name) {
         .reorder_row_pair_four_taps = ReorderRowPairFourTaps,
         .unpack_row_pair_four_taps = UnpackRowPairFourTaps,
         .look_up = LookUp<Fetch>,
+        .look_up_by_lines = LookUpByLines<Fetch>,
         .bin = Bin,
         .average_step = AverageStep,
         .all_bits = AllBits,
@@ -321,6 +343,8 @@ constexpr KernelTable MakeTable(Variant variant, const char* name) {
         .transform_row = TransformRow<Fetch>,
         .pack_row = PackRow,
         .transform_pack_row = TransformPackRow<Fetch>,
+        .map_samples = MapSamples<Fetch>,
+        .color_row = ColorRow<Fetch>,
     };
 }
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "kernels/ScalarKernels.h"
+
 namespace zel::kernels::scalar {
 
 std::uint16_t AllBits(std::span<const std::uint16_t> samples) {
@@ -142,6 +144,27 @@ void PackRow(const PlanarRow& row, ColorFormat format, void* out) {
 
 void TransformPackRow(const PlanarRow& row, const ColorTransform& transform, ColorFormat format, void* out) {
     for (std::size_t x = 0; x < row.w; ++x) PackPixel(Transformed(row, x, transform), x, format, out);
+}
+
+void MapSamples(std::span<std::uint16_t> samples, const SampleMap& map) {
+    if (map.table) return LookUp(samples, map.table, 0xFFFF, 0xFFFF);
+    for (std::uint16_t& sample : samples) {
+        const auto above = static_cast<std::uint16_t>(sample - std::min(sample, map.floor));
+        sample = std::min(above, map.ceiling);
+    }
+}
+
+void ColorRow(const MosaicRow& mosaic, const ColorSteps& steps, const PlanarRow& scratch, void* out) {
+    const auto map = [&](const ChannelMaps& maps) {
+        if (KeepSamples(maps)) return;
+        for (unsigned k = 0; k < 3; ++k) MapSamples({scratch.channel[k], scratch.w}, maps[k]);
+    };
+    DemosaicRow(mosaic, scratch);
+    map(steps.input);
+    if (KeepSamples(steps.output)) return TransformPackRow(scratch, steps.transform, steps.format, out);
+    TransformRow(scratch, steps.transform);
+    map(steps.output);
+    PackRow(scratch, steps.format, out);
 }
 
 }  // namespace zel::kernels::scalar

@@ -3,6 +3,7 @@
 #ifndef KERNELS_COLORKERNELS_H
 #define KERNELS_COLORKERNELS_H
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -57,6 +58,27 @@ constexpr std::size_t BytesPerPixel(ColorFormat format) {
     return format == ColorFormat::k16 ? 6 : format == ColorFormat::k8 ? 3 : 4;
 }
 
+// What the samples of one channel are replaced by: the entries of a table or, without one, what lies above `floor`, up
+// to `ceiling`.
+struct SampleMap {
+    const std::uint16_t* table = nullptr;  // 65536 entries and two more that may be read
+    std::uint16_t floor = 0;
+    std::uint16_t ceiling = 0xFFFF;
+
+    constexpr bool operator==(const SampleMap&) const = default;
+};
+using ChannelMaps = std::array<SampleMap, 3>;
+
+constexpr bool KeepSamples(const ChannelMaps& maps) { return maps == ChannelMaps{}; }
+
+// What a mosaic row goes through to become a row of the picture, in this order.
+struct ColorSteps {
+    ChannelMaps input;
+    ColorTransform transform;
+    ChannelMaps output;
+    ColorFormat format;
+};
+
 namespace scalar {
 
 // All the bits that are set in any of the samples.
@@ -77,6 +99,11 @@ void PackRow(const PlanarRow& row, ColorFormat format, void* out);
 
 // Both in one step; the row stays as it is.
 void TransformPackRow(const PlanarRow& row, const ColorTransform& transform, ColorFormat format, void* out);
+
+void MapSamples(std::span<std::uint16_t> samples, const SampleMap& map);
+
+// All the steps of a row, one after the other. `scratch` is a row that they may work in.
+void ColorRow(const MosaicRow& mosaic, const ColorSteps& steps, const PlanarRow& scratch, void* out);
 
 }  // namespace scalar
 }  // namespace zel::kernels

@@ -20,6 +20,7 @@ constexpr KernelTable kScalar{
     .reorder_row_pair_four_taps = scalar::ReorderRowPairFourTaps,
     .unpack_row_pair_four_taps = scalar::UnpackRowPairFourTaps,
     .look_up = scalar::LookUp,
+    .look_up_by_lines = scalar::LookUpByLines,
     .bin = scalar::Bin,
     .average_step = scalar::AverageStep,
     .all_bits = scalar::AllBits,
@@ -27,6 +28,8 @@ constexpr KernelTable kScalar{
     .transform_row = scalar::TransformRow,
     .pack_row = scalar::PackRow,
     .transform_pack_row = scalar::TransformPackRow,
+    .map_samples = scalar::MapSamples,
+    .color_row = scalar::ColorRow,
 };
 
 // In order of preference.

@@ -18,6 +18,7 @@ enum class Variant { kScalar, kAvx2WithoutGathers, kAvx2, kAvx512 };
 struct KernelTable {
     Variant variant;
     const char* name;
+    bool uses_lines = false;  // whether a table's lines are worth making
 
     decltype(&scalar::Unpack12) unpack12;
     decltype(&scalar::ReorderRowTwoTaps) reorder_row_two_taps;
@@ -25,6 +26,7 @@ struct KernelTable {
     decltype(&scalar::ReorderRowPairFourTaps) reorder_row_pair_four_taps;
     decltype(&scalar::UnpackRowPairFourTaps) unpack_row_pair_four_taps;
     decltype(&scalar::LookUp) look_up;
+    decltype(&scalar::LookUpByLines) look_up_by_lines;
     decltype(&scalar::Bin) bin;
     decltype(&scalar::AverageStep) average_step;
 
@@ -33,6 +35,8 @@ struct KernelTable {
     decltype(&scalar::TransformRow) transform_row;
     decltype(&scalar::PackRow) pack_row;
     decltype(&scalar::TransformPackRow) transform_pack_row;
+    decltype(&scalar::MapSamples) map_samples;
+    decltype(&scalar::ColorRow) color_row;
 };
 
 // The fastest table that this machine runs, chosen at the first call. Any thread.

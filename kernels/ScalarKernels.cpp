@@ -69,6 +69,11 @@ void LookUp(std::span<std::uint16_t> samples, const std::uint16_t* table, std::u
     }
 }
 
+void LookUpByLines(std::span<std::uint16_t> samples, const std::uint16_t* table, const LineTable&,
+                   std::uint16_t index_mask, std::uint16_t value_mask) {
+    LookUp(samples, table, index_mask, value_mask);
+}
+
 void Crop(std::span<std::uint16_t> frame, unsigned w, unsigned c0, unsigned r0, unsigned rw, unsigned rh) {
     if (rw == 0) return;
     for (unsigned row = 0; row < rh; ++row) {

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <span>
 
+#include "kernels/LineTable.h"
+
 namespace zel::kernels::scalar {
 
 // Bytes that n packed 12-bit samples take.
@@ -42,6 +44,10 @@ void UnpackRowPairFourTaps(std::span<const std::uint8_t> packed, std::span<std::
 // that may be read but are not used.
 void LookUp(std::span<std::uint16_t> samples, const std::uint16_t* table, std::uint16_t index_mask,
             std::uint16_t value_mask);
+
+// The same with a table whose lines, if there are any, are these: they may be used in its place.
+void LookUpByLines(std::span<std::uint16_t> samples, const std::uint16_t* table, const LineTable& lines,
+                   std::uint16_t index_mask, std::uint16_t value_mask);
 
 // Moves the rw * rh samples at (c0, r0) of a picture w samples wide to the front, without gaps.
 void Crop(std::span<std::uint16_t> frame, unsigned w, unsigned c0, unsigned r0, unsigned rw, unsigned rh);

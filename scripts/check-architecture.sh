@@ -27,7 +27,7 @@ devices/sim/sensor:   include link platform devices/sim/scene
 devices/sim/firmware: include link platform devices/sim/scene devices/sim/sensor calibration/Sha1
 devices/sim/link:     include link platform devices/sim/sensor devices/sim/firmware
 devices/sim/plugins:  include link platform devices/sim/link
-bindings/c:           include include/zel include/zel/detail platform sdk/Logger
+bindings/c:           include include/zel include/zel/detail platform util sdk/Logger
 tools/manual:
 tools/zelcam/text:        include include/zel include/zel/detail platform
 tools/zelcam/camera:      include include/zel tools/zelcam/text

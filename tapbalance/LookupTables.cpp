@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "kernels/Kernels.h"
+
 namespace zel {
 
 namespace {
@@ -119,7 +121,17 @@ std::shared_ptr<const LookupTables> MakeLookupTables(const TapTable& source, int
         window.MoveTo(x);
         fill(*result, window, i, x);
     }
+    for (std::size_t tap = 0; kernels::Kernels().uses_lines && tap < result->tables.size(); ++tap) {
+        const std::span table = result->tables[tap];
+        if (!table.empty())
+            result->lines[tap] = kernels::MakeLineTable(table.first(result->entries), static_cast<unsigned>(bits));
+    }
     return result;
+}
+
+void TapTables::LookUp(std::span<std::uint16_t> samples, std::size_t tap, unsigned value_mask) const {
+    kernels::Kernels().look_up_by_lines(samples, lut[tap].data(), *lines[tap], static_cast<std::uint16_t>(mask),
+                                        static_cast<std::uint16_t>(value_mask));
 }
 
 }  // namespace zel

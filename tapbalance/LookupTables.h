@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "calibration/TapTable.h"
+#include "kernels/LineTable.h"
 
 namespace zel {
 
@@ -20,6 +21,7 @@ struct LookupTables {
     int taps = 0;
     unsigned entries = 0;  // 2 to the power of the bits per pixel
     std::array<std::vector<std::uint16_t>, kMostTaps> tables;
+    std::array<kernels::LineTable, kMostTaps> lines{};  // of the tables, for kernels that use them
 };
 
 // A table of fewer rows can't be turned into lookup tables: every line is fitted through four.
@@ -36,9 +38,12 @@ struct TapTables {
     int taps = 0;
     unsigned mask = 0;  // the number of entries less one
     std::array<std::span<const std::uint16_t>, kMostTaps> lut;
+    std::array<const kernels::LineTable*, kMostTaps> lines{};
     std::shared_ptr<const LookupTables> owner;
 
     explicit operator bool() const { return taps != 0; }
+    // Puts samples of one tap through its table.
+    void LookUp(std::span<std::uint16_t> samples, std::size_t tap, unsigned value_mask) const;
 };
 
 }  // namespace zel

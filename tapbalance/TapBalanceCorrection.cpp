@@ -1,5 +1,4 @@
 // The samples of frames, through the lookup tables.
-#include "kernels/Kernels.h"
 #include "platform/Clock.h"
 #include "tapbalance/TapBalance.h"
 
@@ -16,21 +15,17 @@ TapTables Tables(std::shared_ptr<const LookupTables> made) {
     tables.mask = made->entries - 1;
     for (std::size_t tap = 0; tap < static_cast<std::size_t>(made->taps); ++tap) {
         tables.lut[tap] = std::span(made->tables[tap]).first(made->entries);
+        tables.lines[tap] = &made->lines[tap];
     }
     tables.owner = std::move(made);
     return tables;
 }
 
-void LookUp(std::span<std::uint16_t> samples, const TapTables& tables, std::size_t tap, unsigned value_mask) {
-    kernels::Kernels().look_up(samples, tables.lut[tap].data(), static_cast<std::uint16_t>(tables.mask),
-                               static_cast<std::uint16_t>(value_mask));
-}
-
 // Left half of each row: tap 1, right half: tap 2. A middle column belongs to the right half.
 void CorrectTwoTaps(std::span<std::uint16_t> frame, std::size_t w, const TapTables& tables) {
     for (; !frame.empty(); frame = frame.subspan(w)) {
-        LookUp(frame.first(w / 2), tables, 0, tables.mask);
-        LookUp(frame.first(w).subspan(w / 2), tables, 1, tables.mask);
+        tables.LookUp(frame.first(w / 2), 0, tables.mask);
+        tables.LookUp(frame.first(w).subspan(w / 2), 1, tables.mask);
     }
 }
 
@@ -38,8 +33,8 @@ void CorrectTwoTaps(std::span<std::uint16_t> frame, std::size_t w, const TapTabl
 void CorrectFourTaps(std::span<std::uint16_t> frame, std::size_t w, std::size_t h, const TapTables& tables) {
     for (std::size_t row = 0; row < h; ++row, frame = frame.subspan(w)) {
         const bool top = row < h / 2;
-        LookUp(frame.first(w / 2), tables, top ? 0 : 3, 0xFFFF);
-        LookUp(frame.first(w).subspan(w / 2), tables, top ? 1 : 2, 0xFFFF);
+        tables.LookUp(frame.first(w / 2), top ? 0 : 3, 0xFFFF);
+        tables.LookUp(frame.first(w).subspan(w / 2), top ? 1 : 2, 0xFFFF);
     }
 }
 

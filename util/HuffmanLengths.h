@@ -10,8 +10,8 @@ namespace zel {
 
 inline constexpr std::size_t kEndMark = 256;
 inline constexpr std::size_t kLiteralSymbols = 257;
-// One less than the format allows: four codes and what is left of a byte then fit 64 bits.
-inline constexpr unsigned kMaxLiteralLength = 14;
+// Two less than the format allows: the codes of two bytes and their length then fit 32 bits, those of four a word.
+inline constexpr unsigned kMaxLiteralLength = 13;
 
 using LiteralCounts = std::array<std::uint32_t, kLiteralSymbols>;
 using LiteralLengths = std::array<std::uint8_t, kLiteralSymbols>;

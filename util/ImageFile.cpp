@@ -4,19 +4,10 @@
 
 #include "include/ZelImage.h"
 #include "util/BinaryFile.h"
-#include "util/Deflate.h"
-#include "util/PngFile.h"
+#include "util/LentPngWriter.h"
 #include "util/TiffFile.h"
-#include "util/WorkBuffer.h"
 
 namespace zel {
-
-namespace {
-
-// The largest length of a chunk.
-constexpr std::size_t kMaxChunkSize = 0x7FFFFFFF;
-
-}  // namespace
 
 bool FitsItsBuffer(const ZelImage& image, std::uint64_t bytes_per_sample) {
     const std::uint64_t capacity = static_cast<const ZelColorImage&>(image).buffer_size;
@@ -37,19 +28,11 @@ bool WriteTiff(const ZelImage& image, const OpenImageFile& open) {
 }
 
 bool WritePng(const ZelImage& image, const OpenImageFile& open) {
-    const WorkBuffer scanlines(PngScanlineBytes(image.w, image.h));
-    if (!scanlines) return false;
-    MakePngScanlines(image.pixels, image.w, image.h, scanlines.Bytes());
-
-    const WorkBuffer buffer(kPngFrameSize + std::uint64_t{ZlibStreamBound(scanlines.Bytes().size())});
-    if (!buffer) return false;
-    const std::span<std::uint8_t> room =
-        buffer.Bytes().subspan(kPngStreamOffset, ZlibStreamBound(scanlines.Bytes().size()));
-    const std::size_t stream_size = ZlibCompress(scanlines.Bytes(), room);
-    if (stream_size == 0 || stream_size > kMaxChunkSize) return false;
-    const std::span<std::uint8_t> contents = buffer.Bytes().first(kPngFrameSize + stream_size);
-    FramePngStream(image.w, image.h, stream_size, contents);
-
+    const LentPngWriter writer(PngFilters::kNone);
+    if (!writer) return false;
+    const std::span<const std::uint8_t> contents =
+        (*writer).Encode({PngFormat::kGrey16, image.w, image.h, image.pixels, 0, PngLight::kUntold});
+    if (contents.empty()) return false;
     BinaryFile file(open());
     if (!file) return false;
     file.Write(contents);

@@ -13,66 +13,68 @@ namespace zel {
 
 namespace {
 
-// A zlib stream here:
-//
-//   | 78 01 | block | ... | last block | Adler-32, big-endian, 4 bytes |
-//
-// A block, bits from the lowest of each byte upwards:
+// A block:
 //
 //   | last 1 | type 2: 2 | HLIT 5: 257 codes | HDIST 5: 1 code | HCLEN 4: 19 lengths |
 //   | 19 lengths of 3 bits: 0 0 0, then 4 sixteen times, so that a code length is written as 4 bits |
 //   | 257 code lengths of literals and the end mark | 1 length of the distance code, unused |
 //   | codes of the bytes | end mark |
-constexpr std::size_t kBlockSize = std::size_t{128} << 10;
 constexpr unsigned kLengthBits = 4;
 constexpr std::size_t kBlockHeadBits = 3 + 5 + 5 + 4 + 19 * 3 + (kLiteralSymbols + 1) * kLengthBits;
 constexpr std::size_t kStreamFrameSize = 2 + 4;
-constexpr std::size_t kWriteSlack = 8;  // the writer stores whole words
-static_assert(4 * kMaxLiteralLength + 7 < 64, "four codes and the bits left over fit the writer's word");
+static_assert(4 * kMaxLiteralLength <= BitWriter::kRoom, "two pairs fit the writer's word");
 
-class BitWriter {
+std::uint32_t LoadBigEndian(const std::uint8_t* bytes) {
+    std::uint32_t word;
+    std::memcpy(&word, bytes, sizeof word);
+    return __builtin_bswap32(word);
+}
+
+// Counts of bytes, with a table for each byte of a word: a run of one value would wait for its own last count.
+class ByteCounter {
   public:
-    explicit BitWriter(std::uint8_t* out) : m_Out(out) {}
-
-    void Put(std::uint64_t bits, unsigned count) {
-        m_Word |= bits << m_Count;
-        m_Count += count;
+    void Add(std::span<const std::uint8_t> data) {
+        std::size_t i = 0;
+        for (; i + 8 <= data.size(); i += 8) {
+            std::uint64_t word;
+            std::memcpy(&word, &data[i], sizeof word);
+            for (unsigned k = 0; k < 8; ++k) ++m_Counts[k][word >> 8 * k & 0xFF];
+        }
+        for (; i < data.size(); ++i) ++m_Counts[0][data[i]];
     }
-    // Stores the whole bytes; at most 7 bits stay.
-    void Flush() {
-        std::memcpy(m_Out, &m_Word, sizeof m_Word);
-        m_Out += m_Count / 8;
-        m_Word >>= m_Count & ~7u;
-        m_Count &= 7u;
-    }
-    std::uint8_t* End() {
-        m_Count += 7;
-        Flush();
-        return m_Out;
+    LiteralCounts Sum() const {
+        LiteralCounts sum{};
+        for (const auto& table : m_Counts) {
+            for (std::size_t k = 0; k < 256; ++k) sum[k] += table[k];
+        }
+        sum[kEndMark] = 1;
+        return sum;
     }
 
   private:
-    static_assert(std::endian::native == std::endian::little);
-    std::uint8_t* m_Out;
-    std::uint64_t m_Word = 0;
-    unsigned m_Count = 0;
+    std::array<std::array<std::uint32_t, 256>, 8> m_Counts{};
 };
 
-// Codes are written from their highest bit on.
-unsigned Reversed(unsigned code, unsigned length) {
-    unsigned reversed = 0;
-    for (unsigned i = 0; i < length; ++i) reversed |= (code >> i & 1u) << (length - 1 - i);
-    return reversed;
+LiteralCounts CountLiterals(std::span<const std::uint8_t> data) {
+    ByteCounter counter;
+    counter.Add(data);
+    return counter.Sum();
 }
 
-LiteralCounts CountLiterals(std::span<const std::uint8_t> data) {
-    // Two tables: a run of one value would wait for its own last count.
-    std::array<std::array<std::uint32_t, 256>, 2> counts{};
-    for (std::size_t i = 0; i < data.size(); ++i) ++counts[i & 1][data[i]];
-    LiteralCounts sum{};
-    for (std::size_t i = 0; i < 256; ++i) sum[i] = counts[0][i] + counts[1][i];
-    sum[kEndMark] = 1;
-    return sum;
+// Counts in a quarter of the bytes, made up to what the whole has: of every four stretches one, chosen by chance, since
+// a picture may repeat itself from row to row. Each value gets one count more: it may occur in the rest.
+LiteralCounts EstimateLiterals(std::span<const std::uint8_t> data) {
+    constexpr std::size_t kStretch = 128;
+    constexpr std::uint32_t kShare = 4;
+    ByteCounter counter;
+    std::uint32_t chance = 0;
+    for (std::size_t at = 0; at + kShare * kStretch <= data.size(); at += kShare * kStretch) {
+        chance = chance * 1664525u + 1013904223u;
+        counter.Add(data.subspan(at + (chance >> 30) * kStretch, kStretch));
+    }
+    LiteralCounts counts = counter.Sum();
+    for (std::size_t i = 0; i < 256; ++i) counts[i] = counts[i] * kShare + 1;
+    return counts;
 }
 
 std::size_t BlockBits(const LiteralCounts& counts, const LiteralLengths& lengths) {
@@ -92,45 +94,30 @@ void PutHead(BitWriter& out, const LiteralLengths& lengths, bool last) {
         out.Flush();
     }
     for (std::uint8_t length : lengths) {
-        out.Put(Reversed(length, kLengthBits), kLengthBits);
+        out.Put(ReversedBits(length, kLengthBits), kLengthBits);
         out.Flush();
     }
-    out.Put(Reversed(1, kLengthBits), kLengthBits);
+    out.Put(ReversedBits(1, kLengthBits), kLengthBits);
     out.Flush();
 }
 
-struct Code {
-    std::uint16_t bits;
-    std::uint16_t length;
-};
-using Codes = std::array<Code, kLiteralSymbols>;
-
-// Shorter codes come first, and among codes of one length those of smaller symbols.
-Codes MakeCodes(const LiteralLengths& lengths) {
-    Codes codes{};
-    unsigned next = 0;
-    for (unsigned length = 1; length <= kMaxLiteralLength; ++length) {
-        for (std::size_t i = 0; i < kLiteralSymbols; ++i) {
-            if (lengths[i] != length) continue;
-            codes[i] = {static_cast<std::uint16_t>(Reversed(next, length)), static_cast<std::uint16_t>(length)};
-            ++next;
-        }
-        next <<= 1;
-    }
-    return codes;
-}
-
-// Takes the writer by value: its words then stay in registers, which a stored byte can't change.
-BitWriter PutBytes(BitWriter out, const Codes& codes, std::span<const std::uint8_t> data) {
+// Two pairs become one write. Takes and answers the writer by value: its words then stay in registers, which a stored
+// byte can't change.
+BitWriter PutPairs(BitWriter out, const LiteralPairs& pairs, const LiteralCodes& codes,
+                   std::span<const std::uint8_t> data) {
+    constexpr std::uint32_t kLengthMask = (1u << kPairLengthBits) - 1;
     std::size_t i = 0;
     for (; i + 4 <= data.size(); i += 4) {
-        for (std::size_t k = 0; k < 4; ++k) out.Put(codes[data[i + k]].bits, codes[data[i + k]].length);
+        const std::uint32_t word = LoadBigEndian(&data[i]);
+        const std::uint32_t one = pairs[word >> 16], two = pairs[word & 0xFFFF];
+        out.Put(std::uint64_t{one} >> kPairLengthBits | (std::uint64_t{two} >> kPairLengthBits) << (one & kLengthMask),
+                (one & kLengthMask) + (two & kLengthMask));
         out.Flush();
     }
-    for (; i < data.size(); ++i) out.Put(codes[data[i]].bits, codes[data[i]].length);
-    out.Flush();
-    out.Put(codes[kEndMark].bits, codes[kEndMark].length);
-    out.Flush();
+    for (; i < data.size(); ++i) {
+        out.Put(codes[data[i]].bits, codes[data[i]].length);
+        out.Flush();
+    }
     return out;
 }
 
@@ -141,27 +128,67 @@ std::size_t LiteralBlockSize(std::span<const std::uint8_t> data) {
     return (BlockBits(counts, MakeLiteralLengths(counts)) + 7) / 8;
 }
 
-std::size_t LiteralZlibCompress(std::span<const std::uint8_t> data, std::span<std::uint8_t> out) {
-    if (data.empty() || out.size() < kStreamFrameSize + kWriteSlack) return 0;
+void LiteralStream::Begin(std::span<std::uint8_t> out) {
+    m_Begin = nullptr;
+    m_Checksum = 1;
+    if (out.size() < kStreamFrameSize + BitWriter::kSlack) return;
+    m_Begin = out.data();
+    m_RoomBits = (out.size() - 4 - BitWriter::kSlack) * 8;
     out[0] = 0x78;
     out[1] = 0x01;
-    BitWriter writer(out.data() + 2);
-    std::size_t bits = 0;  // of the blocks so far
-    const std::size_t room = (out.size() - kStreamFrameSize - kWriteSlack) * 8;
-    for (std::size_t at = 0; at < data.size(); at += kBlockSize) {
-        const auto block = data.subspan(at, std::min(kBlockSize, data.size() - at));
-        const LiteralCounts counts = CountLiterals(block);
+    m_Writer = BitWriter(out.data() + 2);
+}
+
+bool LiteralStream::Put(std::span<const std::uint8_t> data, std::size_t row_size, bool last) {
+    if (!m_Begin || data.empty() || row_size == 0) return false;
+    if (!PutEstimated(data, row_size, last)) {
+        const LiteralCounts counts = CountLiterals(data);
         const LiteralLengths lengths = MakeLiteralLengths(counts);
-        const std::size_t block_bits = BlockBits(counts, lengths);
-        if (block_bits > room - bits) return 0;
-        bits += block_bits;
-        PutHead(writer, lengths, at + block.size() == data.size());
-        writer = PutBytes(writer, MakeCodes(lengths), block);
+        if (BlockBits(counts, lengths) > m_RoomBits - m_Writer.BitsSince(m_Begin)) return false;
+        m_Writer = PutBlock(lengths, data, row_size, last);
     }
-    std::uint8_t* end = writer.End();
-    const std::uint32_t checksum = libdeflate_adler32(1, data.data(), data.size());
-    for (int shift = 24; shift >= 0; shift -= 8) *end++ = static_cast<std::uint8_t>(checksum >> shift);
-    return static_cast<std::size_t>(end - out.data());
+    m_Checksum = libdeflate_adler32(m_Checksum, data.data(), data.size());
+    return true;
+}
+
+// Counting takes half as long as writing, so that most blocks are written by an estimate of their counts. One that came
+// out longer than the estimate promised is not what its sample looked like.
+bool LiteralStream::PutEstimated(std::span<const std::uint8_t> data, std::size_t row_size, bool last) {
+    const std::size_t before = m_Writer.BitsSince(m_Begin);
+    const std::size_t most = kBlockHeadBits + (data.size() + 1) * kMaxLiteralLength;
+    if (data.size() < kBlockSize / 4 || most > m_RoomBits - before) return false;
+    const LiteralCounts counts = EstimateLiterals(data);
+    const LiteralLengths lengths = MakeLiteralLengths(counts);
+    const BitWriter out = PutBlock(lengths, data, row_size, last);
+    const std::size_t promised = BlockBits(counts, lengths);
+    if (out.BitsSince(m_Begin) - before > promised + promised / 32) return false;
+    m_Writer = out;
+    return true;
+}
+
+// Answers the writer behind the block; the object's own stays where it is.
+BitWriter LiteralStream::PutBlock(const LiteralLengths& lengths, std::span<const std::uint8_t> data,
+                                  std::size_t row_size, bool last) {
+    const LiteralCodes codes = MakeLiteralCodes(lengths);
+    MakeLiteralPairs(codes, m_Pairs);
+    BitWriter out = m_Writer;
+    PutHead(out, lengths, last);
+    while (!data.empty()) {
+        out.Put(codes[data[0]].bits, codes[data[0]].length);
+        out.Flush();
+        const std::size_t row = std::min(row_size, data.size());
+        out = PutPairs(out, m_Pairs, codes, data.first(row).subspan(1));
+        data = data.subspan(row);
+    }
+    out.Put(codes[kEndMark].bits, codes[kEndMark].length);
+    out.Flush();
+    return out;
+}
+
+std::size_t LiteralStream::End() {
+    std::uint8_t* end = m_Writer.End();
+    for (int shift = 24; shift >= 0; shift -= 8) *end++ = static_cast<std::uint8_t>(m_Checksum >> shift);
+    return static_cast<std::size_t>(end - m_Begin);
 }
 
 }  // namespace zel

@@ -1,14 +1,15 @@
-// A 16-bit greyscale PNG file in memory: signature and three chunks.
+// A PNG file in memory: what stands around its zlib stream.
 //
 //   offset   size
 //        0      8  signature
-//        8     25  IHDR  | length 13 | "IHDR" | width 4 | height 4 | 16 | 0 | 0 | 0 | 0 | CRC 4 |
-//       33   12+n  IDAT  | length n  | "IDAT" | zlib stream, n bytes                    | CRC 4 |
-//     45+n     12  IEND  | length 0  | "IEND"                                           | CRC 4 |
+//        8     25  IHDR  | length 13 | "IHDR" | width 4 | height 4 | bits | color type | 0 | 0 | 0 | CRC 4 |
+//                         color type: 0 grey, 2 red, green and blue, 6 the same with opacity
+//       33     13  sRGB  | length 1  | "sRGB" | 0 (perceptual) | CRC 4 |     when the samples have that curve, or
+//       33     16  gAMA  | length 4  | "gAMA" | 100000 | CRC 4 |             when they are proportional to light
+//        h   12+n  IDAT  | length n  | "IDAT" | zlib stream, n bytes | CRC 4 |
+//   h+12+n     12  IEND  | length 0  | "IEND" | CRC 4 |
 //
-// Numbers are big-endian; a CRC covers a chunk's type and data. The zlib stream holds the scanlines:
-//
-//   | 0 | w samples, high byte first |  for each row: one filter byte (no filter) and the row
+// Numbers are big-endian; a CRC covers a chunk's type and data.
 #ifndef UTIL_PNGFILE_H
 #define UTIL_PNGFILE_H
 
@@ -16,21 +17,18 @@
 #include <cstdint>
 #include <span>
 
+#include "util/PngPicture.h"
+
 namespace zel {
 
-inline constexpr std::size_t kPngStreamOffset = 41;
-inline constexpr std::size_t kPngFrameSize = 57;  // the file without its zlib stream
+// Where the zlib stream begins.
+std::size_t PngStreamOffset(PngLight light);
 
-// Bytes of the scanlines of a frame.
-std::uint64_t PngScanlineBytes(std::uint32_t width, std::uint32_t height);
+inline constexpr std::size_t kPngEndSize = 4 + 12;            // what follows it
+inline constexpr std::size_t kMaxPngStreamSize = 0x7FFFFFFF;  // the largest length of a chunk
 
-// Builds the scanlines of width * height samples.
-void MakePngScanlines(const std::uint16_t* samples, std::uint32_t width, std::uint32_t height,
-                      std::span<std::uint8_t> scanlines);
-
-// Writes everything around a zlib stream of `stream_size` bytes that stands at kPngStreamOffset of `file`, which holds
-// kPngFrameSize + stream_size bytes.
-void FramePngStream(std::uint32_t width, std::uint32_t height, std::size_t stream_size, std::span<std::uint8_t> file);
+// Writes everything around a zlib stream that stands at its offset of `file` and ends kPngEndSize bytes before its end.
+void FramePngStream(const PngPicture& picture, std::span<std::uint8_t> file);
 
 }  // namespace zel
 

@@ -1,4 +1,5 @@
-// A large working buffer: zeroed pages from the system that go back to it with the object. Empty when there were none.
+// A large working buffer that is kept: pages from the system, large ones where it has them, that go back to it with the
+// object.
 #ifndef UTIL_WORKBUFFER_H
 #define UTIL_WORKBUFFER_H
 
@@ -12,17 +13,29 @@ namespace zel {
 
 class WorkBuffer {
   public:
-    explicit WorkBuffer(std::uint64_t size) {
-        if (size == 0 || size > PTRDIFF_MAX) return;
-        m_Pages = static_cast<std::uint8_t*>(platform::ReservePages(static_cast<std::size_t>(size)));
-        if (m_Pages) m_Size = static_cast<std::size_t>(size);
-    }
-    ~WorkBuffer() { platform::ReleasePages(m_Pages); }
+    WorkBuffer() = default;
+    ~WorkBuffer() { Release(); }
     WorkBuffer(const WorkBuffer&) = delete;
     WorkBuffer& operator=(const WorkBuffer&) = delete;
 
-    explicit operator bool() const { return m_Pages != nullptr; }
-    std::span<std::uint8_t> Bytes() const { return {m_Pages, m_Size}; }
+    // `size` bytes of any content, those of the last time when they suffice; none when there are none. What was there
+    // is lost.
+    std::span<std::uint8_t> Take(std::uint64_t size) {
+        if (size > m_Size) {
+            Release();
+            if (size > PTRDIFF_MAX) return {};
+            m_Pages = static_cast<std::uint8_t*>(platform::ReservePages(static_cast<std::size_t>(size)));
+            if (!m_Pages) return {};
+            m_Size = static_cast<std::size_t>(size);
+        }
+        return {m_Pages, static_cast<std::size_t>(size)};
+    }
+    std::size_t Size() const { return m_Size; }
+    void Release() {
+        platform::ReleasePages(m_Pages);
+        m_Pages = nullptr;
+        m_Size = 0;
+    }
 
   private:
     std::uint8_t* m_Pages = nullptr;

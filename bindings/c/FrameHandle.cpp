@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "bindings/c/Call.h"
+#include "bindings/c/SaveFrame.h"
 
 using zel::c::Call;
 using zel::c::Failure;
@@ -52,7 +53,7 @@ zel_status zel_frame_save(zel_frame* frame, const char* file_name) {
     return Guard(__func__, [&](Call& call) {
         const FrameObject& object = call.FindFrame(frame);
         zel::c::RequirePointer(file_name, "file_name");
-        zel::save(object.frame(), file_name);
+        zel::c::SaveFrame(object.frame(), file_name);
     });
 }
 

@@ -80,7 +80,7 @@ TEST_P(PictureTest, IsTheDemosaicedFrameThroughTablesAndShift) {
         // Tables that have not three channels are not applied.
         pipeline.SetTable(&ColorSettings::input_linearization, kInput.data(), 250 - !input, input ? 3 : 4);
         pipeline.SetTable(&ColorSettings::output_non_linearization, kOutput.data(), 1000, output ? 3 : 1);
-        for (const auto& [w, h] : {std::pair(6u, 4u), {1u, 1u}, {1u, 5u}, {5u, 1u}, {2u, 2u}}) {
+        for (const auto& [w, h] : {std::pair(6u, 4u), {71u, 3u}, {1u, 1u}, {1u, 5u}, {5u, 1u}, {2u, 2u}}) {
             SCOPED_TRACE(testing::Message() << "variant " << variant << ", " << w << " x " << h);
             Record record(w, h, Counting(w * h, 1, (1u << format.bits) / 30), format.bits);
             ASSERT_TRUE(m_Renderer.ReservePicture(&record));
@@ -114,6 +114,28 @@ INSTANTIATE_TEST_SUITE_P(, PictureTest,
                                          Format{16, ZEL_COLOR_TRANSFORM_16_BIT, 2, 14, 3, 2},
                                          Format{12, ZEL_COLOR_TRANSFORM_8_BIT_RGB, 0, 4, 3, 1},
                                          Format{6, ZEL_COLOR_TRANSFORM_8_BIT_RGBX, 0, 0, 4, 1}));
+
+// One entry decides whether a table is a subtraction. Channels share their entries.
+TEST(ColorTableTest, IsASubtractionOnlyWhereEveryEntryIs) {
+    Words black(3 * 1024);
+    for (unsigned i = 0; i < black.size(); ++i) black[i] = static_cast<std::uint16_t>(std::max(i / 3, 64u) - 64);
+    Words almost = black;
+    almost[3 * 500 + 2] += 1;
+    Words first = black;
+    first[0] = 1;
+    const kernels::SampleMap subtraction{nullptr, 64, 959};
+    EXPECT_EQ(ColorTable::Make(black.data(), 1024, 3)->Maps(),
+              (kernels::ChannelMaps{subtraction, subtraction, subtraction}));
+    EXPECT_EQ(ColorTable::Make(Words(3 * 9).data(), 9, 3)->Maps()[1], (kernels::SampleMap{nullptr, 65535, 0}));
+    const auto other = ColorTable::Make(almost.data(), 1024, 3), start = ColorTable::Make(first.data(), 1024, 3);
+    EXPECT_EQ(other->Maps()[1], subtraction);
+    ASSERT_TRUE(other->Maps()[2].table && start->Maps()[0].table);
+    EXPECT_EQ(other->Maps()[2].table[500], 437);
+    EXPECT_EQ(other->Maps()[2].table[65535], 959);
+    Words same(3 * 8, 3);
+    const auto shared = ColorTable::Make(same.data(), 8, 3);
+    EXPECT_TRUE(shared->Maps()[0].table && shared->Maps()[0] == shared->Maps()[2]);
+}
 
 TEST_F(ColorRendererTest, TheDepthIsTheFrames) {
     ASSERT_TRUE(m_Pipeline.ConcatenateTransform(ZEL_COLOR_TRANSFORM_8_BIT_RGB, 0));

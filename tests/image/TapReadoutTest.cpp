@@ -5,6 +5,7 @@
 
 #include <random>
 
+#include "kernels/Kernels.h"
 #include "tests/image/Record.h"
 #include "tests/support/PageReservations.h"
 #include "tests/tapbalance/TapBalanceFixture.h"
@@ -14,7 +15,7 @@ namespace {
 
 FrameGeometry Taps(int taps, bool packed = false, int mhz = 20) {
     // Room for every frame here.
-    return {.packed = packed, .width = 80, .height = 80, .bytes_per_pixel = 2, .taps = taps, .readout_mhz = mhz};
+    return {.packed = packed, .width = 300, .height = 80, .bytes_per_pixel = 2, .taps = taps, .readout_mhz = mhz};
 }
 
 // Two taps deliver from both ends of a row to its middle, four from the corners to the middle in groups of top left,
@@ -55,12 +56,30 @@ class TapReadoutTest : public TapBalanceTest {
     TapReadout m_Readout{m_Logger, nullptr};
 };
 
-TEST_F(TapReadoutTest, EverySampleFindsItsPlaceAndItsTapsTable) {
+// With each of the kernels' variants, from the making of the lookup tables on.
+class TapReadoutVariantTest : public TapReadoutTest, public testing::WithParamInterface<kernels::Variant> {
+  protected:
+    void SetUp() override {
+        const kernels::KernelTable* const table = kernels::FindKernels(GetParam());
+        if (!table) GTEST_SKIP() << "this machine does not run the variant";
+        kernels::ForceKernels(table);
+    }
+    void TearDown() override { kernels::ForceKernels(nullptr); }
+};
+using kernels::Variant;
+INSTANTIATE_TEST_SUITE_P(, TapReadoutVariantTest,
+                         testing::Values(Variant::kScalar, Variant::kAvx2WithoutGathers, Variant::kAvx2,
+                                         Variant::kAvx512));
+
+TEST_P(TapReadoutVariantTest, EverySampleFindsItsPlaceAndItsTapsTable) {
     std::mt19937 random(7);
     for (const int taps : {1, 2, 4}) {
         LoadAndEnable(MakeTable(6, std::max(taps, 2)), MakeTable(6, std::max(taps, 2), 1));
+        for (const bool fast : {false, true}) {
+            EXPECT_EQ(m_TapBalance.TablesFor(fast).lines[1]->Usable(), kernels::Kernels().uses_lines);
+        }
         for (const auto& [w, h] :
-             {std::pair(4u, 4u), {5u, 2u}, {3u, 3u}, {2u, 1u}, {4u, 1u}, {37u, 5u}, {70u, 5u}, {70u, 6u}}) {
+             {std::pair(4u, 4u), {5u, 2u}, {3u, 3u}, {2u, 1u}, {4u, 1u}, {37u, 5u}, {70u, 5u}, {70u, 6u}, {300u, 4u}}) {
             for (const auto& [packed, mhz] : {std::pair(false, 20), {true, 40}, {false, 30}, {true, 0}}) {
                 if (packed && taps == 1) continue;
                 SCOPED_TRACE(testing::Message() << w << " x " << h << " taps " << taps << " packed " << packed);

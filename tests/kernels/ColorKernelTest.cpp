@@ -76,6 +76,21 @@ TEST(TransformTest, RowOneGivesChannelTwoTruncatedAndClamped) {
     }
 }
 
+TEST(MapTest, AnEntryOrWhatLiesAboveTheFloorUpToTheCeiling) {
+    const Samples samples{0, 7, 8, 900, 65535}, table = [] {
+        Samples entries(65536 + 2, 5);
+        entries[8] = 77;
+        return entries;
+    }();
+    const std::pair<kernels::SampleMap, Samples> rows[] = {
+        {{}, samples}, {{nullptr, 7, 800}, {0, 0, 1, 800, 800}}, {{table.data()}, {5, 5, 77, 5, 5}}};
+    for (const auto& [map, result] : rows) {
+        Samples mapped = samples;
+        scalar::MapSamples(mapped, map);
+        EXPECT_EQ(mapped, result);
+    }
+}
+
 using ColorVariantTest = KernelTest;
 
 TEST_P(ColorVariantTest, Demosaic) {
@@ -129,6 +144,56 @@ TEST_P(ColorVariantTest, Transform) {
         ASSERT_EQ(actual, expected) << i;
         ASSERT_EQ(packed, two_steps) << i;
         ASSERT_EQ(plain, two_steps) << i;
+    }
+}
+
+// All steps in one against one after the other, with every kind of map, on rows of all parities and lengths.
+TEST_P(ColorVariantTest, ColorRow) {
+    std::uniform_real_distribution<float> entry(-3, 3);
+    const Samples tables[] = {Row(65536 + 2, 65535), Row(65536 + 2, 255)};
+    const auto maps = [&] {
+        kernels::ChannelMaps channels;
+        const unsigned kind = Number(0, 3);
+        for (unsigned k = 0; k < 3; ++k) {
+            if (kind == 1) channels[k] = {nullptr, static_cast<std::uint16_t>(Number(0, 900)), 40000};
+            if (kind >= 2) channels[k].table = tables[kind == 3 ? Number(0, 1) : 1].data();
+        }
+        return channels;
+    };
+    for (int i = 0; i < 4000; ++i) {
+        const std::size_t w = Number(1, 140);
+        const bool small = i % 2 == 0;
+        const unsigned largest = small ? 16383 : 65535;
+        const Samples above = Row(w, largest), row = Row(w, largest), below = Row(w, largest);
+        const MosaicRow mosaic{Number(0, 9) ? above.data() : nullptr, row.data(),
+                               Number(0, 9) ? below.data() : nullptr, w,
+                               static_cast<int>(Number(0, 4)),        small};
+        kernels::ColorSteps steps{maps(), {{1, 0, 0, 0, 1, 0, 0, 0, 1}, 65535, nullptr, 0}, maps(), {}};
+        for (float& value : steps.transform.matrix) value = i % 5 ? entry(m_Random) : value;
+        if (i % 19 == 0) steps.transform.matrix[i % 9] = 1e20f;
+        steps.transform.largest = static_cast<std::uint16_t>((1u << Number(8, 16)) - 1);
+        steps.transform.shift = Number(0, 8);
+        if (i % 7 == 0) steps.transform.table = tables[0].data();
+        steps.format = static_cast<ColorFormat>(Number(0, 2));
+        Planes planes(w), scratch(w);
+        std::vector<std::uint8_t> expected(w * kernels::BytesPerPixel(steps.format) + 64, 0xA5), plain = expected,
+                                                                                                 actual = expected;
+        const auto map = [&](const kernels::ChannelMaps& channels) {
+            for (unsigned k = 0; k < 3; ++k) scalar::MapSamples({planes.planes[k].data(), w}, channels[k]);
+        };
+        scalar::DemosaicRow(mosaic, planes.Row());
+        map(steps.input);
+        Planes mapped(w);
+        scalar::DemosaicRow(mosaic, mapped.Row());
+        for (unsigned k = 0; k < 3; ++k) m_Table->map_samples({mapped.planes[k].data(), w}, steps.input[k]);
+        ASSERT_EQ(mapped, planes) << i;
+        scalar::TransformRow(planes.Row(), steps.transform);
+        map(steps.output);
+        scalar::PackRow(planes.Row(), steps.format, expected.data());
+        scalar::ColorRow(mosaic, steps, scratch.Row(), plain.data());
+        m_Table->color_row(mosaic, steps, scratch.Row(), actual.data());
+        ASSERT_EQ(plain, expected) << i;
+        ASSERT_EQ(actual, expected) << i << ", width " << w << " phase " << mosaic.phase;
     }
 }
 

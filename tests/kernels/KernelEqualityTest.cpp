@@ -1,5 +1,7 @@
 // Every vector variant against the scalar reference, to the bit, on random geometry and content. What the scalar
 // kernels themselves compute is checked by eye in the post-processing tests.
+#include <numeric>
+
 #include "tests/kernels/KernelFixture.h"
 
 namespace zel::test {
@@ -21,6 +23,22 @@ class KernelEqualityTest : public KernelTest {
         Samples samples = Row(count, kLargest[Number(0, 3)]);
         samples.resize(count + kGuards, kGuard);
         return samples;
+    }
+    // Entries near their own index, on lines that end and begin anew after about `stretch` of them; some are on none.
+    Samples Straight(std::size_t count, unsigned stretch, unsigned largest) {
+        Samples table(count);
+        double slope = 1, entry = 0;
+        for (std::size_t i = 0, left = 0; i < count; ++i, --left, entry += slope) {
+            if (left == 0) {
+                left = Number(stretch, 2 * stretch);
+                slope = Number(900, 1100) / 1000.0;
+                entry = static_cast<double>(i) * Number(950, 1050) / 1000;
+            }
+            const bool on_a_line = i < count / 3 || i > count / 3 + count / 50;
+            const auto rounded = static_cast<unsigned>(std::min<double>(entry, largest));
+            table[i] = static_cast<std::uint16_t>(on_a_line ? rounded : Number(0, largest));
+        }
+        return table;
     }
     static std::span<std::uint16_t> Body(Samples& samples) {
         return std::span(samples).first(samples.size() - kGuards);
@@ -76,6 +94,29 @@ TEST_P(KernelEqualityTest, LookUp) {
             scalar::LookUp(Body(expected), table.data(), mask, value_mask);
             m_Table->look_up(Body(actual), table.data(), mask, value_mask);
             ASSERT_EQ(actual, expected) << bits;
+        }
+    }
+}
+
+// Tables of straight stretches with steps between them, of none, and with samples above their largest.
+TEST_P(KernelEqualityTest, LookUpByLines) {
+    for (const unsigned bits : {1u, 7u, 8u, 12u, 14u, 16u}) {
+        const auto mask = static_cast<std::uint16_t>((1u << bits) - 1);
+        for (const unsigned stretch : {0u, 1u, 40u, 300u, 5000u}) {
+            Samples table = stretch ? Straight(mask + 3u, stretch, mask) : Row(mask + 3u, mask);
+            const LineTable lines = kernels::MakeLineTable(std::span(table).first(mask + 1u), bits);
+            // Steps that come seldom fit, and every line that is not marked gives what the table has.
+            if (bits == 12 || bits == 14) {
+                EXPECT_EQ(lines.Usable(), stretch >= 300) << bits << ' ' << stretch;
+            }
+            for (int i = 0; i < 40; ++i) {
+                Samples expected = Guarded(i ? Size() : 0x10000), actual = expected;
+                if (i == 0) std::iota(expected.begin(), expected.end() - kGuards, std::uint16_t{0}), actual = expected;
+                const std::uint16_t value_mask = i % 4 < 3 ? 0xFFFF : i % 8 < 4 ? mask : 0x0F55;
+                scalar::LookUp(Body(expected), table.data(), mask, value_mask);
+                m_Table->look_up_by_lines(Body(actual), table.data(), lines, mask, value_mask);
+                ASSERT_EQ(actual, expected) << bits << ' ' << stretch;
+            }
         }
     }
 }

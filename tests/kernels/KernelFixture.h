@@ -12,6 +12,7 @@
 namespace zel::test {
 
 using kernels::KernelTable;
+using kernels::LineTable;
 using kernels::Variant;
 using Samples = std::vector<std::uint16_t>;
 namespace scalar = kernels::scalar;

@@ -137,7 +137,7 @@ TEST_F(ImageFileTest, BytesPerPixelDecidesTheLengthOfTiffAlone) {
     }
 }
 
-// Whatever is refused leaves no file and no memory behind.
+// Whatever is refused leaves no file and no more memory behind than there was.
 TEST_F(ImageFileTest, WhatCannotBeSavedIsRefused) {
     const long long before = platform::LivePageReservations();
     const unsigned most = std::numeric_limits<unsigned>::max();
@@ -159,21 +159,22 @@ TEST_F(ImageFileTest, WhatCannotBeSavedIsRefused) {
         Fill(8, 8);
         m_Image.pixels = nullptr;
         EXPECT_FALSE(Save(writer) || Exists());
-        for (const int reservations : {0, 1, 2}) {  // a PNG file takes two
-            Fill(8, 8);
-            platform::SetPageReservationLimit(reservations);
-            EXPECT_EQ(Save(writer), !png || reservations == 2) << reservations;
-            EXPECT_EQ(Exists(), !png || reservations == 2);
-            std::remove(m_Name.c_str());
-        }
+        // More than a writer keeps: it is missed each time, before the file is opened.
+        Fill(8192, 4100, kEven);
+        m_Image.buffer_size = 0;
+        platform::SetPageReservationLimit(png ? 1 : 0);
+        EXPECT_EQ(Save(writer), !png);
+        EXPECT_EQ(Exists(), !png);
+        std::remove(m_Name.c_str());
         platform::SetPageReservationLimit(-1);
+        Fill(8, 8);
         m_Image.w = 0;
         EXPECT_EQ(Save(writer), !png) << "there is no such PNG file";
         m_Image.w = m_Image.h = most;
         m_Image.buffer_size = 0;
         EXPECT_FALSE(png && Save(writer)) << "no memory holds it";
         std::remove(m_Name.c_str());
-        EXPECT_EQ(before, platform::LivePageReservations());
+        EXPECT_GE(before, platform::LivePageReservations());
     }
 }
 

@@ -14,7 +14,7 @@ namespace zel::plugin_check {
 
 namespace {
 
-constexpr int kFrameTime = 20000;  // milliseconds
+constexpr int kRawFrameTime = 20000;  // milliseconds
 
 struct RawFrame {
     std::vector<std::uint8_t> bytes;
@@ -28,7 +28,7 @@ struct RawFrame {
 bool TakeFrame(ICameraInterface& transport, HostCamera& host, int taps, RawFrame& frame) {
     const int taps_index = taps == 4 ? 2 : taps - 1;
     if (taps > 0 && host.Set(SENSOR_TAPS_IDX, taps_index) != 0) return false;
-    const bool came = transport.Start() == 0 && host.Set(CAMERA_STATE, 2) == 0 && host.WaitForFrames(1, kFrameTime);
+    const bool came = transport.Start() == 0 && host.Set(CAMERA_STATE, 2) == 0 && host.WaitForFrames(1, kRawFrameTime);
     const bool stopped = transport.Stop() == 0;
     if (!came || !stopped || !host.Get(H_SIZE, frame.width) || !host.Get(V_SIZE, frame.height) ||
         !host.Get(BITS_PER_PIXEL, frame.bits) || !host.Get(SENSOR_TAPS_VAL, frame.taps)) {

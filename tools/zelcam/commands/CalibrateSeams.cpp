@@ -84,7 +84,7 @@ class SeamsAction : public Command {
             options.folder = m_Save;
             options.format = "png";
             options.prefix = corrected ? "corrected" : "uncorrected";
-            PictureSaver(options, 1, ReadFacts(camera), {camera.number(ZEL_PARAM_GAIN), 0}).Save(frame.native());
+            PictureSaver(options, 1, ReadFacts(camera), {camera.number(ZEL_PARAM_GAIN), 0}).Save(*frame.native());
         }
         return meter;
     }

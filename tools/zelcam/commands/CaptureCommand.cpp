@@ -3,10 +3,12 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/frames/Acquisition.h"
 #include "tools/zelcam/frames/PictureSaver.h"
+#include "tools/zelcam/frames/SaveQueue.h"
 #include "tools/zelcam/text/Failure.h"
 #include "tools/zelcam/text/Interrupt.h"
 #include "tools/zelcam/text/Output.h"
@@ -64,33 +66,41 @@ class CaptureCommand : public Command {
 
     void Take(zel::Camera& camera, PictureSaver& saver) {
         Acquisition acquisition(camera, m_Settings);
-        ReportAlways([&] { Save(acquisition, saver); },
-                     [&] {
-                         const std::uint64_t lost = camera.link_lost() ? 0 : camera.link_drops();
-                         m_Drops = m_Counter.count(std::min(lost, m_Counter.missing()));
-                     });
+        Progress progress("saving");
+        SaveQueue queue(saver, acquisition.Buffers(), [&] { acquisition.End(); });
+        // What was taken is saved, whatever ended the taking.
+        ReportAlways([&] { TakeFrames(camera, acquisition, queue, progress); }, [&] { queue.Finish(); });
         FailIfInterrupted(Counted(m_Taken.size(), "frame") + " saved");
     }
 
-    void Save(Acquisition& acquisition, PictureSaver& saver) {
-        Progress progress("saving");
+    void TakeFrames(zel::Camera& camera, Acquisition& acquisition, SaveQueue& queue, Progress& progress) {
+        ReportAlways([&] { FillQueue(acquisition, queue, progress); },
+                     [&] {
+                         const std::uint64_t lost = camera.link_lost() ? 0 : camera.link_drops();
+                         m_Drops = m_Counter.count(std::min(lost, m_Counter.missing()));
+                         acquisition.Stop();
+                     });
+    }
+
+    void FillQueue(Acquisition& acquisition, SaveQueue& queue, Progress& progress) {
         // The first frames of an average are of fewer frames than the user asked for.
         for (int skipped = 0; skipped < m_Settings.processing.FramesBefore(); ++skipped) {
             if (!acquisition.Next()) return;
         }
-        Clock::time_point first;
-        while (m_Taken.size() < static_cast<std::size_t>(m_Frames)) {
-            const zel::Frame frame = acquisition.Next();
+        for (int taken = 0; taken < m_Frames && queue.WaitForRoom(); ++taken) {
+            zel::Frame frame = acquisition.Next();
             if (!frame) return;
-            m_Taken.push_back(saver.Save(frame.native()));
             m_Counter.frame(frame.number(), frame.info().arrival_ms);
-            if (m_Taken.size() == 1) first = Clock::now();
-            m_Seconds = std::chrono::duration<double>(Clock::now() - first).count();
-            progress.Show(m_Taken.size(), static_cast<std::uint64_t>(m_Frames));
+            if (taken == 0) m_FirstTaken = Clock::now();
+            queue.Add(std::move(frame), [this, &progress](Json description) {
+                m_Taken.push_back(std::move(description));
+                m_Seconds = std::chrono::duration<double>(Clock::now() - m_FirstTaken).count();
+                progress.Show(m_Taken.size(), static_cast<std::uint64_t>(m_Frames));
+            });
         }
     }
 
-    // From the first picture on the disk to the last one.
+    // From the first frame in hand to the last picture on the disk: never more than the camera sent.
     double SavedRate() const { return m_Seconds > 0.0 ? static_cast<double>(m_Taken.size() - 1) / m_Seconds : 0.0; }
 
     void Report(Json& result) const {
@@ -133,7 +143,8 @@ class CaptureCommand : public Command {
     PictureOptions m_Pictures;
     std::vector<Json> m_Taken;
     zel::FrameCounter m_Counter;
-    double m_Seconds = 0.0;
+    Clock::time_point m_FirstTaken;
+    double m_Seconds = 0.0;  // from then to the last picture
     zel::Drops m_Drops;
     bool m_AllowLoss = false;
 };

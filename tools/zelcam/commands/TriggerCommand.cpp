@@ -3,14 +3,17 @@
 #include <chrono>
 #include <optional>
 #include <thread>
+#include <utility>
 
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/frames/Acquisition.h"
 #include "tools/zelcam/frames/PictureSaver.h"
+#include "tools/zelcam/frames/SaveQueue.h"
 #include "tools/zelcam/text/Failure.h"
 #include "tools/zelcam/text/Interrupt.h"
 #include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/TextTools.h"
+#include "zel/FrameCounter.h"
 #include "zel/Sdk.h"
 
 namespace zelcam {
@@ -64,33 +67,64 @@ class TriggerCommand : public Command {
 
     void Take(zel::Camera& camera, PictureSaver* saver, Json& result) {
         Acquisition acquisition(camera, m_Settings, m_Hardware ? zel::Trigger::hardware : zel::Trigger::software);
+        std::optional<SaveQueue> queue;
+        if (saver) queue.emplace(*saver, acquisition.Buffers(), [&] { acquisition.End(); });
+        // What was taken is saved, whatever ended the taking.
+        ReportAlways([&] { TakeFrames(camera, acquisition, queue ? &*queue : nullptr, result); },
+                     [&] {
+                         const std::uint64_t lost = camera.link_lost() ? 0 : camera.link_drops();
+                         const zel::Drops drops = m_Counter.count(std::min(lost, m_Counter.missing()));
+                         acquisition.Stop();
+                         ReportAlways([&] { queue ? queue->Finish() : void(); }, [&] { TellDrops(drops, result); });
+                     });
+    }
+
+    void TakeFrames(zel::Camera& camera, Acquisition& acquisition, SaveQueue* queue, Json& result) {
         Clock::time_point next = Clock::now();
         for (int i = 0; i < m_Frames; ++i) {
             while (Clock::now() < next && !Interrupted()) {
                 std::this_thread::sleep_until(std::min(next, Clock::now() + kInterruptCheck));
             }
-            if (Interrupted()) return;
+            if (Interrupted() || (queue && !queue->WaitForRoom())) return;
             next += std::chrono::milliseconds(m_IntervalMs);
             const Clock::time_point triggered = Clock::now();
             if (!m_Hardware) camera.trigger();
             zel::Frame frame = acquisition.Next();
             if (!frame) return;
             const std::chrono::duration<double, std::milli> took = Clock::now() - triggered;
-            Report(frame, took.count(), saver, result);
+            m_Counter.frame(frame.number(), frame.info().arrival_ms);
+            Json json{{"frame_number", frame.number()}, {"width", frame.width()}, {"height", frame.height()}};
+            if (!m_Hardware) json["trigger_to_frame_ms"] = took.count();
+            if (!queue) {
+                Report(json, result);
+                continue;
+            }
+            queue->Add(std::move(frame), [this, json = std::move(json), &result](Json description) mutable {
+                json["picture"] = std::move(description);
+                Report(json, result);
+            });
         }
     }
 
-    void Report(const zel::Frame& frame, double trigger_to_frame_ms, PictureSaver* saver, Json& result) {
-        Json json{{"frame_number", frame.number()}, {"width", frame.width()}, {"height", frame.height()}};
-        if (!m_Hardware) json["trigger_to_frame_ms"] = trigger_to_frame_ms;
-        if (saver) json["picture"] = saver->Save(frame.native());
+    void Report(const Json& json, Json& result) {
         ++m_Taken;
         if (m_Json) return result["frames"].push_back(json);
-        Print("frame {}: {} x {}", frame.number(), frame.width(), frame.height());
-        if (!m_Hardware) Print(", {:.2f} ms after its trigger", trigger_to_frame_ms);
-        if (saver) Print(", {}", json["picture"]["path"].get<std::string>());
+        Print("frame {}: {} x {}", json["frame_number"].get<unsigned>(), json["width"].get<unsigned>(),
+              json["height"].get<unsigned>());
+        if (!m_Hardware) Print(", {:.2f} ms after its trigger", json["trigger_to_frame_ms"].get<double>());
+        if (json.contains("picture")) Print(", {}", json["picture"]["path"].get<std::string>());
         Print("\n");
         FlushOutput();
+    }
+
+    // A trigger input does not wait for the disk.
+    void TellDrops(const zel::Drops& drops, Json& result) const {
+        if (m_Json) {
+            result["dropped"] = {{"link", drops.link}, {"no_free_buffer", drops.no_buffer}};
+        } else if (drops.link + drops.no_buffer > 0) {
+            Print("dropped: {} on the link, {} without a free buffer\n", drops.link, drops.no_buffer);
+            FlushOutput();
+        }
     }
 
     int m_Frames = 1;
@@ -99,6 +133,7 @@ class TriggerCommand : public Command {
     bool m_Save = false;
     AcquisitionSettings m_Settings;
     PictureOptions m_Pictures;
+    zel::FrameCounter m_Counter;
     unsigned m_Taken = 0;
 };
 

@@ -1,6 +1,7 @@
 #include "tools/zelcam/frames/Acquisition.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <utility>
 
 #include "tools/zelcam/camera/Assignments.h"
@@ -59,6 +60,11 @@ void RequireBuffers(const zel::Camera& camera) {
     throw Failure("NUM_IMAGE_BUFFERS is 0", "no frame could come", "use --buffers 8", kUsage);
 }
 
+// A camera that does not tell has some.
+std::size_t BuffersOf(const zel::Camera& camera) {
+    return static_cast<std::size_t>(std::max(camera.number(ZEL_PARAM_NUM_IMAGE_BUFFERS), 1LL));
+}
+
 }  // namespace
 
 void AcquisitionSettings::Declare(CLI::App& command) {
@@ -97,6 +103,7 @@ Acquisition::Acquisition(zel::Camera& camera, const AcquisitionSettings& setting
     : m_Camera(camera),
       m_Order(order),
       m_Processing(settings.processing),
+      m_Buffers(BuffersOf(camera)),
       m_OnInterrupt([&camera] { camera.interrupt(); }) {
     try {
         camera.start({.trigger = trigger});
@@ -108,11 +115,17 @@ Acquisition::Acquisition(zel::Camera& camera, const AcquisitionSettings& setting
                                          : camera.frame_timeout();
 }
 
+void Acquisition::End() {
+    m_Ended = true;
+    m_Camera.interrupt();
+}
+
 zel::Frame Acquisition::Next() {
-    if (Interrupted()) return {};
+    const auto ended = [this] { return m_Ended || Interrupted(); };
+    if (ended()) return {};
     zel::FrameResult result = m_Camera.wait_frame(m_Timeout, m_Order);
     if (!result) {
-        if (Interrupted()) return {};
+        if (ended()) return {};
         try {
             m_Camera.throw_no_frame(result.no_frame());
         } catch (const zel::Error& error) {

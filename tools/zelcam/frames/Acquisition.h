@@ -2,7 +2,9 @@
 #ifndef ZELCAM_ACQUISITION_H
 #define ZELCAM_ACQUISITION_H
 
+#include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -45,14 +47,22 @@ class Acquisition {
     Acquisition(const Acquisition&) = delete;
     Acquisition& operator=(const Acquisition&) = delete;
 
-    // The next frame. Empty only when the user wants to end; throws Failure when none came.
+    // The next frame. Empty only when the user wants to end, or End() was called; throws Failure when none came.
     zel::Frame Next();
+    // Ends the wait that another thread is in, and all that follow.
+    void End();
+    // Image buffers of the pool.
+    std::size_t Buffers() const { return m_Buffers; }
+    // Stops the camera before this object dies. Frames that are held stay good.
+    void Stop() { m_Camera.stop(); }
 
   private:
     zel::Camera& m_Camera;
     zel::Order m_Order;
     FrameProcessing m_Processing;
     bool m_SizeChecked = false;
+    std::atomic<bool> m_Ended = false;
+    std::size_t m_Buffers;
     std::chrono::milliseconds m_Timeout{};
     OnInterrupt m_OnInterrupt;
 };

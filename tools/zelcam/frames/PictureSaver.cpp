@@ -6,17 +6,18 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
+#include <cstdio>
 #include <fstream>
+#include <span>
 #include <system_error>
 
 #include "platform/Files.h"
 #include "platform/UserTexts.h"
 #include "tools/zelcam/frames/Acquisition.h"
-#include "tools/zelcam/frames/ColorPicture.h"
+#include "tools/zelcam/frames/PictureEncoder.h"
 #include "tools/zelcam/text/Failure.h"
 #include "tools/zelcam/text/OutputFile.h"
 #include "tools/zelcam/text/UtcTime.h"
-#include "util/ImageFile.h"
 
 namespace zelcam {
 
@@ -34,18 +35,17 @@ constexpr int kHighestNumber = 1000000000;
 
 fs::path WithExtension(fs::path stem, const char* extension) { return stem += extension; }
 
-// Whether everything arrived on the disk, which the SDK does not tell: a TIFF holds at least its samples, a PNG ends in
-// its end chunk.
-bool Complete(const fs::path& path, const ZelColorImage* image, bool png) {
-    std::error_code error;
-    const std::uintmax_t size = fs::file_size(path, error);
-    if (error) return false;
-    if (!png) return size > std::uintmax_t{image->w} * image->h * image->bytes_per_pixel;
-    std::ifstream file(path, std::ios::binary);
-    char end[8] = {};
-    file.seekg(-8, std::ios::end);
-    file.read(end, sizeof end);
-    return file && std::string(end, 4) == "IEND";
+void WriteWhole(const fs::path& path, std::span<const std::uint8_t> head, std::span<const std::uint8_t> body) {
+    std::FILE* const file = zel::platform::OpenFile(Utf8Text(path), "wb");
+    if (!file) FailToWrite(path, false);
+    // The bytes go straight from where they are to the system.
+    std::setvbuf(file, nullptr, _IONBF, 0);
+    bool whole = true;
+    for (const auto part : {head, body}) {
+        whole = whole && std::fwrite(part.data(), 1, part.size(), file) == part.size();
+    }
+    whole = std::fclose(file) == 0 && whole;
+    if (!whole) FailToWrite(path, true);
 }
 
 }  // namespace
@@ -141,18 +141,18 @@ fs::path PictureSaver::ClaimStem() {
     }
 }
 
-Json PictureSaver::Save(ZelColorImage* image) {
-    const fs::path stem = ClaimStem();
+Json PictureSaver::Save(const fs::path& stem, ZelColorImage& image, PictureEncoder& encoder) const {
     const fs::path picture = WithExtension(stem, m_Extension);
     const fs::path description = WithExtension(stem, ".json");
     try {
-        unsigned scaled_by = 0;
-        WritePicture(picture, image, scaled_by);
-        Json result = Describe(image, Utf8Text(picture.filename()), scaled_by);
-        WriteDescription(description, result);
+        const EncodedPicture encoded = encoder.Encode(image);
+        WriteWhole(picture, encoded.head, encoded.body);
+        Json result = Describe(image, Utf8Text(picture.filename()), encoded.scaled_by);
+        const std::string text = JsonText(result) + "\n";
+        WriteWhole(description, {}, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
         result["path"] = Utf8Text(picture.generic_u8string());
         return result;
-    } catch (const Failure&) {
+    } catch (...) {
         // What could not be overwritten is not this frame's.
         if (m_Options.overwrite) throw;
         std::error_code ignored;
@@ -162,44 +162,12 @@ Json PictureSaver::Save(ZelColorImage* image) {
     }
 }
 
-void PictureSaver::WritePicture(const fs::path& path, ZelColorImage* image, unsigned& scaled_by) const {
-    if (m_Settings.color) {
-        const zel::ColorSetting& color = *m_Settings.color;
-        if (m_Options.scale && color.format == zel::ColorFormat::rgb16) scaled_by = 16 - color.output_bits();
-        WriteColor(path, *image, scaled_by);
-    } else {
-        if (m_Options.scale) scaled_by = ScaleToSixteenBits(image);
-        WriteGrey(path, image);
-    }
+Json PictureSaver::Save(ZelColorImage& image) {
+    PictureEncoder encoder(*this);
+    return Save(ClaimStem(), image, encoder);
 }
 
-void PictureSaver::WriteColor(const fs::path& path, const ZelColorImage& image, unsigned shift) const {
-    const std::vector<std::uint8_t> samples = PngSamples(image, *m_Settings.color, shift);
-    if (samples.empty()) {
-        throw Failure("frame " + std::to_string(image.image_number) + " has no color picture",
-                      "the SDK did not make one of this format", "leave --color out", kRefused);
-    }
-    WriteColorPng(Utf8Text(path), samples, image.w, image.h, *m_Settings.color);
-}
-
-void PictureSaver::WriteGrey(const fs::path& path, ZelColorImage* image) const {
-    const bool png = m_Options.format == "png";
-    const std::string name = Utf8Text(path);
-    const auto open = [&] { return zel::platform::OpenFile(name, "wb"); };
-    const bool fits = zel::FitsItsBuffer(*image, image->bytes_per_pixel);
-    const bool saved = fits && (png ? zel::WritePng(*image, open) : zel::WriteTiff(*image, open));
-    if (!saved || !Complete(path, image, png)) FailToWrite(path, saved);
-}
-
-void PictureSaver::WriteDescription(const fs::path& path, const Json& description) const {
-    std::ofstream file(path, std::ios::binary);
-    const bool opened = file.good();
-    file << JsonText(description) << "\n";
-    file.close();
-    if (!file) FailToWrite(path, opened);
-}
-
-Json PictureSaver::Describe(const ZelColorImage* image, const std::string& file, unsigned scaled_by) const {
+Json PictureSaver::Describe(const ZelColorImage& image, const std::string& file, unsigned scaled_by) const {
     Json json;
     json["file"] = file;
     json["camera"] = m_Facts.info.number;
@@ -208,35 +176,23 @@ Json PictureSaver::Describe(const ZelColorImage* image, const std::string& file,
     json["model"] = m_Facts.model;
     json["firmware"] = m_Facts.firmware;
     json["interface"] = m_Facts.info.interface_type;
-    json["width"] = image->w;
-    json["height"] = image->h;
-    json["bits"] = image->bit_depth;
+    json["width"] = image.w;
+    json["height"] = image.h;
+    json["bits"] = image.bit_depth;
     json["scaled_by_bits"] = scaled_by;
     if (m_Settings.color) json["color"] = ToJson(*m_Settings.color);
-    json["region"] = {{"x", image->x_origin},      {"y", image->y_origin}, {"width", image->x_pixels},
-                      {"height", image->y_pixels}, {"xbin", image->x_bin}, {"ybin", image->y_bin}};
-    json["exposure_us"] = image->exposure_time_us;
+    json["region"] = {{"x", image.x_origin},      {"y", image.y_origin}, {"width", image.x_pixels},
+                      {"height", image.y_pixels}, {"xbin", image.x_bin}, {"ybin", image.y_bin}};
+    json["exposure_us"] = image.exposure_time_us;
     json["gain"] = m_Settings.gain;
     json["average_of_frames"] = std::max(m_Settings.average, 1);
-    json["frame_number"] = image->image_number;
+    json["frame_number"] = image.image_number;
     json["time"] = {{"clock", kFrameClock},
-                    {"arrival_ms", image->arrival_time_ms},
-                    {"hand_over_ms", image->hand_over_time_ms},
-                    {"queue_delay_ms", image->queue_delay_ms}};
+                    {"arrival_ms", image.arrival_time_ms},
+                    {"hand_over_ms", image.hand_over_time_ms},
+                    {"queue_delay_ms", image.queue_delay_ms}};
     json["saved_utc"] = UtcNow();
     return json;
-}
-
-unsigned ScaleToSixteenBits(ZelColorImage* image) {
-    if (image->bit_depth == 0 || image->bit_depth >= 16) return 0;
-    const unsigned shift = 16 - image->bit_depth;
-    const unsigned brightest = (1u << image->bit_depth) - 1;
-    const std::size_t count = std::size_t{image->w} * image->h;
-    for (std::size_t i = 0; i < count; ++i) {
-        const unsigned sample = image->pixels[i];
-        image->pixels[i] = static_cast<unsigned short>((sample > brightest ? brightest : sample) << shift);
-    }
-    return shift;
 }
 
 }  // namespace zelcam

@@ -20,6 +20,7 @@ namespace zelcam {
 extern const char* const kFrameClock;
 
 struct AcquisitionSettings;
+class PictureEncoder;
 
 struct PictureOptions {
     std::string folder = ".";
@@ -43,15 +44,25 @@ struct PictureSettings {
 // Reads them from the camera, and sets its color processing up when color frames are asked for. Throws Failure.
 PictureSettings PicturesOf(zel::Camera& camera, const AcquisitionSettings& settings, const PictureOptions& options);
 
+// Numbers, names and files of the pictures of a run.
 class PictureSaver {
   public:
     // Makes the folder. frames: how many are to come, so that their numbers are of one width. Throws Failure when the
     // folder can't be written to.
     PictureSaver(const PictureOptions& options, int frames, const CameraFacts& facts, const PictureSettings& settings);
 
-    // Saves a frame and its description under the next number; one that is in use is passed over, whoever took it.
-    // Result: the description. Throws Failure, and leaves nothing of the frame behind.
-    Json Save(ZelColorImage* image);
+    // Takes the next number for a picture; one that is in use is passed over, whoever took it. One thread at a time.
+    // Result: the picture's path without its extension. Throws Failure.
+    std::filesystem::path ClaimStem();
+    // Saves a frame and its description under a number that was taken; any number of threads, each with an encoder of
+    // its own. Result: the description. Throws, and leaves nothing of the frame behind.
+    Json Save(const std::filesystem::path& stem, ZelColorImage& image, PictureEncoder& encoder) const;
+    // Both for a single picture.
+    Json Save(ZelColorImage& image);
+
+    // What becomes of the pictures, with everything settled.
+    const PictureOptions& Options() const { return m_Options; }
+    const PictureSettings& Settings() const { return m_Settings; }
 
     // "pictures go to 'out', from camera0_0001.tif on"
     std::string PlanText() const;
@@ -59,12 +70,7 @@ class PictureSaver {
   private:
     // The picture's path without its extension.
     std::filesystem::path Stem(int number) const;
-    std::filesystem::path ClaimStem();
-    void WritePicture(const std::filesystem::path& path, ZelColorImage* image, unsigned& scaled_by) const;
-    void WriteGrey(const std::filesystem::path& path, ZelColorImage* image) const;
-    void WriteColor(const std::filesystem::path& path, const ZelColorImage& image, unsigned shift) const;
-    void WriteDescription(const std::filesystem::path& path, const Json& description) const;
-    Json Describe(const ZelColorImage* image, const std::string& file, unsigned scaled_by) const;
+    Json Describe(const ZelColorImage& image, const std::string& file, unsigned scaled_by) const;
 
     PictureOptions m_Options;
     CameraFacts m_Facts;
@@ -76,10 +82,6 @@ class PictureSaver {
 
 // The highest number that a picture of this prefix has in the folder, or its description; 0 without any.
 int HighestNumber(const std::filesystem::path& folder, const std::string& prefix);
-
-// Shifts the samples of `bit_depth` bits into the upper bits of 16, so that a viewer shows them bright. Result: by how
-// many bits.
-unsigned ScaleToSixteenBits(ZelColorImage* image);
 
 }  // namespace zelcam
 

@@ -1,54 +1,48 @@
 #include "tools/zelcam/frames/ColorPicture.h"
 
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <vector>
+
 #include "include/ZelImage.h"
-#include "tests/tools/zelcam/commands/ToolProcess.h"
 
 namespace zelcam {
 
-// A frame of 2 x 1 pixels, blue, green and red of each, the fourth byte of a pixel unused.
-TEST(PngSamples, ChannelsComeInTheOrderOfAPictureAndOnlyWhenTheyAreThere) {
+// What the file will say of the frame's samples, and that a frame without them is no picture.
+TEST(ColorPng, IsThePictureOfItsSettingAndOnlyWhenItIsThere) {
+    using zel::ColorFormat, zel::ColorSpace, zel::PngFormat, zel::PngLight;
     const struct {
-        zel::ColorFormat format;
-        unsigned shift;
-        std::vector<std::uint8_t> pixels, expected;
-    } cases[] = {
-        {zel::ColorFormat::rgb16,
-         2,
-         {2, 1, 4, 3, 6, 5, 0xFF, 0x3F, 0, 0x40, 0xFF, 0xFF},
-         {0x14, 0x18, 0x0C, 0x10, 4, 8, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFC}},
-        {zel::ColorFormat::rgba8, 0, {1, 2, 3, 0, 4, 5, 6, 9}, {3, 2, 1, 255, 6, 5, 4, 255}},
-    };
+        ColorFormat format;
+        ColorSpace space;
+        PngFormat expected;
+        PngLight light;
+        unsigned pixel_bytes;
+    } cases[] = {{ColorFormat::rgb16, ColorSpace::srgb, PngFormat::kRgb16, PngLight::kSrgb, 6},
+                 {ColorFormat::rgb8, ColorSpace::xyz, PngFormat::kRgb8, PngLight::kLinear, 3},
+                 {ColorFormat::rgba8, ColorSpace::sensor, PngFormat::kRgba8, PngLight::kLinear, 4}};
     for (const auto& c : cases) {
-        const auto samples = [&](const ZelColorImage& image) {
-            return PngSamples(image, {c.format, zel::ColorSpace::srgb, 14, 64}, c.shift);
+        const auto picture_of = [&](const ZelColorImage& image) {
+            return ColorPng(image, {c.format, c.space, 14, 64}, 2);
         };
-        std::vector<std::uint8_t> pixels = c.pixels;
+        std::vector<std::uint8_t> pixels(2 * c.pixel_bytes);
         ZelColorImage image{};
         image.w = 2;
         image.h = 1;
         image.color_pixels = pixels.data();
         image.color_size_in_bytes = static_cast<unsigned>(pixels.size());
-        EXPECT_EQ(samples(image), c.expected);
-        ZelColorImage huge = image, none = image;
+        const auto picture = picture_of(image);
+        ASSERT_TRUE(picture);
+        EXPECT_TRUE(picture->format == c.expected && picture->light == c.light);
+        EXPECT_TRUE(picture->width == 2 && picture->height == 1 && picture->shift == 2);
+        EXPECT_EQ(picture->pixels, pixels.data());
+        ZelColorImage huge = image, none = image, flat = image;
         --image.color_size_in_bytes;
         huge.h = 0xFFFFFFFFu;
+        flat.h = 0;
         none.color_pixels = nullptr;
-        EXPECT_TRUE(samples(image).empty() && samples(huge).empty() && samples(none).empty());
+        EXPECT_FALSE(picture_of(image) || picture_of(huge) || picture_of(none) || picture_of(flat));
     }
-}
-
-TEST(ColorPng, WhatCanNotBeWrittenSaysWhy) {
-    const TemporaryFolder folder;
-    const std::tuple<const char*, std::size_t, FailureKind, const char*> cases[] = {
-        {"gone/a.png", 12, kOutput, "its folder is gone"},
-        {".", 12, kOutput, "the file can't be opened"},
-        {"b.png", 11, kFailed, "no color picture"},
-        {"b.png", 0, kFailed, "no color picture"}};
-    for (const auto& [name, size, kind, why] : cases) {
-        const std::vector<std::uint8_t> samples(size);
-        ExpectFailure([&] { WriteColorPng(folder / name, samples, 2, 1, zel::ColorSetting()); }, kind, why);
-    }
-    EXPECT_FALSE(std::filesystem::exists(folder / "b.png"));
 }
 
 }  // namespace zelcam

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "include/ZelImage.h"
-#include "tools/zelcam/frames/PictureSaver.h"
+#include "tools/zelcam/frames/PictureEncoder.h"
 #include "tools/zelcam/text/Json.h"
 #include "tools/zelcam/text/Progress.h"
 #include "tools/zelcam/text/ProgressBar.h"

@@ -73,7 +73,7 @@ if [ -n "$windows" ]; then
     done
 fi
 
-results=${json:-$parts/all.json}
+results=${json:-$parts/all.results}
 scripts/bench-results.py join "$command" "$parts" >"$results"
 if [ -n "$page" ]; then
     scripts/bench-results.py page "$results" docs/performance.md

@@ -140,6 +140,7 @@ void Whole(Report& report, FrameBench& bench) {
     ColorPath fresh(ZEL_COLOR_TRANSFORM_16_BIT);
     const long before = PageFaults();
     fresh(0);
+    if (before < 0) return;
     report.Add({"color.whole.page_faults_first", static_cast<double>(PageFaults() - before), "pages", AtMost(0)});
     const std::size_t times = report.DryRun() ? 1 : 80;
     for (std::size_t i = 1; i < times; ++i) fresh(i % kRing);

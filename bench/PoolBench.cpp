@@ -41,6 +41,28 @@ bool Measure(zel::bench::Report& report, int records, int held) {
     return pool.FreeCount() == records - held;
 }
 
+// A start's pool of 64 frames of 2048 x 2048, whose pages the system is asked for, and the next start's, which keeps
+// it.
+bool MeasureStart(zel::bench::Report& report) {
+    const int records = report.DryRun() ? 2 : 64;
+    bool right = true;
+    const auto start = [&](ImageManager& pool) {
+        return [&] { right = pool.PixelBufferAllocate(records) == zel::kPoolOk && right; };
+    };
+    std::vector<double> first, again;
+    for (int i = 0; i < report.Repetitions(5); ++i) {
+        ImageManager pool("PoolBench");
+        pool.SetFrameGeometry(2048, 2048, 14, 2);
+        first.push_back(zel::bench::Seconds(start(pool)));
+        again.push_back(zel::bench::Seconds(start(pool)));
+    }
+    const zel::bench::Quantity seconds(first);
+    report.Add({"pool.start_64_frames", seconds * 1e3, "ms", zel::bench::AtMost(500)});
+    report.Add({"pool.start_64_frames_touched", records * 2048.0 * 2048 * 2 / 1e9 / seconds, "GB/s"});
+    report.Add({"pool.start_again", zel::bench::Quantity(again) * 1e3, "ms", zel::bench::AtMost(1)});
+    return right;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -52,5 +74,6 @@ int main(int argc, char** argv) {
     for (const auto& [records, held] : {std::pair{8, 0}, {64, 0}, {8, 4}}) {
         if (!Measure(report, records, held)) return 1;
     }
+    if (!MeasureStart(report)) return 1;
     return report.Finish();
 }

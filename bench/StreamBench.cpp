@@ -28,7 +28,9 @@ struct Usage {
 // One camera's run on a thread of its own.
 class Run {
   public:
-    Run(zel::Camera& camera, int frames) : m_Camera(camera), m_Frames(frames) {}
+    Run(zel::Camera& camera, int frames) : m_Camera(camera), m_Frames(frames) {
+        hand_over_us.reserve(static_cast<std::size_t>(frames));
+    }
 
     void operator()() {
         m_Camera.start();

@@ -81,11 +81,11 @@ bool Run(Report& report) {
 
     const TapTables tables = four.balance.TablesFor(1);
     const auto translate = [&](std::size_t i) { four.balance.TranslatePixels(kSide, kSide, 4, 1, frames[i].data()); };
-    const Traffic copying{"moving 8 MiB", kBytes, kBytes};
-    bench.StageWithin(copying, "taps.correction", {1.0, 1.2}, 1, InPlace{frames, scene, translate},
+    const Traffic rewriting{"8 MiB in place", kBytes, kBytes, 0, true};
+    bench.StageWithin(rewriting, "taps.correction", {1.0, 1.2}, 1, InPlace{frames, scene, translate},
                       Peer{"vs_scalar", {1.7, 1.7}, Correct(frames, scene, tables, scalar::LookUp)});
     const Ring scattered = Scattered();
-    bench.StageWithin(copying, "taps.correction_scattered", {}, 1, InPlace{frames, scattered, translate},
+    bench.StageWithin(rewriting, "taps.correction_scattered", {}, 1, InPlace{frames, scattered, translate},
                       Peer{"vs_scalar", {}, Correct(frames, scattered, tables, scalar::LookUp)});
 
     FrameGeometry geometry = GeometryOf(kBits, 2);

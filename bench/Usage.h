@@ -8,7 +8,7 @@ namespace zel::bench {
 double ThreadSeconds();
 // Processor time of all threads, in seconds.
 double ProcessorSeconds();
-// Pages that the system gave the program; 0 where it does not tell.
+// Pages that the system gave the program; negative where it does not tell.
 long PageFaults();
 
 }  // namespace zel::bench

@@ -1,16 +1,17 @@
 #!/usr/bin/env bash
 # Builds the benchmarks of the Linux product, runs them one after the other and prints one table.
 #
-#   scripts/bench.sh [--only NAME,...] [--variant NAME] [--json FILE] [--compare OLD.json] [--markdown] [--windows]
+#   scripts/bench.sh [--only NAME,...] [--variant NAME] [--json FILE] [--compare OLD.json] [--markdown | --page] [--windows]
 #
 #   --only      these programs, named as in bench/ (frame, tap, color, pool, camera, layer, file, stream, saving, tool)
 #   --variant   the frame path with the kernels scalar, avx2, avx2-without-gathers or avx512 instead of the fastest
 #   --json      FILE gets machine, date, command and a list of figures, each with median and spread
 #   --compare   what moved against a file of --json, and by how much beyond the spread of both runs
 #   --markdown  the table of docs/performance.md instead of the plain one
+#   --page      the same into docs/performance.md, in the place of what is there
 #   --windows   the frame path of the Windows products under Wine, too: each time beside Linux's on the same kernels
 command="scripts/bench.sh $*"
-json= compare= markdown= windows= only= variant=()
+json= compare= markdown= page= windows= only= variant=()
 while [ $# -gt 0 ]; do
     case $1 in
     --json) json=$(realpath -m "${2:?--json needs a file}") && shift 2 ;;
@@ -18,8 +19,9 @@ while [ $# -gt 0 ]; do
     --only) only=${2:?--only needs names} && shift 2 ;;
     --variant) variant=(--variant "${2:?--variant needs a name}") && shift 2 ;;
     --markdown) markdown=1 && shift ;;
+    --page) page=1 && markdown=1 && shift ;;
     --windows) windows=1 && shift ;;
-    *) sed -n '2,11s/^# \{0,1\}//p' "$0" >&2 && exit 2 ;;
+    *) sed -n '2,13s/^# \{0,1\}//p' "$0" >&2 && exit 2 ;;
     esac
 done
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
@@ -71,9 +73,13 @@ if [ -n "$windows" ]; then
     done
 fi
 
-results=${json:-$parts/all.json}
+results=${json:-$parts/all.results}
 scripts/bench-results.py join "$command" "$parts" >"$results"
-[ -z "$markdown" ] || scripts/bench-results.py markdown "$results"
-[ -z "$windows" ] || scripts/bench-results.py windows "$results"
+if [ -n "$page" ]; then
+    scripts/bench-results.py page "$results" docs/performance.md
+else
+    [ -z "$markdown" ] || scripts/bench-results.py markdown "$results"
+    [ -z "$windows" ] || [ -n "$markdown" ] || scripts/bench-results.py windows "$results"
+fi
 [ -z "$compare" ] || scripts/bench-results.py compare "$compare" "$results"
 exit $failed

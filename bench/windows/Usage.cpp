@@ -9,6 +9,6 @@ double ThreadSeconds() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 double ProcessorSeconds() { return ThreadSeconds(); }
-long PageFaults() { return 0; }
+long PageFaults() { return -1; }
 
 }  // namespace zel::bench

@@ -5,6 +5,7 @@
 #include "bench/ColorPeers.h"
 #include "bench/FrameStage.h"
 #include "include/ZelCamera.h"
+#include "include/zel/Color.h"
 #include "kernels/Kernels.h"
 
 namespace zel::bench {
@@ -100,8 +101,17 @@ class ColorPath : private FramePath {
         camera.MainPipeline().ConcatenateTransform(operation, 0);
         camera.MainPipeline().ConcatenateMatrix(kMatrix.data());
     }
+    // As ordinary picture files have it: the black level taken off, and the curve of sRGB.
+    void UseTables() {
+        const ColorSetting setting{zel::ColorFormat::rgb16, ColorSpace::srgb, kBits, 512};
+        Set(&ColorSettings::input_linearization, black_level_table(kBits, setting.black_level));
+        Set(&ColorSettings::output_non_linearization, srgb_table(setting));
+    }
 
   private:
+    void Set(ColorPipeline::TableSlot slot, const std::vector<std::uint16_t>& entries) {
+        camera.MainPipeline().SetTable(slot, entries.data(), static_cast<unsigned>(entries.size() / 3), 3);
+    }
     static FrameGeometry ColorGeometry() {
         FrameGeometry geometry = GeometryOf(kBits, 1);
         geometry.cfa_phase = 1;
@@ -123,6 +133,9 @@ void Whole(Report& report, FrameBench& bench) {
                            HaveOpenCv()});
     ColorPath bytes(ZEL_COLOR_TRANSFORM_8_BIT_RGBX);
     bench.StageWithin({"8 MiB to 16 MiB", kSamples * 2, kSamples * 4}, "color.whole_8_bit", {0.18, 0.18}, 1, bytes);
+    ColorPath srgb(ZEL_COLOR_TRANSFORM_16_BIT);
+    srgb.UseTables();
+    bench.Stage("color.whole_srgb_16_bit", {}, 1, srgb);
 
     ColorPath fresh(ZEL_COLOR_TRANSFORM_16_BIT);
     const long before = PageFaults();

@@ -153,9 +153,13 @@ const std::uint8_t* AsBytes(std::span<const std::uint16_t> samples) {
 
 void Unpack12(std::span<const std::uint8_t> packed, std::span<std::uint16_t> samples) {
     static constexpr Shuffle kShuffle = MakeShuffle<true>(InTurn());
+    constexpr std::ptrdiff_t kPage = 2048;  // samples
     const Taker<true> taker(kShuffle);
     std::size_t i = 0;
-    for (; i + kLane <= samples.size(); i += kLane) Store(&samples[i], taker.Take(&packed[Bytes<true>(i)]));
+    for (; i + kLane <= samples.size(); i += kLane) {
+        CallFor(&samples[i], kPage);
+        Store(&samples[i], taker.Take(&packed[Bytes<true>(i)]));
+    }
     if (i == samples.size()) return;
     const std::size_t rest = samples.size() - i;
     _mm512_mask_storeu_epi16(&samples[i], FirstWords(rest),

@@ -2,7 +2,8 @@
 # Holds the order of the folders: each may include itself and what stands behind its name here, nothing else. A folder
 # that is named with a path is a room with walls of its own. Prints every include that goes against an arrow.
 # The tool's doctor looks at what the SDK does by itself: which plug-ins it loads (sdk/InterfaceLibrary), what they export
-# (link), which kernels it chooses (kernels).
+# (link), which kernels it chooses (kernels). The simulated sensor has vector code of its own: of kernels it takes what asks
+# the processor.
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 export LC_ALL=C
 allowed='
@@ -23,7 +24,7 @@ camera:             image include link platform tapbalance util sdk/Logger
 sdk/InterfaceLibrary: camera link platform sdk sdk/Logger
 sdk:                camera include link platform util sdk/Logger sdk/InterfaceLibrary
 devices/sim/scene:    platform
-devices/sim/sensor:   include link platform devices/sim/scene
+devices/sim/sensor:   include link platform kernels devices/sim/scene
 devices/sim/firmware: include link platform devices/sim/scene devices/sim/sensor calibration/Sha1
 devices/sim/link:     include link platform devices/sim/sensor devices/sim/firmware
 devices/sim/plugins:  include link platform devices/sim/link

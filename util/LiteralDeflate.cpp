@@ -141,28 +141,16 @@ void LiteralStream::Begin(std::span<std::uint8_t> out) {
 
 bool LiteralStream::Put(std::span<const std::uint8_t> data, std::size_t row_size, bool last) {
     if (!m_Begin || data.empty() || row_size == 0) return false;
-    if (!PutEstimated(data, row_size, last)) {
-        const LiteralCounts counts = CountLiterals(data);
-        const LiteralLengths lengths = MakeLiteralLengths(counts);
-        if (BlockBits(counts, lengths) > m_RoomBits - m_Writer.BitsSince(m_Begin)) return false;
-        m_Writer = PutBlock(lengths, data, row_size, last);
-    }
-    m_Checksum = libdeflate_adler32(m_Checksum, data.data(), data.size());
-    return true;
-}
-
-// Counting takes half as long as writing, so that most blocks are written by an estimate of their counts. One that came
-// out longer than the estimate promised is not what its sample looked like.
-bool LiteralStream::PutEstimated(std::span<const std::uint8_t> data, std::size_t row_size, bool last) {
-    const std::size_t before = m_Writer.BitsSince(m_Begin);
-    const std::size_t most = kBlockHeadBits + (data.size() + 1) * kMaxLiteralLength;
-    if (data.size() < kBlockSize / 4 || most > m_RoomBits - before) return false;
-    const LiteralCounts counts = EstimateLiterals(data);
+    const std::size_t room = m_RoomBits - m_Writer.BitsSince(m_Begin);
+    // Counting takes half as long as writing: codes come of an estimate unless the block is too small for one, or is to
+    // be as short as can be.
+    const bool fits = kBlockHeadBits + (data.size() + 1) * kMaxLiteralLength <= room;
+    const bool estimate = fits && data.size() >= kBlockSize / 4;
+    const LiteralCounts counts = estimate ? EstimateLiterals(data) : CountLiterals(data);
     const LiteralLengths lengths = MakeLiteralLengths(counts);
-    const BitWriter out = PutBlock(lengths, data, row_size, last);
-    const std::size_t promised = BlockBits(counts, lengths);
-    if (out.BitsSince(m_Begin) - before > promised + promised / 32) return false;
-    m_Writer = out;
+    if (!fits && BlockBits(counts, lengths) > room) return false;
+    m_Writer = PutBlock(lengths, data, row_size, last);
+    m_Checksum = libdeflate_adler32(m_Checksum, data.data(), data.size());
     return true;
 }
 

@@ -32,7 +32,6 @@ class LiteralStream {
     std::size_t End();
 
   private:
-    bool PutEstimated(std::span<const std::uint8_t> data, std::size_t row_size, bool last);
     BitWriter PutBlock(const LiteralLengths& lengths, std::span<const std::uint8_t> data, std::size_t row_size,
                        bool last);
 

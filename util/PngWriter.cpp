@@ -27,6 +27,9 @@ bool LiteralsSuffice(std::size_t literal, std::size_t searched, std::size_t raw)
     return literal <= searched + searched / 16 && literal <= raw / 64 * 63 && searched >= raw / 4;
 }
 
+// The counts of a block and its bits fit 32 bits up to here; a block has one row at least.
+constexpr std::size_t kLongestRow = std::size_t{256} << 20;
+
 std::size_t RowsAtOnce(std::size_t row_size, std::size_t size) { return std::max<std::size_t>(1, size / row_size); }
 
 }  // namespace
@@ -103,11 +106,12 @@ std::size_t PngWriter::SearchedSize(std::span<const std::uint8_t> sample) {
     return m_Deflate.Compress(sample, m_File.Take(ZlibStreamBound(sample.size())));
 }
 
-// Rows are made and written while they are in the cache. 0 when they do not fit.
+// Rows are made and written while they are in the cache. 0 when they do not fit or are too long.
 std::size_t PngWriter::PutLiterals(const PngPicture& picture, PngFilter filter, std::span<std::uint8_t> out) {
     if (!m_Literals) m_Literals.reset(new (std::nothrow) LiteralStream);
     if (!m_Literals) return 0;
     const auto row_size = static_cast<std::size_t>(PngRowSize(picture));
+    if (row_size > kLongestRow) return 0;
     const std::size_t at_once = std::min<std::size_t>(picture.height, RowsAtOnce(row_size, LiteralStream::kBlockSize));
     const std::span<std::uint8_t> room = m_Rows.Take(at_once * row_size);
     if (room.empty()) return 0;

@@ -1,10 +1,8 @@
 // The frame thread of a simulated camera's transport.
 #include <algorithm>
-#include <cstring>
 #include <new>
 
 #include "devices/sim/link/SimCameraTransport.h"
-#include "devices/sim/sensor/RawReadout.h"
 #include "include/ZelImage.h"
 #include "platform/Clock.h"
 
@@ -122,9 +120,16 @@ void SimCameraTransport::LoseOnLink() {
     ++m_Camera.FramesLocked().lost_on_link;
 }
 
-void SimCameraTransport::DropWithoutBuffer() {
-    const platform::ScopedLock lock(m_Camera.Lock());
+// A camera without a pace would take one frame after the other just to drop it. It takes as long for a frame that is
+// dropped as for one that is handed over, within bounds, so that it loses as many as it would and comes back soon.
+constexpr auto kShortestDrop = std::chrono::microseconds(250);
+constexpr auto kLongestDrop = std::chrono::milliseconds(5);
+
+void SimCameraTransport::DropWithoutBuffer(const FrameJob& job) {
+    platform::ScopedLock lock(m_Camera.Lock());
     ++m_Camera.FramesLocked().no_buffer;
+    if (m_Camera.PluginSettings().Paced() && Scaled(job.timing.Period()) > kShortestDrop) return;
+    WaitUntil(lock, Clock::now() + std::clamp<Clock::duration>(m_FrameCost, kShortestDrop, kLongestDrop), job);
 }
 
 void SimCameraTransport::HandOver(const FrameJob& job) {
@@ -140,16 +145,17 @@ void SimCameraTransport::HandOver(const FrameJob& job) {
     }
     if (!common) return;
     ZelImage* const image = common->GetFreeImage();
-    if (!image) return DropWithoutBuffer();
+    if (!image) return DropWithoutBuffer(job);
     if (!FillAndQueue(*common, *image, job)) {
         common->ReleaseImage(image);
-        return DropWithoutBuffer();
+        return DropWithoutBuffer(job);
     }
     ReportEvent({CAMERA_EVENT_IMAGE_READY, static_cast<int>(job.number), {}});
     if (handler) handler(image, camera);
 }
 
 bool SimCameraTransport::FillAndQueue(IZelCameraCommon& common, ZelImage& image, const FrameJob& job) {
+    const auto begun = Clock::now();
     try {
         Fill(image, job);
     } catch (const std::exception&) {
@@ -163,6 +169,7 @@ bool SimCameraTransport::FillAndQueue(IZelCameraCommon& common, ZelImage& image,
     const std::uint64_t samples = std::uint64_t{model.width} * model.height;
     const platform::ScopedLock lock(m_Camera.Lock());
     const auto now = Clock::now();
+    m_FrameCost = now - begun;
     m_Rate.Add(model.packed ? samples * 3 / 2 : samples * 2, now);
     m_LatencySeconds = std::chrono::duration<double>(now - job.ready).count();
     ++m_Camera.FramesLocked().delivered;
@@ -176,19 +183,12 @@ void SimCameraTransport::Fill(ZelImage& image, const FrameJob& job) {
     const std::size_t capacity = static_cast<ZelColorImage&>(image).buffer_size;
     const SensorFill fill = m_Camera.PluginSettings().fill;
     Sensor& sensor = m_Camera.TheSensor();
-    if (job.taps == 1 && !model.packed && capacity >= samples * 2) {
+    if (fill == SensorFill::kNone && job.taps == 1 && !model.packed && capacity >= samples * 2) {
         sensor.Render(job.settings, fill, job.number, {image.pixels, samples});
         return;
     }
-    m_Picture.resize(samples);
-    m_Raw.resize(samples);
-    sensor.Render(job.settings, fill, job.number, m_Picture);
-    ReadOutTaps(m_Picture, model.width, model.height, job.taps, m_Raw);
-    if (!model.packed) {
-        std::memcpy(image.pixels, m_Raw.data(), std::min(capacity, samples * 2));
-    } else {
-        Pack12(m_Raw, {reinterpret_cast<std::uint8_t*>(image.pixels), std::min(capacity, samples * 3 / 2)});
-    }
+    m_Readout.ReadOut(sensor, job.settings, fill, job.number, job.taps, model.packed,
+                      {reinterpret_cast<std::uint8_t*>(image.pixels), capacity});
 }
 
 }  // namespace zel::sim

@@ -85,8 +85,10 @@ int SimCameraTransport::Launch(bool triggered) {
         common = m_Common;
     }
     if (!common || !m_Connected || !m_Camera.Plugged()) return ZEL_ERROR_CAMERA_COMM_FAILURE;
-    if (const int code = triggered ? common->StartTriggerCommon() : common->StartCommon()) return code;
-
+    {
+        const std::jthread preparing = PrepareMeanwhile();
+        if (const int code = triggered ? common->StartTriggerCommon() : common->StartCommon()) return code;
+    }
     const platform::ScopedLock lock(m_ThreadLock);
     if (m_Stops != stops || !m_Connected) return ZEL_ERROR_CAMERA_COMM_FAILURE;
     SensorSettings settings;
@@ -97,12 +99,33 @@ int SimCameraTransport::Launch(bool triggered) {
         settings = m_Camera.FirmwareLocked().Settings();
     }
     try {
-        if (m_Camera.PluginSettings().fill != SensorFill::kNone) m_Camera.TheSensor().Prepare(settings);
+        m_Camera.TheSensor().Prepare(settings, m_Camera.PluginSettings().fill);
         m_Frames = std::thread([this] { FrameLoop(); });
     } catch (const std::exception&) {
         return ZEL_ERROR_UNKNOWN;
     }
     return ZEL_NO_ERROR;
+}
+
+// The scene is looked at while the camera calculates, so that frames come at once when it is told to run.
+std::jthread SimCameraTransport::PrepareMeanwhile() {
+    SensorSettings settings;
+    {
+        const platform::ScopedLock lock(m_Camera.Lock());
+        settings = m_Camera.FirmwareLocked().Settings();
+    }
+    try {
+        Sensor& sensor = m_Camera.TheSensor();
+        return std::jthread([&sensor, settings, fill = m_Camera.PluginSettings().fill] {
+            try {
+                sensor.Prepare(settings, fill);
+            } catch (const std::exception&) {
+                // It is tried once more before the first frame.
+            }
+        });
+    } catch (const std::exception&) {
+        return {};
+    }
 }
 
 // Asks the frame thread to end and waits for it, except on the frame thread itself.

@@ -14,11 +14,11 @@
 
 #include <atomic>
 #include <thread>
-#include <vector>
 
 #include "devices/sim/link/CallGate.h"
 #include "devices/sim/link/RateMeter.h"
 #include "devices/sim/link/SimCamera.h"
+#include "devices/sim/sensor/FrameReadout.h"
 #include "link/ICameraInterface.h"
 #include "link/IZelCameraCommon.h"
 #include "platform/Mutex.h"
@@ -81,6 +81,7 @@ class SimCameraTransport final : public ICameraInterface {
     enum class Outcome { kHandOver, kLost, kAborted };
 
     int Launch(bool triggered);
+    std::jthread PrepareMeanwhile();
     bool OnFrameThread() const { return m_FrameThreadId.load() == std::this_thread::get_id(); }
     void JoinFrames();
     bool Forgotten(const FrameJob& job) const ZEL_REQUIRES(m_Camera.Lock());
@@ -96,7 +97,7 @@ class SimCameraTransport final : public ICameraInterface {
     bool FillAndQueue(IZelCameraCommon& common, ZelImage& image, const FrameJob& job);
     void Fill(ZelImage& image, const FrameJob& job);
     void LoseOnLink();
-    void DropWithoutBuffer();
+    void DropWithoutBuffer(const FrameJob& job);
     Clock::duration Scaled(std::int64_t microseconds) const;
 
     SimCamera& m_Camera;
@@ -126,8 +127,8 @@ class SimCameraTransport final : public ICameraInterface {
     unsigned m_FrameNumber = 0;
     unsigned m_PacedAcquisition = 0;
     Clock::time_point m_NextReady{};
-    std::vector<std::uint16_t> m_Picture;
-    std::vector<std::uint16_t> m_Raw;
+    Clock::duration m_FrameCost{};  // of the frame handed over last
+    FrameReadout m_Readout;
 };
 
 }  // namespace zel::sim

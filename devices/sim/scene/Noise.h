@@ -14,12 +14,15 @@ class RandomNumbers {
     explicit RandomNumbers(std::uint64_t seed) : m_State(seed) {}
 
     std::uint64_t Next() {
-        m_State += 0x9E3779B97F4A7C15u;
+        Skip(1);
         std::uint64_t z = m_State;
         z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9u;
         z = (z ^ (z >> 27)) * 0x94D049BB133111EBu;
         return z ^ (z >> 31);
     }
+
+    // As if Next had been called so often.
+    void Skip(std::uint64_t count) { m_State += count * 0x9E3779B97F4A7C15u; }
 
     // 0 <= result < 1
     double NextFraction() { return static_cast<double>(Next() >> 11) * 0x1.0p-53; }

@@ -3,20 +3,20 @@
 #ifndef SIM_RAWREADOUT_H
 #define SIM_RAWREADOUT_H
 
-#include <cstddef>
 #include <cstdint>
 #include <span>
 
 namespace zel::sim {
 
-// Rearranges a picture (w * h samples, both even) into tap order.
-//   1 tap   as it is (so is any other number of taps not named here)
-//   2 taps  each row as pairs: a sample from the left edge moving right, one from the right edge moving left
-//   4 taps  groups of four: top row from the left, top row from the right, bottom row from the left, bottom row from
-//           the right; rows move from the top and bottom edges to the middle
-// Does nothing when either buffer holds fewer than w * h samples.
-void ReadOutTaps(std::span<const std::uint16_t> picture, unsigned w, unsigned h, int taps,
-                 std::span<std::uint16_t> raw);
+// Rows have an even number of samples, and `raw` has room for them all.
+
+// Two taps: a row as pairs, a sample from the left edge moving right, one from the right edge moving left.
+void ReadOutTwoTaps(std::span<const std::uint16_t> row, std::span<std::uint16_t> raw);
+
+// Four taps: a row of the upper half and its mirror image below as groups of four: top from the left, top from the
+// right, bottom from the left, bottom from the right. Row pairs move from the top and bottom edges to the middle.
+void ReadOutFourTaps(std::span<const std::uint16_t> top, std::span<const std::uint16_t> bottom,
+                     std::span<std::uint16_t> raw);
 
 // Packs pairs of 12-bit samples a, b into three bytes:
 //

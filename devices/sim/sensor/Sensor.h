@@ -67,8 +67,14 @@ class Sensor {
     // samples stays as it is; without memory for the scene a frame is black.
     void Render(const SensorSettings& settings, SensorFill fill, std::uint64_t frame, std::span<std::uint16_t> image);
 
+    // The same a row at a time, in any order, for who has no use for the whole picture. Row answers row y of the frame
+    // begun last; it lies in `room`, of a row's samples, or in a frame that is repeated. Of a frame without content a
+    // row is black.
+    void Begin(const SensorSettings& settings, SensorFill fill, std::uint64_t frame);
+    std::span<const std::uint16_t> Row(unsigned y, std::span<std::uint16_t> room);
+
     // Does what would hold the first frame up: looks at the scene, which takes a while.
-    void Prepare(const SensorSettings& settings);
+    void Prepare(const SensorSettings& settings, SensorFill fill);
 
   private:
     struct State;

@@ -1,6 +1,7 @@
 #include "devices/sim/sensor/TapGains.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <new>
 
 #include "devices/sim/scene/PlainMath.h"
@@ -29,16 +30,25 @@ std::vector<std::uint16_t> MapOf(const CalibrationTable& table, std::size_t tap,
     return map;
 }
 
-void Through(const std::vector<std::uint16_t>& map, std::span<std::uint16_t> samples) {
-    const std::uint16_t* const entries = map.data();
-    const auto last = static_cast<std::uint16_t>(map.size() - 1);
-    for (std::uint16_t& sample : samples) sample = entries[std::min(sample, last)];
+// Each step in which an entry does not grow by one like its sample changes their difference, usually by one.
+int WindowsOf(const std::vector<std::uint16_t>& map) {
+    const int size = static_cast<int>(map.size());
+    const auto change = [&](int v) {
+        return std::abs(map[static_cast<std::size_t>(v) + 1] - map[static_cast<std::size_t>(v)] - 1);
+    };
+    int changes = 0;
+    for (int v = 0; v + 1 < size; ++v) {
+        changes += change(v);
+        if (v >= TapMap::kWindow - 1) changes -= change(v - TapMap::kWindow + 1);
+        if (changes >= 128) return std::max(v + 2 - TapMap::kWindow, 0);
+    }
+    return std::max(size - TapMap::kWindow + 1, 0);
 }
 
 }  // namespace
 
 bool TapGains::Build(const CalibrationData& data, const TapReadout& readout, int bits) noexcept {
-    for (auto& map : m_Maps) map.clear();
+    m_Maps.fill({});
     m_Taps = readout.taps;
     const unsigned largest = (1u << std::clamp(bits, 1, 16)) - 1u;
     m_Ceiling = largest;
@@ -49,23 +59,24 @@ bool TapGains::Build(const CalibrationData& data, const TapReadout& readout, int
     m_Ceiling = std::min(largest + largest / 4, 0xFFFFu);
     try {
         for (std::size_t tap = 0; tap < static_cast<std::size_t>(m_Taps); ++tap) {
-            m_Maps[tap] = MapOf(table, tap, millivolts_per_count, largest, m_Ceiling);
+            Tables& tables = m_Tables[tap];
+            tables.entries = MapOf(table, tap, millivolts_per_count, largest, m_Ceiling);
+            tables.beyond.clear();
+            for (std::size_t v = 0; v < tables.entries.size(); ++v) {
+                tables.beyond.push_back(static_cast<std::uint8_t>(tables.entries[v] - v));
+            }
+            m_Maps[tap] = {tables.entries.data(), tables.beyond.data(), WindowsOf(tables.entries)};
         }
     } catch (const std::bad_alloc&) {
-        for (auto& map : m_Maps) map.clear();
+        m_Maps.fill({});
         return false;
     }
     return true;
 }
 
-void TapGains::Apply(std::span<std::uint16_t> image, unsigned w, unsigned h) const {
-    if (Even() || image.size() < std::size_t{w} * h) return;
-    for (std::size_t row = 0; row < h; ++row) {
-        const bool lower = m_Taps == 4 && row >= h / 2;
-        const std::span<std::uint16_t> samples = image.subspan(row * w, w);
-        Through(m_Maps[lower ? 3 : 0], samples.first(w / 2));
-        Through(m_Maps[lower ? 2 : 1], samples.subspan(w / 2));
-    }
+const TapMap& TapGains::Map(unsigned row, unsigned h, bool right) const {
+    const bool lower = m_Taps == 4 && row >= h / 2;
+    return m_Maps[lower ? (right ? 2 : 3) : (right ? 1 : 0)];
 }
 
 }  // namespace zel::sim

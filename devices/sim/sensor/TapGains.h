@@ -9,7 +9,6 @@
 
 #include <array>
 #include <cstdint>
-#include <span>
 #include <vector>
 
 #include "devices/sim/sensor/CalibrationData.h"
@@ -25,20 +24,35 @@ struct TapReadout {
     bool operator==(const TapReadout&) const = default;
 };
 
+// What a tap makes of the samples that an even one would give.
+struct TapMap {
+    static constexpr int kWindow = 256;
+
+    const std::uint16_t* entries = nullptr;  // sample -> sample; null: the same
+    // The lowest eight bits of entry - sample. Within a window of samples that begins below `windows` the difference
+    // changes by less than 128, so these bits are all that is new about it.
+    const std::uint8_t* beyond = nullptr;
+    int windows = 0;
+};
+
 class TapGains {
   public:
     // Of samples of `bits` bits. False without memory. A readout through one tap, or without calibration, is even.
     bool Build(const CalibrationData& data, const TapReadout& readout, int bits) noexcept;
 
-    bool Even() const { return m_Maps[0].empty(); }
-    // The largest sample that Apply takes. A tap of low gain reaches the converter's end later than one of gain 1, so
+    // The largest sample that a map takes. A tap of low gain reaches the converter's end later than one of gain 1, so
     // it lies above.
     unsigned Ceiling() const { return m_Ceiling; }
-    // Turns the samples that even taps would give into those that these taps give; `image` has rows of w samples.
-    void Apply(std::span<std::uint16_t> image, unsigned w, unsigned h) const;
+    // Of the tap that reads a half of a row, for samples 0 to Ceiling(). h: rows of the sensor.
+    const TapMap& Map(unsigned row, unsigned h, bool right) const;
 
   private:
-    std::array<std::vector<std::uint16_t>, 4> m_Maps;  // per tap: even sample -> sample
+    struct Tables {
+        std::vector<std::uint16_t> entries;
+        std::vector<std::uint8_t> beyond;
+    };
+    std::array<Tables, 4> m_Tables;
+    std::array<TapMap, 4> m_Maps{};
     int m_Taps = 1;
     unsigned m_Ceiling = 0;
 };

@@ -100,7 +100,7 @@ class CaptureCommand : public Command {
         }
     }
 
-    // From the first frame in hand to the last picture on the disk: never more than the camera sent.
+    // From the first frame in hand to the last picture on the disk, so that several that end at once are no rate.
     double SavedRate() const { return m_Seconds > 0.0 ? static_cast<double>(m_Taken.size() - 1) / m_Seconds : 0.0; }
 
     void Report(Json& result) const {

@@ -166,6 +166,23 @@ TEST_F(Plugin, TriggersInsideTheImageHandlerLoseNothing) {
     EXPECT_EQ(transport->GetDroppedFrames(), 0);
 }
 
+// Without a pace and without a free record the camera waits before it takes the next frame, and counts the one lost.
+TEST_F(Plugin, NoFreeRecordIsWaitedForAndCounted) {
+    LoadCamera("pleora_ebus.dll");
+    host->m_Recycle = false;
+    host->m_Buffers = 2;
+    const auto begun = std::chrono::steady_clock::now();
+    ExpectFrames(2);
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));  // in which a camera that spins asks ever so often
+    while (host->Snapshot().free_requests < 4) std::this_thread::yield();  // the test's time limit ends it
+    EXPECT_EQ(transport->Stop(), 0);
+    std::string counts;
+    Control("frames 0", &counts);
+    const int requests = host->Snapshot().free_requests;
+    EXPECT_LE((requests - 3) * std::chrono::microseconds(250), std::chrono::steady_clock::now() - begun);
+    EXPECT_EQ(counts, "delivered 2 lost 0 no-buffer " + std::to_string(requests - 2));
+}
+
 TEST_F(Plugin, AnAbsentCameraAnswersALinkFailureEverywhere) {
     LoadCamera("pleora_ebus.dll");
     ASSERT_EQ(Control("unplug 0"), 0);

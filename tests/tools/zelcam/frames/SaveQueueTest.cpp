@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <deque>
 #include <filesystem>
 
 #include "include/ZelImage.h"
@@ -15,21 +16,18 @@ constexpr std::size_t kBuffers = 3;
 
 class SaveQueueTest : public testing::Test, public zel::detail::FrameOwner {
   protected:
-    void give_back(ZelColorImage* image, bool) noexcept override {
-        delete image;
-        --m_OnLoan;
-    }
+    void give_back(ZelColorImage*, bool) noexcept override { --m_OnLoan; }
 
     // Every third is much larger than the others, so that those behind it are ready before it is.
     zel::Frame Frame(unsigned number) {
         const unsigned short size = number % 3 == 0 ? 512 : 8;
-        auto* const image = new ZelColorImage();
-        image->w = image->h = size;
-        image->bytes_per_pixel = 2;
-        image->image_number = number;
-        image->pixels = m_Samples.data();
+        ZelColorImage& image = m_Images.emplace_back();
+        image.w = image.h = size;
+        image.bytes_per_pixel = 2;
+        image.image_number = number;
+        image.pixels = m_Samples.data();
         m_MostOnLoan = std::max(m_MostOnLoan, ++m_OnLoan);
-        return {std::shared_ptr<FrameOwner>(this, [](FrameOwner*) {}), image, std::nullopt, {}};
+        return {std::shared_ptr<FrameOwner>(this, [](FrameOwner*) {}), &image, std::nullopt, {}};
     }
 
     std::size_t Files(const std::string& extension) const {
@@ -41,6 +39,7 @@ class SaveQueueTest : public testing::Test, public zel::detail::FrameOwner {
     }
 
     TemporaryFolder m_Folder;
+    std::deque<ZelColorImage> m_Images;
     std::vector<unsigned short> m_Samples = std::vector<unsigned short>(512 * 512, 1234);
     std::atomic<std::size_t> m_OnLoan = 0;
     std::size_t m_MostOnLoan = 0;

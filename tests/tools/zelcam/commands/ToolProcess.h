@@ -90,7 +90,13 @@ class CacheFolder : public TemporaryFolder {
 // A command line in UTF-8, for the system's shell.
 inline int System(const std::string& command) {
 #ifdef _WIN32
-    return _wsystem(zel::platform::Utf8Path(command).c_str());
+    // On a busy machine Wine's shell now and then does not find a program that is there; it has run nothing then.
+    constexpr int kNotFound = 9009, kTries = 4;
+    int status = kNotFound;
+    for (int i = 0; i < kTries && status == kNotFound; ++i) {
+        status = _wsystem(zel::platform::Utf8Path(command).c_str());
+    }
+    return status;
 #else
     return std::system(command.c_str());
 #endif

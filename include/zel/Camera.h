@@ -34,7 +34,7 @@ enum class Trigger {
 
 /// How an acquisition is started.
 struct StartOptions {
-    int frames = 0;  ///< the camera stops by itself after so many; 0: as FRAME_COUNT says, which is 0 = never
+    int frames = 0;  ///< so many come, then the camera stops by itself; 0: as FRAME_COUNT says, 0 = never
     Trigger trigger = Trigger::as_set;  ///< what starts a frame
 };
 

@@ -101,6 +101,12 @@ TEST_F(LayerStreams, ASequenceHasTheFramesThatWereAskedFor) {
             EXPECT_EQ(last, frames - 1) << fault;
         }
     }
+    // Numbers need not begin with 0.
+    usb("fault 1 lose times=1");
+    camera->start({.frames = 6});
+    unsigned number = 1;
+    while (FrameResult result = camera->wait_frame(kLong)) EXPECT_EQ(result->number(), number++);
+    EXPECT_EQ(number, 7u);
 }
 
 TEST_F(LayerStreams, ARangeStartsAndStopsAndMayLoseItsFrames) {

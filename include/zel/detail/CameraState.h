@@ -159,6 +159,7 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
         if (!inside) m_Changed.wait(lock, [this] { return m_Taking == 0; });
         m_Notified.clear();
         m_Waiting = m_Consumed = m_Taken = m_Skipped = 0;
+        m_FirstNumber.reset();
         m_Order = Order::every;
         m_Interrupted = false;
         m_LostInRun = m_LinkLost;
@@ -382,14 +383,20 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
         return newest ? m_Native->GetLastPendingImage() : m_Native->GetPendingImage();
     }
     // As pending(), of the first frames of the run alone; those beyond go back.
-    ZelImage* pending_of(unsigned wanted, Order order, bool color) const {
+    ZelImage* pending_of(unsigned wanted, Order order, bool color) {
         ZelImage* taken = nullptr;
         while (ZelImage* const image = pending(false, color)) {
-            const bool beyond = image->image_number >= wanted;
+            const bool beyond = place_in_run(image->image_number) >= static_cast<std::int64_t>(wanted);
             if (ZelImage* const old = beyond ? image : std::exchange(taken, image)) free(old, color);
             if (taken && order == Order::every) break;
         }
         return taken;
+    }
+    // Counted from the first one that came: interfaces begin with 0 or with 1.
+    std::int64_t place_in_run(unsigned number) {
+        const std::lock_guard lock(m_Mutex);
+        if (!m_FirstNumber) m_FirstNumber = number;
+        return static_cast<std::int32_t>(number - *m_FirstNumber);
     }
     void free(ZelImage* image, bool color) const {
         if (color) {
@@ -505,9 +512,10 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
     std::uint64_t m_Waiting = 0;               // notifications whose frames wait
     std::uint64_t m_Consumed = 0;
     std::uint64_t m_Taken = 0;
-    std::uint64_t m_Skipped = 0;   // consumed and not taken, up to the frame that was taken last
-    bool m_Interrupted = false;    // until a wait has ended for it
-    Order m_Order = Order::every;  // of the last wait
+    std::uint64_t m_Skipped = 0;            // consumed and not taken, up to the frame that was taken last
+    bool m_Interrupted = false;             // until a wait has ended for it
+    std::optional<unsigned> m_FirstNumber;  // of the frames of a run with a number of frames
+    Order m_Order = Order::every;           // of the last wait
     Run m_Run;
     std::optional<ColorSetting> m_Color;
     std::shared_ptr<const FrameHandler> m_FrameHandler;

@@ -2,7 +2,7 @@
 # that holds nothing else, so that the cross compiler never sees the rest of /usr/include.
 set(ZEL_HEADERS ${CMAKE_BINARY_DIR}/host-include)
 file(MAKE_DIRECTORY ${ZEL_HEADERS})
-foreach(folder CLI fmt nlohmann spdlog stb)
+foreach(folder boost CLI fmt nlohmann spdlog stb)
     if(NOT EXISTS /usr/include/${folder})
         message(FATAL_ERROR "/usr/include/${folder} is missing: run scripts/setup.sh")
     endif()
@@ -45,4 +45,10 @@ if(WIN32)
     target_link_libraries(zel_lodepng INTERFACE zel_lodepng_source)
 else()
     target_link_libraries(zel_lodepng INTERFACE lodepng)
+endif()
+
+# libtiff, which recordings are written and read with: Debian's library on Linux.
+add_library(zel_tiff INTERFACE)
+if(NOT WIN32)
+    target_link_libraries(zel_tiff INTERFACE tiff)
 endif()

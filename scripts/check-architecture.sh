@@ -23,10 +23,11 @@ image:              include kernels platform tapbalance sdk/Logger
 camera:             image include link platform tapbalance util sdk/Logger
 sdk/InterfaceLibrary: camera link platform sdk sdk/Logger
 sdk:                camera include link platform util sdk/Logger sdk/InterfaceLibrary
+record:             platform
 devices/sim/scene:    platform
-devices/sim/sensor:   include link platform kernels devices/sim/scene
+devices/sim/sensor:   include link platform kernels record devices/sim/scene
 devices/sim/firmware: include link platform devices/sim/scene devices/sim/sensor calibration/Sha1
-devices/sim/link:     include link platform devices/sim/sensor devices/sim/firmware
+devices/sim/link:     include link platform record devices/sim/sensor devices/sim/firmware
 devices/sim/plugins:  include link platform devices/sim/link
 bindings/c:           include include/zel include/zel/detail platform util sdk/Logger
 tools/manual:
@@ -34,8 +35,10 @@ tools/zelcam/text:        include include/zel include/zel/detail platform
 tools/zelcam/camera:      include include/zel tools/zelcam/text
 tools/zelcam/calibration: include include/zel platform calibration tools/zelcam/text tools/zelcam/camera
 tools/zelcam/frames:      include include/zel platform util tools/zelcam/text tools/zelcam/camera
+tools/zelcam/record:      include include/zel platform record tools/zelcam/text tools/zelcam/camera tools/zelcam/frames
+tools/zelcam/view:        include include/zel platform record tools/zelcam/text tools/zelcam/camera tools/zelcam/frames tools/zelcam/record
 tools/zelcam/doctor:      include include/zel platform kernels link sdk/InterfaceLibrary tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames
-tools/zelcam/commands:    include include/zel platform tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames tools/zelcam/doctor tools/manual
+tools/zelcam/commands:    include include/zel platform tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames tools/zelcam/record tools/zelcam/view tools/zelcam/doctor record tools/manual
 tools/zelcam:             platform tools/zelcam/text tools/zelcam/commands
 tools/plugin_check:       include link platform tools/manual
 tools/scene_picture:      platform devices/sim/scene

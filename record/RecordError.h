@@ -1,0 +1,16 @@
+// What goes wrong with a recording: a sentence for the user.
+#ifndef ZEL_RECORDERROR_H
+#define ZEL_RECORDERROR_H
+
+#include <stdexcept>
+
+namespace zel::record {
+
+class RecordError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+}  // namespace zel::record
+
+#endif

@@ -1,0 +1,48 @@
+// Writes a recording.
+#ifndef ZEL_RECORDINGWRITER_H
+#define ZEL_RECORDINGWRITER_H
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <span>
+
+#include "record/RecordError.h"
+#include "record/RecordingFacts.h"
+
+namespace zel::record {
+
+enum class Compression { kNone, kDeflate, kZstd };
+
+struct WriterOptions {
+    Compression compression = Compression::kNone;
+    std::uint64_t reserve = 0;  // bytes of disk space that are taken ahead; what is not used is given back at the end
+};
+
+// One thread at a time. Killed at any moment, it leaves a file that opens with every frame but the last few.
+class RecordingWriter {
+  public:
+    // Makes the file, which must not exist. Throws RecordError.
+    RecordingWriter(const std::filesystem::path& path, const RecordingFacts& facts, const WriterOptions& options);
+    // Ends the file as it is when Finish() was not called.
+    ~RecordingWriter();
+    RecordingWriter(const RecordingWriter&) = delete;
+    RecordingWriter& operator=(const RecordingWriter&) = delete;
+
+    // Adds a frame of width * height samples. Throws RecordError when it can't be written; the frames before it stay.
+    void Add(std::span<const std::uint16_t> samples, const FrameFacts& frame);
+    // Completes the file, with what other programs read of it. Throws RecordError.
+    void Finish(const RecordingEnd& end);
+
+    std::uint64_t Frames() const;
+    // Size of the file so far, without what is reserved.
+    std::uint64_t Bytes() const;
+
+  private:
+    struct State;
+    std::unique_ptr<State> m_State;
+};
+
+}  // namespace zel::record
+
+#endif

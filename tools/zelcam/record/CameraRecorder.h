@@ -18,7 +18,7 @@
 #include <vector>
 
 #include "record/RecordingFacts.h"
-#include "record/StripEncoder.h"
+#include "tools/zelcam/record/RecordingFiles.h"
 #include "zel/Camera.h"
 
 namespace zelcam {
@@ -36,17 +36,12 @@ struct RecordingSession {
 zel::record::RecordingFacts FactsOf(const zel::Camera& camera, const RecordingSession& session);
 
 struct RecorderOptions {
-    std::filesystem::path file;  // with a split or a ring: PATH_0001.ome.tif and so on, past those that are there
-    zel::record::Compression compression = zel::record::Compression::kNone;
-    std::size_t most_waiting = 8;  // frames
-    unsigned every = 1;            // of so many frames one is recorded
-    std::uint64_t reserve = 0;     // bytes of disk space that are taken at once
-    // A file gets no more than that, then comes the next one; 0: no such limit.
-    std::uint64_t split_frames = 0;
-    std::uint64_t split_bytes = 0;
-    double split_seconds = 0.0;
+    FileOptions files;
+    std::size_t most_waiting = 8;               // frames
+    unsigned every = 1;                         // of so many frames one is recorded
     double ring_seconds = 0.0;                  // 0: no ring
-    std::function<std::uint64_t()> link_drops;  // the camera's count since the start; asked when a file ends
+    std::int32_t gain = 0;                      // that is set, since frames do not tell
+    std::function<std::uint64_t()> link_drops;  // the camera's count since the start; asked where numbers are missing
     std::function<void()> before_writing;       // for tests: a disk that takes its time
 };
 
@@ -64,12 +59,6 @@ struct RecordingStatus {
     std::string failure;  // why nothing more is recorded; empty: all is well
 };
 
-struct RecordedFile {
-    std::filesystem::path path;
-    std::uint64_t bytes = 0;
-    zel::record::RecordingEnd end;
-};
-
 enum class Offered {
     kTaken,
     kPassedOver,  // it is none of every Nth
@@ -80,13 +69,15 @@ enum class Offered {
 class CameraRecorder {
   public:
     // Makes the file; with a ring there is none before Keep(). Throws record::RecordError.
-    CameraRecorder(const zel::record::RecordingFacts& facts, RecorderOptions options, const RecordingSession& session);
+    CameraRecorder(zel::record::RecordingFacts facts, RecorderOptions options, const RecordingSession& session);
     ~CameraRecorder();  // as Finish("ended")
     CameraRecorder(const CameraRecorder&) = delete;
     CameraRecorder& operator=(const CameraRecorder&) = delete;
 
     // Does not wait. As soon as the frame is in hand, since that is its time; one thread at a time.
     Offered Offer(std::shared_ptr<const zel::Frame> frame);
+    // The gain was changed.
+    void SetGain(std::int32_t gain);
     // Has the frames of the ring written to a file of their own. False: there are none.
     bool Keep(const std::string& reason);
     // Any thread.

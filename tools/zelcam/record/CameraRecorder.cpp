@@ -23,8 +23,6 @@ using zel::record::RecordingFacts;
 
 namespace {
 
-constexpr double kNanosecondsPerSecond = 1e9;
-
 // One core is left to the frames that come in. Without compression one thread is as fast as the disk.
 std::size_t Workers(Compression compression) {
     return compression == Compression::kNone ? 1 : std::max(std::thread::hardware_concurrency(), 2u) - 1;
@@ -169,8 +167,10 @@ bool CameraRecorder::State::Wanted(const Item& item) {
 
 // In a ring the oldest frames go first.
 bool CameraRecorder::State::MakeRoom(const Item& item) {
-    const auto oldest = item.facts.host_ns - static_cast<std::int64_t>(options.ring_seconds * kNanosecondsPerSecond);
-    while (!ring.empty() && (on_loan >= options.most_waiting || ring.front().facts.host_ns < oldest)) {
+    const auto outlived = [&](const Item& old) {
+        return SecondsOf(item.facts.host_ns - old.facts.host_ns) > options.ring_seconds;
+    };
+    while (!ring.empty() && (on_loan >= options.most_waiting || outlived(ring.front()))) {
         ring.pop_front();
         --on_loan;
     }
@@ -211,7 +211,7 @@ Offered CameraRecorder::Offer(std::shared_ptr<const zel::Frame> frame) {
     }
     ++state.on_loan;
     ++state.status.taken;
-    state.status.seconds = static_cast<double>(item.facts.host_ns - state.first_ns) / kNanosecondsPerSecond;
+    state.status.seconds = SecondsOf(item.facts.host_ns - state.first_ns);
     if (state.Ring()) {
         state.ring.push_back(std::move(item));
     } else {

@@ -14,7 +14,6 @@ using zel::record::RecordingWriter;
 
 namespace {
 constexpr unsigned kDigits = 4;
-constexpr double kNanosecondsPerSecond = 1e9;
 }  // namespace
 
 fs::path NumberedPath(const fs::path& path, unsigned number) {
@@ -59,8 +58,7 @@ bool RecordingFiles::SplitBefore(std::int64_t host_ns) const {
     if (m_Writer->Frames() == 0) return false;
     if (m_Options.split_frames > 0 && m_Writer->Frames() >= m_Options.split_frames) return true;
     if (m_Options.split_bytes > 0 && m_Writer->Bytes() + m_LastStrip > m_Options.split_bytes) return true;
-    const double seconds = static_cast<double>(host_ns - m_FirstNs) / kNanosecondsPerSecond;
-    return m_Options.split_seconds > 0.0 && seconds >= m_Options.split_seconds;
+    return m_Options.split_seconds > 0.0 && SecondsOf(host_ns - m_FirstNs) >= m_Options.split_seconds;
 }
 
 void RecordingFiles::Write(std::span<const std::byte> strip, const zel::record::FrameFacts& frame) {

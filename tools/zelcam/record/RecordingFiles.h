@@ -2,6 +2,7 @@
 #ifndef ZELCAM_RECORDINGFILES_H
 #define ZELCAM_RECORDINGFILES_H
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -13,6 +14,10 @@
 #include "record/RecordingWriter.h"
 
 namespace zelcam {
+
+inline double SecondsOf(std::int64_t nanoseconds) {
+    return std::chrono::duration<double>(std::chrono::nanoseconds(nanoseconds)).count();
+}
 
 struct FileOptions {
     std::filesystem::path file;

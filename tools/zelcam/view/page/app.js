@@ -53,6 +53,7 @@ function showState() {
         : "live";
     say(byId("run-state"), text);
     byId("run-state").dataset.state = text;
+    byId("stage").classList.toggle("stale", !connected || state?.link === "lost");
     const running = Boolean(state?.running);
     say(byId("run").querySelector("span"), running ? "Stop" : "Start");
     byId("run-icon").setAttribute("d", running ? "M3.5 3.5h9v9h-9z" : "M4 2.5v11l9-5.5z");
@@ -157,6 +158,10 @@ function chooseTool(tool) {
 document.querySelectorAll("button[data-tool]").forEach((button) =>
     button.addEventListener("click", () => chooseTool(button.dataset.tool)));
 byId("clear-tools").addEventListener("click", () => stage.tools.clear());
+byId("quit").addEventListener("click", () => {
+    byId("keys").close();
+    controls.ask("quit");
+});
 byId("zoom").addEventListener("click", () => stage.toggleActual());
 byId("zoom-in").addEventListener("click", () => stage.zoomStep(1));
 byId("zoom-out").addEventListener("click", () => stage.zoomStep(-1));

@@ -8,7 +8,7 @@ export function fixed(value, digits = 1, unit = "") {
 }
 
 export function count(value) {
-    return known(value) ? Math.round(value).toLocaleString("en-US").replaceAll(",", "\u202f") : kUnknown;
+    return known(value) ? Math.round(value).toLocaleString("en-US").replaceAll(",", "\u202f") : kUnknown;  // narrow spaces
 }
 
 // Three digits that count.

@@ -1,6 +1,8 @@
 // The histogram of all pixels, with the window over it; its edges can be dragged.
 import { byId, color, surface } from "./dom.js";
 
+const kChannels = ["--red", "--green", "--blue"];
+
 export class Histogram {
     #canvas = byId("histogram");
     #contrast;
@@ -41,15 +43,20 @@ export class Histogram {
         const x = (value) => (value / (top + 1)) * width;
         context.fillStyle = color("--window");
         context.fillRect(x(black), 0, x(white) - x(black), height);
-        const bins = this.#statistics?.histogram;
-        if (bins?.length) {
+        // The largest sample lies at the right edge, whatever the depth.
+        const { histogram, channels, bins } = this.#statistics ?? {};
+        if (histogram) {
             const scaled = byId("histogram-log").checked ? (n) => Math.log1p(n) : (n) => n;
-            const highest = Math.max(1e-9, ...bins.map(scaled));
-            const step = width / bins.length;
+            const highest = Math.max(1e-9, ...histogram.map(scaled));
+            const tall = (n) => (n > 0 ? Math.max(1, (scaled(n) / highest) * (height - 4)) : 0);
+            const step = (width * bins) / (top + 1);
             context.fillStyle = color("--bars");
-            bins.forEach((n, index) => {
-                const tall = (scaled(n) / highest) * (height - 4);
-                if (n > 0) context.fillRect(index * step, height - Math.max(1, tall), Math.max(1, step), height);
+            histogram.forEach((n, index) => context.fillRect(index * step, height - tall(n), Math.max(1, step), height));
+            channels?.forEach((counts, channel) => {
+                context.strokeStyle = color(kChannels[channel]);
+                context.beginPath();
+                counts.forEach((n, index) => context.lineTo((index + 0.5) * step, height - tall(n)));
+                context.stroke();
             });
         }
         this.#drawCurve(context, x, height);

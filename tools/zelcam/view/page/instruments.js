@@ -28,10 +28,7 @@ export class Instruments {
         byId("zoom").setAttribute("aria-label", `One pixel for one pixel; now ${zoom}`);
         say(byId("read-size"), last ? `${last.width} × ${last.height}, ${last.bits} bits` : "");
         say(byId("read-position"), this.#position(tools, last));
-        if (picture) {
-            say(byId("read-latency"), `${fixed(this.#latency, 0)} ms latency`);
-            document.documentElement.dataset.frame = picture.frame;
-        }
+        if (picture) document.documentElement.dataset.frame = picture.frame;
     }
 
     useStatistics(statistics) {
@@ -72,6 +69,7 @@ export class Instruments {
         say(byId("read-rate"), state ? `${fixed(rate.camera)} frames/s, ${fixed(rate.shown)} shown` : "");
         say(byId("read-lost"), state ? `${count(lost)} lost` : "");
         byId("read-lost").classList.toggle("bad", lost > 0);
+        say(byId("read-latency"), state && this.#latency !== null ? `${fixed(this.#latency, 0)} ms latency` : "");
         say(byId("read-exposure"), state ? `${duration(state.exposure_us)} exposure` : "");
         say(byId("read-temperature"), state && state.temperature_c !== null ? fixed(state.temperature_c, 1, " °C") : "");
         if (!state) return;

@@ -29,6 +29,13 @@ export class Parameters {
     }
 
     use(parameters) {
+        // The same ones again keep their rows, and with them the focus and what was said.
+        const same = parameters?.length === this.#rows.size &&
+            parameters.every(({ name, writable }) => this.#rows.get(name)?.parameter.writable === writable);
+        if (same) {
+            parameters.forEach((parameter) => this.useOne(parameter));
+            return;
+        }
         this.#rows.clear();
         const list = byId("parameters");
         list.replaceChildren();
@@ -59,9 +66,9 @@ export class Parameters {
             range: make("span", { class: "range", text: rangeOf(parameter) }),
             says: make("p", { class: "says", role: "status" }),
         };
-        row.element = make("div", { class: "parameter" }, make("label", { for: id, text: parameter.name }), control,
+        row.element = make("div", { class: "parameter" }, make("label", { for: id }, ...breakable(parameter.name)), control,
                            make("span", { class: "unit", text: parameter.unit ?? "" }),
-                           make("p", { class: "hint", id: `${id}-hint` }, parameter.help ?? "", " ", row.range), row.says);
+                           make("p", { class: "hint", id: `${id}-hint` }, parameter.help ?? "", row.range), row.says);
         if (parameter.writable) {
             control.addEventListener("change", () => {
                 const value = control.type === "checkbox" ? Number(control.checked) : control.value;
@@ -109,10 +116,15 @@ function makeControl(parameter, id) {
     return make("input", { type: "text", ...described });
 }
 
+// A name may go on in the next line behind an underscore.
+function breakable(name) {
+    return name.split(/(?<=_)/).flatMap((piece, index) => (index ? [make("wbr"), piece] : [piece]));
+}
+
 function rangeOf({ minimum, maximum, step, default: usual }) {
     const parts = [];
     if (minimum !== null && minimum !== undefined && maximum !== null && maximum !== undefined) parts.push(`${minimum} to ${maximum}`);
     if (step && step !== 1) parts.push(`in steps of ${step}`);
     if (usual !== null && usual !== undefined && usual !== "") parts.push(`default ${usual}`);
-    return parts.join(", ");
+    return parts.length ? ` · ${parts.join(", ")}` : "";
 }

@@ -64,7 +64,7 @@ function range(values) {
         high = Math.max(high, value);
     }
     const room = Math.max((high - low) * 0.1, Math.abs(high) * 0.01, 1e-9);
-    return [low - room, high + room];
+    return [low >= 0 ? Math.max(0, low - room) : low - room, high + room];
 }
 
 function plotCurve({ context, width, height }, curves, [low, high], colors) {

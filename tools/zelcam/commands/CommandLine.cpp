@@ -70,10 +70,10 @@ void Run(const Words& words, Json& result) {
     app.set_version_flag("--version", "zelcam " ZELCAM_VERSION);
     app.require_subcommand(1);
     std::vector<std::pair<std::unique_ptr<Command>, CLI::App*>> commands;
-    for (auto make :
-         {&MakeListCommand, &MakeInfoCommand, &MakeCaptureCommand, &MakeParamsCommand, &MakeGetCommand, &MakeSetCommand,
-          &MakeTriggerCommand, &MakeStreamCommand, &MakeRecordCommand, &MakeWatchCommand, &MakeTextCommand,
-          &MakeCalibrateCommand, &MakeDoctorCommand, &MakeCompletionCommand, &MakeManualCommand, &MakeVersionCommand}) {
+    for (auto make : {&MakeListCommand, &MakeInfoCommand, &MakeCaptureCommand, &MakeParamsCommand, &MakeGetCommand,
+                      &MakeSetCommand, &MakeTriggerCommand, &MakeStreamCommand, &MakeRecordCommand, &MakeViewCommand,
+                      &MakeWatchCommand, &MakeTextCommand, &MakeCalibrateCommand, &MakeDoctorCommand,
+                      &MakeCompletionCommand, &MakeManualCommand, &MakeVersionCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* const entry = app.add_subcommand(command->Name(), command->Help());
         entry->footer(std::string("Example: zelcam ") + command->Example());

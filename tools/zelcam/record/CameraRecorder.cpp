@@ -77,6 +77,15 @@ RecordingFacts FactsOf(const zel::Camera& camera, const RecordingSession& sessio
     return facts;
 }
 
+struct CameraRecorder::Item {
+    std::shared_ptr<const zel::Frame> frame;
+    FrameFacts facts;
+    LossTally before;          // when it was offered
+    bool begins_file = false;  // of the ring
+    std::string ends_file{};   // of the ring: why
+    std::uint64_t place = 0;   // in the order of writing
+};
+
 struct CameraRecorder::State {
     struct Item {
         std::shared_ptr<const zel::Frame> frame;

@@ -77,21 +77,11 @@ RecordingFacts FactsOf(const zel::Camera& camera, const RecordingSession& sessio
     return facts;
 }
 
-struct CameraRecorder::Item {
-    std::shared_ptr<const zel::Frame> frame;
-    FrameFacts facts;
-    LossTally before;          // when it was offered
-    bool begins_file = false;  // of the ring
-    std::string ends_file{};   // of the ring: why
-    std::uint64_t place = 0;   // in the order of writing
-};
-
 struct CameraRecorder::State {
     struct Item {
         std::shared_ptr<const zel::Frame> frame;
         FrameFacts facts;
         LossTally before;          // when it was offered
-        bool begins_file = false;  // of the ring
         std::string ends_file{};   // of the ring: why
         std::uint64_t place = 0;   // in the order of writing
     };
@@ -233,7 +223,6 @@ bool CameraRecorder::Keep(const std::string& reason) {
     State& state = *m_State;
     const ScopedLock lock(state.mutex);
     if (state.ring.empty() || state.closed || !state.status.failure.empty()) return false;
-    state.ring.front().begins_file = true;
     state.ring.back().ends_file = reason;
     for (State::Item& item : state.ring) state.Queue(std::move(item));
     state.ring.clear();

@@ -75,10 +75,10 @@ void Run(const Words& words, Json& result) {
         "--play", played,
         "FILE[,once|loop[:RATE]]: the simulated cameras play this recording or TIFF stack (docs/simulator.md)");
     std::vector<std::pair<std::unique_ptr<Command>, CLI::App*>> commands;
-    for (auto make :
-         {&MakeListCommand, &MakeInfoCommand, &MakeCaptureCommand, &MakeParamsCommand, &MakeGetCommand, &MakeSetCommand,
-          &MakeTriggerCommand, &MakeStreamCommand, &MakeExportCommand, &MakeWatchCommand, &MakeTextCommand,
-          &MakeCalibrateCommand, &MakeDoctorCommand, &MakeCompletionCommand, &MakeManualCommand, &MakeVersionCommand}) {
+    for (auto make : {&MakeListCommand, &MakeInfoCommand, &MakeCaptureCommand, &MakeParamsCommand, &MakeGetCommand,
+                      &MakeSetCommand, &MakeTriggerCommand, &MakeStreamCommand, &MakeExportCommand, &MakeViewCommand,
+                      &MakeWatchCommand, &MakeTextCommand, &MakeCalibrateCommand, &MakeDoctorCommand,
+                      &MakeCompletionCommand, &MakeManualCommand, &MakeVersionCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* const entry = app.add_subcommand(command->Name(), command->Help());
         entry->footer(std::string("Example: zelcam ") + command->Example());

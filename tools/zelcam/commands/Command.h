@@ -68,6 +68,7 @@ class Command {
 
 std::unique_ptr<Command> MakeListCommand();
 std::unique_ptr<Command> MakeInfoCommand();
+std::unique_ptr<Command> MakeExportCommand();
 std::unique_ptr<Command> MakeCaptureCommand();
 std::unique_ptr<Command> MakeParamsCommand();
 std::unique_ptr<Command> MakeGetCommand();

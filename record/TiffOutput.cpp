@@ -78,7 +78,9 @@ void TiffOutput::Reopen() {
     TIFFCleanup(std::exchange(m_Tiff, nullptr));
     Drop();
     m_Position = 0;
-    Open("r+m");
+    // Opened for reading, libtiff would cut the strips up.
+    Open("am");
+    if (TIFFSetDirectory(m_Tiff, 0) != 1) Fail("the first page of '" + NameOf(m_Path) + "' can't be read");
 }
 
 void TiffOutput::Begin() {

@@ -18,7 +18,7 @@ constexpr std::size_t kLongestName = 64;
 constexpr std::size_t kLongestValue = 128;
 constexpr const char* kRestarted = "; the camera was started again for it";
 
-[[noreturn]] void Refuse(const std::string& what, const std::string& why, const std::string& advice = "") {
+[[noreturn]] void RefuseRequest(const std::string& what, const std::string& why, const std::string& advice = "") {
     throw Failure(what, why, advice, kRefused);
 }
 
@@ -45,13 +45,13 @@ CameraHub::Answer CameraHub::Carry(const Json& message) {
     const std::string type = TextIn(message, "type", kLongestName);
     const auto entry =
         std::find_if(std::begin(kHandlers), std::end(kHandlers), [&](const auto& row) { return row.first == type; });
-    if (entry == std::end(kHandlers)) Refuse("'" + type + "'", "there is no such request");
+    if (entry == std::end(kHandlers)) RefuseRequest("'" + type + "'", "there is no such request");
     return (this->*entry->second)(message);
 }
 
 zel::Camera& CameraHub::Needed() const {
-    if (!m_Camera.IsOpen()) Refuse("this can't be done", "no camera is open", "plug one in");
-    if (m_Camera.Camera().link_lost()) Refuse("this can't be done", "the link to the camera is lost", "plug it in");
+    if (!m_Camera.IsOpen()) RefuseRequest("this can't be done", "no camera is open", "plug one in");
+    if (m_Camera.Camera().link_lost()) RefuseRequest("this can't be done", "the link to the camera is lost", "plug it in");
     return m_Camera.Camera();
 }
 
@@ -60,7 +60,7 @@ CameraHub::Answer CameraHub::Open(const Json& message) {
     const auto found = std::find_if(m_Cameras.begin(), m_Cameras.end(), [&](const KnownCamera& camera) {
         return camera.present && camera.info.serial == wanted;
     });
-    if (found == m_Cameras.end()) Refuse("camera '" + wanted + "' can't be opened", "it is not there");
+    if (found == m_Cameras.end()) RefuseRequest("camera '" + wanted + "' can't be opened", "it is not there");
     const int number = found->info.number;
     try {
         OpenNumber(number);
@@ -94,7 +94,7 @@ CameraHub::Answer CameraHub::Stop(const Json&) {
 CameraHub::Answer CameraHub::SoftwareTrigger(const Json&) {
     zel::Camera& camera = Needed();
     if (!m_Camera.Runs() || m_Camera.Trigger() != zel::Trigger::software) {
-        Refuse("no trigger was sent", "the camera does not wait for one", "choose the software trigger and start it");
+        RefuseRequest("no trigger was sent", "the camera does not wait for one", "choose the software trigger and start it");
     }
     camera.trigger();
     return {"a trigger was sent", {}};
@@ -103,7 +103,7 @@ CameraHub::Answer CameraHub::SoftwareTrigger(const Json&) {
 CameraHub::Answer CameraHub::TriggerMode(const Json& message) {
     Needed();
     const std::string mode = TextIn(message, "mode", kLongestName);
-    if (mode != "free" && mode != "software" && mode != "hardware") Refuse("mode '" + mode + "'", "there is none");
+    if (mode != "free" && mode != "software" && mode != "hardware") RefuseRequest("mode '" + mode + "'", "there is none");
     const zel::Trigger trigger = mode == "free"       ? zel::Trigger::as_set
                                  : mode == "software" ? zel::Trigger::software
                                                       : zel::Trigger::hardware;
@@ -177,7 +177,7 @@ CameraHub::Answer CameraHub::Calibration(const Json& message) {
     const bool on = FlagIn(message, "on");
     const bool done = m_Camera.SetCalibration(on);
     AnnounceCamera();
-    if (!done) Refuse("the taps are not corrected", "the camera has no calibration, or one tap", "");
+    if (!done) RefuseRequest("the taps are not corrected", "the camera has no calibration, or one tap", "");
     return {on ? "the taps are corrected" : "the taps are not corrected", {}};
 }
 
@@ -187,7 +187,7 @@ CameraHub::Answer CameraHub::Color(const Json& message) {
     if (FlagIn(message, "on")) {
         const std::string name = Has(message, "space") ? TextIn(message, "space", kLongestName) : kColorSpaces.front();
         const auto found = std::find(kColorSpaces.begin(), kColorSpaces.end(), name);
-        if (found == kColorSpaces.end()) Refuse("color space '" + name + "'", "there is none");
+        if (found == kColorSpaces.end()) RefuseRequest("color space '" + name + "'", "there is none");
         space = static_cast<zel::ColorSpace>(found - kColorSpaces.begin());
     }
     const bool restarted = m_Camera.ChangeStopped([&] { m_Camera.SetColor(space); });
@@ -195,9 +195,9 @@ CameraHub::Answer CameraHub::Color(const Json& message) {
     return {std::string(space ? "frames come in color" : "frames come in grey") + (restarted ? kRestarted : ""), {}};
 }
 
-CameraHub::Answer CameraHub::ExposeAutomatically(const Json&) { Refuse("auto exposure", "it is not there yet"); }
-CameraHub::Answer CameraHub::Snapshot(const Json&) { Refuse("snapshot", "it is not there yet"); }
-CameraHub::Answer CameraHub::Record(const Json&) { Refuse("record", "it is not there yet"); }
+CameraHub::Answer CameraHub::ExposeAutomatically(const Json&) { RefuseRequest("auto exposure", "it is not there yet"); }
+CameraHub::Answer CameraHub::Snapshot(const Json&) { RefuseRequest("snapshot", "it is not there yet"); }
+CameraHub::Answer CameraHub::Record(const Json&) { RefuseRequest("record", "it is not there yet"); }
 
 CameraHub::Answer CameraHub::Quit(const Json&) {
     m_Quit = true;

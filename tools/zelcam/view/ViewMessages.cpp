@@ -14,7 +14,9 @@ namespace {
 // Beyond every frame and every screen.
 constexpr unsigned kMostPixels = 65536;
 
-[[noreturn]] void RefuseMember(const std::string& what, const std::string& why) { throw Failure(what, why, "", kUsage); }
+[[noreturn]] void RefuseMember(const std::string& what, const std::string& why) {
+    throw Failure(what, why, "", kUsage);
+}
 
 const Json& Member(const Json& message, const char* name) {
     const auto found = message.is_object() ? message.find(name) : message.end();

@@ -1,0 +1,121 @@
+"""A browser and a viewer for the tests of the page and for its pictures."""
+
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import time
+
+from selenium import webdriver
+from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.common.by import By
+
+FLAGS = ("--headless=new", "--no-sandbox", "--use-angle=swiftshader", "--enable-unsafe-swiftshader", "--disable-gpu-vsync",
+         "--hide-scrollbars", "--disable-background-networking", "--disable-component-update", "--no-first-run",
+         "--disable-dev-shm-usage")
+PATIENCE = 60  # seconds until a condition that never comes is a failure
+
+
+def find_program(*names):
+    return next(filter(None, map(shutil.which, names)), None)
+
+
+def wait(condition, what):
+    end = time.monotonic() + PATIENCE
+    while True:
+        result = condition()
+        if result:
+            return result
+        if time.monotonic() > end:
+            raise AssertionError(f"waited {PATIENCE} s for {what}; last: {result!r}")
+        time.sleep(0.02)
+
+
+class Viewer:
+    """`zelcam view` with simulated cameras, in a folder of its own."""
+
+    def __init__(self, command, *arguments, **environment):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="zel-view."))
+        known = {name: value for name, value in os.environ.items() if not name.startswith("ZEL_SIM_")}
+        simulated = {"CL_CAMERAS": "1", "EBUS_CAMERAS": "0", "USB_CAMERAS": "0", **environment}
+        self.process = subprocess.Popen(
+            [*command, "view", "--no-browser", "--json", "--out", "out", *arguments], cwd=self.folder, text=True,
+            stdout=subprocess.PIPE, env={**known, **{f"ZEL_SIM_{name}": value for name, value in simulated.items()}})
+        line = self.process.stdout.readline()
+        if not line.strip():
+            self.end()
+            raise AssertionError(f"{command} printed no address")
+        self.address = json.loads(line)["address"]
+
+    def files(self, pattern):
+        return sorted(self.folder.glob(f"**/{pattern}"))
+
+    def end(self):
+        self.process.terminate()
+        self.process.wait()
+        self.process.stdout.close()
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+
+class Page:
+    """The browser with the page of a viewer."""
+
+    def __init__(self, width=1280, height=800):
+        options = webdriver.ChromeOptions()
+        options.binary_location = find_program("chromium")
+        for flag in (*FLAGS, f"--window-size={width},{height}"):
+            options.add_argument(flag)
+        options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
+        self.driver = webdriver.Chrome(options=options, service=Service(find_program("chromedriver")))
+        self.driver.set_script_timeout(PATIENCE)
+
+    def size(self, width, height, scheme="dark"):
+        self.driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": [
+            {"name": "prefers-color-scheme", "value": scheme}, {"name": "prefers-reduced-motion", "value": "reduce"}]})
+        self.driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride",
+                                    {"width": width, "height": height, "deviceScaleFactor": 1, "mobile": False})
+
+    def open(self, address):
+        self.driver.get(address)
+        wait(lambda: self.frame() is not None, "a picture")
+
+    def run(self, script, *arguments):
+        return self.driver.execute_script(script, *arguments)
+
+    def module(self, script):
+        """`script` with the page's `stage`; what it returns."""
+        result = self.driver.execute_async_script(
+            "const done = arguments[0]; import(new URL('app.js', document.baseURI))"
+            f".then(({{ stage }}) => {{ {script} }}).then(done, (error) => done(String(error)));")
+        if isinstance(result, str):
+            raise AssertionError(result)
+        return result
+
+    def frame(self):
+        text = self.run("return document.documentElement.dataset.frame")
+        return None if text is None else int(text)
+
+    def get(self, id):
+        return self.driver.find_element(By.ID, id)
+
+    def text(self, id):
+        return self.run("return document.getElementById(arguments[0])?.textContent", id)
+
+    def wait_text(self, id, *parts):
+        return wait(lambda: all(part in (self.text(id) or "") for part in parts) and self.text(id),
+                    f"{parts} in #{id}, which says '{self.text(id)}'")
+
+    def keys(self, *keys):
+        """Types where the focus is."""
+        webdriver.ActionChains(self.driver, duration=0).send_keys(*keys).perform()
+
+    def focused(self):
+        return self.run("return document.activeElement.id")
+
+    def errors(self):
+        return [entry["message"] for entry in self.driver.get_log("browser")]
+
+    def end(self):
+        self.driver.quit()

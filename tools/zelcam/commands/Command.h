@@ -75,6 +75,7 @@ std::unique_ptr<Command> MakeSetCommand();
 std::unique_ptr<Command> MakeTriggerCommand();
 std::unique_ptr<Command> MakeStreamCommand();
 std::unique_ptr<Command> MakeWatchCommand();
+std::unique_ptr<Command> MakeViewCommand();
 std::unique_ptr<Command> MakeTextCommand();
 std::unique_ptr<Command> MakeCalibrateCommand();
 std::unique_ptr<Command> MakeDoctorCommand();

@@ -72,8 +72,8 @@ void Run(const Words& words, Json& result) {
     std::vector<std::pair<std::unique_ptr<Command>, CLI::App*>> commands;
     for (auto make :
          {&MakeListCommand, &MakeInfoCommand, &MakeCaptureCommand, &MakeParamsCommand, &MakeGetCommand, &MakeSetCommand,
-          &MakeTriggerCommand, &MakeStreamCommand, &MakeWatchCommand, &MakeTextCommand, &MakeCalibrateCommand,
-          &MakeDoctorCommand, &MakeCompletionCommand, &MakeManualCommand, &MakeVersionCommand}) {
+          &MakeTriggerCommand, &MakeStreamCommand, &MakeViewCommand, &MakeWatchCommand, &MakeTextCommand,
+          &MakeCalibrateCommand, &MakeDoctorCommand, &MakeCompletionCommand, &MakeManualCommand, &MakeVersionCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* const entry = app.add_subcommand(command->Name(), command->Help());
         entry->footer(std::string("Example: zelcam ") + command->Example());

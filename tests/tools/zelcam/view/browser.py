@@ -29,7 +29,7 @@ def wait(condition, what):
         if result:
             return result
         if time.monotonic() > end:
-            raise AssertionError(f"waited {PATIENCE} s for {what}; last: {result!r}")
+            raise AssertionError(f"waited {PATIENCE} s for {what}")
         time.sleep(0.02)
 
 
@@ -104,8 +104,10 @@ class Page:
         return self.run("return document.getElementById(arguments[0])?.textContent", id)
 
     def wait_text(self, id, *parts):
-        return wait(lambda: all(part in (self.text(id) or "") for part in parts) and self.text(id),
-                    f"{parts} in #{id}, which says '{self.text(id)}'")
+        try:
+            wait(lambda: all(part in (self.text(id) or "") for part in parts), f"{parts} in #{id}")
+        except AssertionError as error:
+            raise AssertionError(f"{error}; it says '{self.text(id)}'") from None
 
     def keys(self, *keys):
         """Types where the focus is."""

@@ -237,7 +237,8 @@ class ViewerPage(unittest.TestCase):
 if __name__ == "__main__":
     arguments = sys.argv[1:]
     cases = [f"ViewerPage.{arguments[1]}"] if arguments[0] == "--only" else None
-    COMMAND = arguments[2:] if cases else arguments
+    # Viewers run in folders of their own.
+    COMMAND = [os.path.abspath(word) for word in (arguments[2:] if cases else arguments)]
     if MISSING:
         print(f"SKIPPED: {', '.join(MISSING)} is not installed")
         sys.exit(1 if os.environ.get("CI") == "true" else 0)

@@ -2,7 +2,8 @@
 import { mapColors } from "./colormaps.js";
 import { kFragmentShader, kVertexShader } from "./shaders.js";
 
-const kUniforms = ["samples", "map", "height", "origin", "scale", "part", "size", "window", "exponent", "saturated", "color", "marks"];
+const kUniforms = ["samples", "map", "height", "origin", "scale", "part", "size", "window", "exponent", "saturated", "color", "marks",
+                   "behind"];
 
 export class Picture {
     #canvas;
@@ -13,11 +14,12 @@ export class Picture {
     #mapName = "";
     #size = "";
     #last = null;
+    #behind = [0, 0, 0];
 
     // `restored` is called when the graphics came back and the picture must be drawn again.
     constructor(canvas, restored) {
         this.#canvas = canvas;
-        this.#gl = canvas.getContext("webgl2", { antialias: false, depth: false, alpha: true, premultipliedAlpha: true });
+        this.#gl = canvas.getContext("webgl2", { antialias: false, depth: false, alpha: false });
         if (!this.#gl) throw new Error("this browser has no WebGL2, which the picture is drawn with");
         canvas.addEventListener("webglcontextlost", (event) => event.preventDefault());
         canvas.addEventListener("webglcontextrestored", () => {
@@ -34,6 +36,11 @@ export class Picture {
 
     forget() {
         this.#last = null;
+    }
+
+    // The color beside the frame, "#rrggbb". The canvas is opaque: nothing behind it is drawn for nothing.
+    setBehind(color) {
+        this.#behind = [1, 3, 5].map((at) => parseInt(color.slice(at, at + 2), 16) / 255);
     }
 
     upload(picture) {
@@ -61,6 +68,7 @@ export class Picture {
             this.#canvas.height = view.height;
         }
         gl.viewport(0, 0, view.width, view.height);
+        gl.clearColor(...this.#behind, 1);
         gl.clear(gl.COLOR_BUFFER_BIT);
         if (!this.#last) return;
         const { part, columns, rows, channels, bits } = this.#last;
@@ -77,6 +85,7 @@ export class Picture {
         gl.uniform1f(u.saturated, 2 ** bits - 1);
         gl.uniform1i(u.color, channels === 3 ? 1 : 0);
         gl.uniform1i(u.marks, contrast.marks ? 1 : 0);
+        gl.uniform4f(u.behind, ...this.#behind, 1);
         gl.drawArrays(gl.TRIANGLES, 0, 3);
     }
 

@@ -23,20 +23,21 @@ uniform float u_exponent;
 uniform float u_saturated;  // largest sample there is
 uniform bool u_color;
 uniform bool u_marks;
+uniform vec4 u_behind;       // beside the frame
 out vec4 o_color;
 
 void main() {
     vec2 device = vec2(gl_FragCoord.x, u_height - gl_FragCoord.y);
     vec2 place = ((device - u_origin) / u_scale - u_part.xy) / u_part.zw;
     if (place.x < 0.0 || place.y < 0.0 || place.x >= 1.0 || place.y >= 1.0) {
-        o_color = vec4(0.0);
+        o_color = u_behind;
         return;
     }
     ivec2 texel = min(ivec2(floor(place * vec2(u_size))), u_size - 1);
     vec3 samples = vec3(texelFetch(u_samples, texel, 0).rgb);
     if (!u_color) samples = samples.rrr;
     vec3 light = clamp((samples - u_window.x) / max(u_window.y - u_window.x, 1.0), 0.0, 1.0);
-    light = pow(light, vec3(u_exponent));
+    if (u_exponent != 1.0) light = pow(light, vec3(u_exponent));
     vec3 shown = light;
     if (!u_color) shown = texelFetch(u_map, ivec2(int(light.r * 255.0 + 0.5), 0), 0).rgb;
     if (u_marks) {

@@ -50,6 +50,17 @@ function(zel_shared_library name)
     endif()
 endfunction()
 
+# In batches, most headers are parsed once for a dozen files instead of a dozen times; a file that includes too little is
+# noticed where each is compiled alone.
+option(ZEL_BATCHES "The files of a target are compiled in a few batches" OFF)
+set(CMAKE_UNITY_BUILD ${ZEL_BATCHES})
+set(CMAKE_UNITY_BUILD_BATCH_SIZE 12)
+
+# zel_compile_alone(NAME...): files whose names in anonymous namespaces are the same; never in batches.
+function(zel_compile_alone)
+    set_target_properties(${ARGN} PROPERTIES UNITY_BUILD OFF)
+endfunction()
+
 # zel_compile_fast(NAME...): code that runs once or waits for the user. It need not be fast; compiling it should be.
 function(zel_compile_fast)
     foreach(name ${ARGN})

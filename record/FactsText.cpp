@@ -21,11 +21,19 @@ std::string TextOf(const Facts& facts) {
     return Json(facts).dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
+// Whether every number is one that its member can be made of: a fraction fits into few of them.
+bool NumbersFit(const Json& json) {
+    for (const auto& [key, value] : json.items()) {
+        if (value.is_number_float() && key != "pixel_um" && key != "frames_per_second") return false;
+    }
+    return true;
+}
+
 template <class Facts>
 bool FactsOf(const std::string& text, Facts& facts) {
     try {
         const Json json = Json::parse(text);
-        if (!json.is_object()) return false;
+        if (!json.is_object() || !NumbersFit(json)) return false;
         facts = json.get<Facts>();
         return true;
     } catch (const Json::exception&) {

@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 
 #include "record/RecordError.h"
 #include "record/RecordingFacts.h"
@@ -30,7 +31,9 @@ class RecordingReader {
     FrameFacts Frame(std::size_t index) const;
     // Empty: the recording was cut off, or another program made the file.
     const std::optional<RecordingEnd>& End() const;
-    // Reads a frame: width * height samples, row after row.
+    // Why pages at the end were left out, as of a file that was cut off; empty: there are none.
+    const std::string& CutOff() const;
+    // Reads a frame: width * height samples, row after row, of which there must be room for all. Throws RecordError.
     void Read(std::size_t index, std::span<std::uint16_t> samples);
 
   private:

@@ -2,6 +2,7 @@
 #ifndef ZEL_RECORDINGWRITER_H
 #define ZEL_RECORDINGWRITER_H
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -9,10 +10,9 @@
 
 #include "record/RecordError.h"
 #include "record/RecordingFacts.h"
+#include "record/StripEncoder.h"
 
 namespace zel::record {
-
-enum class Compression { kNone, kDeflate, kZstd };
 
 struct WriterOptions {
     Compression compression = Compression::kNone;
@@ -24,13 +24,15 @@ class RecordingWriter {
   public:
     // Makes the file, which must not exist. Throws RecordError.
     RecordingWriter(const std::filesystem::path& path, const RecordingFacts& facts, const WriterOptions& options);
-    // Ends the file as it is when Finish() was not called.
+    // Without Finish() the file stays as it is.
     ~RecordingWriter();
     RecordingWriter(const RecordingWriter&) = delete;
     RecordingWriter& operator=(const RecordingWriter&) = delete;
 
     // Adds a frame of width * height samples. Throws RecordError when it can't be written; the frames before it stay.
     void Add(std::span<const std::uint16_t> samples, const FrameFacts& frame);
+    // The same of a frame that a StripEncoder has encoded, so that several can be at work beside the writing.
+    void AddStrip(std::span<const std::byte> strip, const FrameFacts& frame);
     // Completes the file, with what other programs read of it. Throws RecordError.
     void Finish(const RecordingEnd& end);
 

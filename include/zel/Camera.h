@@ -183,6 +183,11 @@ class Camera {
             const ErrorKind kind = link_lost() ? ErrorKind::link_lost : ErrorKind::refused;
             throw Error(kind, label() + " can't be started", last_error(), start_hint());
         }
+        if (m_State->lost_in_run()) {
+            stop();
+            throw Error(ErrorKind::link_lost, label() + " can't be started",
+                        "it was switched off meanwhile, and its settings with it", "make its settings and start again");
+        }
         // Frame times are settled when the camera has recalculated its settings, at the start.
         const std::chrono::microseconds frame = run.exposure + std::chrono::microseconds(number(ZEL_PARAM_FRAME_TIME));
         m_State->set_timeout(detail::kFrameGrace + std::chrono::duration_cast<std::chrono::milliseconds>(2 * frame));

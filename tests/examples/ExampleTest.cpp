@@ -55,7 +55,7 @@ const Case kCases[] = {
      "@/color.png", "\x89PNG"},
     {"ColorPngMonochrome", "", "color_png --camera 0", 1, "camera 0 has no color"},
     {"HotPlug", kReplugged, "hot_plug --camera 500101 --frames 5", 0,
-     "1 frames; .* link to the camera is lost.*\n(.*\n)*5 frames, opened 2 times"},
+     "[01] frames; .*(is lost|switched off).*\n(.*\n)*5 frames, opened [2-9] times"},
     {"HotPlugGone", kUnplugged, "hot_plug --camera 500101 --frames 9 --patience 0", 1, "the camera does not come back"},
     {"TimeLapse", "", "time_lapse --frames 3 --interval 1 --folder @/lapse", 0,
      "lapse_001.00001.tif\n.*2.tif\n.*3.tif\n3 of 3 pictures are in", "@/lapse_001/00003.tif", "II*"},

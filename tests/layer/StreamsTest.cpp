@@ -201,7 +201,7 @@ TEST_F(LayerStreams, ALostLinkIsTheReasonUntilTheNextStart) {
         }
         usb("plug 1");
         EXPECT_FALSE(camera->link_lost());
-        ExpectReason(Reason::link_lost, "the link to the camera is lost", 300ms);
+        ExpectReason(Reason::link_lost, "the link to the camera is lost", 1h);  // at once
         camera->start();
         EXPECT_TRUE(camera->wait_frame(kLong));
     }

@@ -333,7 +333,7 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
             interrupted = std::exchange(m_Interrupted, false);
             if (interrupted) return false;
             if (m_Waiting > 0) break;
-            if (m_LinkLost || !m_Run.running || Clock::now() >= deadline) return false;
+            if (m_LinkLost || m_LostInRun || !m_Run.running || Clock::now() >= deadline) return false;
             m_Changed.wait_until(lock, deadline);
         }
         const std::uint64_t passed = order == Order::newest ? m_Waiting - 1 : 0;

@@ -1,0 +1,184 @@
+#include "record/TiffOutput.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <utility>
+
+#include "record/RecordError.h"
+
+namespace zel::record {
+
+namespace {
+
+using Problem = platform::GrowingFile::Problem;
+
+std::string NameOf(const std::filesystem::path& path) {
+    const std::u8string name = path.u8string();
+    return {name.begin(), name.end()};
+}
+
+std::uint64_t RoundedUp(std::uint64_t value, std::uint64_t step) { return (value + step - 1) / step * step; }
+
+int DoNotClose(thandle_t) { return 0; }
+
+// Copies the part of `from`, which lies at `from_offset`, that `to` covers.
+void Overlay(std::uint64_t offset, std::span<std::byte> to, std::uint64_t from_offset,
+             std::span<const std::byte> from) {
+    const std::uint64_t begin = std::max(offset, from_offset);
+    const std::uint64_t end = std::min(offset + to.size(), from_offset + from.size());
+    if (begin >= end) return;
+    std::memcpy(to.data() + (begin - offset), from.data() + (begin - from_offset), end - begin);
+}
+
+bool Covers(std::uint64_t from, std::size_t size, std::uint64_t offset, std::size_t wanted) {
+    return offset >= from && offset + wanted <= from + size;
+}
+
+}  // namespace
+
+TiffOutput::TiffOutput(const std::filesystem::path& path, std::uint64_t alignment)
+    : m_Path(path), m_Alignment(alignment) {
+    if (!m_File.Create(path)) {
+        if (m_File.LastProblem() == Problem::kTaken)
+            throw RecordError("there is a file '" + NameOf(path) + "' already");
+        throw RecordError("'" + NameOf(path) + "' can't be made: " + m_File.Why());
+    }
+    TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
+    TIFFOpenOptionsSetErrorHandlerExtR(options, &OnError, this);
+    TIFFOpenOptionsSetWarningHandlerExtR(options, &OnError, this);
+    Begin();
+    m_Tiff = TIFFClientOpenExt("recording", "w8m", this, &OnRead, &OnWrite, &OnSeek, &DoNotClose, &OnSize, nullptr,
+                               nullptr, options);
+    TIFFOpenOptionsFree(options);
+    if (!m_Tiff) Fail("'" + NameOf(path) + "' can't be begun");
+    try {
+        Commit();
+    } catch (const RecordError&) {
+        TIFFCleanup(m_Tiff);
+        throw;
+    }
+}
+
+// What was not committed is not written.
+TiffOutput::~TiffOutput() {
+    Drop();
+    TIFFCleanup(m_Tiff);
+    m_File.Shrink(m_End);
+}
+
+void TiffOutput::Begin() {
+    m_Gathering = true;
+    // Without a strip of its own before it, as at the very end, what is new still begins at an even offset.
+    m_Start = RoundedUp(m_End, 2);
+    m_New.clear();
+    m_Pointers.clear();
+}
+
+void TiffOutput::Commit() {
+    m_Gathering = false;
+    bool written = m_New.empty() || m_File.Write(m_Start, m_New);
+    const std::uint64_t end = std::max(m_End, m_Start + m_New.size());
+    for (const auto& [offset, bytes] : m_Pointers) written = written && m_File.Write(offset, bytes);
+    if (!written) Fail("'" + NameOf(m_Path) + "' can't be written");
+    m_End = end;
+    m_LastStart = m_Start;
+    m_Last = std::exchange(m_New, {});
+    m_New.reserve(m_Last.size() + 64);
+    m_Pointers.clear();
+}
+
+void TiffOutput::Drop() {
+    m_Gathering = false;
+    m_New.clear();
+    m_Pointers.clear();
+}
+
+void TiffOutput::Close() {
+    if (!m_File.Shrink(m_End) || !m_File.Close()) Fail("'" + NameOf(m_Path) + "' can't be closed");
+}
+
+void TiffOutput::Require(std::uint64_t bytes, std::uint64_t ahead) {
+    const std::uint64_t end = EndForNext() + bytes;
+    if (m_File.Reserve(end)) return;
+    if (m_File.Reserve(end + ahead) || m_File.Reserve(end)) return;
+    // Where nothing can be reserved, writing tells.
+    if (m_File.LastProblem() == Problem::kDiskFull) Fail("'" + NameOf(m_Path) + "' can't grow");
+}
+
+void TiffOutput::Fail(const std::string& what) {
+    if (m_File.LastProblem() == Problem::kNone) throw RecordError(what + ": " + m_Problem);
+    if (m_File.LastProblem() == Problem::kDiskFull) throw DiskFullError(what + ": " + m_File.Why());
+    throw RecordError(what + ": " + m_File.Why());
+}
+
+std::uint64_t TiffOutput::EndForNext() const {
+    return m_Gathering ? m_Start + m_New.size() : RoundedUp(m_End, m_Alignment);
+}
+
+bool TiffOutput::Read(std::uint64_t offset, std::span<std::byte> bytes) const {
+    if (!m_New.empty() && Covers(m_Start, m_New.size(), offset, bytes.size())) {
+        Overlay(offset, bytes, m_Start, m_New);
+    } else if (Covers(m_LastStart, m_Last.size(), offset, bytes.size())) {
+        Overlay(offset, bytes, m_LastStart, m_Last);
+    } else if (!m_File.Read(offset, bytes)) {
+        return false;
+    }
+    for (const auto& [place, pointer] : m_Pointers) Overlay(offset, bytes, place, pointer);
+    return true;
+}
+
+bool TiffOutput::Write(std::uint64_t offset, std::span<const std::byte> bytes) {
+    if (!m_Gathering) {
+        if (!m_File.Write(offset, bytes)) return false;
+        m_End = std::max(m_End, offset + bytes.size());
+        return true;
+    }
+    if (offset < m_Start) {
+        m_Pointers[offset].assign(bytes.begin(), bytes.end());
+        return true;
+    }
+    const auto place = static_cast<std::size_t>(offset - m_Start);
+    m_New.resize(std::max(m_New.size(), place + bytes.size()));
+    std::memcpy(m_New.data() + place, bytes.data(), bytes.size());
+    return true;
+}
+
+tmsize_t TiffOutput::OnRead(thandle_t self, void* data, tmsize_t size) {
+    auto& output = *static_cast<TiffOutput*>(self);
+    if (!output.Read(output.m_Position, {static_cast<std::byte*>(data), static_cast<std::size_t>(size)})) return -1;
+    output.m_Position += static_cast<std::uint64_t>(size);
+    return size;
+}
+
+tmsize_t TiffOutput::OnWrite(thandle_t self, void* data, tmsize_t size) {
+    auto& output = *static_cast<TiffOutput*>(self);
+    if (!output.Write(output.m_Position, {static_cast<const std::byte*>(data), static_cast<std::size_t>(size)})) {
+        return -1;
+    }
+    output.m_Position += static_cast<std::uint64_t>(size);
+    return size;
+}
+
+toff_t TiffOutput::OnSeek(thandle_t self, toff_t offset, int from) {
+    auto& output = *static_cast<TiffOutput*>(self);
+    if (from == SEEK_END) {
+        output.m_Position = output.EndForNext() + offset;
+    } else {
+        output.m_Position = (from == SEEK_CUR ? output.m_Position : 0) + offset;
+    }
+    return output.m_Position;
+}
+
+toff_t TiffOutput::OnSize(thandle_t self) { return static_cast<TiffOutput*>(self)->EndForNext(); }
+
+int TiffOutput::OnError(TIFF*, void* self, const char*, const char* format, va_list values) {
+    std::array<char, 256> text{};
+    std::vsnprintf(text.data(), text.size(), format, values);
+    static_cast<TiffOutput*>(self)->m_Problem = text.data();
+    return 1;
+}
+
+}  // namespace zel::record

@@ -78,7 +78,7 @@ class ViewerPage(unittest.TestCase):
         self.wait_new_frame()
         self.stop()
         samples, beside = self.snapshot(viewer)
-        wait(lambda: self.page.frame() == beside["frame"], "the frame of the snapshot")
+        wait(lambda: self.page.frame() == beside["frame_number"], "the frame of the snapshot")
         # A window of 255 counts: each count is a grey of its own.
         black = int(numpy.median(samples)) - 128
         for zoom in (1, 2):
@@ -160,6 +160,10 @@ class ViewerPage(unittest.TestCase):
         page.keys("]")
         page.wait_text("log", "EXPOSURE_TIME_US", "13000")
         page.keys("/", "cooling_mode", Keys.TAB, Keys.TAB)
+        self.assertEqual(page.focused(), "parameter-COOLING_MODE")
+        page.keys(Keys.DELETE, "2", Keys.ENTER)
+        page.wait_text("log", "COOLING_MODE: requested 2 -> actual 2")
+        page.keys(Keys.SHIFT, Keys.TAB, Keys.NULL)
         page.keys("?")
         wait(lambda: page.run("return document.getElementById('keys').open"), "the list of keys")
         page.keys(Keys.ESCAPE)

@@ -15,6 +15,9 @@ std::vector<std::string> Arguments(int argc, const char* const* argv);
 
 // The value of a variable of the environment; empty when it is not set.
 std::string EnvironmentVariable(const char* name);
+// Sets a variable for this process, every library in it and the processes it starts; null or an empty value removes it.
+// No other thread may read the environment meanwhile.
+void SetEnvironment(const char* name, const char* value);
 // The names of all variables that begin so.
 std::vector<std::string> EnvironmentVariables(const std::string& beginning);
 

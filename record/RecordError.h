@@ -11,6 +11,12 @@ class RecordError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// There is a file of this name already.
+class FileTakenError : public RecordError {
+  public:
+    using RecordError::RecordError;
+};
+
 // The disk is full, or the file may grow no further.
 class DiskFullError : public RecordError {
   public:

@@ -23,7 +23,7 @@ constexpr std::uint32_t kEndTag = 65202;
 constexpr std::uint32_t kLongestSide = 65535;
 constexpr std::uint64_t kMostSamples = std::uint64_t{1} << 28;
 constexpr std::uint64_t kLargestTile = std::uint64_t{1} << 25;  // samples
-constexpr std::uint32_t kReducedPicture = 1;                     // a smaller form of another page
+constexpr std::uint32_t kReducedPicture = 1;                    // a smaller form of another page
 
 // How the samples of a page lie in the file.
 struct Layout {

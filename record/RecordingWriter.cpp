@@ -129,6 +129,12 @@ RecordingWriter::RecordingWriter(const std::filesystem::path& path, const Record
 
 RecordingWriter::~RecordingWriter() = default;
 
+void RecordingWriter::Describe(const RecordingFacts& facts) {
+    if (!m_State->frames.empty()) throw RecordError("the recording has begun");
+    m_State->facts = facts;
+    m_State->encoder = StripEncoder(facts, m_State->options.compression);
+}
+
 void RecordingWriter::Add(std::span<const std::uint16_t> samples, const FrameFacts& frame) {
     if (samples.size() != std::size_t{m_State->facts.width} * m_State->facts.height) {
         throw RecordError("a frame of another size");

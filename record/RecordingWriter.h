@@ -29,6 +29,8 @@ class RecordingWriter {
     RecordingWriter(const RecordingWriter&) = delete;
     RecordingWriter& operator=(const RecordingWriter&) = delete;
 
+    // Other facts than those of the start; before the first frame.
+    void Describe(const RecordingFacts& facts);
     // Adds a frame of width * height samples. Throws RecordError when it can't be written; the frames before it stay.
     void Add(std::span<const std::uint16_t> samples, const FrameFacts& frame);
     // The same of a frame that a StripEncoder has encoded, so that several can be at work beside the writing.

@@ -43,7 +43,7 @@ TiffOutput::TiffOutput(const std::filesystem::path& path, std::uint64_t alignmen
     : m_Path(path), m_Alignment(alignment) {
     if (!m_File.Create(path)) {
         if (m_File.LastProblem() == Problem::kTaken)
-            throw RecordError("there is a file '" + NameOf(path) + "' already");
+            throw FileTakenError("there is a file '" + NameOf(path) + "' already");
         throw RecordError("'" + NameOf(path) + "' can't be made: " + m_File.Why());
     }
     TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();

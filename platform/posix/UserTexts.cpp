@@ -1,14 +1,15 @@
 #include "platform/UserTexts.h"
 
+#include <stdlib.h>
 #include <unistd.h>
-
-#include <cstdlib>
 
 namespace zel::platform {
 
 std::vector<std::string> Arguments(int argc, const char* const* argv) { return {argv, argv + argc}; }
 
-std::string EnvironmentVariable(const char* name) { return Utf8FromSystem(std::getenv(name)); }
+std::string EnvironmentVariable(const char* name) { return Utf8FromSystem(getenv(name)); }
+
+void SetEnvironment(const char* name, const char* value) { value&&* value ? setenv(name, value, 1) : unsetenv(name); }
 
 std::vector<std::string> EnvironmentVariables(const std::string& beginning) {
     std::vector<std::string> names;

@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <stdlib.h>
+
 #include "platform/DynamicLibrary.h"
 #include "platform/windows/WideText.h"
 
@@ -49,6 +51,11 @@ std::string EnvironmentVariable(const char* name) {
     std::wstring value(GetEnvironmentVariableW(wide_name.c_str(), nullptr, 0), 0);
     value.resize(GetEnvironmentVariableW(wide_name.c_str(), value.data(), static_cast<DWORD>(value.size())));
     return Utf8(value);
+}
+
+// Through the C library, which passes the change on to the system: libraries may ask either of them.
+void SetEnvironment(const char* name, const char* value) {
+    _wputenv_s(Wide(name).c_str(), Wide(value ? value : "").c_str());
 }
 
 std::vector<std::string> EnvironmentVariables(const std::string& beginning) {

@@ -46,11 +46,17 @@ SensorSettings Firmware::Settings() const {
     return settings;
 }
 
+// The length of a run when the host asks for one of so many frames, 0 = until stopped.
+int Firmware::Limited(int frames) const {
+    if (m_Options.longest_run <= 0) return std::max(frames, 0);
+    return frames <= 0 ? m_Options.longest_run : std::min(frames, m_Options.longest_run);
+}
+
 void Firmware::Begin(Mode mode) {
     m_Mode = mode;
     ++m_Acquisition;
     m_PendingTriggers = 0;
-    m_SequenceOfThis = m_FramesToCome = m_Registers.Value(FRAME_COUNT);
+    m_SequenceOfThis = m_FramesToCome = Limited(m_Registers.Value(FRAME_COUNT));
     m_Registers.Store(CURRENT_FRAME, 0);
     m_Registers.Store(EXPOSURE_STATE, 0);
     m_Registers.Store(CAMERA_STATE, 2);
@@ -107,7 +113,7 @@ void Firmware::SetSequence(int frames) {
 }
 
 void Firmware::SetSequenceOfThis(int frames) {
-    m_SequenceOfThis = std::max(frames, 0);
+    m_SequenceOfThis = Limited(frames);
     m_FramesToCome = std::max(m_SequenceOfThis - m_Registers.Value(CURRENT_FRAME), 0);
     if (m_SequenceOfThis > 0 && m_FramesToCome == 0) Halt();
 }

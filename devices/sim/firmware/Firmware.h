@@ -24,6 +24,7 @@ struct FirmwareOptions {
     int calc_delay_ms = 20;
     double cooling_seconds = 20.0;
     FlashTimes flash_times{};
+    int longest_run = 0;  // frames after which a run is over; 0: there is no end
 };
 
 class Firmware {
@@ -98,6 +99,7 @@ class Firmware {
     bool CameraCommand(std::string_view arguments);
 
     // Acquisition.
+    int Limited(int frames) const;
     void Run();
     void Arm();
     void Halt();

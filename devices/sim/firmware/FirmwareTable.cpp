@@ -5,6 +5,8 @@
 // Exception:  0 | 0 0                                  no exception
 //             0 | 0 3 | command | 0 | exception code
 
+#include <algorithm>
+#include <climits>
 #include <cmath>
 
 #include "devices/sim/firmware/Firmware.h"
@@ -163,8 +165,10 @@ void Firmware::FollowSettings() {
     const FrameTiming timing{m_Registers.Value(EXPOSURE_TIME),
                              ReadoutMicroseconds(m_Model.width, m_Model.height, taps, clock_mhz)};
     m_Registers.Store(READOUT_TIME, static_cast<int>(timing.readout_us));
-    m_Registers.Store(FRAME_TIME, static_cast<int>(timing.Period()));
-    m_Registers.Store(FRAME_RATE, static_cast<int>(kMicrosecondsPer1000Seconds / timing.Period()));
+    const std::int64_t period =
+        m_Model.frame_us > 0.0 ? std::max<std::int64_t>(std::llround(m_Model.frame_us), 1) : timing.Period();
+    m_Registers.Store(FRAME_TIME, static_cast<int>(std::min<std::int64_t>(period, INT_MAX)));
+    m_Registers.Store(FRAME_RATE, static_cast<int>(kMicrosecondsPer1000Seconds / period));
 }
 
 void Firmware::Refuse(std::span<const std::uint8_t> datagram, int exception, std::vector<std::uint8_t>& answer) const {

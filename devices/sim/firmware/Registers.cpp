@@ -44,6 +44,9 @@ void Registers::FitToModel(const CameraModel& model) {
     Bound(V_ROI_PIXELS, 1, h, h);
     Bound(SENSOR_TAPS_IDX, 0, model.largest_taps_idx, model.default_taps_idx);
     Bound(BITS_PER_PIXEL, model.bits, model.bits, model.bits);
+    m_Rows[EXPOSURE_TIME].default_value = model.exposure_us;
+    m_Rows[EXPOSURE_ACTUAL].default_value = model.exposure_us;
+    m_Rows[VGA_GAIN].default_value = model.gain;
     Bound(PIXEL_SIZE, model.pixel_size_nm, model.pixel_size_nm, model.pixel_size_nm);
     Bound(CFA_PHASE, model.cfa_phase, model.cfa_phase, model.cfa_phase);
     StoreText(FW_VERSION, "2.10");

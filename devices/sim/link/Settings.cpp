@@ -10,6 +10,7 @@
 #include "devices/sim/sensor/CameraModel.h"
 #include "platform/Files.h"
 #include "platform/UserTexts.h"
+#include "record/RecordError.h"
 
 namespace zel::sim {
 
@@ -64,13 +65,55 @@ bool ReadSeed(const std::string& value, Settings& settings) {
     return false;
 }
 
+// What begins like a TIFF file is played, anything else is a picture that is looked at.
 bool ReadScene(const std::string& value, Settings& settings) {
     if (value == "builtin") return true;
     std::FILE* const file = platform::OpenFile(value, "rb");
     if (!file) return false;
+    char start[4] = {};
+    const bool four = std::fread(start, 1, sizeof start, file) == sizeof start;
     std::fclose(file);
-    settings.scene = value;
+    constexpr std::string_view kBeginnings[] = {{"II*\0", 4}, {"II+\0", 4}, {"MM\0*", 4}, {"MM\0+", 4}};
+    if (!four || std::ranges::find(kBeginnings, std::string_view(start, 4)) == std::end(kBeginnings)) {
+        settings.scene = value;
+        return true;
+    }
+    Recording recording;
+    recording.file = value;
+    settings.recording = std::make_shared<const Recording>(recording);
     return true;
+}
+
+// "once", "loop:25" ...
+bool ReadPlay(const std::string& value, Settings& settings) {
+    const std::size_t colon = value.find(':');
+    const std::string how = value.substr(0, colon);
+    double rate = 0.0;
+    if (how != "once" && how != "loop") return false;
+    if (colon != std::string::npos && !ReadFactor(value.substr(colon + 1), rate)) return false;
+    if (!settings.recording) {
+        Complain("ZEL_SIM_PLAY=" + value + ": ZEL_SIM_SCENE names no recording to play");
+        return true;
+    }
+    Recording recording = *settings.recording;
+    recording.loop = how == "loop";
+    recording.rate = rate;
+    settings.recording = std::make_shared<const Recording>(recording);
+    return true;
+}
+
+// One that can't be played costs a line, and the cameras look at the built-in scene.
+void LookAtRecording(Settings& settings) {
+    if (!settings.recording) return;
+    Recording recording = *settings.recording;
+    settings.recording.reset();
+    try {
+        LookAt(recording);
+        settings.recording = std::make_shared<const Recording>(recording);
+    } catch (const record::RecordError& error) {
+        Complain("ZEL_SIM_SCENE=" + recording.file + ": can't be played (" + error.what() +
+                 "); using the built-in scene");
+    }
 }
 
 bool ReadFill(const std::string& value, Settings& settings) {
@@ -127,7 +170,8 @@ constexpr Variable kVariables[] = {
     {"ZEL_SIM_SIZE", ReadSize, "WIDTHxHEIGHT, even numbers from 16 to 8192"},
     {"ZEL_SIM_PACE", ReadPace, "\"real\", \"none\" or a factor from 0.001 to 100000"},
     {"ZEL_SIM_SEED", ReadSeed, "a number from 0"},
-    {"ZEL_SIM_SCENE", ReadScene, "\"builtin\" or the path of a picture that can be read"},
+    {"ZEL_SIM_SCENE", ReadScene, "\"builtin\" or the path of a recording or a picture that can be read"},
+    {"ZEL_SIM_PLAY", ReadPlay, "\"once\" or \"loop\", with frames per second as in \"loop:25\""},
     {"ZEL_SIM_FILL", ReadFill, "\"noise\", \"static\" or \"none\""},
     {"ZEL_SIM_TAPS", ReadTaps, "\"uneven\" or \"even\""},
     {"ZEL_SIM_CFA_PHASE", ReadPhase, "a phase from 1 to 4"},
@@ -180,6 +224,7 @@ Settings ReadSettings() {
         const std::string value = platform::EnvironmentVariable(variable.name);
         if (!value.empty() && !variable.read(value, settings)) Refuse(variable.name, value, variable.expected);
     }
+    LookAtRecording(settings);
     if (!settings.Paced()) settings.calc_delay_ms = 0;
     TellMisspeltNames();
     return settings;

@@ -3,10 +3,12 @@
 #define SIM_SETTINGS_H
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "devices/sim/link/SimLibraries.h"
+#include "devices/sim/sensor/RecordedFrames.h"
 #include "devices/sim/sensor/Sensor.h"
 
 namespace zel::sim {
@@ -17,6 +19,7 @@ struct Settings {
     double speed = 1.0;   // how much faster than a real camera; 0: as fast as the computer can
     std::uint64_t seed = 1;
     std::string scene = "builtin";
+    std::shared_ptr<const Recording> recording;  // which the camera plays; null: it looks at the scene
     SensorFill fill = SensorFill::kNoise;
     int cfa_phase = 0;        // 0: the model's
     std::string color_space;  // empty: the model's

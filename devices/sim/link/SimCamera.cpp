@@ -1,9 +1,11 @@
 #include "devices/sim/link/SimCamera.h"
 
 #include <algorithm>
+#include <climits>
 #include <limits>
 
 #include "devices/sim/link/ExchangeText.h"
+#include "devices/sim/link/Player.h"
 
 namespace zel::sim {
 
@@ -25,6 +27,9 @@ FirmwareOptions OptionsOf(const Settings& settings) {
         options.flash_times.load = Scaled(kPageLoad, settings);
         options.flash_times.store = Scaled(kPageStore, settings);
     }
+    if (settings.recording && !settings.recording->loop) {
+        options.longest_run = static_cast<int>(std::min<std::size_t>(settings.recording->frames, INT_MAX));
+    }
     options.cooling_seconds = settings.Paced() ? 20.0 / settings.speed : 0.05;
     return options;
 }
@@ -35,7 +40,7 @@ CameraModel Sized(CameraModel model, const Settings& settings) {
     model.even_taps = settings.even_taps;
     if (model.Color() && settings.cfa_phase != 0) model.cfa_phase = settings.cfa_phase;
     if (!settings.color_space.empty()) model.color_space = settings.color_space;
-    return model;
+    return settings.recording ? PlayerOf(model, *settings.recording) : model;
 }
 
 // A datagram whose header announces 4096 bytes, and as many.
@@ -194,8 +199,9 @@ void SimCamera::VanishNow() {
     if (SetPlugged(false) && m_Vanished) m_Vanished();
 }
 
-Sensor& SimCamera::TheSensor() {
-    if (!m_Sensor) {
+FrameSource& SimCamera::Source() {
+    if (!m_Source && m_Settings.recording) m_Source = std::make_unique<RecordedFrames>(*m_Settings.recording);
+    if (!m_Source) {
         SensorModel sensor;
         sensor.width = m_Model.width;
         sensor.height = m_Model.height;
@@ -205,9 +211,9 @@ Sensor& SimCamera::TheSensor() {
         sensor.scene = m_Settings.scene;
         sensor.motion = m_Settings.motion;
         sensor.taps = FactoryCalibration(m_Model);
-        m_Sensor = std::make_unique<Sensor>(sensor);
+        m_Source = std::make_unique<Sensor>(sensor);
     }
-    return *m_Sensor;
+    return *m_Source;
 }
 
 }  // namespace zel::sim

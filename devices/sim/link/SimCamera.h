@@ -16,7 +16,7 @@
 #include "devices/sim/link/Faults.h"
 #include "devices/sim/link/ReplyStream.h"
 #include "devices/sim/link/Settings.h"
-#include "devices/sim/sensor/Sensor.h"
+#include "devices/sim/sensor/FrameSource.h"
 #include "platform/Mutex.h"
 
 namespace zel::sim {
@@ -74,8 +74,8 @@ class SimCamera {
     Faults& FaultsLocked() ZEL_REQUIRES(m_Lock) { return m_Faults; }
     FrameCounts& FramesLocked() ZEL_REQUIRES(m_Lock) { return m_Frames; }
     unsigned FaultClearsLocked() const ZEL_REQUIRES(m_Lock) { return m_FaultClears; }
-    // Made at first use: at a start, or on the thread that renders.
-    Sensor& TheSensor();
+    // What frames are made of. Made at first use: at a start, or on the thread that sends them.
+    FrameSource& Source();
 
   private:
     void Record(std::span<const std::uint8_t> datagram) ZEL_REQUIRES(m_Lock);
@@ -96,7 +96,7 @@ class SimCamera {
     std::uint64_t m_Exchanges ZEL_GUARDED_BY(m_Lock) = 0;
     FrameCounts m_Frames ZEL_GUARDED_BY(m_Lock);
     std::function<void()> m_Vanished;
-    std::unique_ptr<Sensor> m_Sensor;
+    std::unique_ptr<FrameSource> m_Source;
 };
 
 }  // namespace zel::sim

@@ -2,7 +2,9 @@
 #include <algorithm>
 #include <new>
 
+#include "devices/sim/link/Complaints.h"
 #include "devices/sim/link/SimCameraTransport.h"
+#include "devices/sim/sensor/Sensor.h"
 #include "include/ZelImage.h"
 #include "platform/Clock.h"
 
@@ -14,6 +16,7 @@ void SimCameraTransport::FrameLoop() {
     const platform::TimerResolution resolution;
     FrameJob job;
     while (NextFrame(job)) {
+        if (!Fetch(job)) continue;
         switch (Expose(job)) {
             case Outcome::kHandOver:
                 HandOver(job);
@@ -43,6 +46,17 @@ bool SimCameraTransport::NextFrame(FrameJob& job) {
     job.taps = firmware.Taps();
     firmware.BeginFrame();
     return true;
+}
+
+// Has the frame ready before its time has come. Frames that can't be had any more are a cable that was pulled.
+bool SimCameraTransport::Fetch(FrameJob& job) {
+    FrameSource& source = m_Camera.Source();
+    const std::string reason = source.Fetch(m_FrameNumber);
+    job.next_us = source.Pause(m_FrameNumber).value_or(job.timing.Period());
+    if (reason.empty()) return true;
+    Complain("camera " + m_Camera.Model().serial + " lost the recording that it played (" + reason + ")");
+    m_Camera.VanishNow();
+    return false;
 }
 
 // Whether the frame was given up meanwhile: stopped, halted, started anew or unplugged.
@@ -86,7 +100,7 @@ SimCameraTransport::Outcome SimCameraTransport::Expose(FrameJob& job) {
     Firmware& firmware = m_Camera.FirmwareLocked();
     job.ready = Clock::now();
     if (m_Camera.PluginSettings().Paced()) {
-        const auto period = Scaled(job.timing.Period());
+        const auto period = Scaled(job.next_us);
         const auto allowance = std::max<Clock::duration>(period, kMadeUpFor);
         const bool goes_on =
             job.free_run && m_PacedAcquisition == job.acquisition && m_NextReady + allowance > job.ready;
@@ -128,11 +142,30 @@ constexpr auto kLongestDrop = std::chrono::milliseconds(5);
 void SimCameraTransport::DropWithoutBuffer(const FrameJob& job) {
     platform::ScopedLock lock(m_Camera.Lock());
     ++m_Camera.FramesLocked().no_buffer;
-    if (m_Camera.PluginSettings().Paced() && Scaled(job.timing.Period()) > kShortestDrop) return;
+    if (m_Camera.PluginSettings().Paced() && Scaled(job.next_us) > kShortestDrop) return;
     WaitUntil(lock, Clock::now() + std::clamp<Clock::duration>(m_FrameCost, kShortestDrop, kLongestDrop), job);
 }
 
+// A recording that is played as fast as the computer can loses nothing: it waits for the application. False when the
+// frame is not wanted any more. The last frame of a run is, although the camera has halted.
+bool SimCameraTransport::WaitForBuffer(const FrameJob& job) {
+    const Settings& settings = m_Camera.PluginSettings();
+    if (!settings.recording || settings.Paced()) return false;
+    platform::ScopedLock lock(m_Camera.Lock());
+    return !m_Camera.Changed().wait_for(lock, kShortestDrop, [&]() ZEL_REQUIRES(m_Camera.Lock()) {
+        return m_StopRequested || !m_Camera.PluggedLocked() ||
+               m_Camera.FirmwareLocked().Acquisition() != job.acquisition;
+    });
+}
+
 void SimCameraTransport::HandOver(const FrameJob& job) {
+    while (!TryHandOver(job)) {
+        if (!WaitForBuffer(job)) return DropWithoutBuffer(job);
+    }
+}
+
+// False when there is no free record.
+bool SimCameraTransport::TryHandOver(const FrameJob& job) {
     const GatedCall call(m_Calls);
     IZelCameraCommon* common = nullptr;
     ZelImageHandler handler = nullptr;
@@ -143,15 +176,17 @@ void SimCameraTransport::HandOver(const FrameJob& job) {
         handler = m_ImageHandler;
         camera = m_ImageCamera;
     }
-    if (!common) return;
+    if (!common) return true;
     ZelImage* const image = common->GetFreeImage();
-    if (!image) return DropWithoutBuffer(job);
+    if (!image) return false;
     if (!FillAndQueue(*common, *image, job)) {
         common->ReleaseImage(image);
-        return DropWithoutBuffer(job);
+        DropWithoutBuffer(job);
+        return true;
     }
     ReportEvent({CAMERA_EVENT_IMAGE_READY, static_cast<int>(job.number), {}});
     if (handler) handler(image, camera);
+    return true;
 }
 
 bool SimCameraTransport::FillAndQueue(IZelCameraCommon& common, ZelImage& image, const FrameJob& job) {
@@ -170,11 +205,14 @@ bool SimCameraTransport::FillAndQueue(IZelCameraCommon& common, ZelImage& image,
     const platform::ScopedLock lock(m_Camera.Lock());
     const auto now = Clock::now();
     m_FrameCost = now - begun;
-    m_Rate.Add(model.packed ? samples * 3 / 2 : samples * 2, now);
+    m_Rate.Add(Packed(job) ? samples * 3 / 2 : samples * 2, now);
     m_LatencySeconds = std::chrono::duration<double>(now - job.ready).count();
     ++m_Camera.FramesLocked().delivered;
     return true;
 }
+
+// Two taps pack their samples; one alone sends them whole, and the host leaves them as they are.
+bool SimCameraTransport::Packed(const FrameJob& job) const { return m_Camera.Model().packed && job.taps > 1; }
 
 // What the camera sends, cut off where the record's memory ends.
 void SimCameraTransport::Fill(ZelImage& image, const FrameJob& job) {
@@ -182,12 +220,13 @@ void SimCameraTransport::Fill(ZelImage& image, const FrameJob& job) {
     const std::size_t samples = std::size_t{model.width} * model.height;
     const std::size_t capacity = static_cast<ZelColorImage&>(image).buffer_size;
     const SensorFill fill = m_Camera.PluginSettings().fill;
-    Sensor& sensor = m_Camera.TheSensor();
-    if (fill == SensorFill::kNone && job.taps == 1 && !model.packed && capacity >= samples * 2) {
-        sensor.Render(job.settings, fill, job.number, {image.pixels, samples});
+    FrameSource& source = m_Camera.Source();
+    auto* const sensor = dynamic_cast<Sensor*>(&source);
+    if (sensor && fill == SensorFill::kNone && job.taps == 1 && capacity >= samples * 2) {
+        sensor->Render(job.settings, fill, job.number, {image.pixels, samples});
         return;
     }
-    m_Readout.ReadOut(sensor, job.settings, fill, job.number, job.taps, model.packed,
+    m_Readout.ReadOut(source, job.settings, fill, job.number, job.taps, Packed(job),
                       {reinterpret_cast<std::uint8_t*>(image.pixels), capacity});
 }
 

@@ -99,7 +99,7 @@ int SimCameraTransport::Launch(bool triggered) {
         settings = m_Camera.FirmwareLocked().Settings();
     }
     try {
-        m_Camera.TheSensor().Prepare(settings, m_Camera.PluginSettings().fill);
+        m_Camera.Source().Prepare(settings, m_Camera.PluginSettings().fill);
         m_Frames = std::thread([this] { FrameLoop(); });
     } catch (const std::exception&) {
         return ZEL_ERROR_UNKNOWN;
@@ -115,10 +115,10 @@ std::jthread SimCameraTransport::PrepareMeanwhile() {
         settings = m_Camera.FirmwareLocked().Settings();
     }
     try {
-        Sensor& sensor = m_Camera.TheSensor();
-        return std::jthread([&sensor, settings, fill = m_Camera.PluginSettings().fill] {
+        FrameSource& source = m_Camera.Source();
+        return std::jthread([&source, settings, fill = m_Camera.PluginSettings().fill] {
             try {
-                sensor.Prepare(settings, fill);
+                source.Prepare(settings, fill);
             } catch (const std::exception&) {
                 // It is tried once more before the first frame.
             }

@@ -75,7 +75,8 @@ class SimCameraTransport final : public ICameraInterface {
         int taps = 1;
         bool free_run = false;
         unsigned acquisition = 0;
-        unsigned number = 0;  // since the start, 0 first
+        unsigned number = 0;       // since the start, 0 first
+        std::int64_t next_us = 0;  // from this frame to the next one, free running
         Clock::time_point ready{};
     };
     enum class Outcome { kHandOver, kLost, kAborted };
@@ -88,14 +89,18 @@ class SimCameraTransport final : public ICameraInterface {
 
     void FrameLoop();
     bool NextFrame(FrameJob& job);
+    bool Fetch(FrameJob& job);
     Outcome Expose(FrameJob& job);
     bool WaitUntil(platform::ScopedLock<platform::Mutex>& lock, Clock::time_point time, const FrameJob& job)
         ZEL_REQUIRES(m_Camera.Lock());
     bool Stall(platform::ScopedLock<platform::Mutex>& lock, int milliseconds, const FrameJob& job)
         ZEL_REQUIRES(m_Camera.Lock());
     void HandOver(const FrameJob& job);
+    bool TryHandOver(const FrameJob& job);
+    bool WaitForBuffer(const FrameJob& job);
     bool FillAndQueue(IZelCameraCommon& common, ZelImage& image, const FrameJob& job);
     void Fill(ZelImage& image, const FrameJob& job);
+    bool Packed(const FrameJob& job) const;
     void LoseOnLink();
     void DropWithoutBuffer(const FrameJob& job);
     Clock::duration Scaled(std::int64_t microseconds) const;

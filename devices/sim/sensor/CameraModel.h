@@ -7,8 +7,8 @@
 namespace zel::sim {
 
 struct CameraModel {
-    const char* model_text = "";  // entry HW_MODEL
-    const char* name = "";        // entry CAMERA_NAME as delivered
+    std::string model_text;  // entry HW_MODEL
+    const char* name = "";   // entry CAMERA_NAME as delivered
     std::string serial;
     int interface_type = 0;  // CAMERA_TYPE_...
     unsigned width = 0;
@@ -21,6 +21,9 @@ struct CameraModel {
     int default_taps_idx = 0;
     bool even_taps = false;  // the taps do not differ
     int pixel_size_nm = 5500;
+    int exposure_us = 10000;  // as delivered
+    int gain = 0;
+    double frame_us = 0.0;  // from frame to frame when that is not what exposure and readout take; 0: it is
     double link_bytes_per_second = 0.0;  // what the link can carry
 
     bool Color() const { return cfa_phase != 0; }

@@ -1,5 +1,5 @@
-// Reads a sensor out into what its camera sends: rows are rendered in the order in which the taps need them, so that
-// nothing but a few of them is ever kept.
+// Reads a source of frames out into what its camera sends: rows are asked for in the order in which the taps need them,
+// so that nothing but a few of them is ever kept.
 #ifndef SIM_FRAMEREADOUT_H
 #define SIM_FRAMEREADOUT_H
 
@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-#include "devices/sim/sensor/Sensor.h"
+#include "devices/sim/sensor/FrameSource.h"
 
 namespace zel::sim {
 
@@ -15,7 +15,7 @@ class FrameReadout {
   public:
     // taps: 1, 2 or 4. packed: two samples in three bytes. What does not fit into `into`, memory for 16-bit samples, is
     // cut off. Throws std::bad_alloc.
-    void ReadOut(Sensor& sensor, const SensorSettings& settings, SensorFill fill, std::uint64_t frame, int taps,
+    void ReadOut(FrameSource& source, const SensorSettings& settings, SensorFill fill, std::uint64_t frame, int taps,
                  bool packed, std::span<std::uint8_t> into);
 
   private:

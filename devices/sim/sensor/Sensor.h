@@ -11,8 +11,8 @@
 #include <span>
 #include <string>
 
+#include "devices/sim/sensor/FrameSource.h"
 #include "devices/sim/sensor/SceneMotion.h"
-#include "devices/sim/sensor/TapGains.h"
 
 namespace zel::sim {
 
@@ -34,32 +34,16 @@ struct SensorModel {
     CalibrationData taps;           // how the taps differ; empty: they do not
 };
 
-// What the camera's registers say at the time of a frame.
-struct SensorSettings {
-    double exposure_us = 10000.0;
-    double gain = 0.0;          // VGA steps of 0.0358 dB over a base gain of 5.5 dB
-    double black_level = 64.0;  // counts
-    double temperature = 25.0;  // degrees Celsius
-    TapReadout readout{};
-
-    bool operator==(const SensorSettings&) const = default;
-};
-
-// How much work a frame costs.
-enum class SensorFill {
-    kNoise,   // the full model, every frame different
-    kStatic,  // one frame of the full model, repeated, its number written into the first samples
-    kNone     // only the frame number is written; the rest of the buffer stays as it is
-};
-
-class Sensor {
+class Sensor final : public FrameSource {
   public:
     explicit Sensor(const SensorModel& model);
-    ~Sensor();
+    ~Sensor() override;
     Sensor(const Sensor&) = delete;
     Sensor& operator=(const Sensor&) = delete;
 
     const SensorModel& Model() const;
+    unsigned Width() const override { return Model().width; }
+    unsigned Height() const override { return Model().height; }
 
     // Renders frame number `frame` into `image`, width * height samples, row after row, the picture as it lies on the
     // sensor. The same model, settings and number give the same frame, in all products. Frames of one sensor are
@@ -70,11 +54,11 @@ class Sensor {
     // The same a row at a time, in any order, for who has no use for the whole picture. Row answers row y of the frame
     // begun last; it lies in `room`, of a row's samples, or in a frame that is repeated. Of a frame without content a
     // row is black.
-    void Begin(const SensorSettings& settings, SensorFill fill, std::uint64_t frame);
-    std::span<const std::uint16_t> Row(unsigned y, std::span<std::uint16_t> room);
+    void Begin(const SensorSettings& settings, SensorFill fill, std::uint64_t frame) override;
+    std::span<const std::uint16_t> Row(unsigned y, std::span<std::uint16_t> room) override;
 
     // Does what would hold the first frame up: looks at the scene, which takes a while.
-    void Prepare(const SensorSettings& settings, SensorFill fill);
+    void Prepare(const SensorSettings& settings, SensorFill fill) override;
 
   private:
     struct State;

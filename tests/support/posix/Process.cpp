@@ -1,7 +1,5 @@
 #include "tests/support/Process.h"
 
-#include <stdlib.h>
-
 #include <filesystem>
 #include <iterator>
 #include <system_error>
@@ -15,8 +13,6 @@ int Entries(const char* folder) {
     return error ? 0 : static_cast<int>(std::distance(begin(entries), end(entries)));
 }
 }  // namespace
-
-void SetEnvironment(const char* name, const char* value) { value&&* value ? setenv(name, value, 1) : unsetenv(name); }
 
 int RunningThreads() { return Entries("/proc/self/task"); }
 int OpenHandles() { return Entries("/proc/self/fd"); }

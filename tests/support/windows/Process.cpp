@@ -2,13 +2,9 @@
 
 #include <windows.h>
 
-#include <stdlib.h>
 #include <tlhelp32.h>
 
 namespace zel::platform {
-
-// The C library passes the change on to the system; an empty value removes the variable.
-void SetEnvironment(const char* name, const char* value) { _putenv_s(name, value ? value : ""); }
 
 int RunningThreads() {
     const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);

@@ -40,15 +40,6 @@ int ShiftedPhase(int phase, unsigned x, unsigned y) {
     return 0;
 }
 
-struct Item {
-    std::shared_ptr<const zel::Frame> frame;
-    FrameFacts facts;
-    LossTally before;          // when it was offered
-    bool begins_file = false;  // of the ring
-    std::string ends_file{};   // of the ring: why
-    std::uint64_t place = 0;   // in the order of writing
-};
-
 }  // namespace
 
 RecordingSession RecordingSession::Begin() {
@@ -85,6 +76,15 @@ RecordingFacts FactsOf(const zel::Camera& camera, const RecordingSession& sessio
     facts.session = session.id;
     return facts;
 }
+
+struct CameraRecorder::Item {
+    std::shared_ptr<const zel::Frame> frame;
+    FrameFacts facts;
+    LossTally before;          // when it was offered
+    bool begins_file = false;  // of the ring
+    std::string ends_file{};   // of the ring: why
+    std::uint64_t place = 0;   // in the order of writing
+};
 
 struct CameraRecorder::State {
     State(const RecordingFacts& facts, RecorderOptions wanted, const RecordingSession& begun)

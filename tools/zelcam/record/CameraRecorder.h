@@ -87,6 +87,7 @@ class CameraRecorder {
     std::vector<RecordedFile> Finish(const std::string& reason);
 
   private:
+    struct Item;
     struct State;
     std::unique_ptr<State> m_State;
 };

@@ -75,6 +75,7 @@ std::unique_ptr<Command> MakeGetCommand();
 std::unique_ptr<Command> MakeSetCommand();
 std::unique_ptr<Command> MakeTriggerCommand();
 std::unique_ptr<Command> MakeStreamCommand();
+std::unique_ptr<Command> MakeRecordCommand();
 std::unique_ptr<Command> MakeWatchCommand();
 std::unique_ptr<Command> MakeViewCommand();
 std::unique_ptr<Command> MakeTextCommand();

@@ -76,8 +76,8 @@ void Run(const Words& words, Json& result) {
         "FILE[,once|loop[:RATE]]: the simulated cameras play this recording or TIFF stack (docs/simulator.md)");
     std::vector<std::pair<std::unique_ptr<Command>, CLI::App*>> commands;
     for (auto make : {&MakeListCommand, &MakeInfoCommand, &MakeCaptureCommand, &MakeParamsCommand, &MakeGetCommand,
-                      &MakeSetCommand, &MakeTriggerCommand, &MakeStreamCommand, &MakeExportCommand, &MakeViewCommand,
-                      &MakeWatchCommand, &MakeTextCommand, &MakeCalibrateCommand, &MakeDoctorCommand,
+                      &MakeSetCommand, &MakeTriggerCommand, &MakeStreamCommand, &MakeRecordCommand, &MakeExportCommand,
+                      &MakeViewCommand, &MakeWatchCommand, &MakeTextCommand, &MakeCalibrateCommand, &MakeDoctorCommand,
                       &MakeCompletionCommand, &MakeManualCommand, &MakeVersionCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* const entry = app.add_subcommand(command->Name(), command->Help());

@@ -25,7 +25,7 @@ constexpr int kProtocol = 1;
 
 constexpr unsigned kWatched[] = {ZEL_PARAM_TEMPERATURE, ZEL_PARAM_DROPPED_FRAMES, ZEL_PARAM_CAMSTATE};
 
-std::optional<long long> Read(const zel::Camera& camera, unsigned id) {
+std::optional<long long> NumberOf(const zel::Camera& camera, unsigned id) {
     const auto value = camera.parameter(id).try_value();
     return value ? std::optional(value->integer()) : std::nullopt;
 }
@@ -121,14 +121,14 @@ void CameraHub::Poll() {
     condition.running = m_Camera.Runs();
     condition.link_lost = camera.link_lost();
     condition.lost_on_link = camera.link_drops();
-    if (const auto tenths = Read(camera, ZEL_PARAM_TEMPERATURE))
+    if (const auto tenths = NumberOf(camera, ZEL_PARAM_TEMPERATURE))
         condition.temperature_c = static_cast<double>(*tenths) / 10.0;
-    condition.exposure_us = Read(camera, ZEL_PARAM_EXPOSURE_TIME_US);
-    condition.frame_time_us = Read(camera, ZEL_PARAM_FRAME_TIME);
-    condition.gain = Read(camera, ZEL_PARAM_GAIN);
+    condition.exposure_us = NumberOf(camera, ZEL_PARAM_EXPOSURE_TIME_US);
+    condition.frame_time_us = NumberOf(camera, ZEL_PARAM_FRAME_TIME);
+    condition.gain = NumberOf(camera, ZEL_PARAM_GAIN);
     // A camera that takes a number of frames stops by itself.
     if (condition.running && m_Camera.Trigger() == zel::Trigger::as_set &&
-        Read(camera, ZEL_PARAM_FRAME_COUNT).value_or(0) > 0 && Read(camera, ZEL_PARAM_CAMSTATE) == 0) {
+        NumberOf(camera, ZEL_PARAM_FRAME_COUNT).value_or(0) > 0 && NumberOf(camera, ZEL_PARAM_CAMSTATE) == 0) {
         m_Camera.Stop();
         condition.running = false;
         Announce("info", "the sequence is over");

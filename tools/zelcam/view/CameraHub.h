@@ -96,6 +96,8 @@ class CameraHub {
     Answer Snapshot(const Json& message);
     Answer Record(const Json& message);
     Answer Quit(const Json& message);
+    // Null when none came in time, or somebody asks for something else.
+    LiveFramePointer WaitForFrame(std::uint64_t sequence) const;
     Answer RegionAnswer(const zel::SetResult& result, bool restarted);
 
     HubOptions m_Options;

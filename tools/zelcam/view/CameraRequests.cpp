@@ -1,12 +1,15 @@
 // What the pages can ask for; docs/viewer-protocol.md has the members of each request.
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <utility>
 
 #include "tools/zelcam/camera/Assignments.h"
+#include "tools/zelcam/camera/CameraFacts.h"
 #include "tools/zelcam/camera/ColorArguments.h"
 #include "tools/zelcam/frames/PictureSaver.h"
 #include "tools/zelcam/text/Failure.h"
+#include "tools/zelcam/view/AutoExposure.h"
 #include "tools/zelcam/view/CameraHub.h"
 #include "tools/zelcam/view/ViewMessages.h"
 
@@ -16,9 +19,13 @@ namespace {
 
 constexpr std::size_t kLongestName = 64;
 constexpr std::size_t kLongestValue = 128;
+constexpr int kMostTries = 12;
+constexpr int kFramesUnderWay = 2;
+constexpr long long kLongestExposureUs = 2000000;  // that is tried without being asked for
+constexpr std::chrono::milliseconds kFrameCheck{50};
 constexpr const char* kRestarted = "; the camera was started again for it";
 
-[[noreturn]] void Refuse(const std::string& what, const std::string& why, const std::string& advice = "") {
+[[noreturn]] void RefuseRequest(const std::string& what, const std::string& why, const std::string& advice = "") {
     throw Failure(what, why, advice, kRefused);
 }
 
@@ -45,13 +52,14 @@ CameraHub::Answer CameraHub::Carry(const Json& message) {
     const std::string type = TextIn(message, "type", kLongestName);
     const auto entry =
         std::find_if(std::begin(kHandlers), std::end(kHandlers), [&](const auto& row) { return row.first == type; });
-    if (entry == std::end(kHandlers)) Refuse("'" + type + "'", "there is no such request");
+    if (entry == std::end(kHandlers)) RefuseRequest("'" + type + "'", "there is no such request");
     return (this->*entry->second)(message);
 }
 
 zel::Camera& CameraHub::Needed() const {
-    if (!m_Camera.IsOpen()) Refuse("this can't be done", "no camera is open", "plug one in");
-    if (m_Camera.Camera().link_lost()) Refuse("this can't be done", "the link to the camera is lost", "plug it in");
+    if (!m_Camera.IsOpen()) RefuseRequest("this can't be done", "no camera is open", "plug one in");
+    if (m_Camera.Camera().link_lost())
+        RefuseRequest("this can't be done", "the link to the camera is lost", "plug it in");
     return m_Camera.Camera();
 }
 
@@ -60,7 +68,7 @@ CameraHub::Answer CameraHub::Open(const Json& message) {
     const auto found = std::find_if(m_Cameras.begin(), m_Cameras.end(), [&](const KnownCamera& camera) {
         return camera.present && camera.info.serial == wanted;
     });
-    if (found == m_Cameras.end()) Refuse("camera '" + wanted + "' can't be opened", "it is not there");
+    if (found == m_Cameras.end()) RefuseRequest("camera '" + wanted + "' can't be opened", "it is not there");
     const int number = found->info.number;
     try {
         OpenNumber(number);
@@ -94,7 +102,8 @@ CameraHub::Answer CameraHub::Stop(const Json&) {
 CameraHub::Answer CameraHub::SoftwareTrigger(const Json&) {
     zel::Camera& camera = Needed();
     if (!m_Camera.Runs() || m_Camera.Trigger() != zel::Trigger::software) {
-        Refuse("no trigger was sent", "the camera does not wait for one", "choose the software trigger and start it");
+        RefuseRequest("no trigger was sent", "the camera does not wait for one",
+                      "choose the software trigger and start it");
     }
     camera.trigger();
     return {"a trigger was sent", {}};
@@ -103,7 +112,8 @@ CameraHub::Answer CameraHub::SoftwareTrigger(const Json&) {
 CameraHub::Answer CameraHub::TriggerMode(const Json& message) {
     Needed();
     const std::string mode = TextIn(message, "mode", kLongestName);
-    if (mode != "free" && mode != "software" && mode != "hardware") Refuse("mode '" + mode + "'", "there is none");
+    if (mode != "free" && mode != "software" && mode != "hardware")
+        RefuseRequest("mode '" + mode + "'", "there is none");
     const zel::Trigger trigger = mode == "free"       ? zel::Trigger::as_set
                                  : mode == "software" ? zel::Trigger::software
                                                       : zel::Trigger::hardware;
@@ -177,7 +187,7 @@ CameraHub::Answer CameraHub::Calibration(const Json& message) {
     const bool on = FlagIn(message, "on");
     const bool done = m_Camera.SetCalibration(on);
     AnnounceCamera();
-    if (!done) Refuse("the taps are not corrected", "the camera has no calibration, or one tap", "");
+    if (!done) RefuseRequest("the taps are not corrected", "the camera has no calibration, or one tap", "");
     return {on ? "the taps are corrected" : "the taps are not corrected", {}};
 }
 
@@ -187,7 +197,7 @@ CameraHub::Answer CameraHub::Color(const Json& message) {
     if (FlagIn(message, "on")) {
         const std::string name = Has(message, "space") ? TextIn(message, "space", kLongestName) : kColorSpaces.front();
         const auto found = std::find(kColorSpaces.begin(), kColorSpaces.end(), name);
-        if (found == kColorSpaces.end()) Refuse("color space '" + name + "'", "there is none");
+        if (found == kColorSpaces.end()) RefuseRequest("color space '" + name + "'", "there is none");
         space = static_cast<zel::ColorSpace>(found - kColorSpaces.begin());
     }
     const bool restarted = m_Camera.ChangeStopped([&] { m_Camera.SetColor(space); });
@@ -195,9 +205,75 @@ CameraHub::Answer CameraHub::Color(const Json& message) {
     return {std::string(space ? "frames come in color" : "frames come in grey") + (restarted ? kRestarted : ""), {}};
 }
 
-CameraHub::Answer CameraHub::ExposeAutomatically(const Json&) { Refuse("auto exposure", "it is not there yet"); }
-CameraHub::Answer CameraHub::Snapshot(const Json&) { Refuse("snapshot", "it is not there yet"); }
-CameraHub::Answer CameraHub::Record(const Json&) { Refuse("record", "it is not there yet"); }
+// Other requests end it: nobody shall wait for an exposure to be found.
+CameraHub::Answer CameraHub::ExposeAutomatically(const Json& message) {
+    zel::Camera& camera = Needed();
+    if (!m_Camera.Runs() || m_Camera.Trigger() != zel::Trigger::as_set) {
+        RefuseRequest("auto exposure", "no frames come by themselves", "start the camera without a trigger");
+    }
+    const Area area = Has(message, "region") ? AreaIn(message["region"]) : Area{};
+    const zel::Parameter exposure = camera.parameter(ZEL_PARAM_EXPOSURE_TIME_US);
+    const zel::ValueRange range = exposure.range();
+    const long long black = camera.number(ZEL_PARAM_OPTICAL_BLACK_LEVEL);
+    ExposureStep step;
+    step.least = range.known ? std::max(range.minimum, 1LL) : 1;
+    step.most = std::max(range.known ? std::min(range.maximum, kLongestExposureUs) : kLongestExposureUs, step.least);
+    const long long before = exposure.integer();
+    // Frames that were exposed before the setting, and an average that has some of those in it.
+    const auto stale = static_cast<std::uint64_t>(kFramesUnderWay + m_Camera.Averaging());
+    std::uint64_t wanted = m_Taker.Sequence() + 1;
+    const char* ending = "";
+    for (int tries = 0; tries < kMostTries; ++tries) {
+        const LiveFramePointer frame = WaitForFrame(wanted);
+        if (!frame) {
+            if (m_Jobs.Waiting() == 0) RefuseRequest("auto exposure", "no frame came");
+            ending = "; ended, since something else was asked for";
+            break;
+        }
+        step.now = exposure.integer();
+        step.brightness = BrightnessOf(frame->GreySamples(), area, black);
+        const auto next = NextExposure(step);
+        if (!next) break;
+        m_Camera.Set(ZEL_PARAM_EXPOSURE_TIME_US, std::to_string(*next));
+        AnnounceParameter(ZEL_PARAM_EXPOSURE_TIME_US);
+        wanted = m_Taker.Sequence() + 1 + stale;
+    }
+    m_Parameters.Expect();
+    const long long now = exposure.integer();
+    std::string text = "exposure time " + std::to_string(before) + " -> " + std::to_string(now) +
+                       " us; the brightest pixels are at " + std::to_string(std::lround(100.0 * step.brightness)) +
+                       " %" + ending;
+    if (now == step.most) text += "; the exposure time is as long as this goes";
+    if (now == step.least) text += "; the exposure time is as short as the camera can";
+    return {text, {{"before", before}, {"exposure_us", now}, {"brightness", step.brightness}}};
+}
+
+LiveFramePointer CameraHub::WaitForFrame(std::uint64_t sequence) const {
+    const auto deadline = std::chrono::steady_clock::now() + m_Camera.Camera().frame_timeout();
+    while (m_Jobs.Waiting() == 0 && std::chrono::steady_clock::now() < deadline) {
+        if (auto frame = m_Newest.WaitFor(sequence, kFrameCheck)) return frame;
+    }
+    return nullptr;
+}
+
+CameraHub::Answer CameraHub::Snapshot(const Json& message) {
+    const std::string format = Has(message, "format") ? TextIn(message, "format", kLongestName) : "tif";
+    if (format != "tif" && format != "png") RefuseRequest("format '" + format + "'", "there is none", "tif or png");
+    const LiveFramePointer live = m_Newest.Get();
+    if (!live || !m_Camera.IsOpen()) RefuseRequest("nothing was saved", "there is no frame", "start the camera");
+    const bool color = format == "png" && !live->frame.color16().empty();
+    PictureOptions options;
+    options.folder = m_Options.folder;
+    options.format = color ? "16" : format == "png" ? "png" : "tiff";
+    PictureSettings settings{m_Camera.Camera().number(ZEL_PARAM_GAIN), m_Camera.Averaging(), std::nullopt};
+    if (color) settings.color = live->frame.color();
+    // Only reads the frame, since nothing is scaled.
+    const Json saved = PictureSaver(options, 1, ReadFacts(m_Camera.Camera()), settings).Save(*live->frame.native());
+    const std::string file = saved["path"].get<std::string>();
+    return {"saved as " + file, {{"file", file}, {"frame", live->frame.number()}}};
+}
+
+CameraHub::Answer CameraHub::Record(const Json&) { RefuseRequest("record", "it is not there yet"); }
 
 CameraHub::Answer CameraHub::Quit(const Json&) {
     m_Quit = true;

@@ -1,5 +1,6 @@
 #include "tools/zelcam/view/OpenCamera.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -10,8 +11,14 @@ namespace {
 // How long those who look at a frame, or write it to a disk, may take to let go of it.
 constexpr std::chrono::seconds kLettingGo{5};
 
-// Fewer do not do for a viewer that holds two of them.
-constexpr long long kFewestBuffers = 8;
+// Image buffers: so much memory is spent on frames that somebody may look at or write to a disk while others come.
+constexpr long long kBufferBytes = 256LL << 20;
+constexpr long long kFewestBuffers = 8, kMostBuffers = 32;
+
+long long BuffersFor(const zel::Camera& camera) {
+    const long long frame = std::max(camera.number(ZEL_PARAM_HSIZE) * camera.number(ZEL_PARAM_VSIZE) * 2, 1LL);
+    return std::clamp(kBufferBytes / frame, kFewestBuffers, kMostBuffers);
+}
 
 }  // namespace
 
@@ -35,8 +42,10 @@ void OpenCamera::Open(int number, zel::CameraEventHandler on_event) {
     m_CalibrationOn = m_HasCalibration = false;
     m_OnEvent = std::move(on_event);
     Connect(number, false);
-    const long long buffers = m_Camera->number(ZEL_PARAM_NUM_IMAGE_BUFFERS);
-    if (buffers < kFewestBuffers) Set(ZEL_PARAM_NUM_IMAGE_BUFFERS, std::to_string(kFewestBuffers));
+    const long long buffers = BuffersFor(*m_Camera);
+    if (m_Camera->number(ZEL_PARAM_NUM_IMAGE_BUFFERS) < buffers) {
+        Set(ZEL_PARAM_NUM_IMAGE_BUFFERS, std::to_string(buffers));
+    }
 }
 
 void OpenCamera::OpenAgain(int number, bool calibrated) {

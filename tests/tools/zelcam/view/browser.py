@@ -1,8 +1,8 @@
-"""A browser and a viewer for the tests of the page and for its pictures."""
+"""A browser and a viewer: for the tests of the page, its pictures and its figures."""
 
-import json
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import tempfile
@@ -29,7 +29,7 @@ def wait(condition, what):
         if result:
             return result
         if time.monotonic() > end:
-            raise AssertionError(f"waited {PATIENCE} s for {what}; last: {result!r}")
+            raise AssertionError(f"waited {PATIENCE} s for {what}")
         time.sleep(0.02)
 
 
@@ -41,22 +41,26 @@ class Viewer:
         known = {name: value for name, value in os.environ.items() if not name.startswith("ZEL_SIM_")}
         simulated = {"CL_CAMERAS": "1", "EBUS_CAMERAS": "0", "USB_CAMERAS": "0", **environment}
         self.process = subprocess.Popen(
-            [*command, "view", "--no-browser", "--json", "--out", "out", *arguments], cwd=self.folder, text=True,
+            [*command, "view", "--no-browser", "--out", "out", *arguments], cwd=self.folder, text=True,
             stdout=subprocess.PIPE, env={**known, **{f"ZEL_SIM_{name}": value for name, value in simulated.items()}})
         line = self.process.stdout.readline()
-        if not line.strip():
+        found = re.search(r"http://[^\s,]+", line)
+        if not found:
+            self.process.kill()
             self.end()
-            raise AssertionError(f"{command} printed no address")
-        self.address = json.loads(line)["address"]
+            raise AssertionError(f"{command} printed no address, but '{line}'")
+        self.address = found[0]
 
     def files(self, pattern):
         return sorted(self.folder.glob(f"**/{pattern}"))
 
     def end(self):
-        self.process.terminate()
-        self.process.wait()
-        self.process.stdout.close()
-        shutil.rmtree(self.folder, ignore_errors=True)
+        """Waits for it; what it printed at its end. Who ends it is a page, or a signal."""
+        try:
+            return self.process.communicate(timeout=PATIENCE)[0]
+        finally:
+            self.process.kill()
+            shutil.rmtree(self.folder, ignore_errors=True)
 
 
 class Page:
@@ -104,8 +108,10 @@ class Page:
         return self.run("return document.getElementById(arguments[0])?.textContent", id)
 
     def wait_text(self, id, *parts):
-        return wait(lambda: all(part in (self.text(id) or "") for part in parts) and self.text(id),
-                    f"{parts} in #{id}, which says '{self.text(id)}'")
+        try:
+            wait(lambda: all(part in (self.text(id) or "") for part in parts), f"{parts} in #{id}")
+        except AssertionError as error:
+            raise AssertionError(f"{error}; it says '{self.text(id)}'") from None
 
     def keys(self, *keys):
         """Types where the focus is."""

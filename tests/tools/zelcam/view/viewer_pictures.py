@@ -10,7 +10,7 @@ from browser import Page, Viewer, wait
 
 
 def open_page(page, zelcam, size, scheme, *arguments, **environment):
-    viewer = Viewer([os.path.abspath(zelcam)], *arguments, MOTION="all", **environment)
+    viewer = Viewer([os.path.abspath(zelcam)], *arguments, **environment)
     page.size(*size, scheme)
     page.open(viewer.address)
     wait(lambda: "black" in page.text("log"), "the first contrast")
@@ -38,7 +38,7 @@ def main(zelcam, folder):
     folder = pathlib.Path(folder)
     page = Page()
     try:
-        viewer = open_page(page, zelcam, (1280, 800), "dark")
+        viewer = open_page(page, zelcam, (1280, 800), "dark", MOTION="all")
         take(page, viewer, folder / "viewer-dark.png")
 
         viewer = open_page(page, zelcam, (1280, 800), "light")
@@ -48,9 +48,9 @@ def main(zelcam, folder):
         wait(lambda: page.get("profile").is_displayed() and page.text("region-facts"), "the measurements")
         take(page, viewer, folder / "viewer-light.png")
 
-        viewer = open_page(page, zelcam, (1280, 800), "dark", "--color", CL_CAMERAS="0", USB_CAMERAS="1")
+        viewer = open_page(page, zelcam, (1280, 800), "dark", "--color", "--average", "16",
+                           CL_CAMERAS="0", USB_CAMERAS="1", PACE="none")
         page.run("document.getElementById('tab-frames').click()")
-        wait(lambda: int(page.run("return document.querySelector('#count-facts dd').textContent") or 0) > 50, "fifty frames")
         take(page, viewer, folder / "viewer-color.png")
 
         viewer = open_page(page, zelcam, (360, 740), "dark")

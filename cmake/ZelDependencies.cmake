@@ -47,8 +47,11 @@ else()
     target_link_libraries(zel_lodepng INTERFACE lodepng)
 endif()
 
-# libtiff, which recordings are written and read with: Debian's library on Linux.
+# libtiff, which recordings are written and read with: Debian's library on Linux; on Windows built from its source.
 add_library(zel_tiff INTERFACE)
-if(NOT WIN32)
+if(WIN32)
+    include(cmake/ZelTiff.cmake)
+    target_link_libraries(zel_tiff INTERFACE zel_libtiff)
+else()
     target_link_libraries(zel_tiff INTERFACE tiff)
 endif()

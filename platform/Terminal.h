@@ -19,6 +19,18 @@ void GuardStandardStreams();
 // handler may only set lock-free atomics. A second request while the first is being obeyed ends the program at once.
 void InstallInterruptHandler(void (*handler)(int signal));
 
+// Has `handler` called whenever the user asks for something to be done now: SIGUSR1 where there are signals. The
+// handler may only set lock-free atomics.
+void InstallRequestHandler(void (*handler)());
+
+// What the user types, without waiting for it for long. One thread at a time; nobody else reads the standard input.
+enum class Typed {
+    kNothing,
+    kLine,   // Enter was pressed, or a line came from a file or a pipe
+    kEnded,  // nothing comes any more
+};
+Typed WaitForLine(unsigned milliseconds);
+
 // While it lives a console shows the program's texts, which are UTF-8, as such. Pipes and files get the same bytes.
 class Utf8Console {
   public:

@@ -34,14 +34,14 @@ struct RecordingFacts {
     bool corrected = false;          // whether the correction of the taps was on
     double pixel_um = 0.0;           // distance of two samples in the object, micrometres; 0: not known
     double frames_per_second = 0.0;  // as the camera's settings say; 0: not known
-    std::string camera;              // name
-    std::string serial;
-    std::string model;
-    std::string firmware;
-    std::string link;      // kind of link
-    std::string software;  // that recorded it, with its version
-    std::string started;   // UTC of host_ns 0, "2026-11-22T04:31:00.000Z"
-    std::string session;   // the same for all files of cameras that were recorded together
+    std::string camera{};            // name
+    std::string serial{};
+    std::string model{};
+    std::string firmware{};
+    std::string link{};      // kind of link
+    std::string software{};  // that recorded it, with its version
+    std::string started{};   // UTC of host_ns 0, "2026-11-22T04:31:00.000Z"
+    std::string session{};   // the same for all files of cameras that were recorded together
 };
 
 // Of one frame.
@@ -55,7 +55,7 @@ struct FrameFacts {
 
 // What became of it.
 struct RecordingEnd {
-    std::string reason;             // why it ended: "frames", "seconds", "interrupted", "disk full", "link lost", ...
+    std::string reason{};           // why it ended: "frames", "seconds", "interrupted", "disk full", "link lost", ...
     std::uint64_t frames = 0;       // in this file
     std::uint64_t lost_link = 0;    // lost on the link between the first and the last frame
     std::uint64_t lost_buffer = 0;  // that found no free buffer

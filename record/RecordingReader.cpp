@@ -10,15 +10,12 @@
 #include <vector>
 
 #include "record/FactsText.h"
+#include "record/PageTags.h"
 #include "record/TiffInput.h"
 
 namespace zel::record {
 
 namespace {
-
-constexpr std::uint32_t kRecordingTag = 65200;
-constexpr std::uint32_t kFrameTag = 65201;
-constexpr std::uint32_t kEndTag = 65202;
 
 constexpr std::uint32_t kLongestSide = 65535;
 constexpr std::uint64_t kMostSamples = std::uint64_t{1} << 28;
@@ -163,7 +160,7 @@ struct RecordingReader::State {
 void RecordingReader::State::ReadFirstPage() {
     if (!TIFFSetDirectory(tiff, 0)) file.Fail("it has no pictures");
     first = ReadLayout(tiff);
-    const std::string text = file.Text(kRecordingTag);
+    const std::string text = file.Text(kTagRecording);
     recording = !text.empty();
     if (!recording) {
         facts.width = first.width;
@@ -175,7 +172,7 @@ void RecordingReader::State::ReadFirstPage() {
         throw RecordError("what it says about the recording makes no sense");
     }
     RecordingEnd said;
-    if (const std::string end_text = file.Text(kEndTag); !end_text.empty() && FromText(end_text, said)) end = said;
+    if (const std::string end_text = file.Text(kTagEnd); !end_text.empty() && FromText(end_text, said)) end = said;
 }
 
 // Pages beyond what libtiff counts in one go are reached by beginning anew at the last one.
@@ -205,7 +202,7 @@ bool RecordingReader::State::AddPage(const Layout& layout) {
         return false;
     }
     FrameFacts frame;
-    const std::string text = recording ? file.Text(kFrameTag) : "";
+    const std::string text = recording ? file.Text(kTagFrame) : "";
     if (!FromText(text, frame)) frame.number = static_cast<std::uint32_t>(pages.size());
     pages.push_back(TIFFCurrentDirOffset(tiff));
     frames.push_back(frame);

@@ -61,13 +61,20 @@ class StripCatcher {
 
 std::span<const std::byte> StripEncoder::Encode(std::span<const std::uint16_t> samples) {
     if (m_Compression == Compression::kNone) return std::as_bytes(samples);
-    StripCatcher strip(m_Bytes);
-    SetLayoutTags(strip.Handle(), m_Width, m_Height, m_Compression);
-    // It leaves the samples as they are: the differences are taken in memory of its own.
-    void* const data = const_cast<std::uint16_t*>(samples.data());
-    const auto size = static_cast<tmsize_t>(samples.size_bytes());
-    if (TIFFWriteEncodedStrip(strip.Handle(), 0, data, size) != size) throw RecordError("a frame can't be compressed");
-    return m_Bytes;
+    std::size_t size = 0;
+    {
+        StripCatcher strip(m_Bytes);
+        SetLayoutTags(strip.Handle(), m_Width, m_Height, m_Compression);
+        // It leaves the samples as they are: the differences are taken in memory of its own.
+        void* const data = const_cast<std::uint16_t*>(samples.data());
+        const auto whole = static_cast<tmsize_t>(samples.size_bytes());
+        if (TIFFWriteEncodedStrip(strip.Handle(), 0, data, whole) != whole) {
+            throw RecordError("a frame can't be compressed");
+        }
+        size = m_Bytes.size();
+    }
+    // A page's directory came behind it as the file was closed.
+    return std::span(m_Bytes).first(size);
 }
 
 }  // namespace zel::record

@@ -57,14 +57,15 @@ TiffOutput::TiffOutput(const std::filesystem::path& path, std::uint64_t alignmen
     try {
         Commit();
     } catch (const RecordError&) {
+        Begin();
         TIFFCleanup(m_Tiff);
         throw;
     }
 }
 
-// What was not committed is not written.
+// What was not committed is not written, although libtiff writes it once more.
 TiffOutput::~TiffOutput() {
-    Drop();
+    Begin();
     TIFFCleanup(m_Tiff);
     m_File.Shrink(m_End);
 }

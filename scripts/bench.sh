@@ -59,7 +59,7 @@ done
 if [ -n "$windows" ]; then
     scripts/setup.sh windows
     for preset in windows-i686 windows-x86_64; do
-        scripts/libdeflate-source.sh && scripts/lodepng-source.sh
+        scripts/libdeflate-source.sh && scripts/lodepng-source.sh && scripts/tiff-source.sh
         build_preset "$preset" "${frame_path[@]/%/_bench}"
         export WINEDEBUG=-all WINEARCH=win32 WINEPREFIX=$PWD/build/wine
         [ "$preset" = windows-i686 ] || export WINEARCH=win64 WINEPREFIX=$PWD/build/wine64

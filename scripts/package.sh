@@ -38,6 +38,7 @@ for preset in "${presets[@]}"; do
         scripts/setup.sh windows package
         scripts/libdeflate-source.sh
         scripts/lodepng-source.sh
+        scripts/tiff-source.sh
     fi
     say "$preset"
     packages=build/packages/$preset

@@ -50,6 +50,7 @@ for preset in "${presets[@]}"; do
         fi
         scripts/libdeflate-source.sh
         scripts/lodepng-source.sh
+        scripts/tiff-source.sh
     fi
     say "$preset: build"
     build_preset "$preset"

@@ -1,6 +1,7 @@
 #include "platform/Terminal.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -12,9 +13,14 @@ namespace zel::platform {
 namespace {
 
 void (*s_Handler)(int) = nullptr;
+void (*s_RequestHandler)() = nullptr;
 
 void HandleSignal(int number) {
     if (s_Handler) s_Handler(number);
+}
+
+void HandleRequest(int) {
+    if (s_RequestHandler) s_RequestHandler();
 }
 
 }  // namespace
@@ -46,6 +52,24 @@ void InstallInterruptHandler(void (*handler)(int signal)) {
     struct sigaction present = {};
     sigaction(SIGHUP, nullptr, &present);
     if (present.sa_handler != SIG_IGN) sigaction(SIGHUP, &action, nullptr);
+}
+
+void InstallRequestHandler(void (*handler)()) {
+    s_RequestHandler = handler;
+    struct sigaction action = {};
+    action.sa_handler = &HandleRequest;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = static_cast<int>(SA_RESTART);
+    sigaction(SIGUSR1, &action, nullptr);
+}
+
+Typed WaitForLine(unsigned milliseconds) {
+    pollfd input{STDIN_FILENO, POLLIN, 0};
+    if (poll(&input, 1, static_cast<int>(milliseconds)) <= 0) return Typed::kNothing;
+    char character = 0;
+    const ssize_t count = read(STDIN_FILENO, &character, 1);
+    if (count <= 0) return Typed::kEnded;
+    return character == '\n' ? Typed::kLine : Typed::kNothing;
 }
 
 Utf8Console::Utf8Console() = default;

@@ -13,6 +13,9 @@ namespace {
 // What one call is given.
 constexpr std::size_t kLargestPiece = std::size_t{64} << 20;
 
+// ERROR_DISK_QUOTA_EXCEEDED, which MinGW's headers lack.
+constexpr DWORD kQuotaExceeded = 1295;
+
 OVERLAPPED At(std::uint64_t offset) {
     OVERLAPPED place{};
     place.Offset = static_cast<DWORD>(offset);
@@ -121,7 +124,7 @@ GrowingFile::Problem GrowingFile::LastProblem() const {
             return Problem::kTaken;
         case ERROR_DISK_FULL:
         case ERROR_HANDLE_DISK_FULL:
-        case ERROR_DISK_QUOTA_EXCEEDED:
+        case kQuotaExceeded:
         case ERROR_FILE_TOO_LARGE:
             return Problem::kDiskFull;
         default:

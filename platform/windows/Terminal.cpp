@@ -41,6 +41,34 @@ void InstallInterruptHandler(void (*handler)(int signal)) {
     SetConsoleCtrlHandler(&HandleControl, TRUE);
 }
 
+// There is no such signal here.
+void InstallRequestHandler(void (*)()) {}
+
+Typed WaitForLine(unsigned milliseconds) {
+    const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
+    DWORD mode = 0, count = 0;
+    if (GetConsoleMode(input, &mode)) {
+        if (WaitForSingleObject(input, milliseconds) != WAIT_OBJECT_0) return Typed::kNothing;
+        INPUT_RECORD record{};
+        if (!ReadConsoleInputW(input, &record, 1, &count)) return Typed::kEnded;
+        const KEY_EVENT_RECORD& key = record.Event.KeyEvent;
+        const bool enter = record.EventType == KEY_EVENT && key.bKeyDown && key.wVirtualKeyCode == VK_RETURN;
+        return enter ? Typed::kLine : Typed::kNothing;
+    }
+    // A pipe can't be waited for.
+    DWORD waiting = 0;
+    if (GetFileType(input) == FILE_TYPE_PIPE) {
+        if (!PeekNamedPipe(input, nullptr, 0, nullptr, &waiting, nullptr)) return Typed::kEnded;
+        if (waiting == 0) {
+            Sleep(milliseconds);
+            return Typed::kNothing;
+        }
+    }
+    char character = 0;
+    if (!ReadFile(input, &character, 1, &count, nullptr) || count == 0) return Typed::kEnded;
+    return character == '\n' ? Typed::kLine : Typed::kNothing;
+}
+
 Utf8Console::Utf8Console() : m_Before(GetConsoleOutputCP()) {
     if (m_Before) SetConsoleOutputCP(CP_UTF8);
 }

@@ -68,12 +68,14 @@ class Command {
 
 std::unique_ptr<Command> MakeListCommand();
 std::unique_ptr<Command> MakeInfoCommand();
+std::unique_ptr<Command> MakeExportCommand();
 std::unique_ptr<Command> MakeCaptureCommand();
 std::unique_ptr<Command> MakeParamsCommand();
 std::unique_ptr<Command> MakeGetCommand();
 std::unique_ptr<Command> MakeSetCommand();
 std::unique_ptr<Command> MakeTriggerCommand();
 std::unique_ptr<Command> MakeStreamCommand();
+std::unique_ptr<Command> MakeRecordCommand();
 std::unique_ptr<Command> MakeWatchCommand();
 std::unique_ptr<Command> MakeViewCommand();
 std::unique_ptr<Command> MakeTextCommand();

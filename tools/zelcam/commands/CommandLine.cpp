@@ -7,6 +7,7 @@
 
 #include "platform/Terminal.h"
 #include "tools/zelcam/commands/Command.h"
+#include "tools/zelcam/commands/PlayOption.h"
 #include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/TextTools.h"
 
@@ -69,11 +70,15 @@ void Run(const Words& words, Json& result) {
     CLI::App app{"Finds, sets up and runs cameras.", "zelcam"};
     app.set_version_flag("--version", "zelcam " ZELCAM_VERSION);
     app.require_subcommand(1);
+    std::string played;
+    app.add_option(
+        "--play", played,
+        "FILE[,once|loop[:RATE]]: the simulated cameras play this recording or TIFF stack (docs/simulator.md)");
     std::vector<std::pair<std::unique_ptr<Command>, CLI::App*>> commands;
-    for (auto make :
-         {&MakeListCommand, &MakeInfoCommand, &MakeCaptureCommand, &MakeParamsCommand, &MakeGetCommand, &MakeSetCommand,
-          &MakeTriggerCommand, &MakeStreamCommand, &MakeViewCommand, &MakeWatchCommand, &MakeTextCommand,
-          &MakeCalibrateCommand, &MakeDoctorCommand, &MakeCompletionCommand, &MakeManualCommand, &MakeVersionCommand}) {
+    for (auto make : {&MakeListCommand, &MakeInfoCommand, &MakeCaptureCommand, &MakeParamsCommand, &MakeGetCommand,
+                      &MakeSetCommand, &MakeTriggerCommand, &MakeStreamCommand, &MakeRecordCommand, &MakeExportCommand,
+                      &MakeViewCommand, &MakeWatchCommand, &MakeTextCommand, &MakeCalibrateCommand, &MakeDoctorCommand,
+                      &MakeCompletionCommand, &MakeManualCommand, &MakeVersionCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* const entry = app.add_subcommand(command->Name(), command->Help());
         entry->footer(std::string("Example: zelcam ") + command->Example());
@@ -88,6 +93,7 @@ void Run(const Words& words, Json& result) {
         app.exit(help, text, text);
         return WriteOutput(text.str());
     }
+    if (!played.empty()) Play(played);
     for (const auto& [command, entry] : commands) {
         if (entry->parsed()) command->Run(result);
     }

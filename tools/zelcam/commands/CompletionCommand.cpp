@@ -25,6 +25,8 @@ Completions SourcesOfValues() {
              {"--save", {Kind::kFolder, {}}},
              {"folder", {Kind::kFolder, {}}},
              {"files", {Kind::kFile, {}}},
+             {"file", {Kind::kFile, {}}},
+             {"--play", {Kind::kFile, {}}},
              {"parameter", {Kind::kWords, ParameterNames(false)}},
              {"assignment", {Kind::kAssignments, ParameterNames(true)}},
              {"--set", {Kind::kAssignments, ParameterNames(true)}}}};

@@ -1,9 +1,10 @@
-// zelcam info: what one camera is and how it is set.
+// zelcam info: what one camera is and how it is set; or what recordings are.
 #include <fmt/format.h>
 
 #include "tools/zelcam/calibration/CalibrationSource.h"
 #include "tools/zelcam/camera/CameraFacts.h"
 #include "tools/zelcam/commands/Command.h"
+#include "tools/zelcam/record/RecordingReport.h"
 #include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/TextTools.h"
 #include "zel/Sdk.h"
@@ -44,15 +45,28 @@ std::string ValueText(const zel::ParameterInfo& info, const zel::ParameterValue&
 class InfoCommand : public Command {
   public:
     const char* Name() const override { return "info"; }
-    const char* Help() const override { return "Open a camera and tell what it is and how it is set"; }
+    const char* Help() const override {
+        return "Tell what a camera is and how it is set, or what recordings hold and lack";
+    }
     const char* Example() const override { return "info --camera 1"; }
 
     void Declare(CLI::App& command) override {
         DeclareCamera(command);
+        command.add_option("files", m_Files, "Recordings or TIFF stacks, instead of a camera")->excludes("--camera");
         DeclareJson(command);
     }
 
     void Run(Json& result) override {
+        if (m_Files.empty()) return TellCamera(result);
+        std::vector<RecordingReport> reports;
+        for (const std::string& file : m_Files) reports.push_back(LookAtRecording(file));
+        const bool one = reports.size() == 1;
+        if (!m_Json) return WriteOutput(one ? ToText(reports.front()) : ToText(reports));
+        result = one ? ToJson(reports.front()) : ToJson(reports);
+    }
+
+  private:
+    void TellCamera(Json& result) const {
         zel::Sdk sdk;
         zel::Camera camera = sdk.open(m_Camera);
         result = ToJson(ReadFacts(camera));
@@ -71,6 +85,8 @@ class InfoCommand : public Command {
         rows.push_back({"calibration", calibration.Text()});
         if (!m_Json) WriteOutput(FormatTable(rows));
     }
+
+    std::vector<std::string> m_Files;
 };
 
 }  // namespace

@@ -115,7 +115,7 @@ PictureSaver::PictureSaver(const PictureOptions& options, int frames, const Came
     if (!writable) {
         throw Failure(what, "no file can be written there", "choose another --out or --prefix", kOutput);
     }
-    if (!m_Options.overwrite) m_Next = HighestNumber(folder, m_Options.prefix) + 1;
+    if (!m_Options.overwrite && !m_Options.by_frame) m_Next = HighestNumber(folder, m_Options.prefix) + 1;
     m_Digits = std::max(m_Digits, static_cast<int>(std::to_string(m_Next - 1 + frames).size()));
 }
 
@@ -139,6 +139,20 @@ fs::path PictureSaver::ClaimStem() {
         if (!fs::exists(WithExtension(stem, m_Extension), error)) return stem;
         fs::remove(description, error);
     }
+}
+
+fs::path PictureSaver::Claim(int number) const {
+    const fs::path stem = Stem(number);
+    const fs::path description = WithExtension(stem, ".json");
+    std::error_code error;
+    if (!fs::exists(WithExtension(stem, m_Extension), error) && ClaimFile(description)) return stem;
+    throw Failure("'" + Utf8Text(stem.generic_u8string()) + "' is not overwritten", "there is a picture of this name",
+                  "choose another --out or --prefix", kOutput);
+}
+
+void PictureSaver::SetSource(long long gain, const Json& recording) {
+    m_Settings.gain = gain;
+    m_Recording = recording;
 }
 
 Json PictureSaver::Save(const fs::path& stem, ZelColorImage& image, PictureEncoder& encoder) const {
@@ -191,6 +205,7 @@ Json PictureSaver::Describe(const ZelColorImage& image, const std::string& file,
                     {"arrival_ms", image.arrival_time_ms},
                     {"hand_over_ms", image.hand_over_time_ms},
                     {"queue_delay_ms", image.queue_delay_ms}};
+    if (!m_Recording.is_null()) json["recording"] = m_Recording;
     json["saved_utc"] = UtcNow();
     return json;
 }

@@ -28,6 +28,7 @@ struct PictureOptions {
     std::string format;  // empty: tiff, or 16 for color frames
     bool scale = false;
     bool overwrite = false;
+    bool by_frame = false;  // whoever saves gives the numbers
 
     void Declare(CLI::App& command);
     // Settles the format of grey or color pictures. Throws Failure when the one asked for is of the other kind.
@@ -54,6 +55,10 @@ class PictureSaver {
     // Takes the next number for a picture; one that is in use is passed over, whoever took it. One thread at a time.
     // Result: the picture's path without its extension. Throws Failure.
     std::filesystem::path ClaimStem();
+    // The same for a number that the frame has anyway. Throws Failure when a picture of this number is there.
+    std::filesystem::path Claim(int number) const;
+    // Where the frames come from when it is no camera, and what changes from one to the next.
+    void SetSource(long long gain, const Json& recording);
     // Saves a frame and its description under a number that was taken; any number of threads, each with an encoder of
     // its own. Result: the description. Throws, and leaves nothing of the frame behind.
     Json Save(const std::filesystem::path& stem, ZelColorImage& image, PictureEncoder& encoder) const;
@@ -75,6 +80,7 @@ class PictureSaver {
     PictureOptions m_Options;
     CameraFacts m_Facts;
     PictureSettings m_Settings;
+    Json m_Recording;  // that the frames are of; null: of none
     const char* m_Extension;
     int m_Next = 1;
     int m_Digits = 4;

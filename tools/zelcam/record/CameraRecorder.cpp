@@ -77,16 +77,15 @@ RecordingFacts FactsOf(const zel::Camera& camera, const RecordingSession& sessio
     return facts;
 }
 
-struct CameraRecorder::Item {
-    std::shared_ptr<const zel::Frame> frame;
-    FrameFacts facts;
-    LossTally before;          // when it was offered
-    bool begins_file = false;  // of the ring
-    std::string ends_file{};   // of the ring: why
-    std::uint64_t place = 0;   // in the order of writing
-};
-
 struct CameraRecorder::State {
+    struct Item {
+        std::shared_ptr<const zel::Frame> frame;
+        FrameFacts facts;
+        LossTally before;          // when it was offered
+        std::string ends_file{};   // of the ring: why
+        std::uint64_t place = 0;   // in the order of writing
+    };
+
     State(const RecordingFacts& facts, RecorderOptions wanted, const RecordingSession& begun)
         : options(std::move(wanted)), session(begun), files(facts, options.files), sensor_phase(facts.cfa_phase) {}
 
@@ -187,7 +186,7 @@ Offered CameraRecorder::Offer(std::shared_ptr<const zel::Frame> frame) {
     State& state = *m_State;
     const auto arrival = std::chrono::steady_clock::now() - frame->hand_over() - state.session.start;
     const zel::FrameInfo info = frame->info();
-    Item item{std::move(frame), {}, {}};
+    State::Item item{std::move(frame), {}, {}};
     item.facts.number = info.number;
     item.facts.exposure_us = static_cast<std::uint32_t>(info.exposure.count());
     item.facts.arrival_ms = info.arrival_ms;
@@ -224,9 +223,8 @@ bool CameraRecorder::Keep(const std::string& reason) {
     State& state = *m_State;
     const ScopedLock lock(state.mutex);
     if (state.ring.empty() || state.closed || !state.status.failure.empty()) return false;
-    state.ring.front().begins_file = true;
     state.ring.back().ends_file = reason;
-    for (Item& item : state.ring) state.Queue(std::move(item));
+    for (State::Item& item : state.ring) state.Queue(std::move(item));
     state.ring.clear();
     return true;
 }

@@ -87,7 +87,6 @@ class CameraRecorder {
     std::vector<RecordedFile> Finish(const std::string& reason);
 
   private:
-    struct Item;
     struct State;
     std::unique_ptr<State> m_State;
 };

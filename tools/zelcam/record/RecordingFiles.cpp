@@ -13,19 +13,24 @@ using zel::record::RecordError;
 using zel::record::RecordingWriter;
 
 namespace {
-constexpr unsigned kDigits = 4;
+
+std::string NumberText(unsigned number) {
+    constexpr std::size_t kDigits = 4;
+    const std::string digits = std::to_string(number);
+    return "_" + std::string(kDigits - std::min(kDigits, digits.size()), '0') + digits;
+}
+
 }  // namespace
 
-fs::path NumberedPath(const fs::path& path, unsigned number) {
-    std::string digits = std::to_string(number);
-    if (digits.size() < kDigits) digits.insert(0, kDigits - digits.size(), '0');
+fs::path WithSuffix(const fs::path& path, const std::string& suffix) {
     fs::path name = path.stem();
     fs::path extension = path.extension();
     if (name.extension() == ".ome") {
         extension = fs::path(".ome").concat(extension.native());
         name = name.stem();
     }
-    return path.parent_path() / (name += "_" + digits).concat(extension.native());
+    name += suffix;
+    return path.parent_path() / name.concat(extension.native());
 }
 
 RecordingFiles::RecordingFiles(const zel::record::RecordingFacts& facts, FileOptions options)
@@ -39,7 +44,7 @@ void RecordingFiles::Begin(const LossTally& tally) {
     options.reserve = m_Options.reserve - std::min(m_Options.reserve, m_Bytes);
     if (m_Options.split_bytes > 0) options.reserve = std::min(options.reserve, m_Options.split_bytes);
     while (!m_Writer) {
-        m_Path = numbered ? NumberedPath(m_Options.file, ++m_Number) : m_Options.file;
+        m_Path = numbered ? WithSuffix(m_Options.file, NumberText(++m_Number)) : m_Options.file;
         try {
             m_Writer = std::make_unique<RecordingWriter>(m_Path, m_Facts, options);
         } catch (const FileTakenError&) {

@@ -44,8 +44,8 @@ struct RecordedFile {
     zel::record::RecordingEnd end;
 };
 
-// The path with a number before its extension: "run.ome.tif", 2 -> "run_0002.ome.tif".
-std::filesystem::path NumberedPath(const std::filesystem::path& path, unsigned number);
+// The path with a text before its extension: "run.ome.tif", "_0002" -> "run_0002.ome.tif".
+std::filesystem::path WithSuffix(const std::filesystem::path& path, const std::string& suffix);
 
 // One thread at a time.
 class RecordingFiles {

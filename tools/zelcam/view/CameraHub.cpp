@@ -34,7 +34,14 @@ std::optional<long long> NumberOf(const zel::Camera& camera, unsigned id) {
 
 CameraHub::CameraHub(const HubOptions& options, PageOutlet& pages, FrameTaker& taker, NewestFrame& newest,
                      FrameLoans& loans)
-    : m_Options(options), m_Pages(pages), m_Taker(taker), m_Newest(newest), m_Camera(m_Sdk, taker, newest, loans) {}
+    : m_Options(options),
+      m_Pages(pages),
+      m_Taker(taker),
+      m_Newest(newest),
+      m_Recording(taker, [this](const std::string& reason) { m_Jobs.Post([this, reason] { EndRecording(reason); }); }),
+      m_Camera(m_Sdk, taker, newest, loans) {
+    m_Camera.OnStop([this] { EndRecording(m_Camera.Camera().link_lost() ? "link lost" : "the camera was stopped"); });
+}
 
 CameraHub::~CameraHub() {
     m_Sdk.on_hot_plug(nullptr);
@@ -148,11 +155,24 @@ void CameraHub::TellLosses(const CameraCondition& condition) {
                                 " without a free buffer");
     }
     m_ToldLost = lost;
+    const std::uint64_t of_disk = m_Recording.NewlyLost();
+    if (of_disk > 0) Announce("warning", "the disk is too slow: " + Counted(of_disk, "frame") + " not recorded");
 }
 
 CameraCondition CameraHub::Condition() const {
-    const std::lock_guard lock(m_ConditionMutex);
-    return m_Condition;
+    CameraCondition condition;
+    {
+        const std::lock_guard lock(m_ConditionMutex);
+        condition = m_Condition;
+    }
+    condition.recording = m_Recording.State();
+    return condition;
+}
+
+std::string CameraHub::EndRecording(const std::string& reason) {
+    std::string text = m_Recording.End(reason);
+    if (!text.empty()) Announce(m_Recording.WentWrong() ? "warning" : "info", text);
+    return text;
 }
 
 // ---- which cameras there are ----
@@ -200,6 +220,7 @@ void CameraHub::CameraChanged(const zel::CameraEvent& event) {
             if (ours != m_Cameras.end()) ours->present = false;
             AnnounceCameras();
             Announce("warning", m_Camera.Camera().info().name + ": the link is lost");
+            EndRecording("link lost");
             const std::lock_guard lock(m_ConditionMutex);
             m_Condition.link_lost = true;
             return;

@@ -70,6 +70,7 @@ void OpenCamera::LetGoOfFrames() {
 
 void OpenCamera::Start() {
     m_Taker.End();
+    if (m_OnStop) m_OnStop();
     LetGoOfFrames();
     m_Camera->start({.trigger = m_Trigger});
     m_Runs = true;
@@ -80,6 +81,7 @@ void OpenCamera::Start() {
 void OpenCamera::Stop() {
     m_Runs = false;
     m_Taker.End();
+    if (m_OnStop && m_Camera) m_OnStop();
     if (m_Camera) m_Camera->stop();
 }
 

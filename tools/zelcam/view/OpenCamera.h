@@ -26,6 +26,9 @@ class OpenCamera {
     // Called before frames of a new run can come.
     void OnRun(std::function<void()> handler) { m_OnRun = std::move(handler); }
 
+    // Called when a run has ended, before the camera changes.
+    void OnStop(std::function<void()> handler) { m_OnStop = std::move(handler); }
+
     // Closes the camera that is open, and opens another with nothing chosen yet. Throws zel::Error.
     void Open(int number, zel::CameraEventHandler on_event);
     // The same camera again, with everything that was chosen. Throws; then it may be closed.
@@ -34,6 +37,8 @@ class OpenCamera {
     bool IsOpen() const { return m_Camera != nullptr; }
     // There must be one.
     zel::Camera& Camera() const { return *m_Camera; }
+    // For whoever may need it a moment longer; it has to be let go before the camera is closed.
+    const std::shared_ptr<zel::Camera>& Shared() const { return m_Camera; }
 
     // Whether frames are wanted from it.
     bool Runs() const { return m_Runs; }
@@ -74,6 +79,7 @@ class OpenCamera {
     NewestFrame& m_Newest;
     FrameLoans& m_Loans;
     std::function<void()> m_OnRun;
+    std::function<void()> m_OnStop;
     zel::CameraEventHandler m_OnEvent;
     std::shared_ptr<zel::Camera> m_Camera;
     bool m_Runs = false;

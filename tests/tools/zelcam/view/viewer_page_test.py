@@ -215,6 +215,19 @@ class ViewerPage(unittest.TestCase):
         page.driver.switch_to.window(first)
         page.wait_text("count-facts", "Pages that look1")
 
+    def test_recording(self):
+        viewer = self.view(SIZE="320x240")
+        page = self.page
+        page.get("record-frames").clear()
+        page.get("record-frames").send_keys("4")
+        page.get("record").click()
+        wait(lambda: page.get("record").get_attribute("aria-pressed") == "true" or viewer.files("*.tif"), "the recording")
+        page.wait_text("log", "4 frames")
+        (file,) = viewer.files("*.tif")
+        page.wait_text("log", file.name)
+        self.assertEqual(tifffile.imread(file).shape, (4, 240, 320))
+        self.expect_quiet_console()
+
     def test_color_in_color(self):
         self.view("--color", CL_CAMERAS="0", USB_CAMERAS="1", SIZE="320x240")
         wait(lambda: self.page.module("return stage.picture.last.channels") == 3, "three channels")

@@ -7,61 +7,36 @@ pictures and answer at once. Prints a row for each run.
 """
 
 import argparse
-import base64
 import glob
-import json
 import os
 import pathlib
-import socket
-import struct
 import sys
 import threading
 import time
-import urllib.parse
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "tests/tools/zelcam/view"))
 sys.dont_write_bytecode = True
-from browser import Page, Viewer, wait  # noqa: E402
+from browser import Browser  # noqa: E402
+from viewer_client import Page, Viewer  # noqa: E402
 
 TICKS = os.sysconf("SC_CLK_TCK")
 
 
-class Listener:
-    """A page without a screen: asks for all of the frame, answers `shown`; or stops reading after its first picture."""
+class Listener(Page):
+    """A page without a screen, of half the frame's width: shows what comes, or stops reading after its first picture."""
 
-    def __init__(self, address, stops=False):
-        url = urllib.parse.urlparse(address)
-        self.shown, self.stops = 0, stops
-        self.socket = socket.create_connection((url.hostname, url.port))
-        key = base64.b64encode(os.urandom(16)).decode()
-        self.socket.sendall((f"GET {url.path}socket HTTP/1.1\r\nHost: {url.netloc}\r\nOrigin: http://{url.netloc}\r\n"
-                             f"Upgrade: websocket\r\nConnection: Upgrade\r\nSec-WebSocket-Version: 13\r\n"
-                             f"Sec-WebSocket-Key: {key}\r\n\r\n").encode())
-        self.file = self.socket.makefile("rb")
-        while self.file.readline().strip():
-            pass
-        self.say(type="view", view=1, x=0, y=0, width=2048, height=2048, columns=1024, rows=1024)
-        threading.Thread(target=self.listen, daemon=True).start()
-
-    def say(self, **message):
-        text = json.dumps(message).encode()
-        size = bytes([0x80 | len(text)]) if len(text) < 126 else b"\xfe" + struct.pack(">H", len(text))
-        self.socket.sendall(b"\x81" + size + bytes(4) + text)  # masked with zeros
+    def __init__(self, viewer, stops):
+        super().__init__(viewer, columns=1024, rows=1024)
+        self.stops = stops
+        self.wait_picture()
+        if not stops:
+            threading.Thread(target=self.listen, daemon=True).start()
 
     def listen(self):
         try:
             while True:
-                kind, size = self.file.read(2)
-                size = struct.unpack(">H", self.file.read(2))[0] if size == 126 else size
-                size = struct.unpack(">Q", self.file.read(8))[0] if size == 127 else size
-                data = self.file.read(size)
-                if kind & 15 != 2:
-                    continue
-                if self.stops:
-                    return
-                self.shown += 1
-                self.say(type="shown", frame=struct.unpack_from("<I", data, 8)[0], at=time.time() * 1000)
-        except (OSError, ValueError, struct.error):
+                self.next()
+        except (EOFError, OSError):
             pass  # the viewer ended
 
 
@@ -95,40 +70,37 @@ def number(text):
 
 def measure(zelcam, pages, seconds):
     viewer = Viewer([zelcam], MOTION="all")
-    page = None
+    browser = Browser() if pages else None
     try:
-        if pages:
-            page = Page()
-            page.size(1280, 800)
-            page.open(viewer.address)
-        others = [Listener(viewer.address, stops=index == 0) for index in range(pages - 1)]
+        if browser:
+            browser.size(1280, 800)
+            browser.open(viewer.address)
+        others = [Listener(viewer, stops=index == 0) for index in range(pages - 1)]
         time.sleep(2)
-        browser = children(page.driver.service.process.pid) if page else []
-        first = facts(page) if page else {}
-        used, drawing, shown, start = processor_time([viewer.process.pid]), processor_time(browser), [o.shown for o in others], time.monotonic()
+        programs = [[viewer.process.pid], children(browser.driver.service.process.pid) if browser else []]
+        first = facts(browser) if browser else {}
+        start, used, shown = time.monotonic(), [processor_time(pids) for pids in programs], [one.pictures for one in others]
         latencies = []
         while time.monotonic() - start < seconds:
             time.sleep(0.5)
-            if page:
-                latencies.append(number(facts(page)["Latency to this screen"]))
+            if browser:
+                latencies.append(number(facts(browser)["Latency to this screen"]))
         passed = time.monotonic() - start
-        used, drawing = processor_time([viewer.process.pid]) - used, processor_time(browser) - drawing
-        last = facts(page) if page else {}
-        rate = lambda name: (number(last[name]) - number(first[name])) / passed
-        row = [str(pages), f"{used / passed * 100:.0f} %"]
-        if page:
-            row += [f"{drawing / passed * 100:.0f} %", f"{rate('Delivered'):.1f}", f"{rate('Shown here'):.1f}",
-                    f"{sorted(latencies)[len(latencies) // 2]:.0f} ms"]
-        else:
-            row += ["", "", "", ""]
-        each = [(o.shown - before) / passed for o, before in zip(others, shown) if not o.stops]
-        row.append(f"{sum(each) / len(each):.1f}" if each else "")
+        load = [f"{(processor_time(pids) - before) / passed * 100:.0f} %" for pids, before in zip(programs, used)]
+        last = facts(browser) if browser else {}
+        each = [(one.pictures - before) / passed for one, before in zip(others, shown) if not one.stops]
+        frames = Page(viewer).wait_state()["frames"]
     finally:
-        viewer.process.terminate()
-        printed = viewer.end().strip().splitlines()[-1]
-        if page:
-            page.end()
-    return row + [printed]
+        if browser:
+            browser.end()
+        viewer.end()
+    row = [str(pages), load[0], "", "", "", "", ""]
+    if browser:
+        rates = [f"{(number(last[name]) - number(first[name])) / passed:.1f}" for name in ("Delivered", "Shown here")]
+        row[2:6] = [load[1], *rates, f"{sorted(latencies)[len(latencies) // 2]:.0f} ms"]
+    if each:
+        row[6] = f"{sum(each) / len(each):.1f}"
+    return row + [f"{frames['lost_link']} + {frames['lost_buffer']} of {frames['delivered']}"]
 
 
 def main():
@@ -137,7 +109,7 @@ def main():
     parser.add_argument("zelcam", nargs="?", default="build/linux/bin/zelcam")
     arguments = parser.parse_args()
     rows = [["Pages", "zelcam: processor", "browser: processor", "frames/s delivered", "frames/s on the screen",
-             "hand-over to screen, median", "frames/s of each other page", "at the end"], ["---"] * 8]
+             "hand-over to screen, median", "frames/s of each other page", "lost on the link + without a buffer"], ["---"] * 8]
     rows += [measure(os.path.abspath(arguments.zelcam), pages, arguments.seconds) for pages in (0, 1, 8)]
     for row in rows:
         print("| " + " | ".join(row) + " |")

@@ -6,7 +6,8 @@ import sys
 
 from selenium.webdriver import ActionChains
 
-from browser import Page, Viewer, wait
+from browser import Browser, wait
+from viewer_client import Viewer
 
 
 def open_page(page, zelcam, size, scheme, *arguments, **environment):
@@ -23,8 +24,7 @@ def take(page, viewer, file):
     # What is said for a moment would hide a part of the picture.
     page.run("document.getElementById('messages').replaceChildren()")
     page.driver.save_screenshot(str(file))
-    page.run("document.getElementById('quit').click()")
-    viewer.end()
+    page.quit(viewer)
 
 
 def drag(page, tool, start, end):
@@ -36,7 +36,7 @@ def drag(page, tool, start, end):
 
 def main(zelcam, folder):
     folder = pathlib.Path(folder)
-    page = Page()
+    page = Browser()
     try:
         viewer = open_page(page, zelcam, (1280, 800), "dark", MOTION="all")
         take(page, viewer, folder / "viewer-dark.png")

@@ -69,7 +69,8 @@ std::string FileOf(const std::uint8_t* data, std::size_t size) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    std::ofstream(Path(), std::ios::binary) << FileOf(data, size);
+    const std::string file = FileOf(data, size);
+    std::ofstream(Path(), std::ios::binary) << file;
     try {
         RecordingReader reader(Path());
         const std::uint64_t count = std::uint64_t{reader.Facts().width} * reader.Facts().height;

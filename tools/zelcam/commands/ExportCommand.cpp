@@ -22,8 +22,6 @@ namespace zelcam {
 
 namespace {
 
-using zel::record::RecordingReader;
-
 // "a:b:step" of frames that are counted from 0; the last one is among them.
 struct Selection {
     std::size_t first = 0;
@@ -61,7 +59,7 @@ Selection Select(const std::string& wanted, std::size_t frames) {
     return selection;
 }
 
-CameraFacts FactsOf(const zel::record::RecordingFacts& recorded) {
+CameraFacts RecordedCamera(const zel::record::RecordingFacts& recorded) {
     CameraFacts facts;
     facts.info.name = recorded.camera;
     facts.info.serial = recorded.serial;
@@ -105,7 +103,7 @@ class ExportCommand : public Command {
 
     void Run(Json& result) override {
         try {
-            RecordingReader reader(zel::platform::Utf8Path(m_File));
+            zel::record::RecordingReader reader(zel::platform::Utf8Path(m_File));
             m_Selection = Select(m_Frames, reader.Frames());
             SettlePictures(reader);
             CatchInterrupts();
@@ -117,7 +115,7 @@ class ExportCommand : public Command {
     }
 
   private:
-    void SettlePictures(const RecordingReader& reader) {
+    void SettlePictures(const zel::record::RecordingReader& reader) {
         if (m_Color && reader.Facts().cfa_phase == 0) {
             throw Failure("--color", "the recording is monochrome", "leave --color out", kUsage);
         }
@@ -133,9 +131,10 @@ class ExportCommand : public Command {
 
     // What a run writes with.
     struct Writing {
-        Writing(const RecordingReader& reader, const PictureOptions& options, PictureSettings settings)
-            : saver(options, static_cast<int>(reader.Frames()), FactsOf(reader.Facts()), Averaged(settings, reader)) {}
-        static PictureSettings& Averaged(PictureSettings& settings, const RecordingReader& reader) {
+        Writing(const zel::record::RecordingReader& reader, const PictureOptions& options, PictureSettings settings)
+            : saver(options, static_cast<int>(reader.Frames()), RecordedCamera(reader.Facts()),
+                    Averaged(settings, reader)) {}
+        static PictureSettings& Averaged(PictureSettings& settings, const zel::record::RecordingReader& reader) {
             settings.average = reader.Facts().averaged;
             return settings;
         }
@@ -144,7 +143,7 @@ class ExportCommand : public Command {
         Progress progress{"saving"};
     };
 
-    void SaveGrey(RecordingReader& reader) {
+    void SaveGrey(zel::record::RecordingReader& reader) {
         const zel::record::RecordingFacts& facts = reader.Facts();
         Writing writing(reader, m_Pictures, {});
         std::vector<unsigned short> samples(std::size_t{facts.width} * facts.height);
@@ -164,7 +163,7 @@ class ExportCommand : public Command {
 
     // The SDK makes color pictures of what a camera sends: one plays the recording to it. It is the only simulated one,
     // so that it is known which.
-    void SaveColor(RecordingReader& reader) {
+    void SaveColor(zel::record::RecordingReader& reader) {
         Play(m_File + ",once");
         zel::platform::SetEnvironment("ZEL_SIM_PACE", "none");
         for (const char* const variable : {"ZEL_SIM_CL_CAMERAS", "ZEL_SIM_EBUS_CAMERAS"}) {
@@ -184,7 +183,7 @@ class ExportCommand : public Command {
         }
     }
 
-    void Save(const RecordingReader& reader, std::size_t index, ZelColorImage& image, Writing& writing) {
+    void Save(const zel::record::RecordingReader& reader, std::size_t index, ZelColorImage& image, Writing& writing) {
         const zel::record::FrameFacts frame = reader.Frame(index);
         Describe(reader.Facts(), frame, image);
         writing.saver.SetSource(frame.gain, {{"file", m_File},

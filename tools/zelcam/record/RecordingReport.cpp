@@ -12,24 +12,21 @@
 
 namespace zelcam {
 
-using zel::record::FrameFacts;
-using zel::record::RecordingReader;
-
 namespace {
 
 constexpr std::size_t kGapsShown = 20;
-constexpr const char* kColors[] = {"monochrome", "color, red first", "color, blue first",
-                                   "color, green with red beside it first", "color, green with blue beside it first"};
+constexpr const char* kFilters[] = {"monochrome", "color, red first", "color, blue first",
+                                    "color, green with red beside it first", "color, green with blue beside it first"};
 
 double Seconds(std::int64_t host_ns) { return static_cast<double>(host_ns) / 1e9; }
 
 // From one frame's number to the next one's; 0 when counting began anew.
-std::uint32_t StepOf(const FrameFacts& before, const FrameFacts& frame) {
+std::uint32_t StepOf(const zel::record::FrameFacts& before, const zel::record::FrameFacts& frame) {
     const std::uint32_t step = frame.number - before.number;
     return step > std::numeric_limits<std::int32_t>::max() ? 0 : step;
 }
 
-void FindGaps(const RecordingReader& reader, RecordingReport& report) {
+void FindGaps(const zel::record::RecordingReader& reader, RecordingReport& report) {
     std::uint32_t smallest = std::numeric_limits<std::uint32_t>::max();
     for (std::size_t i = 1; i < reader.Frames(); ++i) {
         if (const std::uint32_t step = StepOf(reader.Frame(i - 1), reader.Frame(i)))
@@ -39,16 +36,16 @@ void FindGaps(const RecordingReader& reader, RecordingReport& report) {
     const bool passes_over = !report.end || report.end->passed_over > 0;
     if (passes_over && smallest != std::numeric_limits<std::uint32_t>::max()) report.step = smallest;
     for (std::size_t i = 1; i < reader.Frames(); ++i) {
-        const FrameFacts before = reader.Frame(i - 1);
-        const FrameFacts frame = reader.Frame(i);
+        const zel::record::FrameFacts before = reader.Frame(i - 1);
+        const zel::record::FrameFacts frame = reader.Frame(i);
         const std::uint32_t step = StepOf(before, frame);
         if (step > report.step) report.gaps.push_back({before.number, step - report.step, Seconds(frame.host_ns)});
     }
 }
 
-void FindRates(const RecordingReader& reader, RecordingReport& report) {
-    const FrameFacts first = reader.Frame(0);
-    const FrameFacts last = reader.Frame(reader.Frames() - 1);
+void FindRates(const zel::record::RecordingReader& reader, RecordingReport& report) {
+    const zel::record::FrameFacts first = reader.Frame(0);
+    const zel::record::FrameFacts last = reader.Frame(reader.Frames() - 1);
     const auto steps = static_cast<double>(reader.Frames() - 1);
     report.first_seconds = Seconds(first.host_ns);
     report.seconds = std::max(Seconds(last.host_ns) - Seconds(first.host_ns), 0.0);
@@ -67,7 +64,7 @@ std::string Printable(std::string text) {
     return text;
 }
 
-std::string RateText(double rate) { return rate > 0.0 ? fmt::format("{:.2f}", rate) : "-"; }
+std::string RecordedRateText(double rate) { return rate > 0.0 ? fmt::format("{:.2f}", rate) : "-"; }
 
 std::string LostText(const zel::record::RecordingEnd& end) {
     return fmt::format("{} on the link, {} without a free buffer, {} the disk was too slow for", end.lost_link,
@@ -86,9 +83,9 @@ std::string GapText(const RecordingGap& gap) {
     return fmt::format("{} missing after number {}", Counted(gap.missing, "frame"), gap.after);
 }
 
-using Rows = std::vector<std::vector<std::string>>;
+using TableRows = std::vector<std::vector<std::string>>;
 
-void AddCamera(const RecordingReport& report, Rows& rows) {
+void AddCamera(const RecordingReport& report, TableRows& rows) {
     const zel::record::RecordingFacts& facts = report.facts;
     rows.push_back({"camera", fmt::format("{}, serial {}, model {}, {}", Printable(facts.camera),
                                           Printable(facts.serial), Printable(facts.model), Printable(facts.link))});
@@ -100,9 +97,9 @@ void AddCamera(const RecordingReport& report, Rows& rows) {
     rows.push_back({"started", Printable(facts.started)});
     rows.push_back({"duration", fmt::format("{:.3f} s", report.seconds)});
     rows.push_back(
-        {"rate",
-         fmt::format("{} frames/s by the host's clock, {} by the frames' own; the camera was set to {}",
-                     RateText(report.host_rate), RateText(report.camera_rate), RateText(facts.frames_per_second))});
+        {"rate", fmt::format("{} frames/s by the host's clock, {} by the frames' own; the camera was set to {}",
+                             RecordedRateText(report.host_rate), RecordedRateText(report.camera_rate),
+                             RecordedRateText(facts.frames_per_second))});
     if (report.step > 1) rows.push_back({"kept", fmt::format("one frame of {}", report.step)});
     rows.push_back({"lost", report.end ? LostText(*report.end) : "not known; see the gaps"});
     rows.push_back({"software", Printable(facts.software)});
@@ -118,7 +115,7 @@ std::uint64_t RecordingReport::Missing() const {
 
 RecordingReport LookAtRecording(const std::string& file) {
     try {
-        const RecordingReader reader(zel::platform::Utf8Path(file));
+        const zel::record::RecordingReader reader(zel::platform::Utf8Path(file));
         RecordingReport report;
         report.file = file;
         report.recording = reader.IsRecording();
@@ -181,10 +178,10 @@ Json ToJson(const RecordingReport& report) {
 
 std::string ToText(const RecordingReport& report) {
     const zel::record::RecordingFacts& facts = report.facts;
-    Rows rows{
-        {"file", report.file},
-        {"frames", fmt::format("{}, {}", report.frames, StateText(report))},
-        {"size", fmt::format("{} x {}, {} bits, {}", facts.width, facts.height, facts.bits, kColors[facts.cfa_phase])}};
+    TableRows rows{{"file", report.file},
+                   {"frames", fmt::format("{}, {}", report.frames, StateText(report))},
+                   {"size", fmt::format("{} x {}, {} bits, {}", facts.width, facts.height, facts.bits,
+                                        kFilters[facts.cfa_phase])}};
     if (report.recording) AddCamera(report, rows);
     if (report.recording && report.gaps.empty()) rows.push_back({"gaps", "none"});
     for (std::size_t i = 0; i < report.gaps.size(); ++i) {
@@ -215,7 +212,7 @@ std::string ToText(const std::vector<RecordingReport>& reports) {
     const bool together = OneSession(reports);
     double earliest = std::numeric_limits<double>::max();
     for (const RecordingReport& report : reports) earliest = std::min(earliest, report.first_seconds);
-    Rows rows{{"file", "camera", "frames", "first frame", "last frame", "frames/s", "missing", "state"}};
+    TableRows rows{{"file", "camera", "frames", "first frame", "last frame", "frames/s", "missing", "state"}};
     struct Line {
         double seconds;
         std::vector<std::string> words;
@@ -226,7 +223,7 @@ std::string ToText(const std::vector<RecordingReport>& reports) {
         const double begin = report.first_seconds - (together ? earliest : report.first_seconds);
         rows.push_back({name, report.facts.serial.empty() ? "-" : Printable(report.facts.serial),
                         std::to_string(report.frames), fmt::format("+{:.3f} ms", begin * 1000.0),
-                        fmt::format("{:.3f} s", begin + report.seconds), RateText(report.host_rate),
+                        fmt::format("{:.3f} s", begin + report.seconds), RecordedRateText(report.host_rate),
                         std::to_string(report.Missing()), StateText(report)});
         for (const RecordingGap& gap : report.gaps) {
             const double at = gap.seconds - (together ? earliest : report.first_seconds);
@@ -236,7 +233,7 @@ std::string ToText(const std::vector<RecordingReport>& reports) {
     std::string text = FormatTable(rows);
     if (!together) text += "not of one session: times count from each file's own first frame\n";
     std::ranges::stable_sort(gaps, {}, &Line::seconds);
-    Rows lines{{"at", "file", "gap"}};
+    TableRows lines{{"at", "file", "gap"}};
     for (const Line& line : gaps) lines.push_back(line.words);
     if (gaps.empty()) return text + "no gaps\n";
     const std::size_t more = lines.size() > kGapsShown + 1 ? lines.size() - kGapsShown - 1 : 0;

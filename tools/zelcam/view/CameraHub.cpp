@@ -25,7 +25,7 @@ constexpr int kProtocol = 1;
 
 constexpr unsigned kWatched[] = {ZEL_PARAM_TEMPERATURE, ZEL_PARAM_DROPPED_FRAMES, ZEL_PARAM_CAMSTATE};
 
-std::optional<long long> Read(const zel::Camera& camera, unsigned id) {
+std::optional<long long> NumberOf(const zel::Camera& camera, unsigned id) {
     const auto value = camera.parameter(id).try_value();
     return value ? std::optional(value->integer()) : std::nullopt;
 }
@@ -34,7 +34,14 @@ std::optional<long long> Read(const zel::Camera& camera, unsigned id) {
 
 CameraHub::CameraHub(const HubOptions& options, PageOutlet& pages, FrameTaker& taker, NewestFrame& newest,
                      FrameLoans& loans)
-    : m_Options(options), m_Pages(pages), m_Taker(taker), m_Newest(newest), m_Camera(m_Sdk, taker, newest, loans) {}
+    : m_Options(options),
+      m_Pages(pages),
+      m_Taker(taker),
+      m_Newest(newest),
+      m_Recording(taker, [this](const std::string& reason) { m_Jobs.Post([this, reason] { EndRecording(reason); }); }),
+      m_Camera(m_Sdk, taker, newest, loans) {
+    m_Camera.OnStop([this] { EndRecording(m_Camera.Camera().link_lost() ? "link lost" : "the camera was stopped"); });
+}
 
 CameraHub::~CameraHub() {
     m_Sdk.on_hot_plug(nullptr);
@@ -121,14 +128,14 @@ void CameraHub::Poll() {
     condition.running = m_Camera.Runs();
     condition.link_lost = camera.link_lost();
     condition.lost_on_link = camera.link_drops();
-    if (const auto tenths = Read(camera, ZEL_PARAM_TEMPERATURE))
+    if (const auto tenths = NumberOf(camera, ZEL_PARAM_TEMPERATURE))
         condition.temperature_c = static_cast<double>(*tenths) / 10.0;
-    condition.exposure_us = Read(camera, ZEL_PARAM_EXPOSURE_TIME_US);
-    condition.frame_time_us = Read(camera, ZEL_PARAM_FRAME_TIME);
-    condition.gain = Read(camera, ZEL_PARAM_GAIN);
+    condition.exposure_us = NumberOf(camera, ZEL_PARAM_EXPOSURE_TIME_US);
+    condition.frame_time_us = NumberOf(camera, ZEL_PARAM_FRAME_TIME);
+    condition.gain = NumberOf(camera, ZEL_PARAM_GAIN);
     // A camera that takes a number of frames stops by itself.
     if (condition.running && m_Camera.Trigger() == zel::Trigger::as_set &&
-        Read(camera, ZEL_PARAM_FRAME_COUNT).value_or(0) > 0 && Read(camera, ZEL_PARAM_CAMSTATE) == 0) {
+        NumberOf(camera, ZEL_PARAM_FRAME_COUNT).value_or(0) > 0 && NumberOf(camera, ZEL_PARAM_CAMSTATE) == 0) {
         m_Camera.Stop();
         condition.running = false;
         Announce("info", "the sequence is over");
@@ -148,11 +155,24 @@ void CameraHub::TellLosses(const CameraCondition& condition) {
                                 " without a free buffer");
     }
     m_ToldLost = lost;
+    const std::uint64_t of_disk = m_Recording.NewlyLost();
+    if (of_disk > 0) Announce("warning", "the disk is too slow: " + Counted(of_disk, "frame") + " not recorded");
 }
 
 CameraCondition CameraHub::Condition() const {
-    const std::lock_guard lock(m_ConditionMutex);
-    return m_Condition;
+    CameraCondition condition;
+    {
+        const std::lock_guard lock(m_ConditionMutex);
+        condition = m_Condition;
+    }
+    condition.recording = m_Recording.State();
+    return condition;
+}
+
+std::string CameraHub::EndRecording(const std::string& reason) {
+    std::string text = m_Recording.End(reason);
+    if (!text.empty()) Announce(m_Recording.WentWrong() ? "warning" : "info", text);
+    return text;
 }
 
 // ---- which cameras there are ----
@@ -200,6 +220,7 @@ void CameraHub::CameraChanged(const zel::CameraEvent& event) {
             if (ours != m_Cameras.end()) ours->present = false;
             AnnounceCameras();
             Announce("warning", m_Camera.Camera().info().name + ": the link is lost");
+            EndRecording("link lost");
             const std::lock_guard lock(m_ConditionMutex);
             m_Condition.link_lost = true;
             return;
@@ -273,7 +294,7 @@ Json CameraHub::CameraMessage() {
     json["sensor"] = {{"width", camera.number(ZEL_PARAM_HSIZE)}, {"height", camera.number(ZEL_PARAM_VSIZE)}};
     json["cfa_phase"] = monochrome ? Json() : Json(camera.number(ZEL_PARAM_COLOR_FILTER_PHASE));
     json["taps"] = 1 << std::clamp(camera.number(ZEL_PARAM_TAPS_INDEX), 0LL, 2LL);
-    json["calibration"] = {{"available", m_Camera.HasCalibration()}, {"on", m_Camera.IsCalibrated()}};
+    json["calibration"] = {{"available", !m_Camera.LacksCalibration()}, {"on", m_Camera.IsCalibrated()}};
     json["color"] = {{"on", color.has_value()},
                      {"space", color ? Json(kColorSpaces[static_cast<std::size_t>(*color)]) : Json()},
                      {"spaces", monochrome ? Json::array() : Json(kColorSpaces)}};

@@ -18,6 +18,7 @@
 #include "tools/zelcam/view/JobQueue.h"
 #include "tools/zelcam/view/OpenCamera.h"
 #include "tools/zelcam/view/ParameterList.h"
+#include "tools/zelcam/view/ViewRecording.h"
 #include "tools/zelcam/view/ViewServer.h"
 #include "zel/Sdk.h"
 
@@ -77,6 +78,8 @@ class CameraHub {
     Json CamerasMessage() const;
     Json CameraMessage();
     void AnnounceParameter(unsigned id);
+    // Result: what became of the recording; empty when none ran.
+    std::string EndRecording(const std::string& reason);
 
     // CameraRequests.cpp
     Answer Carry(const Json& message);
@@ -96,6 +99,10 @@ class CameraHub {
     Answer Snapshot(const Json& message);
     Answer Record(const Json& message);
     Answer Quit(const Json& message);
+    // Null when none came in time, or somebody asks for something else.
+    LiveFramePointer WaitForFrame(std::uint64_t sequence) const;
+    void RequireNoRecording() const;
+    bool ChangeStopped(const std::function<void()>& change);
     Answer RegionAnswer(const zel::SetResult& result, bool restarted);
 
     HubOptions m_Options;
@@ -117,6 +124,7 @@ class CameraHub {
     bool m_SettingsDue = true;
     std::string m_WantedSerial;  // of the camera that is open, or was when it was unplugged
     ParameterList m_Parameters;
+    ViewRecording m_Recording;
     std::uint64_t m_ToldLost = 0;
     std::chrono::steady_clock::time_point m_NextPoll{};
     std::chrono::steady_clock::time_point m_NextSearch{};

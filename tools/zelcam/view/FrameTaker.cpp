@@ -64,8 +64,10 @@ void FrameTaker::Work() {
         std::shared_ptr<zel::Camera> camera = m_Camera;
         m_Inside = true;
         lock.unlock();
+        const auto start = std::chrono::steady_clock::now();
         zel::Frame frame = camera->try_frame(kWait);
-        const bool idle = !frame && (!camera->running() || camera->link_lost());
+        // It answers at once where none can come.
+        const bool idle = !frame && std::chrono::steady_clock::now() - start < kWait / 2;
         if (frame) Take(std::move(frame));
         camera.reset();
         lock.lock();

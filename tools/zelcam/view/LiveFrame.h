@@ -108,6 +108,16 @@ class NewestFrame {
         return m_Frame;
     }
 
+    // The newest one once it has this number in the sequence of all; null when it did not come in time.
+    LiveFramePointer WaitFor(std::uint64_t sequence, std::chrono::milliseconds timeout) const {
+        const auto deadline = Bell::Clock::now() + timeout;
+        for (std::uint64_t heard = 0; Bell::Clock::now() < deadline; m_Bell.WaitUntil(heard, deadline)) {
+            LiveFramePointer frame = Get();
+            if (frame && frame->sequence >= sequence) return frame;
+        }
+        return nullptr;
+    }
+
   private:
     Bell& m_Bell;
     mutable std::mutex m_Mutex;

@@ -1,5 +1,6 @@
 #include "tools/zelcam/view/OpenCamera.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -10,8 +11,14 @@ namespace {
 // How long those who look at a frame, or write it to a disk, may take to let go of it.
 constexpr std::chrono::seconds kLettingGo{5};
 
-// Fewer do not do for a viewer that holds two of them.
-constexpr long long kFewestBuffers = 8;
+// Image buffers: so much memory is spent on frames that somebody may look at or write to a disk while others come.
+constexpr long long kBufferBytes = 256LL << 20;
+constexpr long long kFewestBuffers = 8, kMostBuffers = 32;
+
+long long BuffersFor(const zel::Camera& camera) {
+    const long long frame = std::max(camera.number(ZEL_PARAM_HSIZE) * camera.number(ZEL_PARAM_VSIZE) * 2, 1LL);
+    return std::clamp(kBufferBytes / frame, kFewestBuffers, kMostBuffers);
+}
 
 }  // namespace
 
@@ -32,11 +39,13 @@ void OpenCamera::Open(int number, zel::CameraEventHandler on_event) {
     m_Trigger = zel::Trigger::as_set;
     m_Averaging = 0;
     m_Color.reset();
-    m_CalibrationOn = m_HasCalibration = false;
+    m_CalibrationOn = m_HasCalibration = m_CalibrationMissing = false;
     m_OnEvent = std::move(on_event);
     Connect(number, false);
-    const long long buffers = m_Camera->number(ZEL_PARAM_NUM_IMAGE_BUFFERS);
-    if (buffers < kFewestBuffers) Set(ZEL_PARAM_NUM_IMAGE_BUFFERS, std::to_string(kFewestBuffers));
+    const long long buffers = BuffersFor(*m_Camera);
+    if (m_Camera->number(ZEL_PARAM_NUM_IMAGE_BUFFERS) < buffers) {
+        Set(ZEL_PARAM_NUM_IMAGE_BUFFERS, std::to_string(buffers));
+    }
 }
 
 void OpenCamera::OpenAgain(int number, bool calibrated) {
@@ -61,8 +70,15 @@ void OpenCamera::LetGoOfFrames() {
 
 void OpenCamera::Start() {
     m_Taker.End();
+    if (m_OnStop) m_OnStop();
     LetGoOfFrames();
-    m_Camera->start({.trigger = m_Trigger});
+    try {
+        m_Camera->start({.trigger = m_Trigger});
+    } catch (const zel::Error& error) {
+        // A camera that was unplugged runs when it is back.
+        m_Runs = error.kind() == zel::ErrorKind::link_lost || m_Camera->link_lost();
+        throw;
+    }
     m_Runs = true;
     if (m_OnRun) m_OnRun();
     m_Taker.Begin(m_Camera);
@@ -70,7 +86,12 @@ void OpenCamera::Start() {
 
 void OpenCamera::Stop() {
     m_Runs = false;
+    Halt();
+}
+
+void OpenCamera::Halt() {
     m_Taker.End();
+    if (m_OnStop && m_Camera) m_OnStop();
     if (m_Camera) m_Camera->stop();
 }
 
@@ -79,7 +100,7 @@ bool OpenCamera::ChangeStopped(const std::function<void()>& change) {
         change();
         return false;
     }
-    Stop();
+    Halt();
     try {
         change();
     } catch (...) {
@@ -158,6 +179,7 @@ bool OpenCamera::SetCalibration(bool on) {
         m_Camera->set_calibration(on);
     }
     m_CalibrationOn = on && m_HasCalibration;
+    m_CalibrationMissing = on && !m_HasCalibration;
     return m_HasCalibration || !on;
 }
 

@@ -85,6 +85,8 @@ void PictureService::Look(int client, const ViewRequest& view) {
         const std::lock_guard lock(m_Mutex);
         const auto entry = m_Clients.find(client);
         if (entry == m_Clients.end()) return;
+        // A page that has just come is told what there is.
+        m_ProbesChanged = m_ProbesChanged || !entry->second.view;
         entry->second.view = view;
         entry->second.again = true;
     }
@@ -131,7 +133,7 @@ void PictureService::BeginRun() {
 void PictureService::Work() {
     std::uint64_t heard = 0;
     while (true) {
-        m_Bell.WaitUntil(heard, std::min(m_NextState, std::max(m_NextStatistics, Clock::now() + kStatisticsPeriod)));
+        m_Bell.WaitUntil(heard, std::min(m_NextState, Clock::now() + kStatisticsPeriod));
         bool measure = false;
         {
             const std::lock_guard lock(m_Mutex);
@@ -236,13 +238,14 @@ Json PictureService::StateFor(Client& client, const CameraCondition& condition, 
     const std::uint64_t no_buffer = taken.missing > condition.lost_on_link ? taken.missing - condition.lost_on_link : 0;
     Json json;
     json["type"] = "state";
-    json["running"] = condition.running;
+    const bool running = condition.running && !condition.link_lost;
+    json["running"] = running;
     json["link"] = condition.link_lost ? "lost" : "up";
     json["recording"] = condition.recording;
     json["frames"] = {{"delivered", taken.delivered},        {"shown", client.shown},
                       {"lost_link", condition.lost_on_link}, {"lost_buffer", no_buffer},
                       {"passed_over", client.passed_over},   {"skipped", client.skipped}};
-    json["rate"] = {{"camera", condition.running ? taken.rate : 0.0}, {"shown", shown_rate}};
+    json["rate"] = {{"camera", running ? taken.rate : 0.0}, {"shown", shown_rate}};
     json["latency_ms"] = {{"hand_over", taken.delivered > 0 ? Json(taken.arrival_to_hand_ms) : Json()},
                           {"shown", OrNull(client.latency_ms)}};
     json["temperature_c"] = OrNull(condition.temperature_c);

@@ -1,7 +1,6 @@
 #include "tools/zelcam/view/ViewMessages.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "tools/zelcam/text/Failure.h"
@@ -14,13 +13,13 @@ namespace {
 // Beyond every frame and every screen.
 constexpr unsigned kMostPixels = 65536;
 
-[[noreturn]] void RefuseMessage(const std::string& what, const std::string& why) {
+[[noreturn]] void RefuseMember(const std::string& what, const std::string& why) {
     throw Failure(what, why, "", kUsage);
 }
 
 const Json& Member(const Json& message, const char* name) {
     const auto found = message.is_object() ? message.find(name) : message.end();
-    if (!message.is_object() || found == message.end()) RefuseMessage(std::string("'") + name + "'", "it is missing");
+    if (!message.is_object() || found == message.end()) RefuseMember(std::string("'") + name + "'", "it is missing");
     return *found;
 }
 
@@ -38,8 +37,8 @@ Json ToJson(const std::vector<std::uint16_t>& pixel) { return pixel.size() == 1 
 
 Json ParseMessage(std::string_view text) {
     Json message = Json::parse(text, nullptr, false);
-    if (!message.is_object()) RefuseMessage("the message", "it is no JSON object");
-    if (!Member(message, "type").is_string()) RefuseMessage("'type'", "it is no text");
+    if (!message.is_object()) RefuseMember("the message", "it is no JSON object");
+    if (!Member(message, "type").is_string()) RefuseMember("'type'", "it is no text");
     return message;
 }
 
@@ -48,29 +47,34 @@ bool Has(const Json& message, const char* name) {
     return found != message.end() && !found->is_null();
 }
 
-unsigned NumberIn(const Json& message, const char* name, unsigned least, unsigned most) {
+double RealIn(const Json& message, const char* name, double least, double most) {
     const Json& member = Member(message, name);
-    if (!member.is_number()) RefuseMessage(std::string("'") + name + "'", "it is no number");
-    const double value = std::floor(member.get<double>());
+    if (!member.is_number()) RefuseMember(std::string("'") + name + "'", "it is no number");
+    const auto value = member.get<double>();
     // Also when it is no number at all.
     if (!(value >= least && value <= most)) {
-        RefuseMessage(std::string("'") + name + "'", "outside " + std::to_string(least) + ".." + std::to_string(most));
+        const auto whole = [](double bound) { return std::to_string(static_cast<long long>(bound)); };
+        RefuseMember(std::string("'") + name + "'", "outside " + whole(least) + ".." + whole(most));
     }
-    return static_cast<unsigned>(value);
+    return value;
+}
+
+unsigned NumberIn(const Json& message, const char* name, unsigned least, unsigned most) {
+    return static_cast<unsigned>(RealIn(message, name, least, most));
 }
 
 bool FlagIn(const Json& message, const char* name) {
     const Json& member = Member(message, name);
-    if (!member.is_boolean()) RefuseMessage(std::string("'") + name + "'", "it is neither true nor false");
+    if (!member.is_boolean()) RefuseMember(std::string("'") + name + "'", "it is neither true nor false");
     return member.get<bool>();
 }
 
 std::string TextIn(const Json& message, const char* name, std::size_t longest) {
     const Json& member = Member(message, name);
-    if (!member.is_string()) RefuseMessage(std::string("'") + name + "'", "it is no text");
+    if (!member.is_string()) RefuseMember(std::string("'") + name + "'", "it is no text");
     const auto& text = member.get_ref<const std::string&>();
     if (text.size() > longest || text.find('\0') != std::string::npos) {
-        RefuseMessage(std::string("'") + name + "'", "it is too long, or has a zero in it");
+        RefuseMember(std::string("'") + name + "'", "it is too long, or has a zero in it");
     }
     return text;
 }

@@ -14,11 +14,16 @@ if not MISSING:
     from selenium.webdriver import ActionChains, Keys
     from selenium.webdriver.support.ui import Select
 
-    from browser import Page, Viewer, find_program, wait
+    from browser import Browser, find_program, wait
+    from viewer_client import Viewer
 
     MISSING = [name for name in ("chromium", "chromedriver") if find_program(name) is None]
 
 COMMAND = []
+
+
+def files(viewer, pattern):
+    return sorted(viewer.folder.glob(pattern))
 
 
 class ViewerPage(unittest.TestCase):
@@ -26,7 +31,7 @@ class ViewerPage(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        cls.page = Page()
+        cls.page = Browser()
 
     @classmethod
     def tearDownClass(cls):
@@ -34,14 +39,17 @@ class ViewerPage(unittest.TestCase):
 
     def view(self, *arguments, **environment):
         viewer = Viewer(COMMAND, *arguments, **environment)
-        self.addCleanup(viewer.end)
+        self.addCleanup(self.quit, viewer)
         self.page.size(1280, 800)
         self.page.open(viewer.address)
         return viewer
 
-    def tearDown(self):
-        # What is left open goes on asking for a viewer that is gone.
+    def quit(self, viewer):
+        self.assertEqual(self.page.quit(viewer), 0)
+        self.page.wait_text("lost", "connection to zelcam is lost")
+        # What is left open goes on asking for a viewer that is gone; the browser reports each attempt.
         self.page.driver.get("about:blank")
+        self.page.errors()
 
     def expect_quiet_console(self):
         self.assertEqual(self.page.errors(), [])
@@ -56,10 +64,10 @@ class ViewerPage(unittest.TestCase):
 
     def snapshot(self, viewer):
         """The file that the page names, its pixels and what stands beside them."""
-        before = len(viewer.files("*.json"))
+        before = len(files(viewer, "*.json"))
         self.page.get("snapshot").click()
-        wait(lambda: len(viewer.files("*.json")) > before, "a snapshot")
-        file = max(viewer.files("*.tif"), key=lambda path: path.stat().st_mtime_ns)
+        wait(lambda: len(files(viewer, "*.json")) > before, "a snapshot")
+        file = max(files(viewer, "*.tif"), key=lambda path: path.stat().st_mtime_ns)
         self.page.wait_text("log", file.name)
         return tifffile.imread(file), json.loads(file.with_suffix(".json").read_text())
 
@@ -78,7 +86,7 @@ class ViewerPage(unittest.TestCase):
         self.wait_new_frame()
         self.stop()
         samples, beside = self.snapshot(viewer)
-        wait(lambda: self.page.frame() == beside["frame"], "the frame of the snapshot")
+        wait(lambda: self.page.frame() == beside["frame_number"], "the frame of the snapshot")
         # A window of 255 counts: each count is a grey of its own.
         black = int(numpy.median(samples)) - 128
         for zoom in (1, 2):
@@ -156,13 +164,17 @@ class ViewerPage(unittest.TestCase):
         page.keys("a")
         page.wait_text("messages", "Auto-contrast: black")
         page.keys("s")
-        wait(lambda: viewer.files("*.tif"), "a snapshot")
+        wait(lambda: files(viewer, "*.tif"), "a snapshot")
         page.keys("]")
         page.wait_text("log", "EXPOSURE_TIME_US", "13000")
         page.keys("/", "cooling_mode", Keys.TAB, Keys.TAB)
+        self.assertEqual(page.focused(), "parameter-COOLING_MODE")
+        page.keys(Keys.DELETE, "2", Keys.ENTER)
+        page.wait_text("log", "COOLING_MODE: requested 2 -> actual 2")
+        page.keys(Keys.SHIFT, Keys.TAB, Keys.NULL)
         page.keys("?")
         wait(lambda: page.run("return document.getElementById('keys').open"), "the list of keys")
-        page.keys(Keys.ESCAPE)
+        page.keys(Keys.ENTER)
         wait(lambda: not page.run("return document.getElementById('keys').open"), "its end")
         # Everything that can be clicked can be reached, and has a name.
         self.assertEqual(page.run("""
@@ -181,7 +193,7 @@ class ViewerPage(unittest.TestCase):
         self.wait_new_frame()
         self.expect_quiet_console()
 
-    def test_two_tabs_and_an_end(self):
+    def test_two_tabs(self):
         viewer = self.view(SIZE="320x240")
         page = self.page
         first = page.driver.current_window_handle
@@ -201,9 +213,19 @@ class ViewerPage(unittest.TestCase):
         page.driver.close()
         page.driver.switch_to.window(first)
         page.wait_text("count-facts", "Pages that look1")
-        viewer.end()
-        page.wait_text("lost", "connection to zelcam is lost")
-        page.errors()  # the browser reports each attempt
+
+    def test_recording(self):
+        viewer = self.view(SIZE="320x240")
+        page = self.page
+        page.get("record-frames").clear()
+        page.get("record-frames").send_keys("4")
+        page.get("record").click()
+        wait(lambda: page.get("record").get_attribute("aria-pressed") == "true" or files(viewer, "*.tif"), "the recording")
+        page.wait_text("log", "4 frames")
+        (file,) = files(viewer, "*.tif")
+        page.wait_text("log", file.name)
+        self.assertEqual(tifffile.imread(file).shape, (4, 240, 320))
+        self.expect_quiet_console()
 
     def test_color_in_color(self):
         self.view("--color", CL_CAMERAS="0", USB_CAMERAS="1", SIZE="320x240")
@@ -237,7 +259,8 @@ class ViewerPage(unittest.TestCase):
 if __name__ == "__main__":
     arguments = sys.argv[1:]
     cases = [f"ViewerPage.{arguments[1]}"] if arguments[0] == "--only" else None
-    COMMAND = arguments[2:] if cases else arguments
+    # Viewers run in folders of their own.
+    COMMAND = [os.path.abspath(word) for word in (arguments[2:] if cases else arguments)]
     if MISSING:
         print(f"SKIPPED: {', '.join(MISSING)} is not installed")
         sys.exit(1 if os.environ.get("CI") == "true" else 0)

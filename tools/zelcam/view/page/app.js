@@ -2,7 +2,7 @@
 import { Connection } from "./connection.js";
 import { Contrast } from "./contrast.js";
 import { Controls } from "./controls.js";
-import { byId, make, say } from "./dom.js";
+import { byId, color, make, say } from "./dom.js";
 import { Histogram } from "./histogram.js";
 import { Instruments } from "./instruments.js";
 import { setUpKeys } from "./keys.js";
@@ -179,7 +179,7 @@ byId("save-view").addEventListener("click", () => {
     canvas.toBlob((blob) => {
         const link = make("a", { href: URL.createObjectURL(blob), download: `${camera?.serial ?? "view"}_frame${stage.picture.last.frame}.png` });
         link.click();
-        URL.revokeObjectURL(link.href);
+        setTimeout(() => URL.revokeObjectURL(link.href), 10000);  // once the browser has read it
         messages.say(`${link.download} is saved, ${pixels.width} × ${pixels.height}`);
     });
 });
@@ -221,6 +221,10 @@ function focusTool(tool) {
     byId("picture").focus();
 }
 
-setUpLayout(() => histogram.draw());
+setUpLayout(() => {
+    histogram.draw();
+    stage.picture.setBehind(color("--behind"));
+    stage.redraw();
+});
 showState();
 connection.connect();

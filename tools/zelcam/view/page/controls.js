@@ -3,6 +3,7 @@ import { byId, make } from "./dom.js";
 import { duration, share } from "./format.js";
 import { Quantity } from "./quantity.js";
 
+// The first one that the camera has.
 const kExposure = ["EXPOSURE_TIME_US", "EXPOSURE_TIME"];
 const kGain = ["GAIN", "VGA_GAIN"];
 
@@ -26,7 +27,8 @@ export class Controls {
     // The camera's description came, or null: none is open.
     use(camera) {
         this.#camera = camera;
-        const find = (names) => camera?.parameters?.find((one) => names.includes(one.name)) ?? null;
+        const known = (name) => camera?.parameters?.find((one) => one.name === name);
+        const find = (names) => names.map(known).find(Boolean) ?? null;
         this.exposure.use(find(kExposure));
         this.gain.use(find(kGain));
         if (!camera) return;
@@ -53,8 +55,9 @@ export class Controls {
     }
 
     useParameter(parameter) {
-        if (kExposure.includes(parameter.name) && parameter.name === this.exposure.name) this.exposure.use(parameter);
-        if (kGain.includes(parameter.name) && parameter.name === this.gain.name) this.gain.use(parameter);
+        for (const quantity of [this.exposure, this.gain]) {
+            if (parameter.name === quantity.name) quantity.use(parameter);
+        }
     }
 
     useState(state) {

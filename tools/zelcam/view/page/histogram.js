@@ -8,6 +8,7 @@ export class Histogram {
     #contrast;
     #statistics = null;
     #edge = null;
+    #asked = false;
 
     constructor(contrast) {
         this.#contrast = contrast;
@@ -32,7 +33,12 @@ export class Histogram {
 
     use(statistics) {
         this.#statistics = statistics;
-        this.draw();
+        if (this.#asked) return;
+        this.#asked = true;
+        requestAnimationFrame(() => {
+            this.#asked = false;
+            this.draw();
+        });
     }
 
     draw() {

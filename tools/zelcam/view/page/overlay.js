@@ -12,13 +12,17 @@ export class Overlay {
         this.#svg = svg;
         this.#map = map;
         for (const name of ["edge", "taps", "crop", "region", "line", "point"]) {
-            this.#parts[name] = svg.appendChild(makeSvg("path", { class: name }));
+            // A dark line below the bright one, so that it shows on every picture.
+            const below = makeSvg("path", { class: `below ${name}` });
+            const above = makeSvg("path", { class: name });
+            svg.append(below, above);
+            this.#parts[name] = [below, above];
         }
         for (const name of ["whole", "region", "seen"]) this.#mapParts[name] = map.appendChild(makeSvg("rect", { class: name }));
     }
 
     draw(view, tools, camera) {
-        this.#svg.setAttribute("viewBox", `0 0 ${view.width} ${view.height}`);
+        change(this.#svg, "viewBox", `0 0 ${view.width} ${view.height}`);
         const { probe, shape } = tools;
         const paths = { edge: "", taps: "", crop: "", region: "", line: "", point: "" };
         if (view.frame.width) {
@@ -32,7 +36,7 @@ export class Overlay {
             const marked = tools.point ?? tools.cursor;
             if (marked) paths.point = cross(view, marked);
         }
-        for (const [name, d] of Object.entries(paths)) this.#parts[name].setAttribute("d", d);
+        for (const [name, d] of Object.entries(paths)) this.#parts[name].forEach((path) => change(path, "d", d));
         this.#drawMap(view, camera);
     }
 
@@ -45,7 +49,7 @@ export class Overlay {
         const needed = this.shown && sensor && region && seen && (!whole || cropped);
         this.#map.classList.toggle("gone", !needed);
         if (!needed) return;
-        this.#map.setAttribute("viewBox", `0 0 ${sensor.width} ${sensor.height}`);
+        change(this.#map, "viewBox", `0 0 ${sensor.width} ${sensor.height}`);
         const [bx, by] = [binning?.x ?? 1, binning?.y ?? 1];
         place(this.#mapParts.whole, { x: 0, y: 0, ...sensor });
         place(this.#mapParts.region, region);
@@ -55,8 +59,13 @@ export class Overlay {
     }
 }
 
+// What stays is not touched: the browser would paint it again with every picture.
+function change(element, name, value) {
+    if (element.getAttribute(name) !== String(value)) element.setAttribute(name, value);
+}
+
 function place(element, { x, y, width, height }) {
-    for (const [name, value] of Object.entries({ x, y, width, height })) element.setAttribute(name, value);
+    for (const [name, value] of Object.entries({ x, y, width, height })) change(element, name, value);
 }
 
 function box(view, { x, y, width, height }) {

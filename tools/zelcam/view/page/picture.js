@@ -1,23 +1,24 @@
 // Samples on the screen, by WebGL2: a texture of 16-bit whole numbers, so that nothing is rounded before the window is applied.
 import { mapColors } from "./colormaps.js";
-import { kFragmentShader, kVertexShader } from "./shaders.js";
+import { fragmentShader, kVertexShader } from "./shaders.js";
 
-const kUniforms = ["samples", "map", "height", "origin", "scale", "part", "size", "window", "exponent", "saturated", "color", "marks"];
+const kUniforms = ["samples", "map", "step", "first", "last", "black", "slope", "exponent", "saturated", "marks"];
 
 export class Picture {
     #canvas;
     #gl;
-    #uniforms = {};
+    #programs = {};
     #samples = null;
     #map = null;
     #mapName = "";
     #size = "";
     #last = null;
+    #behind = [0, 0, 0];
 
     // `restored` is called when the graphics came back and the picture must be drawn again.
     constructor(canvas, restored) {
         this.#canvas = canvas;
-        this.#gl = canvas.getContext("webgl2", { antialias: false, depth: false, alpha: true, premultipliedAlpha: true });
+        this.#gl = canvas.getContext("webgl2", { antialias: false, depth: false, alpha: false });
         if (!this.#gl) throw new Error("this browser has no WebGL2, which the picture is drawn with");
         canvas.addEventListener("webglcontextlost", (event) => event.preventDefault());
         canvas.addEventListener("webglcontextrestored", () => {
@@ -34,6 +35,11 @@ export class Picture {
 
     forget() {
         this.#last = null;
+    }
+
+    // The color beside the frame, "#rrggbb". The canvas is opaque: nothing behind it is drawn for nothing.
+    setBehind(color) {
+        this.#behind = [1, 3, 5].map((at) => parseInt(color.slice(at, at + 2), 16) / 255);
     }
 
     upload(picture) {
@@ -61,23 +67,36 @@ export class Picture {
             this.#canvas.height = view.height;
         }
         gl.viewport(0, 0, view.width, view.height);
+        gl.disable(gl.SCISSOR_TEST);
+        gl.clearColor(...this.#behind, 1);
         gl.clear(gl.COLOR_BUFFER_BIT);
         if (!this.#last) return;
-        const { part, columns, rows, channels, bits } = this.#last;
+        const { program, uniforms: u } = this.#programs[this.#last.channels];
+        gl.useProgram(program);
+        this.#place(view, u);
         this.#useMap(contrast.map);
-        const u = this.#uniforms;
-        const origin = view.origin;
-        gl.uniform1f(u.height, view.height);
-        gl.uniform2f(u.origin, origin.x, origin.y);
-        gl.uniform1f(u.scale, view.scale);
-        gl.uniform4f(u.part, part.x, part.y, part.width, part.height);
-        gl.uniform2i(u.size, columns, rows);
-        gl.uniform2f(u.window, contrast.black, contrast.white);
+        gl.uniform1f(u.black, contrast.black);
+        gl.uniform1f(u.slope, 1 / Math.max(1, contrast.white - contrast.black));
         gl.uniform1f(u.exponent, 1 / contrast.gamma);
-        gl.uniform1f(u.saturated, 2 ** bits - 1);
-        gl.uniform1i(u.color, channels === 3 ? 1 : 0);
+        gl.uniform1f(u.saturated, 2 ** this.#last.bits - 1);
         gl.uniform1i(u.marks, contrast.marks ? 1 : 0);
         gl.drawArrays(gl.TRIANGLES, 0, 3);
+    }
+
+    // Where the part lies on the canvas, whose rows WebGL counts from below: nothing is drawn outside, and each device
+    // pixel takes the sample in which its middle lies.
+    #place(view, u) {
+        const gl = this.#gl;
+        const { part, columns, rows } = this.#last;
+        const from = view.toScreen(part.x, part.y);
+        const to = view.toScreen(part.x + part.width, part.y + part.height);
+        const [left, top, right, bottom] = [from.x, from.y, to.x, to.y].map((edge) => Math.ceil(edge - 0.5));
+        gl.enable(gl.SCISSOR_TEST);
+        gl.scissor(left, view.height - bottom, Math.max(0, right - left), Math.max(0, bottom - top));
+        const [across, down] = [columns / (to.x - from.x), rows / (to.y - from.y)];
+        gl.uniform2f(u.step, across, -down);
+        gl.uniform2f(u.first, -from.x * across, (view.height - from.y) * down);
+        gl.uniform2i(u.last, columns - 1, rows - 1);
     }
 
     // What is drawn, as bytes of red, green, blue and opacity, top row first. Right after draw() alone: the browser
@@ -95,8 +114,18 @@ export class Picture {
 
     #prepare() {
         const gl = this.#gl;
+        this.#programs = { 1: this.#program(1), 3: this.#program(3) };
+        gl.pixelStorei(gl.UNPACK_ALIGNMENT, 2);
+        this.#samples = this.#texture();
+        this.#map = this.#texture();
+        this.#mapName = "";
+        this.#size = "";
+    }
+
+    #program(channels) {
+        const gl = this.#gl;
         const program = gl.createProgram();
-        for (const [kind, source] of [[gl.VERTEX_SHADER, kVertexShader], [gl.FRAGMENT_SHADER, kFragmentShader]]) {
+        for (const [kind, source] of [[gl.VERTEX_SHADER, kVertexShader], [gl.FRAGMENT_SHADER, fragmentShader(channels)]]) {
             const shader = gl.createShader(kind);
             gl.shaderSource(shader, source);
             gl.compileShader(shader);
@@ -106,15 +135,11 @@ export class Picture {
         if (!gl.getProgramParameter(program, gl.LINK_STATUS) && !gl.isContextLost()) {
             throw new Error(`the shader does not compile: ${gl.getProgramInfoLog(program)}`);
         }
+        const uniforms = Object.fromEntries(kUniforms.map((name) => [name, gl.getUniformLocation(program, `u_${name}`)]));
         gl.useProgram(program);
-        for (const name of kUniforms) this.#uniforms[name] = gl.getUniformLocation(program, `u_${name}`);
-        gl.pixelStorei(gl.UNPACK_ALIGNMENT, 2);
-        this.#samples = this.#texture();
-        this.#map = this.#texture();
-        this.#mapName = "";
-        this.#size = "";
-        gl.uniform1i(this.#uniforms.samples, 0);
-        gl.uniform1i(this.#uniforms.map, 1);
+        gl.uniform1i(uniforms.samples, 0);
+        gl.uniform1i(uniforms.map, 1);
+        return { program, uniforms };
     }
 
     #texture() {

@@ -289,7 +289,7 @@ class RecordCommand : public Command {
 
     // Also what the loop's time goes by: what the user asks for within it counts once.
     void LookForRequests(std::list<RecordRun>& runs) {
-        auto end = Clock::now() + kLook;
+        auto end = Clock::now() + (m_Begun ? kLook : kLook / 20);
         if (m_Seconds > 0.0 && m_Begun) {
             end = std::min(
                 end, *m_Begun + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(m_Seconds)));

@@ -30,7 +30,8 @@ void Overlay(std::uint64_t offset, std::span<std::byte> to, std::uint64_t from_o
     const std::uint64_t begin = std::max(offset, from_offset);
     const std::uint64_t end = std::min(offset + to.size(), from_offset + from.size());
     if (begin >= end) return;
-    std::memcpy(to.data() + (begin - offset), from.data() + (begin - from_offset), end - begin);
+    std::memcpy(to.data() + (begin - offset), from.data() + (begin - from_offset),
+                static_cast<std::size_t>(end - begin));
 }
 
 bool Covers(std::uint64_t from, std::size_t size, std::uint64_t offset, std::size_t wanted) {

@@ -65,7 +65,7 @@ def measure(command, pages, stopped, seconds):
 
 
 def main():
-    folder = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ROOT / "build/linux/bin")
+    folder = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ROOT / "build/linux/bin").resolve()
     seconds = float(sys.argv[2]) if len(sys.argv) > 2 else 10.0
     print("| pages | pictures/s of a page | latency, ms | CPU | frames delivered | lost on the link | without a buffer |")
     print("|---|---|---|---|---|---|---|")

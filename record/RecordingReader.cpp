@@ -140,7 +140,7 @@ struct RecordingReader::State {
     explicit State(const std::filesystem::path& path) : file(path), tiff(file.Handle()) {}
 
     void ReadFirstPage();
-    void WalkPages();
+    void WalkPages(std::size_t most);
     bool AddPage(const Layout& layout);
     void ReadStrips(const Layout& layout, std::span<std::uint16_t> samples);
     void ReadTiles(const Layout& layout, std::span<std::uint16_t> samples);
@@ -176,7 +176,7 @@ void RecordingReader::State::ReadFirstPage() {
 }
 
 // Pages beyond what libtiff counts in one go are reached by beginning anew at the last one.
-void RecordingReader::State::WalkPages() {
+void RecordingReader::State::WalkPages(std::size_t most) {
     constexpr std::size_t kInOneGo = 1000000;
     std::unordered_set<std::uint64_t> passed;
     while (true) {
@@ -187,7 +187,7 @@ void RecordingReader::State::WalkPages() {
         }
         const bool picture = !(Field<std::uint32_t>(tiff, TIFFTAG_SUBFILETYPE, 0) & kReducedPicture);
         if (picture && !AddPage(ReadLayout(tiff))) return;
-        if (TIFFLastDirectory(tiff)) return;
+        if (pages.size() >= most || TIFFLastDirectory(tiff)) return;
         if (passed.size() % kInOneGo == 0 && !TIFFSetSubDirectory(tiff, offset)) break;
         if (!TIFFReadDirectory(tiff)) break;
     }
@@ -239,9 +239,10 @@ void RecordingReader::State::ReadTiles(const Layout& layout, std::span<std::uint
     }
 }
 
-RecordingReader::RecordingReader(const std::filesystem::path& path) : m_State(std::make_unique<State>(path)) {
+RecordingReader::RecordingReader(const std::filesystem::path& path, std::size_t most_frames)
+    : m_State(std::make_unique<State>(path)) {
     m_State->ReadFirstPage();
-    m_State->WalkPages();
+    m_State->WalkPages(most_frames);
     if (m_State->pages.empty()) throw RecordError("it has no whole frame");
 }
 

@@ -18,8 +18,9 @@ namespace zel::record {
 // One thread at a time. Nothing in a file is believed: what does not fit throws RecordError.
 class RecordingReader {
   public:
-    // Throws RecordError with the reason.
-    explicit RecordingReader(const std::filesystem::path& path);
+    // Looks at all frames, or at so many of them: the first one alone tells the facts, and at once. Throws RecordError
+    // with the reason.
+    explicit RecordingReader(const std::filesystem::path& path, std::size_t most_frames = SIZE_MAX);
     ~RecordingReader();
     RecordingReader(const RecordingReader&) = delete;
     RecordingReader& operator=(const RecordingReader&) = delete;

@@ -102,20 +102,6 @@ bool ReadPlay(const std::string& value, Settings& settings) {
     return true;
 }
 
-// One that can't be played costs a line, and the cameras look at the built-in scene.
-void LookAtRecording(Settings& settings) {
-    if (!settings.recording) return;
-    Recording recording = *settings.recording;
-    settings.recording.reset();
-    try {
-        LookAt(recording);
-        settings.recording = std::make_shared<const Recording>(recording);
-    } catch (const record::RecordError& error) {
-        Complain("ZEL_SIM_SCENE=" + recording.file + ": can't be played (" + error.what() +
-                 "); using the built-in scene");
-    }
-}
-
 bool ReadFill(const std::string& value, Settings& settings) {
     if (value == "noise") return true;
     settings.fill = value == "static" ? SensorFill::kStatic : value == "none" ? SensorFill::kNone : SensorFill::kNoise;
@@ -218,13 +204,26 @@ int CamerasOf(const SimLibrary& library) {
     return by_default;
 }
 
+void LookAtRecording(Settings& settings, void (*look)(Recording& recording)) {
+    if (!settings.recording) return;
+    Recording recording = *settings.recording;
+    settings.recording.reset();
+    try {
+        look(recording);
+        settings.recording = std::make_shared<const Recording>(recording);
+    } catch (const record::RecordError& error) {
+        Complain("ZEL_SIM_SCENE=" + recording.file + ": can't be played (" + error.what() +
+                 "); using the built-in scene");
+    }
+}
+
 Settings ReadSettings() {
     Settings settings;
     for (const Variable& variable : kVariables) {
         const std::string value = platform::EnvironmentVariable(variable.name);
         if (!value.empty() && !variable.read(value, settings)) Refuse(variable.name, value, variable.expected);
     }
-    LookAtRecording(settings);
+    LookAtRecording(settings, LookAtFacts);
     if (!settings.Paced()) settings.calc_delay_ms = 0;
     TellMisspeltNames();
     return settings;

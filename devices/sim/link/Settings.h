@@ -31,6 +31,9 @@ struct Settings {
     bool Paced() const { return speed > 0.0; }
 };
 
+// Looks at the recording that is to be played. One that can't be costs a line, and there is none then.
+void LookAtRecording(Settings& settings, void (*look)(Recording& recording));
+
 // Reads the environment. A value that makes no sense is told and replaced by the default; so is a name that is none.
 Settings ReadSettings();
 // How many cameras a library has; -1: it says that it failed.

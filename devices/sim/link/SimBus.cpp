@@ -23,8 +23,8 @@ SimBus::SimBus(const PluginDescription& plugin)
     for (int i = 0; i < static_cast<int>(m_Slots.size()); ++i) {
         Slot& slot = m_Slots[static_cast<std::size_t>(i)];
         Settings settings = common;
-        const Recording* const recording = common.recording.get();
-        if (recording && !Plays(recording->facts, plugin.interface_type, i)) settings.recording.reset();
+        if (common.recording && !Plays(common.recording->facts, plugin.interface_type, i)) settings.recording.reset();
+        LookAtRecording(settings, LookAtFrames);
         settings.seed += static_cast<std::uint64_t>(plugin.interface_type) * 1000 + static_cast<std::uint64_t>(i);
         slot.camera = std::make_unique<SimCamera>(ModelOfLink(plugin.interface_type, i), settings);
         slot.camera->SetVanished([this, i] { Enqueue({i, true, false, {}}); });

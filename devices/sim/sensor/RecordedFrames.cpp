@@ -24,12 +24,15 @@ double MicrosecondsPerFrame(const record::RecordingReader& reader) {
 
 }  // namespace
 
-void LookAt(Recording& recording) {
-    const record::RecordingReader reader(platform::Utf8Path(recording.file));
-    recording.facts = reader.Facts();
+void LookAtFacts(Recording& recording) {
+    recording.facts = record::RecordingReader(platform::Utf8Path(recording.file), 1).Facts();
     if (recording.facts.width > kLargestSide || recording.facts.height > kLargestSide) {
         throw record::RecordError("a camera has up to " + std::to_string(kLargestSide) + " pixels a side");
     }
+}
+
+void LookAtFrames(Recording& recording) {
+    const record::RecordingReader reader(platform::Utf8Path(recording.file));
     recording.first = {reader.Frame(0).exposure_us, reader.Frame(0).gain};
     recording.frames = reader.Frames();
     const double recorded_us = std::min(MicrosecondsPerFrame(reader), kLongestPause);

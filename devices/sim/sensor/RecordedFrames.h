@@ -21,20 +21,23 @@ struct FirstFrame {
     std::int32_t gain = 0;
 };
 
-// How a recording is played, and what it is. Looked at once for all who play it.
+// How a recording is played, and what it is.
 struct Recording {
     std::string file;  // UTF-8
     bool loop = true;
     double rate = 0.0;  // frames per second; 0: as recorded
 
     record::RecordingFacts facts{};
+    // What only who plays it has to know.
     FirstFrame first{};
     std::size_t frames = 0;
     double frame_us = 0.0;  // from frame to frame, on average; 0: not known
 };
 
-// Looks at the file. Throws record::RecordError with the reason why it can't be played.
-void LookAt(Recording& recording);
+// Looks at the file: at its facts, or at all there is to know. Throws record::RecordError with the reason why it can't
+// be played.
+void LookAtFacts(Recording& recording);
+void LookAtFrames(Recording& recording);
 
 // Keeps one frame in memory. The file is opened before the first frame.
 class RecordedFrames final : public FrameSource {

@@ -18,7 +18,7 @@ void Play(const std::string& wanted) {
         }
     }
     try {
-        const zel::record::RecordingReader reader(zel::platform::Utf8Path(file));
+        const zel::record::RecordingReader reader(zel::platform::Utf8Path(file), 1);
     } catch (const zel::record::RecordError& error) {
         throw Failure("'" + file + "' can't be played", error.what(), "choose a recording or a TIFF stack", kUsage);
     }

@@ -184,6 +184,7 @@ void CameraRecorder::State::Queue(Item item) {
 
 Offered CameraRecorder::Offer(std::shared_ptr<const zel::Frame> frame) {
     State& state = *m_State;
+    if (!frame || !*frame) return Offered::kEnded;
     const auto arrival = std::chrono::steady_clock::now() - frame->hand_over() - state.session.start;
     const zel::FrameInfo info = frame->info();
     State::Item item{std::move(frame), {}, {}};

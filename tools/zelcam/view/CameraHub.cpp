@@ -294,7 +294,7 @@ Json CameraHub::CameraMessage() {
     json["sensor"] = {{"width", camera.number(ZEL_PARAM_HSIZE)}, {"height", camera.number(ZEL_PARAM_VSIZE)}};
     json["cfa_phase"] = monochrome ? Json() : Json(camera.number(ZEL_PARAM_COLOR_FILTER_PHASE));
     json["taps"] = 1 << std::clamp(camera.number(ZEL_PARAM_TAPS_INDEX), 0LL, 2LL);
-    json["calibration"] = {{"available", m_Camera.HasCalibration()}, {"on", m_Camera.IsCalibrated()}};
+    json["calibration"] = {{"available", !m_Camera.LacksCalibration()}, {"on", m_Camera.IsCalibrated()}};
     json["color"] = {{"on", color.has_value()},
                      {"space", color ? Json(kColorSpaces[static_cast<std::size_t>(*color)]) : Json()},
                      {"spaces", monochrome ? Json::array() : Json(kColorSpaces)}};

@@ -67,9 +67,12 @@ class OpenCamera {
     bool SetCalibration(bool on);
     bool IsCalibrated() const { return m_CalibrationOn; }
     bool HasCalibration() const { return m_HasCalibration; }
+    // Looked for and not found: it is looked for when it is wanted for the first time.
+    bool LacksCalibration() const { return m_CalibrationMissing; }
 
   private:
     void Forget(unsigned id);
+    void Halt();
     void Connect(int number, bool calibrated);
     // Has nobody hold a frame any more, since a new pool takes their memory.
     void LetGoOfFrames();
@@ -90,6 +93,7 @@ class OpenCamera {
     std::optional<zel::ColorSpace> m_Color;
     bool m_CalibrationOn = false;
     bool m_HasCalibration = false;
+    bool m_CalibrationMissing = false;
 };
 
 }  // namespace zelcam

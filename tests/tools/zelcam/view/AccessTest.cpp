@@ -10,7 +10,7 @@ namespace zelcam {
 
 namespace {
 
-constexpr const char* kToken = "abcdefghijklmnopqrstuv";
+const std::string kToken = "abcdefghijklmnopqrstuv";
 
 struct Case {
     const char* address;
@@ -24,7 +24,7 @@ struct Case {
 }  // namespace
 
 TEST(Access, JudgesByHostTokenAndOrigin) {
-    const std::string page = std::string("/") + kToken + "/";
+    const std::string page = "/" + kToken + "/";
     const std::string socket = page + "socket";
     const char* const local = "127.0.0.1";
     const Case cases[] = {
@@ -38,7 +38,7 @@ TEST(Access, JudgesByHostTokenAndOrigin) {
         {local, page, "192.168.1.5:8080", nullptr, false, Verdict::kWrongHost},
         {local, page, "", nullptr, false, Verdict::kWrongHost},
         {local, "/", "127.0.0.1:8080", nullptr, false, Verdict::kUnknown},
-        {local, std::string("/") + kToken, "127.0.0.1:8080", nullptr, false, Verdict::kUnknown},
+        {local, "/" + kToken, "127.0.0.1:8080", nullptr, false, Verdict::kUnknown},
         {local, "/abcdefghijklmnopqrstuw/", "127.0.0.1:8080", nullptr, false, Verdict::kUnknown},
         {local, "/abcdefghijklmnopqrstuvv/", "127.0.0.1:8080", nullptr, false, Verdict::kUnknown},
         {local, "//", "127.0.0.1:8080", nullptr, false, Verdict::kUnknown},

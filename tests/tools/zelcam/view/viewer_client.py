@@ -18,6 +18,8 @@ TEXT, BINARY, CLOSE, PING, PONG = 1, 2, 8, 9, 10
 class Viewer:
     """`zelcam view` with simulated cameras, in a folder of its own."""
 
+    running = []
+
     def __init__(self, command, *arguments, **simulated):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="zel-viewer."))
         known = {name: value for name, value in os.environ.items() if not name.startswith("ZEL_SIM_")}
@@ -25,6 +27,7 @@ class Viewer:
         self.process = subprocess.Popen(
             [*command, "view", "--no-browser", "--json", *arguments], cwd=self.folder, text=True, stdout=subprocess.PIPE,
             env={**known, **{f"ZEL_SIM_{name}": value for name, value in cameras.items()}})
+        Viewer.running.append(self)
         line = self.process.stdout.readline()
         assert line.strip(), "the viewer printed no address"
         self.address = json.loads(line)["address"]
@@ -55,9 +58,19 @@ class Viewer:
         fields = dict(line.split(": ", 1) for line in head.decode().split("\r\n")[1:])
         return int(head.split()[1]), fields, body
 
+    @staticmethod
+    def end_all():
+        while Viewer.running:
+            Viewer.running[-1].end()
+
     def end(self):
+        Viewer.running.remove(self)
+        # A program that runs under another one does not get its signals.
         if self.process.poll() is None:
-            self.process.terminate()
+            try:
+                Page(self).do("quit")
+            except (AssertionError, OSError, EOFError):
+                self.process.terminate()
         self.process.communicate()
         shutil.rmtree(self.folder, ignore_errors=True)
         return self.process.returncode
@@ -82,7 +95,7 @@ class Page:
             self.socket.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, receive_buffer)
         self.socket.settimeout(PATIENCE)
         self.socket.connect(("127.0.0.1", viewer.port))
-        self.received, self.requests, self.shows = b"", 0, shows
+        self.received, self.requests, self.shows = bytearray(), 0, shows
         self.seen, self.picture, self.pictures, self.events = {}, None, 0, []
         key = base64.b64encode(os.urandom(16)).decode()
         self.socket.sendall((f"GET {viewer.path}socket HTTP/1.1\r\nHost: {viewer.host}\r\nUpgrade: websocket\r\n"
@@ -90,7 +103,7 @@ class Page:
                              f"Origin: {origin or 'http://' + viewer.host}\r\n\r\n").encode())
         while b"\r\n\r\n" not in self.received:
             self.receive()
-        head, self.received = self.received.split(b"\r\n\r\n", 1)
+        head = self.take(self.received.index(b"\r\n\r\n") + 4)
         self.status = int(head.split()[1])
         if self.status == 101:
             self.send(type="view", view=1, x=0, y=0, width=0, height=0, columns=columns, rows=rows)
@@ -104,7 +117,8 @@ class Page:
     def take(self, size):
         while len(self.received) < size:
             self.receive()
-        data, self.received = self.received[:size], self.received[size:]
+        data = bytes(self.received[:size])
+        del self.received[:size]
         return data
 
     def frame(self, opcode, data, first=0x80, mask=True):

@@ -55,6 +55,10 @@ endfunction()
 option(ZEL_BATCHES "The files of a target are compiled in a few batches" OFF)
 set(CMAKE_UNITY_BUILD ${ZEL_BATCHES})
 set(CMAKE_UNITY_BUILD_BATCH_SIZE 12)
+if(ZEL_BATCHES)
+    # A class that is defined in a source file may use what is that file's own.
+    add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+endif()
 
 # zel_compile_alone(NAME...): files whose names in anonymous namespaces are the same; never in batches.
 function(zel_compile_alone)

@@ -99,22 +99,21 @@ void RecordingWriter::State::AddStrip(std::span<const std::byte> strip, const Fr
     frames.push_back(frame);
 }
 
-// The first page anew, behind the last one; the head of the file then points to it.
+// The first page anew, behind the last one; the head of the file then points to it. Where the disk has no room for
+// that, the gap behind the header has, without the planes.
 void RecordingWriter::State::Complete(const RecordingEnd& end, bool planes) {
+    output.Reopen();
     TIFF* const tiff = output.Handle();
-    try {
-        output.Drop();
-        if (TIFFSetDirectory(tiff, 0) != 1) output.Fail("first page not read");
-        KnowPrivateTags(tiff);
-        SetTag(tiff, TIFFTAG_IMAGEDESCRIPTION, OmeXml(facts, frames, end, planes).c_str());
-        SetPrivateTag(tiff, kTagEnd, ToText(end));
+    KnowPrivateTags(tiff);
+    SetTag(tiff, TIFFTAG_IMAGEDESCRIPTION, OmeXml(facts, frames, end, planes).c_str());
+    SetPrivateTag(tiff, kTagEnd, ToText(end));
+    if (planes) {
         output.Begin();
-        if (TIFFRewriteDirectory(tiff) != 1) output.Fail("first page not written");
-        output.Commit();
-    } catch (const RecordError&) {
-        output.Drop();
-        throw;
+    } else {
+        output.BeginInGap();
     }
+    if (TIFFRewriteDirectory(tiff) != 1) output.Fail("first page not written");
+    output.Commit();
 }
 
 RecordingWriter::RecordingWriter(const std::filesystem::path& path, const RecordingFacts& facts,

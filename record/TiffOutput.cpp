@@ -24,6 +24,10 @@ std::uint64_t RoundedUp(std::uint64_t value, std::uint64_t step) { return (value
 
 int DoNotClose(thandle_t) { return 0; }
 
+// Of a BigTIFF file; and with the gap behind it, after which the first strip comes.
+constexpr std::uint64_t kHeaderSize = 16;
+constexpr std::uint64_t kHeadSize = 4096;
+
 // Copies the part of `from`, which lies at `from_offset`, that `to` covers.
 void Overlay(std::uint64_t offset, std::span<std::byte> to, std::uint64_t from_offset,
              std::span<const std::byte> from) {
@@ -47,45 +51,58 @@ TiffOutput::TiffOutput(const std::filesystem::path& path, std::uint64_t alignmen
             throw FileTakenError("there is a file '" + NameOf(path) + "' already");
         throw RecordError("'" + NameOf(path) + "' can't be made: " + m_File.Why());
     }
-    TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
-    TIFFOpenOptionsSetErrorHandlerExtR(options, &OnError, this);
-    TIFFOpenOptionsSetWarningHandlerExtR(options, &OnError, this);
     Begin();
-    m_Tiff = TIFFClientOpenExt("recording", "w8m", this, &OnRead, &OnWrite, &OnSeek, &DoNotClose, &OnSize, nullptr,
-                               nullptr, options);
-    TIFFOpenOptionsFree(options);
-    if (!m_Tiff) Fail("'" + NameOf(path) + "' can't be begun");
-    try {
-        Commit();
-    } catch (const RecordError&) {
-        Begin();
-        TIFFCleanup(m_Tiff);
-        throw;
-    }
+    Open("w8m");
+    Commit();
+    m_End = kHeadSize;  // the gap is there from the beginning
 }
 
-// What was not committed is not written, although libtiff writes it once more.
+// libtiff writes once more what has changed: into memory, where it ends.
 TiffOutput::~TiffOutput() {
     Begin();
-    TIFFCleanup(m_Tiff);
+    if (m_Tiff) TIFFCleanup(m_Tiff);
     m_File.Shrink(m_End);
 }
 
+void TiffOutput::Open(const char* mode) {
+    TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
+    TIFFOpenOptionsSetErrorHandlerExtR(options, &OnError, this);
+    TIFFOpenOptionsSetWarningHandlerExtR(options, &OnError, this);
+    m_Tiff = TIFFClientOpenExt("recording", mode, this, &OnRead, &OnWrite, &OnSeek, &DoNotClose, &OnSize, nullptr,
+                               nullptr, options);
+    TIFFOpenOptionsFree(options);
+    if (!m_Tiff) Fail("'" + NameOf(m_Path) + "' can't be used");
+}
+
+void TiffOutput::Reopen() {
+    Begin();
+    TIFFCleanup(std::exchange(m_Tiff, nullptr));
+    Drop();
+    m_Position = 0;
+    // Opened for reading, libtiff would cut the strips up.
+    Open("am");
+    if (TIFFSetDirectory(m_Tiff, 0) != 1) Fail("the first page of '" + NameOf(m_Path) + "' can't be read");
+}
+
 void TiffOutput::Begin() {
+    Drop();
     m_Gathering = true;
-    // Without a strip of its own before it, as at the very end, what is new still begins at an even offset.
     m_Start = RoundedUp(m_End, 2);
-    m_New.clear();
-    m_Pointers.clear();
+}
+
+void TiffOutput::BeginInGap() {
+    Begin();
+    m_Start = kHeaderSize;
+    m_Room = kHeadSize - kHeaderSize;
 }
 
 void TiffOutput::Commit() {
     m_Gathering = false;
+    if (m_Room > 0 && m_New.size() > m_Room) throw DiskFullError("the end of '" + NameOf(m_Path) + "' finds no room");
     bool written = m_New.empty() || m_File.Write(m_Start, m_New);
-    const std::uint64_t end = std::max(m_End, m_Start + m_New.size());
     for (const auto& [offset, bytes] : m_Pointers) written = written && m_File.Write(offset, bytes);
     if (!written) Fail("'" + NameOf(m_Path) + "' can't be written");
-    m_End = end;
+    m_End = std::max(m_End, m_Start + m_New.size());
     m_LastStart = m_Start;
     m_Last = std::exchange(m_New, {});
     m_New.reserve(m_Last.size() + 64);
@@ -94,6 +111,7 @@ void TiffOutput::Commit() {
 
 void TiffOutput::Drop() {
     m_Gathering = false;
+    m_Room = 0;
     m_New.clear();
     m_Pointers.clear();
 }

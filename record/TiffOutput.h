@@ -1,8 +1,8 @@
 // The file of a recording as libtiff writes it.
 //
-//   0        4096                              | strip data at multiples of the alignment
-//   header   strip 0 | page 0 | gap | strip 1 | page 1 | gap | ...
-//     '--------------->'  '------------------------->'         each page points to the next one
+//   0               4096                              | strip data at multiples of the alignment
+//   header  | gap   strip 0 | page 0 | gap | strip 1 | page 1 | gap | ...
+//     '---------------------->'  '------------------------->'         each page points to the next one
 //
 // What is written in between Begin() and Commit() waits in memory, where libtiff finds it again: first goes what is
 // new, then the pointer to it. So the file is whole at every moment, although libtiff sets the pointer first.
@@ -33,10 +33,14 @@ class TiffOutput {
 
     TIFF* Handle() const { return m_Tiff; }
     void Begin();
+    // What is new goes into the gap behind the header, where there is room for a page when there is no other.
+    void BeginInGap();
     // Throws RecordError; the file is then as it was at the one before.
     void Commit();
     // Forgets what came since the last Commit().
     void Drop();
+    // As Drop(), and has libtiff read the file anew, from its first page on. Throws RecordError.
+    void Reopen();
     // Gives back what is reserved and closes the file. Throws RecordError.
     void Close();
 
@@ -57,6 +61,7 @@ class TiffOutput {
     static toff_t OnSize(thandle_t self);
     static int OnError(TIFF* tiff, void* self, const char* module, const char* format, va_list values);
 
+    void Open(const char* mode);
     bool Read(std::uint64_t offset, std::span<std::byte> bytes) const;
     bool Write(std::uint64_t offset, std::span<const std::byte> bytes);
     std::uint64_t EndForNext() const;
@@ -71,6 +76,7 @@ class TiffOutput {
 
     bool m_Gathering = false;
     std::uint64_t m_Start = 0;                                   // where the new bytes begin
+    std::uint64_t m_Room = 0;                                    // that there is for them; 0: without bounds
     std::vector<std::byte> m_New;                                // since Begin()
     std::map<std::uint64_t, std::vector<std::byte>> m_Pointers;  // into what was there before
     std::uint64_t m_LastStart = 0;                               // the new bytes of the Commit() before

@@ -44,6 +44,9 @@ constexpr double kMostMemory = 0.7;
 // A camera that waits for its trigger input may wait long.
 constexpr double kTriggerWait = 86400.0;
 constexpr std::chrono::milliseconds kLook{100};
+constexpr std::chrono::milliseconds::rep kNoTime = 0;
+// Of lines that tell of frames lost to the disk.
+constexpr std::chrono::seconds kBetweenLines{1};
 
 std::atomic<int> s_Requests{0};  // of the user: write the ring
 
@@ -212,11 +215,11 @@ class RecordCommand : public Command {
             m_Need.bytes += need.bytes;
             m_Need.bytes_per_second += need.bytes_per_second;
         }
-        const std::uint64_t room = FreeSpace(m_Path);
+        m_Room = FreeSpace(m_Path);
         // What compression makes of it is not known before.
-        if (m_Force || m_Compress != "none" || m_Need.bytes <= room) return;
+        if (m_Force || m_Compress != "none" || m_Need.bytes <= m_Room) return;
         throw Failure("the disk can't hold the recording",
-                      "it takes " + SizeText(m_Need.bytes) + ", and " + SizeText(room) + " are free",
+                      "it takes " + SizeText(m_Need.bytes) + ", and " + SizeText(m_Room) + " are free",
                       "make room, record less (--every, --roi, --compress), or use --force", kOutput);
     }
 
@@ -253,7 +256,7 @@ class RecordCommand : public Command {
         } else {
             Print("{}: recording into '{}'{}; {} are free\n", camera.label(),
                   Utf8Text(runs.back().Status().file.generic_u8string()),
-                  need.frames > 0.0 ? ", up to " + SizeText(need.bytes) : "", SizeText(FreeSpace(m_Path)));
+                  need.frames > 0.0 ? ", up to " + SizeText(need.bytes) : "", SizeText(m_Room));
         }
         FlushOutput();
     }
@@ -275,37 +278,36 @@ class RecordCommand : public Command {
                 LookForRequests(runs);
                 if (!m_Begun && m_Together->try_wait()) m_Begun = Clock::now();
                 if (m_Seconds > 0.0 && Passed() >= m_Seconds) EndAll(runs, "seconds");
-                TellLoss(runs, progress);
+                TellLoss(runs, progress, false);
                 ShowProgress(runs, progress);
             }
-            TellLoss(runs, progress);
+            TellLoss(runs, progress, true);
         }
         for (RecordRun& run : runs) run.Wait();
         for (RecordRun& run : runs) run.Camera().on_event(nullptr);
     }
 
-    // Also what the loop's time goes by.
+    // Also what the loop's time goes by: what the user asks for within it counts once.
     void LookForRequests(std::list<RecordRun>& runs) {
-        auto left = kLook;
-        if (m_Seconds > 0.0) {
-            const auto until = std::chrono::duration<double>(m_Seconds - Passed());
-            left = std::clamp(std::chrono::duration_cast<std::chrono::milliseconds>(until), kLook * 0, kLook);
+        auto end = Clock::now() + kLook;
+        if (m_Seconds > 0.0 && m_Begun) {
+            end = std::min(
+                end, *m_Begun + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(m_Seconds)));
         }
-        const int before = s_Requests.exchange(0);
-        bool wanted = before > 0;
-        std::string reason = "signal";
-        if (m_Ring > 0.0 && m_Typing) {
-            const auto typed = zel::platform::WaitForLine(static_cast<unsigned>(left.count()));
-            m_Typing = typed != zel::platform::Typed::kEnded;
-            if (typed == zel::platform::Typed::kLine) {
-                wanted = true;
-                reason = "key";
+        bool typed = false;
+        while (Clock::now() < end) {
+            if (m_Ring <= 0.0 || !m_Typing) {
+                std::this_thread::sleep_until(end);
+                break;
             }
-        } else {
-            std::this_thread::sleep_for(left);
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
+            const auto input = zel::platform::WaitForLine(static_cast<unsigned>(std::max(left.count(), kNoTime)));
+            m_Typing = input != zel::platform::Typed::kEnded;
+            typed = typed || input == zel::platform::Typed::kLine;
         }
-        if (!wanted) return;
-        for (RecordRun& run : runs) run.Keep(reason);
+        const bool signalled = s_Requests.exchange(0) > 0;
+        if (!typed && !signalled) return;
+        for (RecordRun& run : runs) run.Keep(typed ? "key" : "signal");
     }
 
     static void EndAll(std::list<RecordRun>& runs, const char* reason) {
@@ -314,10 +316,12 @@ class RecordCommand : public Command {
 
     double Passed() const { return m_Begun ? std::chrono::duration<double>(Clock::now() - *m_Begun).count() : 0.0; }
 
-    static void TellLoss(std::list<RecordRun>& runs, Progress& progress) {
+    void TellLoss(std::list<RecordRun>& runs, Progress& progress, bool now) {
+        if (!now && Clock::now() < m_NextLine) return;
         for (RecordRun& run : runs) {
             const std::string loss = run.NewLoss();
             if (loss.empty()) continue;
+            m_NextLine = Clock::now() + kBetweenLines;
             progress.Wipe();
             std::fprintf(stderr, "zelcam: %s\n", loss.c_str());
         }
@@ -331,13 +335,11 @@ class RecordCommand : public Command {
             sum.bytes += status.bytes;
             sum.waiting += status.waiting;
         }
-        const std::uint64_t room = FreeSpace(m_Path);
         const double passed = Passed();
         if (m_Ring > 0.0) {
             return progress.Show(
                 0, 0, fmt::format("{} in memory, {} on disk", Counted(sum.waiting, "frame"), SizeText(sum.bytes)));
         }
-        const double rate = passed > 0.5 ? static_cast<double>(sum.bytes) / passed : m_Need.bytes_per_second;
         std::string text = fmt::format("{}, {}", Counted(sum.taken, "frame"), SizeText(sum.bytes));
         const std::uint64_t frames = m_Frames * runs.size();
         if (m_Frames > 0 && sum.taken > 0) {
@@ -346,6 +348,8 @@ class RecordCommand : public Command {
         } else if (m_Seconds > 0.0) {
             text += ", " + DurationText(std::max(m_Seconds - passed, 0.0)) + " left";
         }
+        const std::uint64_t room = m_Room - std::min(m_Room, sum.bytes);
+        const double rate = passed > 0.5 ? static_cast<double>(sum.bytes) / passed : m_Need.bytes_per_second;
         text += "; room for " + (rate > 0.0 ? DurationText(static_cast<double>(room) / rate) : SizeText(room));
         if (m_Frames > 0) return progress.Show(sum.taken, frames, text);
         constexpr double kSteps = 1000.0;
@@ -395,8 +399,10 @@ class RecordCommand : public Command {
 
     Amount m_End;
     DiskNeed m_Need;
+    std::uint64_t m_Room = 0;  // on the disk, before space was reserved
     std::shared_ptr<std::latch> m_Together;
     std::optional<Clock::time_point> m_Begun;  // when all cameras ran
+    Clock::time_point m_NextLine{};
     bool m_Typing = true;
 };
 

@@ -81,9 +81,9 @@ struct CameraRecorder::State {
     struct Item {
         std::shared_ptr<const zel::Frame> frame;
         FrameFacts facts;
-        LossTally before;          // when it was offered
-        std::string ends_file{};   // of the ring: why
-        std::uint64_t place = 0;   // in the order of writing
+        LossTally before;         // when it was offered
+        std::string ends_file{};  // of the ring: why
+        std::uint64_t place = 0;  // in the order of writing
     };
 
     State(const RecordingFacts& facts, RecorderOptions wanted, const RecordingSession& begun)
@@ -184,6 +184,7 @@ void CameraRecorder::State::Queue(Item item) {
 
 Offered CameraRecorder::Offer(std::shared_ptr<const zel::Frame> frame) {
     State& state = *m_State;
+    if (!frame || !*frame) return Offered::kEnded;
     const auto arrival = std::chrono::steady_clock::now() - frame->hand_over() - state.session.start;
     const zel::FrameInfo info = frame->info();
     State::Item item{std::move(frame), {}, {}};

@@ -34,9 +34,18 @@ std::optional<long long> NumberOf(const zel::Camera& camera, unsigned id) {
 
 CameraHub::CameraHub(const HubOptions& options, PageOutlet& pages, FrameTaker& taker, NewestFrame& newest,
                      FrameLoans& loans)
-    : m_Options(options), m_Pages(pages), m_Taker(taker), m_Newest(newest), m_Camera(m_Sdk, taker, newest, loans) {}
+    : m_Options(options),
+      m_Pages(pages),
+      m_Taker(taker),
+      m_Newest(newest),
+      m_Recording(taker, [this](const std::string& reason) { m_Jobs.Post([this, reason] { EndRecording(reason); }); }),
+      m_Camera(m_Sdk, taker, newest, loans) {
+    m_Camera.OnStop([this] { EndRecording(m_Camera.Camera().link_lost() ? "link lost" : "the camera was stopped"); });
+}
 
-CameraHub::~CameraHub() {
+CameraHub::~CameraHub() { End(); }
+
+void CameraHub::End() {
     m_Sdk.on_hot_plug(nullptr);
     m_Ending = true;
     m_Jobs.Post([] {});
@@ -101,7 +110,7 @@ void CameraHub::Idle() {
             Plugged({true, m_Cameras.front().info});
         }
     }
-    if (!m_Camera.IsOpen() || m_Camera.Camera().link_lost()) return;
+    if (!m_Camera.IsOpen() || m_Camera.Camera().link_lost()) return m_Parameters.ExpectNothing();
     if (m_Parameters.IsExpecting()) {
         const Json changed = m_Parameters.ReadNext(m_Camera.Camera());
         if (changed.is_null()) return;
@@ -148,11 +157,24 @@ void CameraHub::TellLosses(const CameraCondition& condition) {
                                 " without a free buffer");
     }
     m_ToldLost = lost;
+    const std::uint64_t of_disk = m_Recording.NewlyLost();
+    if (of_disk > 0) Announce("warning", "the disk is too slow: " + Counted(of_disk, "frame") + " not recorded");
 }
 
 CameraCondition CameraHub::Condition() const {
-    const std::lock_guard lock(m_ConditionMutex);
-    return m_Condition;
+    CameraCondition condition;
+    {
+        const std::lock_guard lock(m_ConditionMutex);
+        condition = m_Condition;
+    }
+    condition.recording = m_Recording.State();
+    return condition;
+}
+
+std::string CameraHub::EndRecording(const std::string& reason) {
+    std::string text = m_Recording.End(reason);
+    if (!text.empty()) Announce(m_Recording.WentWrong() ? "warning" : "info", text);
+    return text;
 }
 
 // ---- which cameras there are ----
@@ -176,7 +198,7 @@ void CameraHub::Plugged(const zel::HotPlugEvent& event) {
     const std::string name = event.camera.name + " (" + event.camera.serial + ")";
     Announce(event.connected ? "info" : "warning", name + (event.connected ? " was plugged in" : " was unplugged"));
     if (!event.connected) return;
-    const bool ours = m_WantedSerial.empty() || m_WantedSerial == event.camera.serial;
+    const bool ours = IsWanted(event.camera);
     if (m_Camera.IsOpen() && (!m_Camera.Camera().link_lost() || !ours)) return;
     if (m_Camera.IsOpen()) {
         // There is another object for it now than the one that is open.
@@ -190,6 +212,12 @@ void CameraHub::Plugged(const zel::HotPlugEvent& event) {
     AnnounceCamera();
 }
 
+bool CameraHub::IsWanted(const zel::CameraInfo& camera) const {
+    if (!m_WantedSerial.empty()) return camera.serial == m_WantedSerial;
+    const std::string& wanted = m_Options.camera;
+    return wanted.empty() || wanted == camera.serial || wanted == std::to_string(camera.number);
+}
+
 void CameraHub::CameraChanged(const zel::CameraEvent& event) {
     if (!m_Camera.IsOpen()) return;
     switch (event.kind) {
@@ -200,6 +228,7 @@ void CameraHub::CameraChanged(const zel::CameraEvent& event) {
             if (ours != m_Cameras.end()) ours->present = false;
             AnnounceCameras();
             Announce("warning", m_Camera.Camera().info().name + ": the link is lost");
+            EndRecording("link lost");
             const std::lock_guard lock(m_ConditionMutex);
             m_Condition.link_lost = true;
             return;
@@ -216,6 +245,7 @@ void CameraHub::LinkBack() {
     for (KnownCamera& camera : m_Cameras) camera.present = camera.present || camera.info.serial == m_WantedSerial;
     AnnounceCameras();
     for (const std::string& refused : m_Camera.Restore()) Announce("error", refused);
+    m_Parameters.Expect();
     Announce("info", m_Camera.Camera().info().name + " is back with its settings" +
                          (m_Camera.Runs() ? ", and runs again" : ""));
     AnnounceCamera();
@@ -250,7 +280,12 @@ Json CameraHub::CamerasMessage() const {
 }
 
 void CameraHub::AnnounceCamera() {
-    if (m_Camera.IsOpen()) Poll();
+    if (m_Camera.IsOpen()) {
+        Poll();
+    } else {
+        const std::lock_guard lock(m_ConditionMutex);
+        m_Condition = {};
+    }
     m_Pages.SendTextToAll(MessageText(CameraMessage()));
 }
 
@@ -273,7 +308,7 @@ Json CameraHub::CameraMessage() {
     json["sensor"] = {{"width", camera.number(ZEL_PARAM_HSIZE)}, {"height", camera.number(ZEL_PARAM_VSIZE)}};
     json["cfa_phase"] = monochrome ? Json() : Json(camera.number(ZEL_PARAM_COLOR_FILTER_PHASE));
     json["taps"] = 1 << std::clamp(camera.number(ZEL_PARAM_TAPS_INDEX), 0LL, 2LL);
-    json["calibration"] = {{"available", m_Camera.HasCalibration()}, {"on", m_Camera.IsCalibrated()}};
+    json["calibration"] = {{"available", !m_Camera.LacksCalibration()}, {"on", m_Camera.IsCalibrated()}};
     json["color"] = {{"on", color.has_value()},
                      {"space", color ? Json(kColorSpaces[static_cast<std::size_t>(*color)]) : Json()},
                      {"spaces", monochrome ? Json::array() : Json(kColorSpaces)}};

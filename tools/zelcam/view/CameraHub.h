@@ -18,6 +18,7 @@
 #include "tools/zelcam/view/JobQueue.h"
 #include "tools/zelcam/view/OpenCamera.h"
 #include "tools/zelcam/view/ParameterList.h"
+#include "tools/zelcam/view/ViewRecording.h"
 #include "tools/zelcam/view/ViewServer.h"
 #include "zel/Sdk.h"
 
@@ -41,6 +42,9 @@ class CameraHub {
     void OnRun(std::function<void()> handler) { m_Camera.OnRun(std::move(handler)); }
     // Opens a camera and starts it, when there is one. Throws when it does not take the settings of the command line.
     void Begin();
+
+    // Closes the camera; nobody is told anything afterwards. The same as the end of this object.
+    void End();
 
     // A page has come: tells it everything.
     void Welcome(int client);
@@ -67,6 +71,7 @@ class CameraHub {
     void TellLosses(const CameraCondition& condition);
     void Search();
     void Plugged(const zel::HotPlugEvent& event);
+    bool IsWanted(const zel::CameraInfo& camera) const;
     void CameraChanged(const zel::CameraEvent& event);
     void LinkBack();
     void OpenNumber(int number);
@@ -77,6 +82,8 @@ class CameraHub {
     Json CamerasMessage() const;
     Json CameraMessage();
     void AnnounceParameter(unsigned id);
+    // Result: what became of the recording; empty when none ran.
+    std::string EndRecording(const std::string& reason);
 
     // CameraRequests.cpp
     Answer Carry(const Json& message);
@@ -98,6 +105,8 @@ class CameraHub {
     Answer Quit(const Json& message);
     // Null when none came in time, or somebody asks for something else.
     LiveFramePointer WaitForFrame(std::uint64_t sequence) const;
+    void RequireNoRecording() const;
+    bool ChangeStopped(const std::function<void()>& change);
     Answer RegionAnswer(const zel::SetResult& result, bool restarted);
 
     HubOptions m_Options;
@@ -119,6 +128,7 @@ class CameraHub {
     bool m_SettingsDue = true;
     std::string m_WantedSerial;  // of the camera that is open, or was when it was unplugged
     ParameterList m_Parameters;
+    ViewRecording m_Recording;
     std::uint64_t m_ToldLost = 0;
     std::chrono::steady_clock::time_point m_NextPoll{};
     std::chrono::steady_clock::time_point m_NextSearch{};

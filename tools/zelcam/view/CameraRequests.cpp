@@ -23,6 +23,9 @@ constexpr int kMostTries = 12;
 constexpr int kFramesUnderWay = 2;
 constexpr long long kLongestExposureUs = 2000000;  // that is tried without being asked for
 constexpr std::chrono::milliseconds kFrameCheck{50};
+constexpr unsigned kMostRecorded = 1000000000;  // frames or seconds
+// In the order of zel::record::Compression.
+constexpr const char* kCompressions[] = {"none", "deflate", "zstd"};
 constexpr const char* kRestarted = "; the camera was started again for it";
 
 [[noreturn]] void RefuseRequest(const std::string& what, const std::string& why, const std::string& advice = "") {
@@ -63,7 +66,18 @@ zel::Camera& CameraHub::Needed() const {
     return m_Camera.Camera();
 }
 
+// A recording is of one run: what would end it has to wait.
+void CameraHub::RequireNoRecording() const {
+    if (m_Recording.Runs()) RefuseRequest("this can't be done", "a recording runs", "end it first");
+}
+
+bool CameraHub::ChangeStopped(const std::function<void()>& change) {
+    if (m_Camera.Runs()) RequireNoRecording();
+    return m_Camera.ChangeStopped(change);
+}
+
 CameraHub::Answer CameraHub::Open(const Json& message) {
+    RequireNoRecording();
     const std::string wanted = TextIn(message, "camera", kLongestName);
     const auto found = std::find_if(m_Cameras.begin(), m_Cameras.end(), [&](const KnownCamera& camera) {
         return camera.present && camera.info.serial == wanted;
@@ -117,7 +131,7 @@ CameraHub::Answer CameraHub::TriggerMode(const Json& message) {
     const zel::Trigger trigger = mode == "free"       ? zel::Trigger::as_set
                                  : mode == "software" ? zel::Trigger::software
                                                       : zel::Trigger::hardware;
-    const bool restarted = m_Camera.ChangeStopped([&] { m_Camera.SetTrigger(trigger); });
+    const bool restarted = ChangeStopped([&] { m_Camera.SetTrigger(trigger); });
     m_Parameters.Expect();
     AnnounceCamera();
     return {"frames start " + std::string(mode == "free" ? "by themselves" : "with the " + mode + " trigger") +
@@ -133,12 +147,13 @@ CameraHub::Answer CameraHub::Set(const Json& message) {
     bool restarted = false;
     const auto write = [&] { result = m_Camera.Set(info.id, value); };
     if (NeedsRestart(info.id)) {
-        restarted = m_Camera.ChangeStopped(write);
+        restarted = ChangeStopped(write);
     } else {
         write();
     }
     AnnounceParameter(info.id);
     m_Parameters.Expect();
+    m_Recording.SetGain(static_cast<std::int32_t>(m_Camera.Camera().number(ZEL_PARAM_GAIN)));
     if (NeedsRestart(info.id)) AnnounceCamera();
     if (!result) throw Failure(result.text(), result.reason, "", kRefused);
     Json json = ToJson(result);
@@ -161,7 +176,7 @@ CameraHub::Answer CameraHub::Region(const Json& message) {
         region = {area.x, area.y, area.width, area.height};
     }
     zel::SetResult result;
-    const bool restarted = m_Camera.ChangeStopped([&] { result = camera.set_region(region); });
+    const bool restarted = ChangeStopped([&] { result = camera.set_region(region); });
     return RegionAnswer(result, restarted);
 }
 
@@ -169,14 +184,14 @@ CameraHub::Answer CameraHub::Binning(const Json& message) {
     zel::Camera& camera = Needed();
     const zel::Binning binning{NumberIn(message, "x", 1, kLargestBinning), NumberIn(message, "y", 1, kLargestBinning)};
     zel::SetResult result;
-    const bool restarted = m_Camera.ChangeStopped([&] { result = camera.set_binning(binning); });
+    const bool restarted = ChangeStopped([&] { result = camera.set_binning(binning); });
     return RegionAnswer(result, restarted);
 }
 
 CameraHub::Answer CameraHub::Averaging(const Json& message) {
     Needed();
     const auto frames = static_cast<int>(NumberIn(message, "frames", 0, kMostAveraged));
-    const bool restarted = m_Camera.ChangeStopped([&] { m_Camera.SetAveraging(frames); });
+    const bool restarted = ChangeStopped([&] { m_Camera.SetAveraging(frames); });
     AnnounceCamera();
     const std::string text = frames > 1 ? "each frame is the mean of " + std::to_string(frames) : "no averaging";
     return {text + (restarted ? kRestarted : ""), {}};
@@ -184,6 +199,7 @@ CameraHub::Answer CameraHub::Averaging(const Json& message) {
 
 CameraHub::Answer CameraHub::Calibration(const Json& message) {
     Needed();
+    RequireNoRecording();
     const bool on = FlagIn(message, "on");
     const bool done = m_Camera.SetCalibration(on);
     AnnounceCamera();
@@ -200,7 +216,7 @@ CameraHub::Answer CameraHub::Color(const Json& message) {
         if (found == kColorSpaces.end()) RefuseRequest("color space '" + name + "'", "there is none");
         space = static_cast<zel::ColorSpace>(found - kColorSpaces.begin());
     }
-    const bool restarted = m_Camera.ChangeStopped([&] { m_Camera.SetColor(space); });
+    const bool restarted = ChangeStopped([&] { m_Camera.SetColor(space); });
     AnnounceCamera();
     return {std::string(space ? "frames come in color" : "frames come in grey") + (restarted ? kRestarted : ""), {}};
 }
@@ -273,7 +289,26 @@ CameraHub::Answer CameraHub::Snapshot(const Json& message) {
     return {"saved as " + file, {{"file", file}, {"frame", live->frame.number()}}};
 }
 
-CameraHub::Answer CameraHub::Record(const Json&) { RefuseRequest("record", "it is not there yet"); }
+CameraHub::Answer CameraHub::Record(const Json& message) {
+    Needed();
+    if (!FlagIn(message, "on")) {
+        if (!m_Recording.Runs()) RefuseRequest("there is nothing to end", "no recording runs");
+        return {EndRecording("ended by the user"), {}};
+    }
+    if (m_Recording.Runs()) RefuseRequest("nothing is recorded", "a recording runs already");
+    if (!m_Camera.Runs()) RefuseRequest("nothing is recorded", "the camera does not run", "start it");
+    RecordingWish wish;
+    wish.folder = m_Options.folder;
+    if (Has(message, "frames")) wish.frames = NumberIn(message, "frames", 0, kMostRecorded);
+    if (Has(message, "seconds")) wish.seconds = RealIn(message, "seconds", 0.0, kMostRecorded);
+    const std::string compress = Has(message, "compress") ? TextIn(message, "compress", kLongestName) : "none";
+    const auto found = std::find(std::begin(kCompressions), std::end(kCompressions), compress);
+    if (found == std::end(kCompressions)) RefuseRequest("compression '" + compress + "'", "there is none");
+    wish.compression = static_cast<zel::record::Compression>(found - std::begin(kCompressions));
+    wish.averaged = m_Camera.Averaging();
+    const std::string file = m_Recording.Begin(m_Camera.Shared(), wish);
+    return {"frames go to " + file, {{"file", file}}};
+}
 
 CameraHub::Answer CameraHub::Quit(const Json&) {
     m_Quit = true;

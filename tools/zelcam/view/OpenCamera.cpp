@@ -39,7 +39,7 @@ void OpenCamera::Open(int number, zel::CameraEventHandler on_event) {
     m_Trigger = zel::Trigger::as_set;
     m_Averaging = 0;
     m_Color.reset();
-    m_CalibrationOn = m_HasCalibration = false;
+    m_CalibrationOn = m_HasCalibration = m_CalibrationMissing = false;
     m_OnEvent = std::move(on_event);
     Connect(number, false);
     const long long buffers = BuffersFor(*m_Camera);
@@ -70,8 +70,15 @@ void OpenCamera::LetGoOfFrames() {
 
 void OpenCamera::Start() {
     m_Taker.End();
+    if (m_OnStop) m_OnStop();
     LetGoOfFrames();
-    m_Camera->start({.trigger = m_Trigger});
+    try {
+        m_Camera->start({.trigger = m_Trigger});
+    } catch (const zel::Error& error) {
+        // A camera that was unplugged runs when it is back.
+        m_Runs = error.kind() == zel::ErrorKind::link_lost || m_Camera->link_lost();
+        throw;
+    }
     m_Runs = true;
     if (m_OnRun) m_OnRun();
     m_Taker.Begin(m_Camera);
@@ -79,7 +86,12 @@ void OpenCamera::Start() {
 
 void OpenCamera::Stop() {
     m_Runs = false;
+    Halt();
+}
+
+void OpenCamera::Halt() {
     m_Taker.End();
+    if (m_OnStop && m_Camera) m_OnStop();
     if (m_Camera) m_Camera->stop();
 }
 
@@ -88,7 +100,7 @@ bool OpenCamera::ChangeStopped(const std::function<void()>& change) {
         change();
         return false;
     }
-    Stop();
+    Halt();
     try {
         change();
     } catch (...) {
@@ -167,6 +179,7 @@ bool OpenCamera::SetCalibration(bool on) {
         m_Camera->set_calibration(on);
     }
     m_CalibrationOn = on && m_HasCalibration;
+    m_CalibrationMissing = on && !m_HasCalibration;
     return m_HasCalibration || !on;
 }
 

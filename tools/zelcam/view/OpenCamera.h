@@ -26,6 +26,9 @@ class OpenCamera {
     // Called before frames of a new run can come.
     void OnRun(std::function<void()> handler) { m_OnRun = std::move(handler); }
 
+    // Called when a run has ended, before the camera changes.
+    void OnStop(std::function<void()> handler) { m_OnStop = std::move(handler); }
+
     // Closes the camera that is open, and opens another with nothing chosen yet. Throws zel::Error.
     void Open(int number, zel::CameraEventHandler on_event);
     // The same camera again, with everything that was chosen. Throws; then it may be closed.
@@ -34,6 +37,8 @@ class OpenCamera {
     bool IsOpen() const { return m_Camera != nullptr; }
     // There must be one.
     zel::Camera& Camera() const { return *m_Camera; }
+    // For whoever may need it a moment longer; it has to be let go before the camera is closed.
+    const std::shared_ptr<zel::Camera>& Shared() const { return m_Camera; }
 
     // Whether frames are wanted from it.
     bool Runs() const { return m_Runs; }
@@ -62,9 +67,12 @@ class OpenCamera {
     bool SetCalibration(bool on);
     bool IsCalibrated() const { return m_CalibrationOn; }
     bool HasCalibration() const { return m_HasCalibration; }
+    // Looked for and not found: it is looked for when it is wanted for the first time.
+    bool LacksCalibration() const { return m_CalibrationMissing; }
 
   private:
     void Forget(unsigned id);
+    void Halt();
     void Connect(int number, bool calibrated);
     // Has nobody hold a frame any more, since a new pool takes their memory.
     void LetGoOfFrames();
@@ -74,6 +82,7 @@ class OpenCamera {
     NewestFrame& m_Newest;
     FrameLoans& m_Loans;
     std::function<void()> m_OnRun;
+    std::function<void()> m_OnStop;
     zel::CameraEventHandler m_OnEvent;
     std::shared_ptr<zel::Camera> m_Camera;
     bool m_Runs = false;
@@ -84,6 +93,7 @@ class OpenCamera {
     std::optional<zel::ColorSpace> m_Color;
     bool m_CalibrationOn = false;
     bool m_HasCalibration = false;
+    bool m_CalibrationMissing = false;
 };
 
 }  // namespace zelcam

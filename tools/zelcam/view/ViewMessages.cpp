@@ -1,7 +1,6 @@
 #include "tools/zelcam/view/ViewMessages.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "tools/zelcam/text/Failure.h"
@@ -48,15 +47,20 @@ bool Has(const Json& message, const char* name) {
     return found != message.end() && !found->is_null();
 }
 
-unsigned NumberIn(const Json& message, const char* name, unsigned least, unsigned most) {
+double RealIn(const Json& message, const char* name, double least, double most) {
     const Json& member = Member(message, name);
     if (!member.is_number()) RefuseMember(std::string("'") + name + "'", "it is no number");
-    const double value = std::floor(member.get<double>());
+    const auto value = member.get<double>();
     // Also when it is no number at all.
     if (!(value >= least && value <= most)) {
-        RefuseMember(std::string("'") + name + "'", "outside " + std::to_string(least) + ".." + std::to_string(most));
+        const auto whole = [](double bound) { return std::to_string(static_cast<long long>(bound)); };
+        RefuseMember(std::string("'") + name + "'", "outside " + whole(least) + ".." + whole(most));
     }
-    return static_cast<unsigned>(value);
+    return value;
+}
+
+unsigned NumberIn(const Json& message, const char* name, unsigned least, unsigned most) {
+    return static_cast<unsigned>(RealIn(message, name, least, most));
 }
 
 bool FlagIn(const Json& message, const char* name) {

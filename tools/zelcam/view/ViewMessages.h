@@ -28,6 +28,7 @@ Json ParseMessage(std::string_view text);
 
 // Members that a request must have; throw Failure.
 unsigned NumberIn(const Json& message, const char* name, unsigned least, unsigned most);
+double RealIn(const Json& message, const char* name, double least, double most);
 bool FlagIn(const Json& message, const char* name);
 std::string TextIn(const Json& message, const char* name, std::size_t longest);
 // A member that may be missing or null.

@@ -1,21 +1,17 @@
-"""A browser and a viewer: for the tests of the page, its pictures and its figures."""
+"""A browser with the viewer's page: for its tests, its pictures and its figures."""
 
-import os
-import pathlib
-import re
 import shutil
-import subprocess
-import tempfile
 import time
 
 from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.by import By
 
+from viewer_client import PATIENCE
+
 FLAGS = ("--headless=new", "--no-sandbox", "--use-angle=swiftshader", "--enable-unsafe-swiftshader", "--disable-gpu-vsync",
          "--hide-scrollbars", "--disable-background-networking", "--disable-component-update", "--no-first-run",
          "--disable-dev-shm-usage")
-PATIENCE = 60  # seconds until a condition that never comes is a failure
 
 
 def find_program(*names):
@@ -33,39 +29,7 @@ def wait(condition, what):
         time.sleep(0.02)
 
 
-class Viewer:
-    """`zelcam view` with simulated cameras, in a folder of its own."""
-
-    def __init__(self, command, *arguments, **environment):
-        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="zel-view."))
-        known = {name: value for name, value in os.environ.items() if not name.startswith("ZEL_SIM_")}
-        simulated = {"CL_CAMERAS": "1", "EBUS_CAMERAS": "0", "USB_CAMERAS": "0", **environment}
-        self.process = subprocess.Popen(
-            [*command, "view", "--no-browser", "--out", "out", *arguments], cwd=self.folder, text=True,
-            stdout=subprocess.PIPE, env={**known, **{f"ZEL_SIM_{name}": value for name, value in simulated.items()}})
-        line = self.process.stdout.readline()
-        found = re.search(r"http://[^\s,]+", line)
-        if not found:
-            self.process.kill()
-            self.end()
-            raise AssertionError(f"{command} printed no address, but '{line}'")
-        self.address = found[0]
-
-    def files(self, pattern):
-        return sorted(self.folder.glob(f"**/{pattern}"))
-
-    def end(self):
-        """Waits for it; what it printed at its end. Who ends it is a page, or a signal."""
-        try:
-            return self.process.communicate(timeout=PATIENCE)[0]
-        finally:
-            self.process.kill()
-            shutil.rmtree(self.folder, ignore_errors=True)
-
-
-class Page:
-    """The browser with the page of a viewer."""
-
+class Browser:
     def __init__(self, width=1280, height=800):
         options = webdriver.ChromeOptions()
         options.binary_location = find_program("chromium")
@@ -74,6 +38,11 @@ class Page:
         options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
         self.driver = webdriver.Chrome(options=options, service=Service(find_program("chromedriver")))
         self.driver.set_script_timeout(PATIENCE)
+        # Tests can lose the connection of a page.
+        self.driver.execute_cdp_cmd("Page.addScriptToEvaluateOnNewDocument", {"source": """
+            window.WebSocket = class extends WebSocket {
+                constructor(...address) { super(...address); window.latestSocket = this; }
+            };"""})
 
     def size(self, width, height, scheme="dark"):
         self.driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": [
@@ -122,6 +91,15 @@ class Page:
 
     def errors(self):
         return [entry["message"] for entry in self.driver.get_log("browser")]
+
+    def quit(self, viewer):
+        """Ends a viewer as a user does it, also where a signal would reach something else (Wine); its exit code."""
+        try:
+            self.run("document.getElementById('quit').click()")
+            viewer.process.wait(PATIENCE)
+        finally:
+            code = viewer.end()
+        return code
 
     def end(self):
         self.driver.quit()

@@ -14,11 +14,16 @@ if not MISSING:
     from selenium.webdriver import ActionChains, Keys
     from selenium.webdriver.support.ui import Select
 
-    from browser import Page, Viewer, find_program, wait
+    from browser import Browser, find_program, wait
+    from viewer_client import Viewer
 
     MISSING = [name for name in ("chromium", "chromedriver") if find_program(name) is None]
 
 COMMAND = []
+
+
+def files(viewer, pattern):
+    return sorted(viewer.folder.glob(pattern))
 
 
 class ViewerPage(unittest.TestCase):
@@ -26,7 +31,7 @@ class ViewerPage(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        cls.page = Page()
+        cls.page = Browser()
 
     @classmethod
     def tearDownClass(cls):
@@ -40,13 +45,7 @@ class ViewerPage(unittest.TestCase):
         return viewer
 
     def quit(self, viewer):
-        """As a user does it: also where a signal would end something else than the program (Wine)."""
-        try:
-            self.page.run("document.getElementById('quit').click()")
-        finally:
-            printed = viewer.end()
-        self.assertIn("delivered", printed)
-        self.assertEqual(viewer.process.returncode, 0)
+        self.assertEqual(self.page.quit(viewer), 0)
         self.page.wait_text("lost", "connection to zelcam is lost")
         # What is left open goes on asking for a viewer that is gone; the browser reports each attempt.
         self.page.driver.get("about:blank")
@@ -65,10 +64,10 @@ class ViewerPage(unittest.TestCase):
 
     def snapshot(self, viewer):
         """The file that the page names, its pixels and what stands beside them."""
-        before = len(viewer.files("*.json"))
+        before = len(files(viewer, "*.json"))
         self.page.get("snapshot").click()
-        wait(lambda: len(viewer.files("*.json")) > before, "a snapshot")
-        file = max(viewer.files("*.tif"), key=lambda path: path.stat().st_mtime_ns)
+        wait(lambda: len(files(viewer, "*.json")) > before, "a snapshot")
+        file = max(files(viewer, "*.tif"), key=lambda path: path.stat().st_mtime_ns)
         self.page.wait_text("log", file.name)
         return tifffile.imread(file), json.loads(file.with_suffix(".json").read_text())
 
@@ -165,7 +164,7 @@ class ViewerPage(unittest.TestCase):
         page.keys("a")
         page.wait_text("messages", "Auto-contrast: black")
         page.keys("s")
-        wait(lambda: viewer.files("*.tif"), "a snapshot")
+        wait(lambda: files(viewer, "*.tif"), "a snapshot")
         page.keys("]")
         page.wait_text("log", "EXPOSURE_TIME_US", "13000")
         page.keys("/", "cooling_mode", Keys.TAB, Keys.TAB)
@@ -175,7 +174,7 @@ class ViewerPage(unittest.TestCase):
         page.keys(Keys.SHIFT, Keys.TAB, Keys.NULL)
         page.keys("?")
         wait(lambda: page.run("return document.getElementById('keys').open"), "the list of keys")
-        page.keys(Keys.ESCAPE)
+        page.keys(Keys.ENTER)
         wait(lambda: not page.run("return document.getElementById('keys').open"), "its end")
         # Everything that can be clicked can be reached, and has a name.
         self.assertEqual(page.run("""
@@ -214,6 +213,24 @@ class ViewerPage(unittest.TestCase):
         page.driver.close()
         page.driver.switch_to.window(first)
         page.wait_text("count-facts", "Pages that look1")
+        client = page.run("return document.documentElement.dataset.client")
+        page.run("latestSocket.close()")
+        wait(lambda: page.run("return document.documentElement.dataset.client") != client, "another connection")
+        self.wait_new_frame()
+        self.assertFalse(page.get("lost").is_displayed())
+
+    def test_recording(self):
+        viewer = self.view(SIZE="320x240")
+        page = self.page
+        page.get("record-frames").clear()
+        page.get("record-frames").send_keys("4")
+        page.get("record").click()
+        wait(lambda: page.get("record").get_attribute("aria-pressed") == "true" or files(viewer, "*.tif"), "the recording")
+        page.wait_text("log", "4 frames")
+        (file,) = files(viewer, "*.tif")
+        page.wait_text("log", file.name)
+        self.assertEqual(tifffile.imread(file).shape, (4, 240, 320))
+        self.expect_quiet_console()
 
     def test_color_in_color(self):
         self.view("--color", CL_CAMERAS="0", USB_CAMERAS="1", SIZE="320x240")

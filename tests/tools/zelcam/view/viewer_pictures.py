@@ -6,11 +6,12 @@ import sys
 
 from selenium.webdriver import ActionChains
 
-from browser import Page, Viewer, wait
+from browser import Browser, wait
+from viewer_client import Viewer
 
 
 def open_page(page, zelcam, size, scheme, *arguments, **environment):
-    viewer = Viewer([os.path.abspath(zelcam)], *arguments, MOTION="all", **environment)
+    viewer = Viewer([os.path.abspath(zelcam)], *arguments, **environment)
     page.size(*size, scheme)
     page.open(viewer.address)
     wait(lambda: "black" in page.text("log"), "the first contrast")
@@ -23,8 +24,7 @@ def take(page, viewer, file):
     # What is said for a moment would hide a part of the picture.
     page.run("document.getElementById('messages').replaceChildren()")
     page.driver.save_screenshot(str(file))
-    page.run("document.getElementById('quit').click()")
-    viewer.end()
+    page.quit(viewer)
 
 
 def drag(page, tool, start, end):
@@ -36,9 +36,9 @@ def drag(page, tool, start, end):
 
 def main(zelcam, folder):
     folder = pathlib.Path(folder)
-    page = Page()
+    page = Browser()
     try:
-        viewer = open_page(page, zelcam, (1280, 800), "dark")
+        viewer = open_page(page, zelcam, (1280, 800), "dark", MOTION="all")
         take(page, viewer, folder / "viewer-dark.png")
 
         viewer = open_page(page, zelcam, (1280, 800), "light")
@@ -48,9 +48,9 @@ def main(zelcam, folder):
         wait(lambda: page.get("profile").is_displayed() and page.text("region-facts"), "the measurements")
         take(page, viewer, folder / "viewer-light.png")
 
-        viewer = open_page(page, zelcam, (1280, 800), "dark", "--color", CL_CAMERAS="0", USB_CAMERAS="1")
+        viewer = open_page(page, zelcam, (1280, 800), "dark", "--color", "--average", "16",
+                           CL_CAMERAS="0", USB_CAMERAS="1", PACE="none")
         page.run("document.getElementById('tab-frames').click()")
-        wait(lambda: int(page.run("return document.querySelector('#count-facts dd').textContent") or 0) > 50, "fifty frames")
         take(page, viewer, folder / "viewer-color.png")
 
         viewer = open_page(page, zelcam, (360, 740), "dark")

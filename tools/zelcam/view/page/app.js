@@ -179,7 +179,7 @@ byId("save-view").addEventListener("click", () => {
     canvas.toBlob((blob) => {
         const link = make("a", { href: URL.createObjectURL(blob), download: `${camera?.serial ?? "view"}_frame${stage.picture.last.frame}.png` });
         link.click();
-        URL.revokeObjectURL(link.href);
+        setTimeout(() => URL.revokeObjectURL(link.href), 10000);  // once the browser has read it
         messages.say(`${link.download} is saved, ${pixels.width} × ${pixels.height}`);
     });
 });

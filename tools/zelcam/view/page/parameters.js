@@ -64,7 +64,7 @@ export class Parameters {
             parameter,
             control,
             range: make("span", { class: "range", text: rangeOf(parameter) }),
-            says: make("p", { class: "says", role: "status" }),
+            says: make("p", { class: "says" }),
         };
         row.element = make("div", { class: "parameter" }, make("label", { for: id }, ...breakable(parameter.name)), control,
                            make("span", { class: "unit", text: parameter.unit ?? "" }),

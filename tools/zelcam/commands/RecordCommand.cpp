@@ -189,7 +189,7 @@ class RecordCommand : public Command {
 
     std::size_t BuffersFor(const zel::Camera& camera, const RecordingFacts& facts) const {
         const std::uint64_t frame = std::max<std::uint64_t>(PoolBytes(camera), 1);
-        if (m_Ring <= 0.0) return std::clamp<std::size_t>(kPoolBytes / frame, kLeastBuffers, kMostBuffers);
+        if (m_Ring <= 0.0) return std::clamp(static_cast<std::size_t>(kPoolBytes / frame), kLeastBuffers, kMostBuffers);
         const auto frames = static_cast<std::size_t>(m_Ring * facts.frames_per_second / m_Every) + 2;
         const double bytes = static_cast<double>(frames) * static_cast<double>(frame);
         const std::uint64_t memory = zel::platform::AvailablePhysicalMemory();

@@ -38,6 +38,11 @@ class Browser:
         options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
         self.driver = webdriver.Chrome(options=options, service=Service(find_program("chromedriver")))
         self.driver.set_script_timeout(PATIENCE)
+        # Tests can lose the connection of a page.
+        self.driver.execute_cdp_cmd("Page.addScriptToEvaluateOnNewDocument", {"source": """
+            window.WebSocket = class extends WebSocket {
+                constructor(...address) { super(...address); window.latestSocket = this; }
+            };"""})
 
     def size(self, width, height, scheme="dark"):
         self.driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": [

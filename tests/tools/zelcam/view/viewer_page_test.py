@@ -213,6 +213,11 @@ class ViewerPage(unittest.TestCase):
         page.driver.close()
         page.driver.switch_to.window(first)
         page.wait_text("count-facts", "Pages that look1")
+        client = page.run("return document.documentElement.dataset.client")
+        page.run("latestSocket.close()")
+        wait(lambda: page.run("return document.documentElement.dataset.client") != client, "another connection")
+        self.wait_new_frame()
+        self.assertFalse(page.get("lost").is_displayed())
 
     def test_recording(self):
         viewer = self.view(SIZE="320x240")

@@ -49,7 +49,7 @@ def main(zelcam, folder):
         take(page, viewer, folder / "viewer-light.png")
 
         viewer = open_page(page, zelcam, (1280, 800), "dark", "--color", "--average", "16",
-                           CL_CAMERAS="0", USB_CAMERAS="1", PACE="none")
+                           CL_CAMERAS="0", USB_CAMERAS="1")
         page.run("document.getElementById('tab-frames').click()")
         take(page, viewer, folder / "viewer-color.png")
 

@@ -15,15 +15,8 @@
 
 namespace zel::record {
 
-namespace {
-
-constexpr std::uint32_t kLongestSide = 65535;
-constexpr std::uint64_t kMostSamples = std::uint64_t{1} << 28;
-constexpr std::uint64_t kLargestTile = std::uint64_t{1} << 25;  // samples
-constexpr std::uint32_t kReducedPicture = 1;                    // a smaller form of another page
-
 // How the samples of a page lie in the file.
-struct Layout {
+struct PageLayout {
     std::uint32_t width = 0;
     std::uint32_t height = 0;
     std::uint32_t bytes = 0;        // of a sample
@@ -31,10 +24,17 @@ struct Layout {
     std::uint32_t tile_height = 0;  // of a strip: its rows
     bool inverted = false;          // 0 is white
 
-    bool SamePicture(const Layout& other) const {
+    bool SamePicture(const PageLayout& other) const {
         return width == other.width && height == other.height && bytes == other.bytes;
     }
 };
+
+namespace {
+
+constexpr std::uint32_t kLongestSide = 65535;
+constexpr std::uint64_t kMostSamples = std::uint64_t{1} << 28;
+constexpr std::uint64_t kLargestTile = std::uint64_t{1} << 25;  // samples
+constexpr std::uint32_t kReducedPicture = 1;                    // a smaller form of another page
 
 std::string SizeText(std::uint32_t width, std::uint32_t height) {
     return std::to_string(width) + " x " + std::to_string(height);
@@ -46,7 +46,7 @@ Value Field(TIFF* tiff, std::uint32_t tag, Value otherwise) {
     return TIFFGetField(tiff, tag, &value) ? value : otherwise;
 }
 
-void CheckSamples(TIFF* tiff, Layout& layout) {
+void CheckSamples(TIFF* tiff, PageLayout& layout) {
     const auto bits = Field<std::uint16_t>(tiff, TIFFTAG_BITSPERSAMPLE, 1);
     const auto channels = Field<std::uint16_t>(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
     const auto format = Field<std::uint16_t>(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
@@ -64,8 +64,8 @@ void CheckSamples(TIFF* tiff, Layout& layout) {
 }
 
 // Of the current directory. Throws RecordError when it is no picture that can be read.
-Layout ReadLayout(TIFF* tiff) {
-    Layout layout;
+PageLayout ReadLayout(TIFF* tiff) {
+    PageLayout layout;
     layout.width = Field<std::uint32_t>(tiff, TIFFTAG_IMAGEWIDTH, 0);
     layout.height = Field<std::uint32_t>(tiff, TIFFTAG_IMAGELENGTH, 0);
     const auto good = [](std::uint32_t side) { return side >= 1 && side <= kLongestSide; };
@@ -89,14 +89,14 @@ Layout ReadLayout(TIFF* tiff) {
     return layout;
 }
 
-std::uint32_t RowsOfStrip(const Layout& layout, std::uint32_t strip) {
+std::uint32_t RowsOfStrip(const PageLayout& layout, std::uint32_t strip) {
     return std::min(layout.tile_height, layout.height - strip * layout.tile_height);
 }
 
-std::uint32_t Strips(const Layout& layout) { return (layout.height + layout.tile_height - 1) / layout.tile_height; }
+std::uint32_t Strips(const PageLayout& layout) { return (layout.height + layout.tile_height - 1) / layout.tile_height; }
 
 // Whether all of the current directory's samples lie in the file.
-bool IsWhole(TIFF* tiff, const Layout& layout, std::uint64_t file_size) {
+bool IsWhole(TIFF* tiff, const PageLayout& layout, std::uint64_t file_size) {
     const bool strips = layout.tile_width == 0;
     const bool plain = Field<std::uint16_t>(tiff, TIFFTAG_COMPRESSION, COMPRESSION_NONE) == COMPRESSION_NONE;
     const std::uint32_t parts = strips ? Strips(layout) : TIFFNumberOfTiles(tiff);
@@ -120,13 +120,13 @@ unsigned SignificantBits(TIFF* tiff, unsigned bits) {
     return said >= 1 && said <= bits ? static_cast<unsigned>(said) : bits;
 }
 
-bool MakesSense(const RecordingFacts& facts, const Layout& layout) {
+bool MakesSense(const RecordingFacts& facts, const PageLayout& layout) {
     return facts.width == layout.width && facts.height == layout.height && facts.bits >= 1 &&
            facts.bits <= layout.bytes * 8 && facts.cfa_phase >= 0 && facts.cfa_phase <= 4 &&
            std::isfinite(facts.frames_per_second) && facts.frames_per_second >= 0.0 && std::isfinite(facts.pixel_um);
 }
 
-void Spread(std::span<const std::uint8_t> bytes, const Layout& layout, std::uint16_t* to) {
+void Spread(std::span<const std::uint8_t> bytes, const PageLayout& layout, std::uint16_t* to) {
     if (layout.bytes == 2) {
         std::memcpy(to, bytes.data(), bytes.size());
     } else {
@@ -141,9 +141,9 @@ struct RecordingReader::State {
 
     void ReadFirstPage();
     void WalkPages(std::size_t most);
-    bool AddPage(const Layout& layout);
-    void ReadStrips(const Layout& layout, std::span<std::uint16_t> samples);
-    void ReadTiles(const Layout& layout, std::span<std::uint16_t> samples);
+    bool AddPage(const PageLayout& layout);
+    void ReadStrips(const PageLayout& layout, std::span<std::uint16_t> samples);
+    void ReadTiles(const PageLayout& layout, std::span<std::uint16_t> samples);
 
     TiffInput file;
     TIFF* const tiff;
@@ -151,7 +151,7 @@ struct RecordingReader::State {
     RecordingFacts facts;
     std::optional<RecordingEnd> end;
     std::string cut_off;
-    Layout first;
+    PageLayout first;
     std::vector<std::uint64_t> pages;  // where they begin
     std::vector<FrameFacts> frames;
     std::vector<std::uint8_t> part;  // a strip or a tile
@@ -194,7 +194,7 @@ void RecordingReader::State::WalkPages(std::size_t most) {
     cut_off = "page " + std::to_string(passed.size() + 1) + " can't be read";
 }
 
-bool RecordingReader::State::AddPage(const Layout& layout) {
+bool RecordingReader::State::AddPage(const PageLayout& layout) {
     const std::string number = std::to_string(pages.size() + 1);
     if (!layout.SamePicture(first)) throw RecordError("page " + number + " is of another size or kind than the first");
     if (!IsWhole(tiff, layout, file.Size())) {
@@ -209,7 +209,7 @@ bool RecordingReader::State::AddPage(const Layout& layout) {
     return true;
 }
 
-void RecordingReader::State::ReadStrips(const Layout& layout, std::span<std::uint16_t> samples) {
+void RecordingReader::State::ReadStrips(const PageLayout& layout, std::span<std::uint16_t> samples) {
     for (std::uint32_t i = 0; i < Strips(layout); ++i) {
         const std::size_t count = std::size_t{RowsOfStrip(layout, i)} * layout.width;
         std::uint16_t* const to = samples.data() + std::size_t{i} * layout.tile_height * layout.width;
@@ -221,7 +221,7 @@ void RecordingReader::State::ReadStrips(const Layout& layout, std::span<std::uin
     }
 }
 
-void RecordingReader::State::ReadTiles(const Layout& layout, std::span<std::uint16_t> samples) {
+void RecordingReader::State::ReadTiles(const PageLayout& layout, std::span<std::uint16_t> samples) {
     const std::size_t tile_row = std::size_t{layout.tile_width} * layout.bytes;
     part.resize(tile_row * layout.tile_height);
     const auto size = static_cast<tmsize_t>(part.size());
@@ -260,7 +260,7 @@ void RecordingReader::Read(std::size_t index, std::span<std::uint16_t> samples) 
     State& state = *m_State;
     if (index >= state.pages.size()) throw RecordError("it has no frame " + std::to_string(index));
     if (!TIFFSetSubDirectory(state.tiff, state.pages[index])) state.file.Fail("its page can't be read");
-    const Layout layout = ReadLayout(state.tiff);
+    const PageLayout layout = ReadLayout(state.tiff);
     if (!layout.SamePicture(state.first)) throw RecordError("the file has changed");
     samples = samples.first(std::size_t{layout.width} * layout.height);
     if (layout.tile_width == 0) {

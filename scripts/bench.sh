@@ -3,7 +3,8 @@
 #
 #   scripts/bench.sh [--only NAME,...] [--variant NAME] [--json FILE] [--compare OLD.json] [--markdown | --page] [--windows]
 #
-#   --only      these programs, named as in bench/ (frame, tap, color, pool, camera, layer, file, stream, saving, tool)
+#   --only      these programs, named as in bench/ (frame, tap, color, pool, camera, layer, file, stream, record,
+#               saving, tool)
 #   --variant   the frame path with the kernels scalar, avx2, avx2-without-gathers or avx512 instead of the fastest
 #   --json      FILE gets machine, date, command and a list of figures, each with median and spread
 #   --compare   what moved against a file of --json, and by how much beyond the spread of both runs
@@ -21,7 +22,7 @@ while [ $# -gt 0 ]; do
     --markdown) markdown=1 && shift ;;
     --page) page=1 && markdown=1 && shift ;;
     --windows) windows=1 && shift ;;
-    *) sed -n '2,13s/^# \{0,1\}//p' "$0" >&2 && exit 2 ;;
+    *) sed -n '2,14s/^# \{0,1\}//p' "$0" >&2 && exit 2 ;;
     esac
 done
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"

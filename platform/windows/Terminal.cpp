@@ -55,7 +55,7 @@ Typed WaitForLine(unsigned milliseconds) {
         const bool enter = record.EventType == KEY_EVENT && key.bKeyDown && key.wVirtualKeyCode == VK_RETURN;
         return enter ? Typed::kLine : Typed::kNothing;
     }
-    // A pipe can't be waited for.
+    // A pipe can't be waited for; where it can't be looked into either (Wine's from Linux), nothing is read.
     DWORD waiting = 0;
     if (GetFileType(input) == FILE_TYPE_PIPE) {
         if (!PeekNamedPipe(input, nullptr, 0, nullptr, &waiting, nullptr)) return Typed::kEnded;

@@ -49,7 +49,8 @@ TEST(RecordingReaderTest, ARecordingThatWasCutOffHasEveryWholeFrame) {
     Record(file, {.width = 20, .height = 12, .bits = 14}, pictures, false);
     const std::string bytes = file.Bytes();
     std::size_t most = 0;
-    for (std::size_t size = 0; size <= bytes.size(); size += size % 64 == 0 ? 1 : 7) {
+    for (std::size_t size = 0; size <= bytes.size();
+         size += size == bytes.size() ? 1 : std::min<std::size_t>(151, bytes.size() - size)) {
         const TemporaryFile cut(bytes.substr(0, size));
         try {
             RecordingReader reader(cut.Path());
@@ -191,7 +192,7 @@ TEST(RecordingReaderTest, RefusesWhatMakesNoSenseWithAReason) {
         {MadeByHand({{278, 0}}), ""},
         {MadeByHand({{32997, 5}}), ""},
         {MadeByHand({{273, 5000}}), "no whole frame"},
-        {MadeByHand({{322, 1u << 30}, {323, 1u << 30}, {324, kData}, {325, 48}}), "tiles of 1073741824 x 1073741824"},
+        {MadeByHand({{322, 20000}, {323, 20000}, {324, kData}, {325, 48}}), "tiles of 20000 x 20000"},
         {MadeByHand({{322, 0}, {323, 16}, {324, kData}, {325, 48}}), ""},
         {MadeByHand({{65200, 0, "{}"}}), "makes no sense"},
         {MadeByHand({{65200, 0, "no text of facts"}}), "makes no sense"},

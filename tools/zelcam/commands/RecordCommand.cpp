@@ -189,7 +189,7 @@ class RecordCommand : public Command {
 
     std::size_t BuffersFor(const zel::Camera& camera, const RecordingFacts& facts) const {
         const std::uint64_t frame = std::max<std::uint64_t>(PoolBytes(camera), 1);
-        if (m_Ring <= 0.0) return std::clamp<std::size_t>(kPoolBytes / frame, kLeastBuffers, kMostBuffers);
+        if (m_Ring <= 0.0) return std::clamp(static_cast<std::size_t>(kPoolBytes / frame), kLeastBuffers, kMostBuffers);
         const auto frames = static_cast<std::size_t>(m_Ring * facts.frames_per_second / m_Every) + 2;
         const double bytes = static_cast<double>(frames) * static_cast<double>(frame);
         const std::uint64_t memory = zel::platform::AvailablePhysicalMemory();
@@ -289,7 +289,7 @@ class RecordCommand : public Command {
 
     // Also what the loop's time goes by: what the user asks for within it counts once.
     void LookForRequests(std::list<RecordRun>& runs) {
-        auto end = Clock::now() + kLook;
+        auto end = Clock::now() + (m_Begun ? kLook : kLook / 20);
         if (m_Seconds > 0.0 && m_Begun) {
             end = std::min(
                 end, *m_Begun + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(m_Seconds)));

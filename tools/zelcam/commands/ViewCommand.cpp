@@ -40,6 +40,8 @@ class ViewCommand : public Command {
         command.add_option("-s,--seconds", m_Seconds, "End after so many seconds (default: with Ctrl-C)")
             ->check(SecondsBetween(0.01, 1e7));
         m_Hub.settings.Declare(command);
+        // The page waits for as long as the user looks.
+        command.remove_option(command.get_option("--timeout"));
         m_Hub.settings.DeclareProcessing(command);
         DeclareJson(command);
     }

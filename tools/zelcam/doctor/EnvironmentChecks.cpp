@@ -13,7 +13,7 @@ namespace {
 constexpr const char* kVariables[] = {
     "ZEL_LOG",           "ZEL_SIM_CL_CAMERAS",  "ZEL_SIM_EBUS_CAMERAS", "ZEL_SIM_USB_CAMERAS", "ZEL_SIM_SIZE",
     "ZEL_SIM_PACE",      "ZEL_SIM_SEED",        "ZEL_SIM_SCENE",        "ZEL_SIM_FILL",        "ZEL_SIM_TAPS",
-    "ZEL_SIM_CFA_PHASE", "ZEL_SIM_COLOR_SPACE", "ZEL_SIM_MOTION",       "ZEL_SIM_FAULTS"};
+    "ZEL_SIM_CFA_PHASE", "ZEL_SIM_COLOR_SPACE", "ZEL_SIM_MOTION",       "ZEL_SIM_FAULTS",      "ZEL_SIM_PLAY"};
 }  // namespace
 
 void CheckEnvironment(Examination& examination) {

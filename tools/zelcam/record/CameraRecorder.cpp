@@ -81,9 +81,9 @@ struct CameraRecorder::State {
     struct Item {
         std::shared_ptr<const zel::Frame> frame;
         FrameFacts facts;
-        LossTally before;          // when it was offered
-        std::string ends_file{};   // of the ring: why
-        std::uint64_t place = 0;   // in the order of writing
+        LossTally before;         // when it was offered
+        std::string ends_file{};  // of the ring: why
+        std::uint64_t place = 0;  // in the order of writing
     };
 
     State(const RecordingFacts& facts, RecorderOptions wanted, const RecordingSession& begun)

@@ -68,7 +68,7 @@ std::string SizeText(std::uint64_t bytes) {
     double value = static_cast<double>(bytes) / 1e3;
     std::size_t name = 0;
     for (; value >= 999.5 && name < 3; ++name) value /= 1e3;
-    return fmt::format("{:.{}f} {}", value, value < 9.95 ? 1 : 0, kNames[name]);
+    return fmt::format("{:.1f} {}", value, kNames[name]);
 }
 
 std::string DurationText(double seconds) {

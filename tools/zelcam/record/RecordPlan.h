@@ -20,7 +20,7 @@ struct Amount {
 // False for any other text, and for nothing at all.
 bool ParseAmount(const std::string& text, Amount& amount);
 
-// "839 MB", "1.2 GB"
+// "839.0 MB", "1.2 GB"
 std::string SizeText(std::uint64_t bytes);
 // "45 s", "12 min", "3 h"
 std::string DurationText(double seconds);

@@ -180,7 +180,8 @@ std::string RecordRun::Text() const {
                             SizeText(file.bytes));
     }
     text += fmt::format("{}: {} recorded", m_Camera.label(), Counted(sum.frames, "frame"));
-    if (Rate(status) > 0.0) text += fmt::format(" in {:.2f} s, {:.1f} frames/s", status.seconds, Rate(status));
+    if (sum.frames > 1 && Rate(status) > 0.0)
+        text += fmt::format(" in {:.2f} s, {:.1f} frames/s", status.seconds, Rate(status));
     text += fmt::format("; lost: {} on the link, {} without a free buffer, {} to the disk", sum.lost_link,
                         sum.lost_buffer, sum.lost_disk);
     if (sum.passed_over > 0) text += fmt::format("; {} passed over", sum.passed_over);

@@ -212,7 +212,7 @@ std::string ToText(const std::vector<RecordingReport>& reports) {
     const bool together = OneSession(reports);
     double earliest = std::numeric_limits<double>::max();
     for (const RecordingReport& report : reports) earliest = std::min(earliest, report.first_seconds);
-    TableRows rows{{"file", "camera", "frames", "first frame", "last frame", "frames/s", "missing", "state"}};
+    TableRows rows{{"file", "serial", "frames", "first frame", "last frame", "frames/s", "missing", "state"}};
     struct Line {
         double seconds;
         std::vector<std::string> words;

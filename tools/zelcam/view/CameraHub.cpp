@@ -43,7 +43,9 @@ CameraHub::CameraHub(const HubOptions& options, PageOutlet& pages, FrameTaker& t
     m_Camera.OnStop([this] { EndRecording(m_Camera.Camera().link_lost() ? "link lost" : "the camera was stopped"); });
 }
 
-CameraHub::~CameraHub() {
+CameraHub::~CameraHub() { End(); }
+
+void CameraHub::End() {
     m_Sdk.on_hot_plug(nullptr);
     m_Ending = true;
     m_Jobs.Post([] {});
@@ -108,7 +110,7 @@ void CameraHub::Idle() {
             Plugged({true, m_Cameras.front().info});
         }
     }
-    if (!m_Camera.IsOpen() || m_Camera.Camera().link_lost()) return;
+    if (!m_Camera.IsOpen() || m_Camera.Camera().link_lost()) return m_Parameters.ExpectNothing();
     if (m_Parameters.IsExpecting()) {
         const Json changed = m_Parameters.ReadNext(m_Camera.Camera());
         if (changed.is_null()) return;
@@ -196,7 +198,7 @@ void CameraHub::Plugged(const zel::HotPlugEvent& event) {
     const std::string name = event.camera.name + " (" + event.camera.serial + ")";
     Announce(event.connected ? "info" : "warning", name + (event.connected ? " was plugged in" : " was unplugged"));
     if (!event.connected) return;
-    const bool ours = m_WantedSerial.empty() || m_WantedSerial == event.camera.serial;
+    const bool ours = IsWanted(event.camera);
     if (m_Camera.IsOpen() && (!m_Camera.Camera().link_lost() || !ours)) return;
     if (m_Camera.IsOpen()) {
         // There is another object for it now than the one that is open.
@@ -208,6 +210,12 @@ void CameraHub::Plugged(const zel::HotPlugEvent& event) {
     FirstSettings();
     m_Camera.Start();
     AnnounceCamera();
+}
+
+bool CameraHub::IsWanted(const zel::CameraInfo& camera) const {
+    if (!m_WantedSerial.empty()) return camera.serial == m_WantedSerial;
+    const std::string& wanted = m_Options.camera;
+    return wanted.empty() || wanted == camera.serial || wanted == std::to_string(camera.number);
 }
 
 void CameraHub::CameraChanged(const zel::CameraEvent& event) {
@@ -237,6 +245,7 @@ void CameraHub::LinkBack() {
     for (KnownCamera& camera : m_Cameras) camera.present = camera.present || camera.info.serial == m_WantedSerial;
     AnnounceCameras();
     for (const std::string& refused : m_Camera.Restore()) Announce("error", refused);
+    m_Parameters.Expect();
     Announce("info", m_Camera.Camera().info().name + " is back with its settings" +
                          (m_Camera.Runs() ? ", and runs again" : ""));
     AnnounceCamera();
@@ -271,7 +280,12 @@ Json CameraHub::CamerasMessage() const {
 }
 
 void CameraHub::AnnounceCamera() {
-    if (m_Camera.IsOpen()) Poll();
+    if (m_Camera.IsOpen()) {
+        Poll();
+    } else {
+        const std::lock_guard lock(m_ConditionMutex);
+        m_Condition = {};
+    }
     m_Pages.SendTextToAll(MessageText(CameraMessage()));
 }
 

@@ -43,6 +43,9 @@ class CameraHub {
     // Opens a camera and starts it, when there is one. Throws when it does not take the settings of the command line.
     void Begin();
 
+    // Closes the camera; nobody is told anything afterwards. The same as the end of this object.
+    void End();
+
     // A page has come: tells it everything.
     void Welcome(int client);
     // A request of a page, which is answered.
@@ -68,6 +71,7 @@ class CameraHub {
     void TellLosses(const CameraCondition& condition);
     void Search();
     void Plugged(const zel::HotPlugEvent& event);
+    bool IsWanted(const zel::CameraInfo& camera) const;
     void CameraChanged(const zel::CameraEvent& event);
     void LinkBack();
     void OpenNumber(int number);

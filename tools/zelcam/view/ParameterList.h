@@ -25,6 +25,7 @@ class ParameterList {
 
     // A setting has changed, and others may have with it: all are to be read again.
     void Expect() { m_Left = m_Rows.size(); }
+    void ExpectNothing() { m_Left = 0; }
     bool IsExpecting() const { return m_Left > 0; }
     // Reads one of those; what it is now when it is another than it was, else null.
     Json ReadNext(const zel::Camera& camera);

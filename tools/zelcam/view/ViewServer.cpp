@@ -42,6 +42,7 @@ constexpr unsigned kLongestHeader = 8192;         // bytes
 constexpr std::chrono::seconds kRequestTime{10};  // for a request and its answer, and for a handshake
 constexpr std::chrono::seconds kSilence{20};      // a page that answers no ping for so long has left
 constexpr std::chrono::milliseconds kGoodBye{1000};
+constexpr std::chrono::milliseconds kPause{100};
 constexpr std::size_t kMostTexts = 512;  // that wait for a page, before it is given up
 constexpr std::size_t kMostTextBytes = 4u << 20;
 constexpr std::size_t kTextsInTime = 8;  // beyond, a page is behind
@@ -80,7 +81,7 @@ void ProtectPage(http::fields& fields, std::string_view host) {
 
 class ViewServer::Engine {
   public:
-    explicit Engine(const ServerOptions& options) : m_Acceptor(m_Context), m_GoodBye(m_Context) {
+    explicit Engine(const ServerOptions& options) : m_Acceptor(m_Context), m_GoodBye(m_Context), m_Pause(m_Context) {
         error_code error;
         const auto fail = [&] {
             if (!error) return;
@@ -109,7 +110,7 @@ class ViewServer::Engine {
     void Run(PageListener& listener) {
         m_Listener = &listener;
         Accept();
-        m_Thread = std::thread([this] { m_Context.run(); });
+        m_Thread = std::thread([this] { Work(); });
     }
     void End();
 
@@ -129,6 +130,7 @@ class ViewServer::Engine {
     class Connection;
     class Page;
 
+    void Work();
     void Accept();
     bool Join(int number, const std::weak_ptr<Page>& page);
     void Leave(int number);
@@ -146,6 +148,7 @@ class ViewServer::Engine {
     net::io_context m_Context{1};
     tcp::acceptor m_Acceptor;
     net::steady_timer m_GoodBye;
+    net::steady_timer m_Pause;
     std::thread m_Thread;
 };
 
@@ -358,10 +361,27 @@ class ViewServer::Engine::Connection : public std::enable_shared_from_this<Conne
     int m_Requests = 0;
 };
 
+// What fails without memory is one connection.
+void ViewServer::Engine::Work() {
+    while (true) {
+        try {
+            m_Context.run();
+            return;
+        } catch (const std::exception&) {
+        }
+    }
+}
+
 void ViewServer::Engine::Accept() {
     m_Acceptor.async_accept([this](error_code error, tcp::socket socket) {
         if (m_Ending || error == net::error::operation_aborted) return;
-        if (!error && m_Connections < kMostConnections) {
+        if (error) {
+            // Without a handle for the connection it stays in the queue, and asking for it again at once fails as well.
+            m_Pause.expires_after(kPause);
+            m_Pause.async_wait([this](error_code) { Accept(); });
+            return;
+        }
+        if (m_Connections < kMostConnections) {
             std::make_shared<Connection>(*this, std::move(socket))->Read();
         }
         Accept();

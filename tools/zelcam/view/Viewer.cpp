@@ -17,8 +17,11 @@ Viewer::Viewer(const ServerOptions& server, const HubOptions& hub)
     m_Server.Run(*this);
 }
 
-// Nobody asks for anything any more when the parts end.
-Viewer::~Viewer() { m_Server.End(); }
+// Nobody asks for anything any more, and no run begins, when the parts end.
+Viewer::~Viewer() {
+    m_Server.End();
+    m_Hub.End();
+}
 
 std::string Viewer::Summary() const {
     const TakenFrames taken = m_Taker.Taken();

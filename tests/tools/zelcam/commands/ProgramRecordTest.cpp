@@ -67,7 +67,7 @@ TEST_F(ProgramRecordTest, EndsThatAreNotItsOwnLeaveACompleteFile) {
         const char* reason;
     };
     const Case cases[] = {
-        {"unplugged", "@0.3 unplug 300101", "--seconds 60", kLinkLost, "link", "link lost"},
+        {"unplugged", "fault 0 unplug-frame after=3", "--seconds 600", kLinkLost, "link", "link lost"},
         {"stalled", "fault 0 stall 0 after=3", "--frames 10 --timeout 0.3", kTimeout, "no frame", "no frame came"},
         {"lost", "fault 0 lose after=3 times=2", "--frames 10", kFramesLost, "2 frames went missing", "frames"},
     };

@@ -61,8 +61,8 @@ TEST(Program, HelpIsThereForEveryCommand) {
     EXPECT_EQ(RunTool("help").out, help.out);
     for (const FailureKind& kind : kFailureKinds) EXPECT_THAT(help.out, HasSubstr(kind.code));
     for (const std::string command :
-         {"list", "info", "capture", "params", "get", "set", "trigger", "stream", "watch", "text", "calibrate",
-          "doctor", "completion", "manual", "version", "calibrate seams"}) {
+         {"list", "info", "capture", "params", "get", "set", "trigger", "stream", "record", "export", "view", "watch",
+          "text", "calibrate", "doctor", "completion", "manual", "version", "calibrate seams"}) {
         const ToolResult own = RunTool("help " + command);
         EXPECT_THAT(own.out, HasSubstr("--json")) << command;
         EXPECT_THAT(own.out, HasSubstr("Example: zelcam " + command)) << command;
@@ -117,8 +117,8 @@ TEST(Program, OutputThatDoesNotArriveIsAFailure) {
     const TemporaryFolder folder;
     for (const std::string& arguments : std::vector<std::string>{
              "--help", "--version", "list", "list --json", "info", "params", "get GAIN", "set GAIN=1", "text info",
-             "stream -n 2 --json", "watch -s 0.1", "trigger", "version", "doctor", "completion zsh",
-             "calibrate show --no-plot", "capture --out" + folder.Quoted("")}) {
+             "stream -n 2 --json", "watch -s 0.1", "view --no-browser -s 0.1", "trigger", "version", "doctor",
+             "completion zsh", "calibrate show --no-plot", "capture --out" + folder.Quoted("")}) {
         const ToolResult result = RunProgram("zelcam", arguments, "/dev/full");
         EXPECT_EQ(result.exit_code, kOutput.exit_code) << arguments;
         EXPECT_THAT(result.err, StartsWith("zelcam: the standard output can't be written: ")) << arguments;

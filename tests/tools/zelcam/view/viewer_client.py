@@ -28,6 +28,7 @@ class Viewer:
             [*command, "view", "--no-browser", "--json", *arguments], cwd=self.folder, text=True, stdout=subprocess.PIPE,
             env={**known, **{f"ZEL_SIM_{name}": value for name, value in cameras.items()}})
         Viewer.running.append(self)
+        self.port = None
         line = self.process.stdout.readline()
         assert line.strip(), "the viewer printed no address"
         self.address = json.loads(line)["address"]
@@ -66,11 +67,13 @@ class Viewer:
     def end(self):
         Viewer.running.remove(self)
         # A program that runs under another one does not get its signals.
-        if self.process.poll() is None:
+        if self.process.poll() is None and self.port:
             try:
                 Page(self).do("quit")
             except (AssertionError, OSError, EOFError):
                 self.process.terminate()
+        elif self.process.poll() is None:
+            self.process.terminate()
         self.process.communicate()
         shutil.rmtree(self.folder, ignore_errors=True)
         return self.process.returncode

@@ -180,7 +180,8 @@ class Camera {
         }
         if (!started) {
             m_State->set_running(false);
-            const ErrorKind kind = link_lost() ? ErrorKind::link_lost : ErrorKind::refused;
+            const bool lost = link_lost() || m_State->lost_in_run();
+            const ErrorKind kind = lost ? ErrorKind::link_lost : ErrorKind::refused;
             throw Error(kind, label() + " can't be started", last_error(), start_hint());
         }
         if (m_State->lost_in_run()) {

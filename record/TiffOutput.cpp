@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <new>
 #include <utility>
 
 #include "record/RecordError.h"
@@ -175,8 +176,12 @@ tmsize_t TiffOutput::OnRead(thandle_t self, void* data, tmsize_t size) {
 
 tmsize_t TiffOutput::OnWrite(thandle_t self, void* data, tmsize_t size) {
     auto& output = *static_cast<TiffOutput*>(self);
-    if (!output.Write(output.m_Position, {static_cast<const std::byte*>(data), static_cast<std::size_t>(size)})) {
-        return -1;
+    try {
+        if (!output.Write(output.m_Position, {static_cast<const std::byte*>(data), static_cast<std::size_t>(size)})) {
+            return -1;
+        }
+    } catch (const std::bad_alloc&) {
+        return -1;  // nothing is thrown through libtiff
     }
     output.m_Position += static_cast<std::uint64_t>(size);
     return size;
@@ -197,7 +202,10 @@ toff_t TiffOutput::OnSize(thandle_t self) { return static_cast<TiffOutput*>(self
 int TiffOutput::OnError(TIFF*, void* self, const char*, const char* format, va_list values) {
     std::array<char, 256> text{};
     std::vsnprintf(text.data(), text.size(), format, values);
-    static_cast<TiffOutput*>(self)->m_Problem = text.data();
+    try {
+        static_cast<TiffOutput*>(self)->m_Problem = text.data();
+    } catch (const std::bad_alloc&) {
+    }
     return 1;
 }
 

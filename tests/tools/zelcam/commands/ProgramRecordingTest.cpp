@@ -64,20 +64,23 @@ TEST_F(ProgramRecording, OneOfEachCameraPlayedAndRecordedAgainHasTheSameSamples)
 
 TEST_F(ProgramRecording, InfoTellsWhatIsMissingAndLaysFilesSideBySide) {
     zel::platform::SetEnvironment("ZEL_SIM_FAULTS", "fault 500101 lose after=2 times=3");
-    const ToolResult recorded =
-        RunTool("record" + m_Folder.Quoted("run.ome.tif") + "-n 6 -c 500101,500102 --allow-loss");
+    const ToolResult recorded = RunTool("record" + m_Folder.Quoted("run.ome.tif") + "-n 6 -c 500101 --allow-loss");
     zel::platform::SetEnvironment("ZEL_SIM_FAULTS", "");
     ASSERT_EQ(recorded.exit_code, 0) << recorded.err;
-    const std::string files = m_Folder.Quoted("run_500101.ome.tif") + m_Folder.Quoted("run_500102.ome.tif");
+    Record("pair.ome.tif", "-n 4 -c 500101,500102");
+    const std::string pair = m_Folder.Quoted("pair_500101.ome.tif") + m_Folder.Quoted("pair_500102.ome.tif");
+    EXPECT_EQ(JsonOf("info" + pair)["one_session"], true);
+    const std::string files = m_Folder.Quoted("run.ome.tif") + m_Folder.Quoted("pair_500102.ome.tif");
     const auto json = JsonOf("info" + files);
-    EXPECT_EQ(json["one_session"], true);
+    EXPECT_EQ(json["one_session"], false);
     const auto& color = json["recordings"][0];
     EXPECT_EQ(color["missing"], 3);
+    ASSERT_EQ(color["gaps"].size(), 1u);
     EXPECT_EQ(color["gaps"][0]["after"], 1);
     EXPECT_EQ(color["end"]["lost"]["link"], 3);
     EXPECT_EQ(json["recordings"][1]["missing"], 0);
-    EXPECT_THAT(RunTool("info" + files).out, HasSubstr("run_500101.ome.tif  3 frames missing after number 1\n"));
-    EXPECT_THAT(RunTool("info" + m_Folder.Quoted("run_500101.ome.tif")).out, HasSubstr("3 on the link"));
+    EXPECT_THAT(RunTool("info" + files).out, HasSubstr("run.ome.tif  3 frames missing after number 1\n"));
+    EXPECT_THAT(RunTool("info" + m_Folder.Quoted("run.ome.tif")).out, HasSubstr("3 on the link"));
 }
 
 TEST_F(ProgramRecording, ExportSavesTheFramesThatAreWantedAndOverwritesNothing) {

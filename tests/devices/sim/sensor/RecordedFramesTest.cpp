@@ -22,7 +22,7 @@ TEST(RecordedFramesTest, FramesComeAsTheyWereRecordedOrAtTheRateThatIsAskedFor) 
         EXPECT_EQ(recording.frames, 4u);
         RecordedFrames frames(recording);
         std::vector<std::uint16_t> room(8);
-        for (std::uint64_t i = 0; i < pauses.size(); ++i) {
+        for (std::size_t i = 0; i < pauses.size(); ++i) {
             EXPECT_EQ(frames.Fetch(i), "");
             EXPECT_EQ(frames.Pause(i), pauses[i]) << rate << " " << i;
             frames.Begin({}, SensorFill::kNoise, i);

@@ -34,7 +34,7 @@ void OpenCamera::Connect(int number, bool calibrated) {
 
 void OpenCamera::Open(int number, zel::CameraEventHandler on_event) {
     Close();
-    m_Runs = false;
+    m_Runs = m_Wanted = false;
     m_Chosen.clear();
     m_Trigger = zel::Trigger::as_set;
     m_Averaging = 0;
@@ -49,8 +49,9 @@ void OpenCamera::Open(int number, zel::CameraEventHandler on_event) {
 }
 
 void OpenCamera::OpenAgain(int number, bool calibrated) {
-    const bool runs = m_Runs;
+    const bool runs = m_Runs, wanted = m_Wanted;
     Close();
+    m_Wanted = wanted;
     Connect(number, calibrated);
     m_HasCalibration = calibrated && m_Camera->set_calibration(m_CalibrationOn || calibrated);
     m_Runs = runs;
@@ -69,6 +70,7 @@ void OpenCamera::LetGoOfFrames() {
 }
 
 void OpenCamera::Start() {
+    m_Wanted = true;
     m_Taker.End();
     if (m_OnStop) m_OnStop();
     LetGoOfFrames();
@@ -85,7 +87,7 @@ void OpenCamera::Start() {
 }
 
 void OpenCamera::Stop() {
-    m_Runs = false;
+    m_Runs = m_Wanted = false;
     Halt();
 }
 
@@ -144,7 +146,7 @@ std::vector<std::string> OpenCamera::Restore() {
     if (m_HasCalibration) m_Camera->set_calibration(m_CalibrationOn);
     if (m_Averaging > 1) attempt([&] { m_Camera->set_averaging(m_Averaging); });
     if (m_Color) attempt([&] { m_Camera->use_color({zel::ColorFormat::rgb16, *m_Color}); });
-    if (m_Runs) attempt([&] { Start(); });
+    if (m_Wanted) attempt([&] { Start(); });
     return refused;
 }
 

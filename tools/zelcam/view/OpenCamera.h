@@ -86,6 +86,7 @@ class OpenCamera {
     zel::CameraEventHandler m_OnEvent;
     std::shared_ptr<zel::Camera> m_Camera;
     bool m_Runs = false;
+    bool m_Wanted = false;  // to run, also when a start failed since the camera was on its way out
 
     std::vector<std::pair<unsigned, std::string>> m_Chosen;  // parameters, in the order in which they were written last
     zel::Trigger m_Trigger = zel::Trigger::as_set;

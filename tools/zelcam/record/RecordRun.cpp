@@ -27,19 +27,6 @@ double Rate(const RecordingStatus& status) {
     return status.seconds > 0.0 ? static_cast<double>(status.taken - 1) / status.seconds : 0.0;
 }
 
-zel::record::RecordingEnd Sum(const std::vector<RecordedFile>& files) {
-    zel::record::RecordingEnd sum;
-    for (const RecordedFile& file : files) {
-        sum.frames += file.end.frames;
-        sum.lost_link += file.end.lost_link;
-        sum.lost_buffer += file.end.lost_buffer;
-        sum.lost_disk += file.end.lost_disk;
-        sum.passed_over += file.end.passed_over;
-        sum.reason = file.end.reason;
-    }
-    return sum;
-}
-
 }  // namespace
 
 RecordRun::RecordRun(zel::Camera& camera, const zel::record::RecordingFacts& facts, RunOptions options,
@@ -167,13 +154,13 @@ std::string RecordRun::NewLoss() {
 }
 
 std::uint64_t RecordRun::Lost() const {
-    const auto sum = Sum(m_Files);
+    const auto sum = SumOf(m_Files);
     return sum.lost_link + sum.lost_buffer + sum.lost_disk;
 }
 
 std::string RecordRun::Text() const {
     const RecordingStatus status = m_Recorder.Status();
-    const auto sum = Sum(m_Files);
+    const auto sum = SumOf(m_Files);
     std::string text;
     for (const RecordedFile& file : m_Files) {
         text += fmt::format("{}: {}, {}\n", Utf8Text(file.path.generic_u8string()), Counted(file.end.frames, "frame"),
@@ -190,7 +177,7 @@ std::string RecordRun::Text() const {
 
 Json RecordRun::ToJson() const {
     const RecordingStatus status = m_Recorder.Status();
-    const auto sum = Sum(m_Files);
+    const auto sum = SumOf(m_Files);
     Json json;
     json["camera"] = m_Description;
     json["frames"] = sum.frames;

@@ -102,4 +102,17 @@ void RecordingFiles::End(const std::string& reason, const LossTally& tally) {
     m_Ended.push_back(file);
 }
 
+zel::record::RecordingEnd SumOf(const std::vector<RecordedFile>& files) {
+    zel::record::RecordingEnd sum;
+    for (const RecordedFile& file : files) {
+        sum.frames += file.end.frames;
+        sum.lost_link += file.end.lost_link;
+        sum.lost_buffer += file.end.lost_buffer;
+        sum.lost_disk += file.end.lost_disk;
+        sum.passed_over += file.end.passed_over;
+        sum.reason = file.end.reason;
+    }
+    return sum;
+}
+
 }  // namespace zelcam

@@ -44,6 +44,9 @@ struct RecordedFile {
     zel::record::RecordingEnd end;
 };
 
+// What came and was lost in all of them; why the last one ended.
+zel::record::RecordingEnd SumOf(const std::vector<RecordedFile>& files);
+
 // The path with a text before its extension: "run.ome.tif", "_0002" -> "run_0002.ome.tif".
 std::filesystem::path WithSuffix(const std::filesystem::path& path, const std::string& suffix);
 

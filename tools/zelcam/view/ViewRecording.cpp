@@ -100,13 +100,7 @@ std::string ViewRecording::End(const std::string& reason) {
         const std::lock_guard lock(m_Mutex);
         m_Recorder.reset();
     }
-    zel::record::RecordingEnd sum;
-    for (const RecordedFile& file : files) {
-        sum.frames += file.end.frames;
-        sum.lost_link += file.end.lost_link;
-        sum.lost_buffer += file.end.lost_buffer;
-        sum.lost_disk += file.end.lost_disk;
-    }
+    const zel::record::RecordingEnd sum = SumOf(files);
     m_WentWrong = !status.failure.empty() || sum.lost_link + sum.lost_buffer + sum.lost_disk > 0;
     std::string text = "recording ended (" + reason + ")";
     if (!status.failure.empty()) text += ": " + status.failure;

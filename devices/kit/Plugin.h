@@ -57,8 +57,6 @@ struct LibraryFacts {
 /// Of this library; defined by ZEL_CAMERA_PLUGIN.
 extern const LibraryFacts kLibraryFacts;
 
-}  // namespace zel::kit
-
 /// @name What the exports call
 /// @{
 int GetNumCameras();

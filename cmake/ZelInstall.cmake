@@ -83,8 +83,16 @@ endif()
 
 # Headers: what applications include, and what plug-ins are written against.
 install(DIRECTORY include/ DESTINATION ${ZEL_INCLUDE_DIR} COMPONENT libzel-sdk-dev FILES_MATCHING PATTERN "*.h")
-install(FILES link/CameraInterfaceLibrary.h link/ICameraInterface.h link/IZelCameraCommon.h
+install(FILES link/CameraInterfaceLibrary.h link/ICameraInterface.h link/IZelCameraCommon.h link/SyncTableIndex.h
         DESTINATION ${ZEL_INCLUDE_DIR}/link COMPONENT libzel-sdk-dev)
+# The kit to write them with.
+foreach(header BackEnd Entry FrameSink ParameterTable Plugin)
+    install(FILES devices/kit/${header}.h DESTINATION ${ZEL_INCLUDE_DIR}/devices/kit COMPONENT libzel-sdk-dev)
+endforeach()
+set_target_properties(zel_camera_kit PROPERTIES EXPORT_NAME CameraKit)
+target_include_directories(zel_camera_kit INTERFACE $<INSTALL_INTERFACE:${ZEL_INCLUDE_DIR}>)
+install(TARGETS zel_camera_kit EXPORT ZelSDKTargets
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT libzel-sdk-dev)
 
 # find_package(ZelSDK).
 install(EXPORT ZelSDKTargets NAMESPACE ZelSDK:: DESTINATION ${ZEL_CONFIG_DIR} COMPONENT libzel-sdk-dev)
@@ -102,5 +110,7 @@ install(DIRECTORY examples/ DESTINATION ${ZEL_DOC_DIR}/examples COMPONENT libzel
         PATTERN CMakeLists.txt EXCLUDE)
 install(FILES packaging/examples/CMakeLists.txt packaging/examples/Makefile
         DESTINATION ${ZEL_DOC_DIR}/examples COMPONENT libzel-sdk-dev)
+install(FILES packaging/examples/plugin/CMakeLists.txt DESTINATION ${ZEL_DOC_DIR}/examples/plugin
+        COMPONENT libzel-sdk-dev)
 # Debian's packages have them in a file of another form.
 install(FILES LICENSE THIRD-PARTY.md DESTINATION ${ZEL_DOC_DIR} COMPONENT licenses)

@@ -39,6 +39,20 @@ inline constexpr int kTextCapacity = 32;  ///< bytes of a text entry with its ze
 /// @param index 0 to 88
 const Attributes& StandardAttributes(int index);
 
+/// The sensor as its frames show it.
+struct SensorSize {
+    int width = 0;   ///< columns
+    int height = 0;  ///< rows
+    int bits = 0;    ///< of a sample
+};
+/// StandardAttributes() with the bounds that a sensor sets: H_SIZE, V_SIZE, the region's four, BITS_PER_PIXEL ...
+/// @param index 0 to 88
+Attributes SensorAttributes(int index, const SensorSize& sensor);
+/// Whether every camera has the entry: identity, size, region, run, sequence, triggers, calculation. The kit follows them
+/// by itself, a back end need not know them.
+/// @param index 0 to 88
+bool IsBasicEntry(int index);
+
 /// The entry's name as a host sees it, "EXPOSURE_TIME"; "?" outside 0 to 88.
 const char* EntryName(int index);
 /// The index of a name, or -1.

@@ -1,6 +1,8 @@
 // The parameter table of this system's own cameras, a row for each entry.
+#include <algorithm>
 #include <array>
 #include <climits>
+#include <iterator>
 
 #include "devices/kit/Entry.h"
 
@@ -141,6 +143,53 @@ constexpr const char* kNames[] = {
 }  // namespace
 
 const Attributes& StandardAttributes(int index) { return kRows[static_cast<std::size_t>(index)].attributes; }
+
+Attributes SensorAttributes(int index, const SensorSize& sensor) {
+    Attributes attributes = StandardAttributes(index);
+    const auto bound = [&](int minimum, int maximum, int default_value) {
+        attributes.minimum = minimum;
+        attributes.maximum = maximum;
+        attributes.default_value = default_value;
+    };
+    switch (index) {
+        case H_SIZE:
+        case H_RO_PIXELS:
+            bound(sensor.width, sensor.width, sensor.width);
+            break;
+        case V_SIZE:
+        case V_RO_LINES:
+            bound(sensor.height, sensor.height, sensor.height);
+            break;
+        case H_ROI_ORIGIN:
+            bound(0, sensor.width - 1, 0);
+            break;
+        case V_ROI_ORIGIN:
+            bound(0, sensor.height - 1, 0);
+            break;
+        case H_ROI_PIXELS:
+            bound(1, sensor.width, sensor.width);
+            break;
+        case V_ROI_PIXELS:
+            bound(1, sensor.height, sensor.height);
+            break;
+        case BITS_PER_PIXEL:
+            bound(sensor.bits, sensor.bits, sensor.bits);
+            break;
+        default:
+            break;
+    }
+    return attributes;
+}
+
+bool IsBasicEntry(int index) {
+    constexpr int kBasic[] = {FW_VERSION,     HW_VERSION,      HW_MODEL,        SERIAL_NUMBER,   CAMERA_NAME,
+                              CAMERA_STATE,   TRIGGER_STATE,   H_SIZE,          V_SIZE,          H_BIN,
+                              V_BIN,          H_ROI_ORIGIN,    H_ROI_PIXELS,    V_ROI_ORIGIN,    V_ROI_PIXELS,
+                              FRAME_COUNT,    CURRENT_FRAME,   SENSOR_TAPS_IDX, SENSOR_TAPS_VAL, CALC_STATE,
+                              BITS_PER_PIXEL, BYTES_PER_PIXEL, CAMERA_RESET,    HW_TRIG_SOURCE,  HW_TRIG_POLARITY,
+                              SW_TRIG,        H_RO_PIXELS,     V_RO_LINES};
+    return std::ranges::find(kBasic, index) != std::end(kBasic);
+}
 
 const char* EntryName(int index) { return index >= 0 && index < SYNC_TABLE_SELECT_MAX ? kNames[index] : "?"; }
 

@@ -18,7 +18,7 @@ done
 # Each header alone. Those in zel/ are for C++20.
 check_header() {
     local standard=c++17
-    [[ $1 != zel/* ]] || standard=c++20
+    [[ $1 != zel/* && $1 != devices/* ]] || standard=c++20
     "$compiler" -std=$standard -Wall -Wextra -Werror -fsyntax-only -I"$include" -x c++ - <<<"#include <$1>" ||
         fail "$1 does not compile alone"
 }
@@ -38,6 +38,15 @@ for folder in cmake-build outside; do
     expect "$folder, C++" "frame.tif is written" "$("$folder/one_frame")"
     expect "$folder, C" "4 cameras" "$("$folder/c_cameras")"
 done
+
+# A plug-in written with the kit: its camera is found, checked and gives frames.
+cmake -S outside/plugin -B plugin-build -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$compiler" >log 2>&1 &&
+    cmake --build plugin-build >>log 2>&1 || fail "$(tail -n 30 log)"
+cp plugin-build/libzel_usb.so "$lib/zel-sdk/cameras/"
+"$prefix/bin/zel_plugin_check" zel_usb.dll >log || fail "$(grep FAIL log)"
+"$prefix/bin/zelcam" capture --camera 900001 --frames 3 --exposure 20000 --out gradient >log 2>&1 || fail "$(cat log)"
+expect "pictures of the gradient" 3 "$(ls gradient/*.tif | wc -l)"
+rm "$lib/zel-sdk/cameras/libzel_usb.so"
 
 # A program that was linked with a library without versions.
 sed -nE 's/^ +([a-z_]+);$/extern "C" void \1() {}/p' "$here/../../sdk/zel_sdk.map" |

@@ -50,40 +50,17 @@ void Firmware::PowerOn(kit::ParameterTable& table) {
 // What a monochrome camera lacks stands at the end of the table.
 std::optional<kit::Attributes> Firmware::AttributesOf(int index) {
     if (index >= CCM_1_1 && !m_Model.Color()) return std::nullopt;
-    kit::Attributes attributes = kit::StandardAttributes(index);
+    const int width = static_cast<int>(m_Model.width);
+    const int height = static_cast<int>(m_Model.height);
+    kit::Attributes attributes = kit::SensorAttributes(index, {width, height, m_Model.bits});
     const auto bound = [&](int minimum, int maximum, int default_value) {
         attributes.minimum = minimum;
         attributes.maximum = maximum;
         attributes.default_value = default_value;
     };
-    const int w = static_cast<int>(m_Model.width);
-    const int h = static_cast<int>(m_Model.height);
     switch (index) {
-        case H_SIZE:
-        case H_RO_PIXELS:
-            bound(w, w, w);
-            break;
-        case V_SIZE:
-        case V_RO_LINES:
-            bound(h, h, h);
-            break;
-        case H_ROI_ORIGIN:
-            bound(0, w - 1, 0);
-            break;
-        case V_ROI_ORIGIN:
-            bound(0, h - 1, 0);
-            break;
-        case H_ROI_PIXELS:
-            bound(1, w, w);
-            break;
-        case V_ROI_PIXELS:
-            bound(1, h, h);
-            break;
         case SENSOR_TAPS_IDX:
             bound(0, m_Model.largest_taps_idx, m_Model.default_taps_idx);
-            break;
-        case BITS_PER_PIXEL:
-            bound(m_Model.bits, m_Model.bits, m_Model.bits);
             break;
         case PIXEL_SIZE:
             bound(m_Model.pixel_size_nm, m_Model.pixel_size_nm, m_Model.pixel_size_nm);

@@ -29,21 +29,23 @@ CameraSession::CameraSession(CheckedPlugin& plugin, int camera)
 
 CameraSession::~CameraSession() {
     if (m_Left) return;
-    if (m_Open) {
-        transport.Stop();
-        transport.Disconnect();
-    }
+    if (m_Launched) transport.Stop();
+    if (m_Connected) transport.Disconnect();
     transport.SetImageHandler(nullptr, nullptr);
     transport.SetEventHandler(nullptr, nullptr);
     transport.SetCameraCommon(nullptr);
     m_Plugin.Destroy(&m_Raw);
 }
 
-void CameraSession::Open() {
+void CameraSession::Connect() {
     host.RegisterHandlers();
     const int code = transport.Connect();
     Require(code == 0, fmt::format("Connect answered code {}", code));
-    m_Open = true;
+    m_Connected = true;
+}
+
+void CameraSession::Open() {
+    Connect();
     const int stop = transport.Stop();
     Require(stop == 0, fmt::format("Stop behind Connect answered code {}", stop));
     int frame_us = 0;
@@ -54,6 +56,7 @@ void CameraSession::Open() {
 
 void CameraSession::Launch() {
     host.Forget();
+    m_Launched = true;
     const int code = transport.Start();
     Require(code == 0, fmt::format("Start answered code {}", code));
     const int state = host.Set(CAMERA_STATE, 2);
@@ -62,6 +65,7 @@ void CameraSession::Launch() {
 
 void CameraSession::LaunchTriggered() {
     host.Forget();
+    m_Launched = true;
     const int code = transport.StartTrigger();
     Require(code == 0, fmt::format("StartTrigger answered code {}", code));
     std::string reply;

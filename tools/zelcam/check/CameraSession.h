@@ -28,7 +28,8 @@ class CameraSession {
     CameraSession& operator=(const CameraSession&) = delete;
 
     // Each throws Broken when it does not work.
-    void Open();  // handlers, Connect, Stop
+    void Connect();  // with handlers
+    void Open();     // Connect, and the Stop behind it
     void Launch();
     void LaunchTriggered();
     void WaitForFrames(std::size_t frames);
@@ -48,7 +49,8 @@ class CameraSession {
     CheckedPlugin& m_Plugin;
     ICameraInterface& m_Raw;
     std::chrono::microseconds m_Silence = kShortestSilence;
-    bool m_Open = false;
+    bool m_Connected = false;
+    bool m_Launched = false;
     bool m_Left = false;
 };
 

@@ -46,14 +46,14 @@ std::vector<std::uint8_t> ReplyInPieces(CameraSession& session, std::size_t piec
 
 std::string CheckSend(CheckedPlugin& plugin, int camera) {
     CameraSession session(plugin, camera);
-    session.Open();
+    session.Connect();
     ReplyInPieces(session, kReplyLength);
     return fmt::format("{} bytes", kRequestLength);
 }
 
 std::string CheckHeader(CheckedPlugin& plugin, int camera) {
     CameraSession session(plugin, camera);
-    session.Open();
+    session.Connect();
     const auto reply = ReplyInPieces(session, kReplyLength);
     const std::uint8_t expected[] = {0, 7, SYNC_TABLE_CMD_GET, 0, 4};
     Require(std::equal(std::begin(expected), std::end(expected), reply.begin() + 1),
@@ -64,7 +64,7 @@ std::string CheckHeader(CheckedPlugin& plugin, int camera) {
 
 std::string CheckPieces(CheckedPlugin& plugin, int camera) {
     CameraSession session(plugin, camera);
-    session.Open();
+    session.Connect();
     const auto whole = ReplyInPieces(session, kReplyLength);
     for (const std::size_t piece : {1u, 2u, 3u, 5u}) {
         Require(ReplyInPieces(session, piece) == whole, fmt::format("in pieces of {} bytes the reply differs", piece));
@@ -74,21 +74,21 @@ std::string CheckPieces(CheckedPlugin& plugin, int camera) {
 
 std::string CheckKept(CheckedPlugin& plugin, int camera) {
     CameraSession session(plugin, camera);
-    session.Open();
+    session.Connect();
     const auto whole = ReplyInPieces(session, kReplyLength);
     SendRequest(session);
     std::array<std::uint8_t, kReplyLength> reply{};
     Require(session.host.Receive(std::span(reply).first(2)), "the reply did not come");
     Require(session.transport.RecvData(0, reply.data() + 2, 0) == 0, "RecvData of 0 bytes answers some");
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    Require(session.host.Receive(std::span(reply).subspan(2)), "the rest of the reply is lost");
+    Require(session.host.Receive(std::span(reply).subspan(2)), "the rest of the reply did not come");
     Require(std::equal(whole.begin(), whole.end(), reply.begin()), "the rest of the reply is another one");
     return "two bytes, a pause, the rest";
 }
 
 std::string CheckTimeout(CheckedPlugin& plugin, int camera) {
     CameraSession session(plugin, camera);
-    session.Open();
+    session.Connect();
     std::string waits;
     for (const int timeout_ms : {0, 50, 200}) {
         std::uint8_t none[4] = {};
@@ -115,7 +115,7 @@ std::string TextReply(CameraSession& session, const std::string& command) {
 
 std::string CheckInfo(CheckedPlugin& plugin, int camera) {
     CameraSession session(plugin, camera);
-    session.Open();
+    session.Connect();
     const std::string reply = TextReply(session, "info");
     Require(reply.size() > 3, fmt::format("it has {} bytes", reply.size()));
     return fmt::format("{} bytes", reply.size());
@@ -124,7 +124,7 @@ std::string CheckInfo(CheckedPlugin& plugin, int camera) {
 // The host takes the last three bytes of every reply away.
 std::string CheckReplyEnd(CheckedPlugin& plugin, int camera) {
     CameraSession session(plugin, camera);
-    session.Open();
+    session.Connect();
     for (const char* command : {"info", "name", "no such command"}) {
         const std::string reply = TextReply(session, command);
         Require(reply.size() >= 3 && reply.substr(reply.size() - 3) == std::string("\r\n\0", 3),
@@ -135,7 +135,7 @@ std::string CheckReplyEnd(CheckedPlugin& plugin, int camera) {
 
 std::string CheckUnknownText(CheckedPlugin& plugin, int camera) {
     CameraSession session(plugin, camera);
-    session.Open();
+    session.Connect();
     const std::string reply = TextReply(session, "no such command");
     Require(!reply.empty(), "the reply is empty");
     Require(!TextReply(session, "info").empty(), "\"info\" is not answered behind it");
@@ -144,7 +144,7 @@ std::string CheckUnknownText(CheckedPlugin& plugin, int camera) {
 
 std::string CheckLineEnd(CheckedPlugin& plugin, int camera) {
     CameraSession session(plugin, camera);
-    session.Open();
+    session.Connect();
     Require(TextReply(session, "info\r\n") == TextReply(session, "info"), "the replies differ");
     return "\"info\"";
 }
@@ -152,7 +152,7 @@ std::string CheckLineEnd(CheckedPlugin& plugin, int camera) {
 std::string CheckLongText(CheckedPlugin& plugin, int camera) {
     constexpr std::size_t kLongestCommand = 252;
     CameraSession session(plugin, camera);
-    session.Open();
+    session.Connect();
     TextReply(session, std::string(kLongestCommand, 'x'));
     Require(!TextReply(session, "info").empty(), "\"info\" is not answered behind it");
     return fmt::format("{} characters", kLongestCommand);

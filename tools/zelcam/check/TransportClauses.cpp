@@ -62,6 +62,7 @@ std::string CheckQuietAtFirst(CheckedPlugin& plugin, int camera) {
     CameraSession session(plugin, camera);
     session.host.RegisterHandlers();
     session.RequireSilence("before Connect");
+    Require(session.host.Calls() == 0, "a call came while handlers were registered");
     return "no call";
 }
 

@@ -42,6 +42,14 @@ std::string ResultOf(const Clause& clause, CheckedPlugin& plugin, int camera) {
     }
 }
 
+bool HasCamera(CheckedPlugin& plugin, int camera) {
+    try {
+        return camera < plugin.Cameras();
+    } catch (const Skipped&) {
+        return false;  // which the clause has told
+    }
+}
+
 void CheckWith(const Clause& clause, CheckedPlugin& plugin, int camera) {
     TellParent(fmt::format("begin\t{}\t{}", clause.id, camera));
     TellParent(fmt::format("done\t{}\t{}\t{}", clause.id, camera, ResultOf(clause, plugin, camera)));
@@ -59,6 +67,7 @@ void RunWorker(const WorkerTask& task) {
         if (!clause->check) {
             // The rest is the end of this process, which the other one sees.
             TellParent(fmt::format("begin\t{}\t0", clause->id));
+            HasCamera(plugin, 0);  // it is loaded by now
             return;
         }
         if (!clause->of_camera) {
@@ -67,7 +76,7 @@ void RunWorker(const WorkerTask& task) {
         }
         // The first one is begun before the plug-in is asked how many there are.
         do {
-            if (camera > 0 && camera >= plugin.Cameras()) break;
+            if (camera > 0 && !HasCamera(plugin, camera)) break;
             CheckWith(*clause, plugin, camera);
         } while (task.only_camera == kAllCameras && ++camera < kMostCameras);
         camera = std::max(0, task.only_camera);

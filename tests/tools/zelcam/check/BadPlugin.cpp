@@ -15,6 +15,7 @@
 #include "link/CameraInterfaceLibrary.h"
 #include "link/IZelCameraCommon.h"
 #include "link/SyncTableIndex.h"
+#include "platform/UserTexts.h"
 #include "tools/zelcam/check/ForwardingTransport.h"
 #include "tools/zelcam/check/PluginLibrary.h"
 
@@ -24,7 +25,8 @@ namespace {
 using namespace std::chrono_literals;
 
 bool Fault(const char* name) {
-    static const std::string s_Fault = zel::platform::EnvironmentVariable("ZEL_TEST_FAULT");
+    // Never destroyed: it is asked for at the very end, too.
+    static const auto& s_Fault = *new std::string(zel::platform::EnvironmentVariable("ZEL_TEST_FAULT"));
     return s_Fault == name;
 }
 
@@ -73,6 +75,7 @@ class BadTransport final : public ForwardingTransport, private IZelCameraCommon 
     int GetInterfaceType() override {
         return Fault("type-changes") ? 3 + 2 * (++m_Asked % 2) : Next().GetInterfaceType();
     }
+    void SetFrameCount(int frames) override { Next().SetFrameCount(Fault("sequence-ignored") ? 0 : frames); }
     int GetDroppedFrames() override { return Fault("drops-uncounted") ? 0 : Next().GetDroppedFrames(); }
     bool GetLedState(unsigned char* on) override {
         const bool done = Next().GetLedState(on);
@@ -103,7 +106,7 @@ class BadTransport final : public ForwardingTransport, private IZelCameraCommon 
         const int sent = Exchange(datagram);
         if (len == 10 && data[3] == zel::SYNC_TABLE_CMD_GET && data[6] == zel::EXPOSURE_TIME &&
             Fault("write-ignored")) {
-            m_Reply[6] = 0x99;
+            m_Reply[7] = 0x55;
         }
         return Fault("short-send") ? sent - 1 : sent;
     }
@@ -207,7 +210,7 @@ class BadTransport final : public ForwardingTransport, private IZelCameraCommon 
     int* GetLastErrorPtr() override { return m_Host->GetLastErrorPtr(); }
     bool SyncTapBalanceGain() override { return m_Host->SyncTapBalanceGain(); }
     ZelImage* GetFreeImage() override {
-        if (Fault("record-lost")) m_Host->GetFreeImage();
+        if (Fault("record-lost") && m_Asked++ == 0) m_Host->GetFreeImage();
         return m_Host->GetFreeImage();
     }
     ZelImage* GetPendingImage() override { return m_Host->GetPendingImage(); }

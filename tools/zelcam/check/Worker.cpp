@@ -31,7 +31,7 @@ std::string OneWord(std::string text) {
 
 std::string ResultOf(const Clause& clause, CheckedPlugin& plugin, int camera) {
     try {
-        if (clause.of_camera && plugin.Cameras() == 0) throw Skipped(kNoCameraAttached);
+        if (clause.of_camera && camera >= plugin.Cameras()) throw Skipped(kNoCameraAttached);
         return "ok\t" + OneWord(clause.check(plugin, camera));
     } catch (const Broken& broken) {
         return "FAIL\t" + OneWord(broken.what());
@@ -76,7 +76,7 @@ void RunWorker(const WorkerTask& task) {
         }
         // The first one is begun before the plug-in is asked how many there are.
         do {
-            if (camera > 0 && !HasCamera(plugin, camera)) break;
+            if (task.only_camera == kAllCameras && camera > 0 && !HasCamera(plugin, camera)) break;
             CheckWith(*clause, plugin, camera);
         } while (task.only_camera == kAllCameras && ++camera < kMostCameras);
         camera = std::max(0, task.only_camera);

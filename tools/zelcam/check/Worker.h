@@ -20,7 +20,7 @@ namespace zelcam::check {
 
 inline constexpr char kWorkerMark = '\x1E';
 inline constexpr int kAllCameras = -1;
-inline constexpr const char* kNoCameraAttached = "no camera is attached";
+inline constexpr const char* kNoCameraAttached = "no such camera is attached";
 
 struct WorkerTask {
     std::string file;

@@ -20,7 +20,9 @@ class CheckPluginCommand : public Command {
 
     void Declare(CLI::App& command) override {
         command.add_option("file", m_Plan.file, "A plug-in: its name as the SDK has it (zel_usb.dll), or a path");
-        command.add_option("--only", m_Only, "Only these clauses or groups of clauses, see --list")->delimiter(',');
+        command.add_option("--only", m_Only, "Only these clauses or groups of clauses, see --list")
+            ->delimiter(',')
+            ->allow_extra_args(false);
         command.add_flag("--list", m_List, "Show the clauses, and check nothing");
         command.add_option("-c,--camera", m_Plan.only_camera, "Only the camera with this number in the library")
             ->check(CLI::Range(0, 7));
@@ -38,11 +40,12 @@ class CheckPluginCommand : public Command {
             .add_option("--taps", m_Taps, "With --bytes or --samples: taps to read the frame out by (default: as set)")
             ->check(CLI::IsMember({1, 2, 4}));
         // What this command has its own processes do.
-        command.add_option("--worker", m_WorkerClauses)->delimiter(',')->group("");
+        command.add_option("--worker", m_WorkerClauses)->delimiter(',')->allow_extra_args(false)->group("");
         command.add_option("--worker-camera", m_WorkerCamera)->group("");
         command.footer(
-            "Cameras must be attached, and free for the check. Each clause is checked in a process of its own "
-            "making: a plug-in that crashes or hangs fails it, and the check goes on.\n" +
+            "Cameras must be attached, and free for the check. The plug-in runs in a process of its own: one that "
+            "crashes or "
+            "hangs fails the clause that it was in, and the check goes on.\n" +
             command.get_footer());
         DeclareJson(command);
     }
@@ -77,7 +80,7 @@ class CheckPluginCommand : public Command {
                           kProblemsFound);
         }
         if (report.NoCamera()) {
-            throw Failure("no camera is attached", "clauses of cameras were not checked", "attach one", kNoCamera);
+            throw Failure("no such camera is attached", "clauses of cameras were not checked", "", kNoCamera);
         }
     }
 

@@ -139,7 +139,8 @@ TEST(CheckPlugin, WhatCanNotBeCheckedIsToldWithItsReason) {
         {"zel_usb.dll --samples x.pgm --taps 4", kRefused, "with this number of taps"},
         {"zel_usb.dll --bytes no_such_folder/x.pgm", kOutput, "can't be written"},
         {"no_such.dll --bytes x.pgm", kNoCamera, "no camera"},
-        {"edt_camera_link.dll", kNoCamera, "no camera is attached"},
+        {"edt_camera_link.dll", kNoCamera, "no such camera is attached"},
+        {"--only load,led zel_usb.dll -c 5", kNoCamera, "no such camera is attached"},
         {"no_such.dll --only load,start", kProblemsFound, "1 of 1 clause"},
     };
     UseFastCameras("0", "0", "1");

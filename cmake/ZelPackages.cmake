@@ -59,8 +59,8 @@ CMake and pkg-config, documents and examples."
 zel_debian_package(zel-tools science "scientific cameras - command-line tool
 ${about}
 .
-This package has zelcam, which does the same from a shell, and
-zel_plugin_check, which holds an interface library to its contract."
+This package has zelcam, which does the same from a shell and holds
+interface libraries to their contract."
     SHLIBDEPS ON DEPENDS "libzel-sdk ${own_version}")
 # Where dpkg-shlibdeps finds the library that is in no installed package.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})

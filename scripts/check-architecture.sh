@@ -39,9 +39,9 @@ tools/zelcam/frames:      include include/zel platform util tools/zelcam/text to
 tools/zelcam/record:      include include/zel platform record tools/zelcam/text tools/zelcam/camera tools/zelcam/frames
 tools/zelcam/view:        include include/zel platform record tools/zelcam/text tools/zelcam/camera tools/zelcam/frames tools/zelcam/record
 tools/zelcam/doctor:      include include/zel platform kernels link sdk/InterfaceLibrary tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames
-tools/zelcam/commands:    include include/zel platform tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames tools/zelcam/record tools/zelcam/view tools/zelcam/doctor record tools/manual
+tools/zelcam/check:       include include/zel link platform tools/zelcam/text
+tools/zelcam/commands:    include include/zel platform tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames tools/zelcam/record tools/zelcam/view tools/zelcam/doctor tools/zelcam/check record tools/manual
 tools/zelcam:             platform tools/zelcam/text tools/zelcam/commands
-tools/plugin_check:       include link platform tools/manual
 tools/scene_picture:      platform devices/sim/scene
 examples:                 include include/zel
 '

@@ -11,7 +11,7 @@ scripts/setup.sh build docs
 bin=${PROGRAMS:-build/linux/bin}
 if [ -z "${PROGRAMS:-}" ]; then
     say "building"
-    build_preset linux zelcam zel_plugin_check zel_scene_picture edt_camera_link pleora_ebus zel_usb
+    build_preset linux zelcam zel_scene_picture edt_camera_link pleora_ebus zel_usb
 fi
 bin=$(cd "$bin" && pwd)
 images=$PWD/docs/images
@@ -33,7 +33,7 @@ view() {
 
 # delivered LIBRARY bytes|samples [TAPS]: a frame as the link delivers it.
 delivered() {
-    (cd "$bin" && ./zel_plugin_check "$1" "--$2" "$work/delivered.pgm" ${3:+"$3"}) >&2
+    (cd "$bin" && ./zelcam check-plugin "$1" "--$2" "$work/delivered.pgm" ${3:+--taps "$3"}) >&2
     cat delivered.pgm
 }
 

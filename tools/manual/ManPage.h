@@ -19,7 +19,7 @@ struct ManSection {
 struct ManBook {
     std::string program;                // "zelcam"
     std::string version;                // "3.6.0"
-    std::vector<std::string> see_also;  // pages of other programs: "zel_plugin_check(1)"
+    std::vector<std::string> see_also;  // pages of other programs: "zelcam(1)"
 };
 
 // The page of a program or of one of its commands. Commands of the program get pages of their own, what is below them

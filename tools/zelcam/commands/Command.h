@@ -81,6 +81,7 @@ std::unique_ptr<Command> MakeViewCommand();
 std::unique_ptr<Command> MakeTextCommand();
 std::unique_ptr<Command> MakeCalibrateCommand();
 std::unique_ptr<Command> MakeDoctorCommand();
+std::unique_ptr<Command> MakeCheckPluginCommand();
 std::unique_ptr<Command> MakeCompletionCommand();
 std::unique_ptr<Command> MakeManualCommand();
 std::unique_ptr<Command> MakeVersionCommand();

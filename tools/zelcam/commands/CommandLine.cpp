@@ -78,7 +78,7 @@ void Run(const Words& words, Json& result) {
     for (auto make : {&MakeListCommand, &MakeInfoCommand, &MakeCaptureCommand, &MakeParamsCommand, &MakeGetCommand,
                       &MakeSetCommand, &MakeTriggerCommand, &MakeStreamCommand, &MakeRecordCommand, &MakeExportCommand,
                       &MakeViewCommand, &MakeWatchCommand, &MakeTextCommand, &MakeCalibrateCommand, &MakeDoctorCommand,
-                      &MakeCompletionCommand, &MakeManualCommand, &MakeVersionCommand}) {
+                      &MakeCheckPluginCommand, &MakeCompletionCommand, &MakeManualCommand, &MakeVersionCommand}) {
         std::unique_ptr<Command> command = make();
         CLI::App* const entry = app.add_subcommand(command->Name(), command->Help());
         entry->footer(std::string("Example: zelcam ") + command->Example());

@@ -1,5 +1,6 @@
 // zelcam completion: has a shell complete the tool's command lines.
 #include "tools/manual/Completion.h"
+#include "tools/zelcam/check/Clause.h"
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/text/Output.h"
 #include "zel/ParameterInfo.h"
@@ -18,6 +19,12 @@ std::vector<std::string> ParameterNames(bool writable) {
     return names;
 }
 
+std::vector<std::string> ClauseNames() {
+    std::vector<std::string> names;
+    for (const check::Clause& clause : check::AllClauses()) names.emplace_back(clause.id);
+    return names;
+}
+
 Completions SourcesOfValues() {
     using Kind = Completions::Kind;
     return {{{"--out", {Kind::kFolder, {}}},
@@ -27,6 +34,9 @@ Completions SourcesOfValues() {
              {"files", {Kind::kFile, {}}},
              {"file", {Kind::kFile, {}}},
              {"--play", {Kind::kFile, {}}},
+             {"--bytes", {Kind::kFile, {}}},
+             {"--samples", {Kind::kFile, {}}},
+             {"--only", {Kind::kWords, ClauseNames()}},
              {"parameter", {Kind::kWords, ParameterNames(false)}},
              {"assignment", {Kind::kAssignments, ParameterNames(true)}},
              {"--set", {Kind::kAssignments, ParameterNames(true)}}}};

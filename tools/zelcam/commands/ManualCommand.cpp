@@ -45,7 +45,7 @@ class ManualCommand : public Command {
 
     void Run(Json& result) override {
         const zel::manual::CommandText program = zel::manual::ReadCommand(*m_Program);
-        const zel::manual::ManBook book{"zelcam", ZELCAM_VERSION, {"zel_plugin_check(1)"}};
+        const zel::manual::ManBook book{"zelcam", ZELCAM_VERSION, {}};
         const fs::path folder = zel::platform::Utf8Path(m_Folder);
         std::error_code ignored;
         fs::create_directories(folder, ignored);

@@ -59,7 +59,7 @@ void CheckLoaded(const std::string& name, const FoundLibrary& library, PluginCou
         zel::platform::UnloadSharedLibrary(library.handle);
         return examination.Add(
             State::kProblem, "plugin", name + " is no plug-in: it lacks " + lacking + ", " + library.path,
-            "another library has its name; put the right one there (zel_plugin_check looks closer)", facts);
+            "another library has its name; put the right one there (zelcam check-plugin looks closer)", facts);
     }
     const std::string optional = Lacking(library.handle, false);
     ++counts.loaded;

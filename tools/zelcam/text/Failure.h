@@ -26,7 +26,7 @@ inline constexpr FailureKind kTimeout{"timeout", 5, "no frame or no reply came i
 inline constexpr FailureKind kLinkLost{"link_lost", 6, "the camera was unplugged or switched off"};
 inline constexpr FailureKind kOutput{"output", 7, "a file, a folder or the standard output can't be written"};
 inline constexpr FailureKind kFramesLost{"frames_lost", 8, "frames are missing between those that were saved"};
-inline constexpr FailureKind kProblemsFound{"problems_found", 9, "'doctor' found something that does not work"};
+inline constexpr FailureKind kProblemsFound{"problems_found", 9, "'doctor' or 'check-plugin' found something wrong"};
 // 128 and the number of the signal, as shells count.
 inline constexpr FailureKind kInterrupted{"interrupted", 128, "ended by a signal: 129 hang-up, 130 Ctrl-C, 143 kill"};
 

@@ -9,14 +9,14 @@
 #include "devices/sim/link/SimControl.h"
 #include "include/ZelParameters.h"
 #include "tests/support/Process.h"
-#include "tools/plugin_check/HostCamera.h"
-#include "tools/plugin_check/PluginLibrary.h"
+#include "tools/zelcam/check/HostCamera.h"
+#include "tools/zelcam/check/PluginLibrary.h"
 
 namespace zel::sim {
 namespace {
 
-using plugin_check::HostCamera;
-using plugin_check::PluginLibrary;
+using zelcam::check::HostCamera;
+using zelcam::check::PluginLibrary;
 
 // A bound for what must come; a busy machine takes a part of it.
 constexpr int kPatienceMs = 60000;

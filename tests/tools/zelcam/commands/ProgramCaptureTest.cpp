@@ -114,7 +114,7 @@ TEST_F(ProgramCapture, WhatTheLinkDeliversBecomesThePicture) {
         {"pleora_ebus.dll", "2", "-c 1 --set TAPS_INDEX=1"}};
     for (const auto& [plugin, taps, settings] : cases) {
         const ToolResult raw =
-            RunProgram("zel_plugin_check", plugin + " --samples" + m_Folder.Quoted("raw.pgm") + taps);
+            RunTool("check-plugin " + plugin + " --samples" + m_Folder.Quoted("raw.pgm") + "--taps " + taps);
         ASSERT_EQ(raw.exit_code, 0) << raw.err;
         const std::string bytes = FileText(m_Folder / "raw.pgm");
         ASSERT_GT(bytes.size(), kSampleBytes);
@@ -130,24 +130,6 @@ TEST_F(ProgramCapture, WhatTheLinkDeliversBecomesThePicture) {
         std::ranges::sort(handed_over);
         EXPECT_EQ(handed_over, delivered) << settings;
     }
-}
-
-TEST_F(ProgramCapture, PluginCheckTellsWhatItFoundInItsExitCode) {
-    const std::pair<const char*, int> cases[] = {{"no_such.dll --bytes x.pgm", 1},
-                                                 {"zel_usb.dll --samples x.pgm 4", 1},
-                                                 {"zel_usb.dll --samples x.pgm 3", 2},
-                                                 {"zel_usb.dll 1", 2},
-                                                 {"", 2},
-                                                 {"zel_usb.dll --bytes no_such_folder/x.pgm", 1}};
-    for (const auto& [arguments, exit_code] : cases) {
-        const ToolResult result = RunProgram("zel_plugin_check", arguments);
-        EXPECT_EQ(result.exit_code, exit_code) << arguments;
-        EXPECT_NE(result.err, "") << arguments;
-    }
-    EXPECT_EQ(RunProgram("zel_plugin_check", "--help").exit_code, 0);
-    const auto json = RunProgram("zel_plugin_check", "no_such.dll --json").Json();
-    EXPECT_EQ(json["failed"], 2) << json;
-    EXPECT_EQ(json["checks"][0]["name"], "load");
 }
 
 // Frames of two seeds differ by their noise alone.

@@ -62,7 +62,7 @@ TEST(Program, HelpIsThereForEveryCommand) {
     for (const FailureKind& kind : kFailureKinds) EXPECT_THAT(help.out, HasSubstr(kind.code));
     for (const std::string command :
          {"list", "info", "capture", "params", "get", "set", "trigger", "stream", "record", "export", "view", "watch",
-          "text", "calibrate", "doctor", "completion", "manual", "version", "calibrate seams"}) {
+          "text", "calibrate", "doctor", "check-plugin", "completion", "manual", "version", "calibrate seams"}) {
         const ToolResult own = RunTool("help " + command);
         EXPECT_THAT(own.out, HasSubstr("--json")) << command;
         EXPECT_THAT(own.out, HasSubstr("Example: zelcam " + command)) << command;

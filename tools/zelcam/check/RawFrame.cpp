@@ -1,16 +1,16 @@
-#include "tools/plugin_check/RawFrame.h"
+#include "tools/zelcam/check/RawFrame.h"
 
 #include <fmt/format.h>
 
-#include <cstdio>
 #include <fstream>
-#include <nlohmann/json.hpp>
 #include <vector>
 
 #include "link/LinkKind.h"
-#include "tools/plugin_check/HostCamera.h"
+#include "platform/UserTexts.h"
+#include "tools/zelcam/check/HostCamera.h"
+#include "tools/zelcam/text/Failure.h"
 
-namespace zel::plugin_check {
+namespace zelcam::check {
 
 namespace {
 
@@ -38,7 +38,7 @@ bool TakeFrame(ICameraInterface& transport, HostCamera& host, int taps, RawFrame
         frame.bytes.push_back(static_cast<std::uint8_t>(sample));
         frame.bytes.push_back(static_cast<std::uint8_t>(sample >> 8));
     }
-    frame.packed = LinkKindOf(transport.GetInterfaceType()).packed && frame.taps > 1;
+    frame.packed = zel::LinkKindOf(transport.GetInterfaceType()).packed && frame.taps > 1;
     return frame.width > 0 && frame.height > 0 &&
            frame.bytes.size() >=
                std::size_t{2} * static_cast<unsigned>(frame.width) * static_cast<unsigned>(frame.height);
@@ -51,11 +51,11 @@ unsigned Sample(const RawFrame& frame, std::size_t i) {
     return i % 2 == 0 ? pair[0] * 16u + (pair[1] & 0x0Fu) : pair[2] * 16u + (pair[1] >> 4);
 }
 
-bool WritePicture(const RawFrame& frame, RawFrameKind kind, const char* file_name) {
+bool WritePicture(const RawFrame& frame, RawFrameKind kind, const std::string& file_name) {
     const bool bytes = kind == RawFrameKind::kBytes && frame.packed;
     const int width = bytes ? frame.width * 3 / 2 : frame.width;
     const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(frame.height);
-    std::ofstream file(file_name, std::ios::binary);
+    std::ofstream file(zel::platform::Utf8Path(file_name), std::ios::binary);
     file << "P5\n" << width << " " << frame.height << "\n" << (bytes ? 255 : 65535) << "\n";
     for (std::size_t i = 0; i < count; ++i) {
         if (bytes) {
@@ -71,17 +71,14 @@ bool WritePicture(const RawFrame& frame, RawFrameKind kind, const char* file_nam
 
 }  // namespace
 
-bool SaveRawFrame(const PluginLibrary& library, RawFrameKind kind, int taps, const char* file_name, bool json) {
+std::string SaveRawFrame(const PluginLibrary& library, RawFrameKind kind, int taps, const std::string& file_name,
+                         Json& result) {
     if (!library.Complete() || library.get_num_cameras() < 1) {
-        std::fprintf(stderr, "no camera: the library can't be loaded or finds none\n");
-        return false;
+        throw Failure("no camera", library.Loaded() ? "the library finds none" : library.Why(), "", kNoCamera);
     }
     char name[] = "";
     ICameraInterface* const transport = library.create_camera_interface(0, name);
-    if (!transport) {
-        std::fprintf(stderr, "the camera can't be used\n");
-        return false;
-    }
+    if (!transport) throw Failure("the camera can't be used", "the library makes no transport", "", kNoCamera);
     RawFrame frame;
     bool taken = false;
     {
@@ -97,22 +94,16 @@ bool SaveRawFrame(const PluginLibrary& library, RawFrameKind kind, int taps, con
         transport->SetCameraCommon(nullptr);
     }
     library.destroy_camera_interface(transport);
+    if (library.lib_unload) library.lib_unload();
     if (!taken) {
-        std::fprintf(stderr, "the camera delivered no frame%s\n", taps > 0 ? " with this number of taps" : "");
-        return false;
+        throw Failure("the camera delivered no frame" + std::string(taps > 0 ? " with this number of taps" : ""), "",
+                      "", taps > 0 ? kRefused : kTimeout);
     }
-    if (!WritePicture(frame, kind, file_name)) {
-        std::fprintf(stderr, "%s can't be written\n", file_name);
-        return false;
-    }
-    const std::string text =
-        json ? nlohmann::ordered_json{{"file", file_name},  {"width", frame.width}, {"height", frame.height},
-                                      {"bits", frame.bits}, {"taps", frame.taps},   {"packed", frame.packed}}
-                   .dump(2)
-             : fmt::format("{}: {} x {}, {} bits, {} taps{}", file_name, frame.width, frame.height, frame.bits,
-                           frame.taps, frame.packed ? ", packed" : "");
-    std::puts(text.c_str());
-    return true;
+    if (!WritePicture(frame, kind, file_name)) throw Failure("'" + file_name + "' can't be written", "", "", kOutput);
+    result = {{"file", file_name},  {"width", frame.width}, {"height", frame.height},
+              {"bits", frame.bits}, {"taps", frame.taps},   {"packed", frame.packed}};
+    return fmt::format("{}: {} x {}, {} bits, {} taps{}\n", file_name, frame.width, frame.height, frame.bits,
+                       frame.taps, frame.packed ? ", packed" : "");
 }
 
-}  // namespace zel::plugin_check
+}  // namespace zelcam::check

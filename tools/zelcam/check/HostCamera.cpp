@@ -1,10 +1,11 @@
-#include "tools/plugin_check/HostCamera.h"
+#include "tools/zelcam/check/HostCamera.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <iterator>
 
-namespace zel::plugin_check {
+namespace zelcam::check {
 
 namespace {
 
@@ -118,6 +119,12 @@ bool HostCamera::WaitForFrames(std::size_t frames, int timeout_ms) {
                               [&] { return m_Seen.image_numbers.size() >= frames; });
 }
 
+bool HostCamera::WaitForRequests(int requests, int timeout_ms) {
+    std::unique_lock lock(m_Lock);
+    return m_Changed.wait_for(lock, std::chrono::milliseconds(timeout_ms),
+                              [&] { return m_Seen.free_requests >= requests; });
+}
+
 bool HostCamera::WaitForEvent(unsigned id, int timeout_ms) {
     std::unique_lock lock(m_Lock);
     return m_Changed.wait_for(lock, std::chrono::milliseconds(timeout_ms), [&] {
@@ -125,13 +132,21 @@ bool HostCamera::WaitForEvent(unsigned id, int timeout_ms) {
     });
 }
 
+void HostCamera::Forget() {
+    const std::lock_guard lock(m_Lock);
+    m_Seen = {};
+}
+
 void HostCamera::Note(const char* call) {
+    ++m_Calls;
     const std::lock_guard lock(m_Lock);
     if (m_Seen.calls.size() < kMostNotes) m_Seen.calls.emplace_back(call);
     m_Seen.frame_thread = std::this_thread::get_id();
 }
 
 int HostCamera::ConnectCommon() {
+    ++m_Calls;
+    if (m_OnConnect) m_OnConnect();
     const std::lock_guard lock(m_Lock);
     ++m_Seen.connects;
     m_Seen.connect_thread = std::this_thread::get_id();
@@ -139,6 +154,7 @@ int HostCamera::ConnectCommon() {
 }
 
 int HostCamera::StopCommon() {
+    ++m_Calls;
     {
         const std::lock_guard lock(m_Lock);
         ++m_Seen.stops;
@@ -181,6 +197,7 @@ void HostCamera::MakeRecords() {
 }
 
 int HostCamera::StartCommon() {
+    ++m_Calls;
     {
         const std::lock_guard lock(m_Lock);
         ++m_Seen.starts;
@@ -202,7 +219,23 @@ int HostCamera::StartTriggerCommon() {
     return StartCommon();
 }
 
+bool HostCamera::GetCameraParameter(int index, int* value) {
+    ++m_Calls;
+    return value && Get(index, *value);
+}
+
+int* HostCamera::GetLastErrorPtr() {
+    ++m_Calls;
+    return &m_LastError;
+}
+
+bool HostCamera::SyncTapBalanceGain() {
+    ++m_Calls;
+    return true;
+}
+
 int HostCamera::TextCommandCommon(const char* text, bool) {
+    ++m_Calls;
     std::string reply;
     return Text(text, reply) ? 0 : 1;
 }
@@ -215,10 +248,35 @@ ZelImage* HostCamera::GetFreeImage() {
     if (m_Free.empty()) return nullptr;
     ZelImage* const image = m_Free.front();
     m_Free.pop_front();
+    // Two values take turns, so that a frame that has one of them at its end does not look short.
+    const std::uint8_t fill = ++m_Seen.taken % 2 == 0 ? 0x5A : 0xA6;
+    for (const auto& record : m_Records) {
+        if (&record->image != image) continue;
+        record->out = true;
+        record->before = fill;
+        std::fill_n(record->memory.begin(), record->image.buffer_size, fill);
+    }
     return image;
 }
 
+// The transport gives a record back.
+void HostCamera::Return(ZelImage* image) {
+    const auto record =
+        std::find_if(m_Records.begin(), m_Records.end(), [=](const auto& one) { return &one->image == image; });
+    if (record == m_Records.end() || !(*record)->out) {
+        m_Seen.foreign_record = true;
+        return;
+    }
+    (*record)->out = false;
+    ++m_Seen.returned;
+}
+
 ZelImage* HostCamera::GetPendingImage() {
+    ++m_Calls;
+    return TakePending();
+}
+
+ZelImage* HostCamera::TakePending() {
     const std::lock_guard lock(m_Lock);
     if (m_Pending.empty()) return nullptr;
     ZelImage* const image = m_Pending.front();
@@ -226,21 +284,29 @@ ZelImage* HostCamera::GetPendingImage() {
     return image;
 }
 
+void HostCamera::GiveBack(ZelImage* image) {
+    const std::lock_guard lock(m_Lock);
+    m_Free.push_back(image);
+}
+
 bool HostCamera::SetPendingImage(ZelImage* image) {
     Note("pending");
     const std::lock_guard lock(m_Lock);
+    Return(image);
     m_Pending.push_back(image);
     return true;
 }
 
 bool HostCamera::ReleaseImage(ZelImage* image) {
+    ++m_Calls;
     const std::lock_guard lock(m_Lock);
+    Return(image);
     m_Free.push_back(image);
     return true;
 }
 
 void HostCamera::FillImageInfo(ZelImage*) { Note("info"); }
-void HostCamera::FreeAllInUseImages() {}
+void HostCamera::FreeAllInUseImages() { ++m_Calls; }
 
 void HostCamera::OnImage(ZelImage* image, ZelCamera* camera) {
     reinterpret_cast<HostCamera*>(camera)->HandleImage(image);
@@ -248,7 +314,7 @@ void HostCamera::OnImage(ZelImage* image, ZelCamera* camera) {
 
 void HostCamera::OnEvent(const ZelCameraEvent* event, ZelCamera* camera) {
     HostCamera& host = *reinterpret_cast<HostCamera*>(camera);
-    if (event->id == CAMERA_EVENT_IMAGE_READY) host.Note("event");
+    event->id == CAMERA_EVENT_IMAGE_READY ? host.Note("event") : static_cast<void>(++host.m_Calls);
     if (host.m_OnEvent) host.m_OnEvent(event->id);
     const std::lock_guard lock(host.m_Lock);
     if (host.m_Seen.events.size() < kMostNotes || event->id != CAMERA_EVENT_IMAGE_READY) {
@@ -266,6 +332,10 @@ void HostCamera::HandleImage(ZelImage* image) {
             const std::size_t size = record->image.buffer_size;
             m_Seen.guard_damaged |= std::any_of(record->memory.begin() + static_cast<std::ptrdiff_t>(size),
                                                 record->memory.end(), [](auto byte) { return byte != kGuard; });
+            const auto behind =
+                std::find_if(std::make_reverse_iterator(record->memory.begin() + static_cast<std::ptrdiff_t>(size)),
+                             record->memory.rend(), [&](auto byte) { return byte != record->before; });
+            m_Seen.written = std::max(m_Seen.written, static_cast<std::size_t>(record->memory.rend() - behind));
             m_Seen.last_frame.resize(size / 2);
             std::memcpy(m_Seen.last_frame.data(), record->memory.data(), size / 2 * 2);
         }
@@ -280,4 +350,4 @@ void HostCamera::HandleImage(ZelImage* image) {
     m_Changed.notify_all();
 }
 
-}  // namespace zel::plugin_check
+}  // namespace zelcam::check

@@ -1,16 +1,20 @@
 // A camera interface library with its exports bound.
-#ifndef TOOLS_PLUGIN_CHECK_PLUGINLIBRARY_H
-#define TOOLS_PLUGIN_CHECK_PLUGINLIBRARY_H
+#ifndef ZELCAM_PLUGINLIBRARY_H
+#define ZELCAM_PLUGINLIBRARY_H
+
+#include <string>
 
 #include "link/CameraInterfaceLibrary.h"
 #include "link/ICameraInterface.h"
 #include "platform/DynamicLibrary.h"
+#include "platform/LibraryFiles.h"
 
-namespace zel::plugin_check {
+namespace zelcam::check {
 
 class PluginLibrary {
   public:
-    explicit PluginLibrary(const char* file) : m_Handle(platform::LoadSharedLibrary(file)) {
+    // file: a name as the SDK has it ("zel_usb.dll"), looked for as the SDK does, or a path.
+    explicit PluginLibrary(const std::string& file) : m_Handle(Load(file, m_Why)) {
         Bind(get_num_cameras, "get_num_cameras");
         Bind(create_camera_interface, "create_camera_interface");
         Bind(destroy_camera_interface, "destroy_camera_interface");
@@ -23,15 +27,18 @@ class PluginLibrary {
         Bind(lib_unload, "lib_unload");
         Bind(set_camera_connection_event_callback, "set_camera_connection_event_callback");
     }
-    ~PluginLibrary() { platform::UnloadSharedLibrary(m_Handle); }
+    ~PluginLibrary() { zel::platform::UnloadSharedLibrary(m_Handle); }
     PluginLibrary(const PluginLibrary&) = delete;
     PluginLibrary& operator=(const PluginLibrary&) = delete;
 
     bool Loaded() const { return m_Handle != nullptr; }
+    // The system's reason when it could not be loaded.
+    const std::string& Why() const { return m_Why; }
+    std::string File() const { return zel::platform::FileOfLibrary(m_Handle); }
     bool Complete() const { return get_num_cameras && create_camera_interface && destroy_camera_interface; }
     template <class Function>
     void Bind(Function& function, const char* name) {
-        function = platform::FindFunction<Function>(m_Handle, name);
+        function = zel::platform::FindFunction<Function>(m_Handle, name);
     }
 
     GetNumCamerasFunction get_num_cameras;
@@ -47,9 +54,16 @@ class PluginLibrary {
     SetConnectionEventCallbackFunction set_camera_connection_event_callback;
 
   private:
-    platform::LibraryHandle m_Handle;
+    static zel::platform::LibraryHandle Load(const std::string& file, std::string& why) {
+        const bool path = file.find_first_of("/\\") != std::string::npos;
+        const zel::platform::LibraryHandle found = path ? nullptr : zel::platform::LoadSharedLibrary(file.c_str());
+        return found ? found : zel::platform::LoadLibraryFile(zel::platform::LibraryFileName(file), why);
+    }
+
+    std::string m_Why;
+    zel::platform::LibraryHandle m_Handle;
 };
 
-}  // namespace zel::plugin_check
+}  // namespace zelcam::check
 
 #endif

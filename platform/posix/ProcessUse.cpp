@@ -1,4 +1,4 @@
-#include "tests/support/Process.h"
+#include "platform/ProcessUse.h"
 
 #include <filesystem>
 #include <iterator>

@@ -1,8 +1,9 @@
 // A small stand-in for the SDK's camera object: talks to a camera through a transport's datagrams, gives the transport
 // records to fill, and notes every call that the transport makes.
-#ifndef TOOLS_PLUGIN_CHECK_HOSTCAMERA_H
-#define TOOLS_PLUGIN_CHECK_HOSTCAMERA_H
+#ifndef ZELCAM_HOSTCAMERA_H
+#define ZELCAM_HOSTCAMERA_H
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -19,7 +20,11 @@
 #include "link/IZelCameraCommon.h"
 #include "link/SyncTableIndex.h"
 
-namespace zel::plugin_check {
+namespace zelcam::check {
+
+using enum zel::SyncTableIndex;
+using enum zel::SyncTableCommand;
+using enum zel::SyncTableException;
 
 // The camera's answer to one table request.
 struct TableAnswer {
@@ -53,12 +58,16 @@ class HostCamera final : public IZelCameraCommon {
         int trigger_starts = 0;
         int stops = 0;
         int free_requests = 0;
+        int taken = 0;                        // records that the transport got
+        int returned = 0;                     // of those made pending or released
+        bool foreign_record = false;          // one was handed over that it had not got
         std::vector<std::string> calls;       // of the frames, in order; the first kMostNotes
         std::vector<unsigned> image_numbers;  // as the image handler saw them
         std::vector<unsigned> events;         // ids
         std::thread::id connect_thread;
         std::thread::id frame_thread;
         bool guard_damaged = false;  // a frame was written past its record
+        std::size_t written = 0;     // bytes from the beginning of a record to the last one that a frame changed
         std::vector<std::uint16_t> last_frame;
     };
     static constexpr std::size_t kMostNotes = 4000;
@@ -66,14 +75,22 @@ class HostCamera final : public IZelCameraCommon {
     Seen& SeenLocked() { return m_Seen; }
     Seen Snapshot();
     bool WaitForFrames(std::size_t frames, int timeout_ms);
+    bool WaitForRequests(int requests, int timeout_ms);  // of free records
     bool WaitForEvent(unsigned id, int timeout_ms);
+    // The application's GetPendingImage and FreeImage.
+    ZelImage* TakePending();
+    void GiveBack(ZelImage* image);
+    // Calls that the transport has made so far, of whatever kind.
+    int Calls() const { return m_Calls; }
+    void Forget();
 
     int m_ConnectCode = 0;
     int m_StartCode = 0;
     int m_Buffers = 4;
-    bool m_Recycle = true;            // a frame's record is free again after the image handler
-    std::size_t m_BufferSize = 0;     // bytes; 0: what the frame needs
-    std::function<void()> m_OnImage;  // called by the image handler
+    std::atomic<bool> m_Recycle{true};  // a frame's record is free again after the image handler
+    std::size_t m_BufferSize = 0;       // bytes; 0: what the frame needs
+    std::function<void()> m_OnConnect;  // called by ConnectCommon
+    std::function<void()> m_OnImage;    // called by the image handler
     std::function<void(unsigned)> m_OnEvent;
 
     // IZelCameraCommon
@@ -82,9 +99,9 @@ class HostCamera final : public IZelCameraCommon {
     int StartCommon() override;
     int StartTriggerCommon() override;
     int TextCommandCommon(const char* text, bool expect_reply) override;
-    bool GetCameraParameter(int index, int* value) override { return value && Get(index, *value); }
-    int* GetLastErrorPtr() override { return &m_LastError; }
-    bool SyncTapBalanceGain() override { return true; }
+    bool GetCameraParameter(int index, int* value) override;
+    int* GetLastErrorPtr() override;
+    bool SyncTapBalanceGain() override;
     ZelImage* GetFreeImage() override;
     ZelImage* GetPendingImage() override;
     bool SetPendingImage(ZelImage* image) override;
@@ -96,6 +113,8 @@ class HostCamera final : public IZelCameraCommon {
     struct Record {
         ZelColorImage image{};
         std::vector<std::uint8_t> memory;
+        bool out = false;         // the transport has it
+        std::uint8_t before = 0;  // what its bytes were when it was taken
     };
 
     static void ZEL_CALL OnImage(ZelImage* image, ZelCamera* camera);
@@ -104,10 +123,12 @@ class HostCamera final : public IZelCameraCommon {
     bool Calculate();
     void MakeRecords();
     void Note(const char* call);
+    void Return(ZelImage* image);
     ZelCamera* Identity() { return reinterpret_cast<ZelCamera*>(this); }  // never looked into
 
     ICameraInterface& m_Transport;
     int m_LastError = 0;
+    std::atomic<int> m_Calls{0};
     std::mutex m_ExchangeLock;
     std::mutex m_Lock;
     std::condition_variable m_Changed;
@@ -117,6 +138,6 @@ class HostCamera final : public IZelCameraCommon {
     Seen m_Seen;
 };
 
-}  // namespace zel::plugin_check
+}  // namespace zelcam::check
 
 #endif

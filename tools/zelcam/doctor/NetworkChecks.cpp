@@ -78,11 +78,9 @@ void CheckSpeed(const NetworkLink& link, const std::vector<NetworkCamera>& camer
     }
     if (link.megabits != 0 && needed > kUsable * static_cast<double>(link.megabits)) {
         state = State::kWarning;
-        hint = fmt::format(
-            "frames come at {:.0f} % of their rate at most, or get lost: lower the frame rate, or give {} a "
-            "link of {} own",
-            100.0 * kUsable * static_cast<double>(link.megabits) / needed,
-            cameras.size() > 1 ? "each camera" : "the camera", cameras.size() > 1 ? "its" : "faster");
+        hint = fmt::format("frames come at {:.0f} % of their rate at most, or get lost: lower the frame rate, or {}",
+                           100.0 * kUsable * static_cast<double>(link.megabits) / needed,
+                           cameras.size() > 1 ? "give each camera a link of its own" : "use a faster link");
     }
     examination.Add(state, "link_speed", text, hint, facts);
 }

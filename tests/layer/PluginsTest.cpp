@@ -23,7 +23,7 @@ ErrorKind KindOfChoice(const std::string& folder) {
 TEST(Plugins, TheFirstChoiceThatCanBeHadIsForGood) {
     const fs::path here = fs::current_path();
     const std::string name = platform::LibraryFileName("zel_usb.dll");
-    const fs::path set = fs::temp_directory_path() / u8"zel-plug-ins-\u00e4\u6f22";
+    const fs::path set = here / u8"zel-plug-ins-\u00e4\u6f22";
     const fs::path empty = set / "empty";
     fs::create_directories(empty);
     fs::copy_file(here / name, set / name, fs::copy_options::overwrite_existing);
@@ -46,6 +46,8 @@ TEST(Plugins, TheFirstChoiceThatCanBeHadIsForGood) {
     for (const CameraInfo& camera : cameras) EXPECT_EQ(camera.interface_type, "USB 3.0");
     EXPECT_EQ(sdk.version().find("pleora"), std::string::npos);
     EXPECT_EQ(use_plugins(folder), folder);
+    std::error_code in_use;  // on some systems, as long as the program runs
+    fs::remove_all(set, in_use);
 }
 
 }  // namespace zel

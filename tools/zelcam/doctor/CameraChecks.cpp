@@ -56,7 +56,7 @@ double BytesPerSecond(const zel::Camera& camera, const zel::Frame& frame) {
     const auto rate = camera.parameter(ZEL_PARAM_FRAME_RATE).try_value();  // in 1000 s
     if (!rate) return 0.0;
     const double bytes = frame.bits() > 8 ? 2.0 : 1.0;
-    return static_cast<double>(frame.width()) * frame.height() * bytes * static_cast<double>(rate->number()) / 1000.0;
+    return static_cast<double>(frame.width()) * frame.height() * bytes * static_cast<double>(rate->integer()) / 1000.0;
 }
 
 void TakeOneFrame(zel::Sdk& sdk, const zel::CameraInfo& entry, CameraCounts& counts, Examination& examination) {

@@ -15,6 +15,7 @@ using zel::platform::NetworkLink;
 
 constexpr std::uint64_t kJumbo = 9000;        // what the command asks for
 constexpr std::uint64_t kLargePacket = 8000;  // as good as that: one interrupt for six packets of the common size
+constexpr double kCommonPacket = 1500.0;      // where the system does not tell
 constexpr std::uint64_t kGigabit = 1000;
 
 // Of each packet of the MTU's size 36 bytes are the headers of IP, UDP and the stream; around it go 38 of Ethernet.
@@ -48,7 +49,7 @@ void CheckPackets(const NetworkLink& link, Examination& examination) {
 double Needed(const NetworkLink& link, const std::vector<NetworkCamera>& cameras) {
     double bytes = 0.0;
     for (const NetworkCamera& camera : cameras) bytes += camera.bytes_per_second;
-    const double mtu = link.mtu > kHeaders ? static_cast<double>(link.mtu) : 1500.0;
+    const double mtu = link.mtu > 576 ? static_cast<double>(link.mtu) : kCommonPacket;
     return bytes * 8e-6 * (mtu + kAround) / (mtu - kHeaders);
 }
 

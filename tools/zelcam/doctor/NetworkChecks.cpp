@@ -88,7 +88,9 @@ void CheckSpeed(const NetworkLink& link, const std::vector<NetworkCamera>& camer
 
 }  // namespace
 
-bool NetworkIsWanted(const CameraCounts& cameras) { return !cameras.network.empty() || ChosenPlugins().name == "gige"; }
+bool NetworkIsWanted(const CameraCounts& cameras) {
+    return !cameras.network.empty() || ChosenPlugins().folder.ends_with("gige");
+}
 
 void TellOfLinks(const std::vector<NetworkLink>& links, const CameraCounts& cameras, Examination& examination) {
     bool any = false;

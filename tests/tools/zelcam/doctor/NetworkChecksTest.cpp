@@ -48,8 +48,9 @@ TEST(NetworkChecks, EachFaultOfALinkIsToldWithTheCommandThatMendsIt) {
     for (const auto& row : rows) {
         Examination examination(false);
         TellOfLinks(row.links, {row.cameras, false}, examination);
+        const Json all = examination.ToJson();
         Json found;
-        for (const Json& finding : examination.ToJson()["findings"]) {
+        for (const Json& finding : all["findings"]) {
             if (finding["check"] == row.check) found = finding;
         }
         ASSERT_FALSE(found.is_null()) << row.check << row.said;

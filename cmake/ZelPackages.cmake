@@ -1,4 +1,4 @@
-# The packages: on Linux three of Debian's, on Windows one archive. scripts/package.sh makes them, in build folders of
+# The packages: on Linux three of Debian's (four with Aravis), on Windows one archive. scripts/package.sh makes them, in build folders of
 # their own whose prefix is /usr.
 set(CPACK_PACKAGE_NAME zel-sdk)
 set(CPACK_PACKAGE_VENDOR "The ZEL Camera SDK developers")
@@ -62,6 +62,16 @@ ${about}
 This package has zelcam, which does the same from a shell and holds
 interface libraries to their contract."
     SHLIBDEPS ON DEPENDS "libzel-sdk ${own_version}")
+if(TARGET gige_pleora_ebus)
+    list(APPEND CPACK_COMPONENTS_ALL libzel-sdk-gige)
+    set(CPACK_DEBIAN_LIBZEL-SDK_PACKAGE_SUGGESTS libzel-sdk-gige)
+    zel_debian_package(libzel-sdk-gige libs "scientific cameras - GigE Vision plug-in
+${about}
+.
+This package has the plug-in for GigE Vision cameras on the network, which it
+reaches through Aravis; zelcam --plugins gige uses it."
+        SHLIBDEPS ON DEPENDS "libzel-sdk ${own_version}")
+endif()
 # Where dpkg-shlibdeps finds the library that is in no installed package.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 include(CPack)

@@ -37,6 +37,7 @@ Completions SourcesOfValues() {
              {"--bytes", {Kind::kFile, {}}},
              {"--samples", {Kind::kFile, {}}},
              {"--only", {Kind::kWords, ClauseNames()}},
+             {"--plugins", {Kind::kFolder, {}}},
              {"parameter", {Kind::kWords, ParameterNames(false)}},
              {"assignment", {Kind::kAssignments, ParameterNames(true)}},
              {"--set", {Kind::kAssignments, ParameterNames(true)}}}};

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "zel/Settings.h"
+#include "zel/detail/SdkState.h"
 
 namespace zel::gst {
 
@@ -72,6 +73,13 @@ Picture ExpectedPicture(const Camera& camera, bool color) {
     return picture;
 }
 
+// On purpose: the SDK object is never destroyed from here. It is one for the whole program, which may use it beside the
+// element, and the layer counts its users in each library by itself.
+void KeepSdk() {
+    static const detail::SdkState* const s_Kept = new detail::SdkState;
+    static_cast<void>(s_Kept);
+}
+
 }  // namespace
 
 CameraSource::CameraPointer CameraSource::Current() const {
@@ -103,6 +111,7 @@ CameraSource::CameraPointer CameraSource::OpenCamera() {
     CameraPointer parked = std::exchange(m_Parked, nullptr);
     if (parked && m_ParkedName == m_Settings.camera && !m_Settings.calibrated && !parked->link_lost()) return parked;
     parked.reset();
+    KeepSdk();
     if (!m_Sdk) m_Sdk = std::make_unique<Sdk>();
     OpenOptions options;
     options.calibrated = m_Settings.calibrated;

@@ -77,6 +77,7 @@ class CameraSource {
     // Ends Next() and AwaitLink() at once, until GoOn().
     void Halt();
     void GoOn() { m_Halted = false; }
+    bool IsHalted() const { return m_Halted; }
 
     // The next frame. Throws Error with the reason when none comes.
     Taken Next();

@@ -150,13 +150,14 @@ gboolean UnlockStop(GstBaseSrc* base) {
 GstStateChangeReturn ChangeState(GstElement* element, GstStateChange change) {
     CameraSource& source = StateOf(element).source;
     if (change == GST_STATE_CHANGE_PAUSED_TO_PLAYING) source.Play();
+    const GstStateChangeReturn result = GST_ELEMENT_CLASS(zel_src_parent_class)->change_state(element, change);
     if (change == GST_STATE_CHANGE_PLAYING_TO_PAUSED) {
         Guard(element, false, PostWarning, [&source] {
             source.Pause();
             return true;
         });
     }
-    return GST_ELEMENT_CLASS(zel_src_parent_class)->change_state(element, change);
+    return result;
 }
 
 // ---- negotiation ----
@@ -265,15 +266,19 @@ GstFlowReturn BufferOf(GstBaseSrc* base, Frame frame, GstBuffer** buffer) {
     throw Error(ErrorKind::failed, "the memory for a frame can't be written");
 }
 
-// The next frame; where the link may come back, the one after that.
-Taken TakeFrame(GstBaseSrc* base) {
+// The next frame, which may be after a pause, or when a lost link is back. Anything but GST_FLOW_OK: there is none.
+GstFlowReturn TakeFrame(GstBaseSrc* base, Taken& taken) {
     State& state = StateOf(base);
     bool hole = false;
     while (true) {
         try {
-            Taken taken = state.source.Next();
+            taken = state.source.Next();
             taken.hole = taken.hole || hole;
-            return taken;
+            if (taken.frame) return GST_FLOW_OK;
+            if (taken.over) return GST_FLOW_EOS;
+            if (state.source.IsHalted()) return GST_FLOW_FLUSHING;
+            if (const GstFlowReturn flow = gst_base_src_wait_playing(base); flow != GST_FLOW_OK) return flow;
+            continue;
         } catch (const Error& error) {
             if (error.kind() != ErrorKind::link_lost || !state.source.Reconnects()) throw;
             PostWarning(GST_ELEMENT(base), error);
@@ -288,9 +293,8 @@ GstFlowReturn Create(GstPushSrc* push, GstBuffer** out) {
     GstElement* const element = GST_ELEMENT(push);
     State& state = StateOf(push);
     return Guard(push, GST_FLOW_ERROR, PostError, [&] {
-        Taken taken = TakeFrame(base);
-        if (taken.over) return GST_FLOW_EOS;
-        if (!taken.frame) return GST_FLOW_FLUSHING;
+        Taken taken;
+        if (const GstFlowReturn flow = TakeFrame(base, taken); flow != GST_FLOW_OK) return flow;
         const GstClockTime arrival = ArrivalOf(element, taken.frame);
         const Picture picture = state.source.CurrentPicture();
         if (picture != state.negotiated) {

@@ -43,7 +43,7 @@ done
 cmake -S outside/plugin -B plugin-build -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$compiler" >log 2>&1 &&
     cmake --build plugin-build >>log 2>&1 || fail "$(tail -n 30 log)"
 cp plugin-build/libzel_usb.so "$lib/zel-sdk/cameras/"
-"$prefix/bin/zel_plugin_check" zel_usb.dll >log || fail "$(grep FAIL log)"
+"$prefix/bin/zelcam" check-plugin "$PWD/plugin-build/libzel_usb.so" >log || fail "$(grep FAIL log)"
 "$prefix/bin/zelcam" capture --camera 900001 --frames 3 --exposure 20000 --out gradient >log 2>&1 || fail "$(cat log)"
 expect "pictures of the gradient" 3 "$(ls gradient/*.tif | wc -l)"
 rm "$lib/zel-sdk/cameras/libzel_usb.so"

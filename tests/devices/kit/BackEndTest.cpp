@@ -1,0 +1,169 @@
+// Back ends that do what they should not, and what the host sees of it.
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <stdexcept>
+
+#include "devices/kit/Bus.h"
+#include "include/ZelParameters.h"
+#include "tools/zelcam/check/HostCamera.h"
+
+namespace zel::kit {
+namespace {
+
+constexpr SensorSize kSensor{8, 4, 12};
+constexpr int kPatience = 10000;  // milliseconds
+
+// Does as the test says.
+class Device final : public BackEnd {
+  public:
+    Description Describe() const override { return {std::string(200, 'n'), "1", "none", {}}; }
+    int Connect() override { return m_ConnectCode; }
+    std::optional<Attributes> AttributesOf(int index) override {
+        return IsBasicEntry(index) || index == EXPOSURE_TIME || index == CCM_1_1
+                   ? std::optional(SensorAttributes(index, kSensor))
+                   : std::nullopt;
+    }
+    int Read(int index, Value& value) override {
+        if (index == CCM_1_1) value = std::string("no number");
+        if (m_Throw) throw std::runtime_error("the camera is on fire");
+        return 0;
+    }
+    int Write(int index, Value& value) override {
+        if (m_Throw) throw std::runtime_error("the camera is on fire");
+        if (index == EXPOSURE_TIME) value = std::get<int>(value) / 10 * 10;
+        return 0;
+    }
+    void Start(FrameSink& sink, const Run&) override { m_Start(sink); }
+
+    std::function<void(FrameSink&)> m_Start = [](FrameSink&) {};
+    std::atomic<bool> m_Throw{false};
+    int m_ConnectCode = 0;
+};
+
+bool Black(std::span<std::uint8_t> memory) {
+    std::ranges::fill(memory, std::uint8_t{0});
+    return true;
+}
+
+// One camera on a bus, and a host that has opened it.
+class KitBackEnd : public testing::Test {
+  protected:
+    KitBackEnd() {
+        auto device = std::make_unique<Device>();
+        m_Device = device.get();
+        m_Bus.Add(std::move(device));
+        m_Transport = m_Bus.CreateTransport(0);
+        m_Host.emplace(*m_Transport);
+        m_Transport->SetCameraCommon(&*m_Host);
+        m_Host->RegisterHandlers();
+    }
+    ~KitBackEnd() override {
+        m_Transport->SetCameraCommon(nullptr);
+        m_Bus.DestroyTransport(m_Transport);
+    }
+    // Runs until the back end's Start() has returned by itself.
+    void RunOnce() {
+        ASSERT_EQ(m_Transport->Connect(), 0);
+        ASSERT_EQ(m_Transport->Start(), 0);
+        ASSERT_EQ(m_Host->Set(CAMERA_STATE, 2), 0);
+        int state = 2;
+        while (m_Host->Get(CAMERA_STATE, state) && state == 2) std::this_thread::yield();
+        EXPECT_EQ(state, 0) << "a run that its maker ends is a camera that has stopped";
+    }
+
+    Bus m_Bus{CAMERA_TYPE_USB};
+    Device* m_Device = nullptr;
+    ICameraInterface* m_Transport = nullptr;
+    std::optional<zelcam::check::HostCamera> m_Host;
+};
+
+}  // namespace
+
+TEST_F(KitBackEnd, WhatItThrowsIsARefusalAndTheCameraGoesOn) {
+    ASSERT_EQ(m_Transport->Connect(), 0);
+    int exposure = 0;
+    m_Device->m_Throw = true;
+    EXPECT_EQ(m_Host->Set(EXPOSURE_TIME, 5000), kExceptionChange);
+    EXPECT_FALSE(m_Host->Get(EXPOSURE_TIME, exposure));
+    m_Device->m_Throw = false;
+    EXPECT_EQ(m_Host->Set(EXPOSURE_TIME, 5007), 0);
+    EXPECT_TRUE(m_Host->Get(EXPOSURE_TIME, exposure));
+    EXPECT_EQ(exposure, 5000) << "what the camera made of it";
+    m_Device->m_Start = [](FrameSink&) { throw std::runtime_error("no frames"); };
+    RunOnce();
+}
+
+TEST_F(KitBackEnd, AValueOfAnotherTypeTravelsAsNothing) {
+    ASSERT_EQ(m_Transport->Connect(), 0);
+    const auto answer = m_Host->Request(SYNC_TABLE_CMD_GET, CCM_1_1);
+    EXPECT_EQ(answer.data, std::vector<std::uint8_t>(8, 0));
+    EXPECT_EQ(m_Host->Request(SYNC_TABLE_CMD_GET, SENSOR_TEMP).exception, kExceptionBadIndex);
+}
+
+TEST_F(KitBackEnd, ItsCodeIsTheHostsWhenItCanNotConnect) {
+    m_Device->m_ConnectCode = ZEL_ERROR_CAMERA_COMM_FAILURE;
+    EXPECT_EQ(m_Transport->Connect(), ZEL_ERROR_CAMERA_COMM_FAILURE);
+    EXPECT_EQ(m_Host->Snapshot().connects, 0);
+    EXPECT_NE(m_Transport->Start(), 0);
+}
+
+TEST_F(KitBackEnd, LostFramesAreHolesAndNumbersNeverGoBack) {
+    m_Device->m_Start = [](FrameSink& sink) {
+        sink.Give({}, Black);
+        sink.Lose(2);
+        sink.Give({}, Black);
+        FrameFacts late;
+        late.number = 1;
+        sink.Give(late, Black);
+        sink.Give({}, [](std::span<std::uint8_t>) { return false; });
+        FrameFacts jump;
+        jump.number = 9;
+        sink.Give(jump, Black);
+    };
+    RunOnce();
+    ASSERT_TRUE(m_Host->WaitForFrames(4, kPatience));
+    EXPECT_EQ(m_Host->Snapshot().image_numbers, (std::vector<unsigned>{0, 3, 4, 9}));
+    EXPECT_EQ(m_Transport->GetDroppedFrames(), 2);
+    EXPECT_EQ(m_Transport->Stop(), 0);
+}
+
+TEST_F(KitBackEnd, ASequenceEndsWithItsLastFrameWhateverItsMakerDoes) {
+    std::atomic<int> given{0};
+    m_Device->m_Start = [&](FrameSink& sink) {
+        while (sink.Give({}, Black) != HandOver::kEnded) ++given;
+    };
+    m_Transport->SetFrameCount(3);
+    RunOnce();
+    EXPECT_EQ(given, 3);
+    EXPECT_EQ(m_Host->Snapshot().image_numbers.size(), 3u);
+}
+
+TEST_F(KitBackEnd, ACameraThatVanishesIsReportedOnceAndComesBack) {
+    std::deque<std::pair<int, int>> reports;
+    static std::deque<std::pair<int, int>>* s_Reports = nullptr;
+    s_Reports = &reports;
+    m_Bus.SetConnectionCallback([](int event, int camera, int) { s_Reports->emplace_back(event, camera); }, 0);
+    m_Device->m_Start = [](FrameSink& sink) {
+        sink.Vanish();
+        sink.Vanish();
+    };
+    ASSERT_EQ(m_Transport->Connect(), 0);
+    ASSERT_EQ(m_Transport->Start(), 0);
+    ASSERT_EQ(m_Host->Set(CAMERA_STATE, 2), 0);
+    ASSERT_TRUE(m_Host->WaitForEvent(CAMERA_EVENT_DISCONNECT, kPatience));
+    EXPECT_TRUE(m_Bus.ChangePlug(0, true));
+    EXPECT_TRUE(m_Host->WaitForEvent(CAMERA_EVENT_RECONNECT, kPatience));
+    int state = -1;
+    EXPECT_TRUE(m_Host->Get(CAMERA_STATE, state));
+    EXPECT_EQ(state, 0);
+    m_Transport->Disconnect();
+    const int second = m_Bus.Add(std::make_unique<Device>());
+    EXPECT_TRUE(m_Bus.ChangePlug(second, false)) << "its reports are waited for";
+    EXPECT_EQ(reports, (std::deque<std::pair<int, int>>{{ICAMERA_INTERFACE_EVENT_ID_DISCONNECT, 0},
+                                                        {ICAMERA_INTERFACE_EVENT_ID_CONNECT, second},
+                                                        {ICAMERA_INTERFACE_EVENT_ID_DISCONNECT, second}}));
+    EXPECT_EQ(std::string(m_Bus.Text(0, [](const Description& found) { return found.name; })).size(), 63u);
+}
+
+}  // namespace zel::kit

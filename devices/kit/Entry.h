@@ -48,8 +48,8 @@ struct SensorSize {
 /// StandardAttributes() with the bounds that a sensor sets: H_SIZE, V_SIZE, the region's four, BITS_PER_PIXEL ...
 /// @param index 0 to 88
 Attributes SensorAttributes(int index, const SensorSize& sensor);
-/// Whether every camera has the entry: identity, size, region, run, sequence, triggers, calculation. The kit follows them
-/// by itself, a back end need not know them.
+/// Whether every camera has the entry: identity, size, region, run, sequence, triggers, calculation. The kit follows
+/// them by itself, a back end need not know them.
 /// @param index 0 to 88
 bool IsBasicEntry(int index);
 

@@ -45,6 +45,7 @@ tools/zelcam/commands:    include include/zel platform tools/zelcam/text tools/z
 tools/zelcam:             platform tools/zelcam/text tools/zelcam/commands
 tools/scene_picture:      platform devices/sim/scene
 examples:                 include include/zel
+examples/plugin:          devices/kit
 '
 # The public headers are for any compiler and any standard library: they include each other alone. The layer over them
 # in include/zel is C++20 and uses the standard library; the C interface names its types with stdint.h.

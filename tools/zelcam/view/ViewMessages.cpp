@@ -130,7 +130,7 @@ void AddProbe(Json& message, const Probe& probe, const Samples& frame) {
         Json list = Json::array();
         for (std::size_t i = 0; i < values.size(); i += frame.channels) {
             list.push_back(PixelJson({values.begin() + static_cast<std::ptrdiff_t>(i),
-                                   values.begin() + static_cast<std::ptrdiff_t>(i + frame.channels)}));
+                                      values.begin() + static_cast<std::ptrdiff_t>(i + frame.channels)}));
         }
         message["line"]["values"] = std::move(list);
     }

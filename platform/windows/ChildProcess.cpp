@@ -30,14 +30,16 @@ class Handle {
 
 // An argument as CommandLineToArgvW takes it apart.
 std::string Quoted(const std::string& argument) {
-    std::string quoted = "\"";
+    std::string quoted(1, '"');
     std::size_t backslashes = 0;
     for (const char character : argument) {
         if (character == '"') quoted.append(backslashes + 1, '\\');
         backslashes = character == '\\' ? backslashes + 1 : 0;
-        quoted += character;
+        quoted.push_back(character);
     }
-    return quoted.append(backslashes, '\\') + "\"";
+    quoted.append(backslashes, '\\');
+    quoted.push_back('"');
+    return quoted;
 }
 
 LONG WINAPI EndAtOnce(EXCEPTION_POINTERS* pointers) {
@@ -75,7 +77,10 @@ ChildProcess::ChildProcess(const std::string& program, const std::vector<std::st
     start.hStdOutput = write_end.Get();
     start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
     std::string line = Quoted(program);
-    for (const std::string& argument : arguments) line += " " + Quoted(argument);
+    for (const std::string& argument : arguments) {
+        line += ' ';
+        line += Quoted(argument);
+    }
     std::wstring wide = Wide(line);
     PROCESS_INFORMATION made{};
     if (!CreateProcessW(Wide(program).c_str(), wide.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr, nullptr,

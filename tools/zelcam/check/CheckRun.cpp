@@ -55,8 +55,8 @@ class Checks {
         for (std::size_t i = m_Next; i < m_Plan.clauses.size(); ++i) {
             ids += std::string(ids.empty() ? "" : ",") + m_Plan.clauses[i]->id;
         }
-        std::vector<std::string> words{"check-plugin", "--worker", ids, "--worker-camera",
-                                       std::to_string(m_NextCamera)};
+        std::vector<std::string> words = m_Plan.program_options;
+        words.insert(words.end(), {"check-plugin", "--worker", ids, "--worker-camera", std::to_string(m_NextCamera)});
         if (m_Plan.only_camera != kAllCameras) {
             words.insert(words.end(), {"--camera", std::to_string(m_Plan.only_camera)});
         }

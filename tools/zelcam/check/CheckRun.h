@@ -23,7 +23,8 @@ struct CheckPlan {
     std::string file;
     std::vector<const Clause*> clauses;
     int only_camera = kAllCameras;
-    double time_limit = 60.0;  // seconds for one clause with one camera
+    std::vector<std::string> program_options;  // that stand before the command, for the processes, too
+    double time_limit = 60.0;                  // seconds for one clause with one camera
 };
 
 // Calls `told` for each result as it comes. Throws Failure when the user wants the end or no process can be started.

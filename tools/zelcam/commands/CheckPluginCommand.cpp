@@ -19,6 +19,7 @@ class CheckPluginCommand : public Command {
     const char* Example() const override { return "check-plugin zel_usb.dll --only frame,stop"; }
 
     void Declare(CLI::App& command) override {
+        m_Program = command.get_parent();
         command.add_option("file", m_Plan.file, "A plug-in: its name as the SDK has it (zel_usb.dll), or a path");
         command.add_option("--only", m_Only, "Only these clauses or groups of clauses, see --list")
             ->delimiter(',')
@@ -60,6 +61,10 @@ class CheckPluginCommand : public Command {
         if (!m_Bytes.empty() || !m_Samples.empty()) return SaveFrame(result);
         if (m_Taps > 0) throw Failure("--taps is for --bytes or --samples", "", "leave it out", kUsage);
         m_Plan.clauses = check::SelectClauses(m_Only);
+        for (const CLI::Option* const option : m_Program->get_options()) {
+            for (const std::string& value : option->results())
+                m_Plan.program_options.push_back(option->get_name() + "=" + value);
+        }
         CatchInterrupts();
         check::CheckReport report(!m_Json);
         ReportAlways([&] { check::RunChecks(m_Plan, [&](const check::ClauseResult& one) { report.Add(one); }); },
@@ -102,6 +107,7 @@ class CheckPluginCommand : public Command {
         if (!m_Json) Print("{}", line);
     }
 
+    const CLI::App* m_Program = nullptr;
     check::CheckPlan m_Plan;
     std::vector<std::string> m_Only;
     std::vector<std::string> m_WorkerClauses;

@@ -1,6 +1,7 @@
 // The check of plug-ins against one that is good and the same with one thing wrong at a time.
 #include <gmock/gmock.h>
 
+#include "platform/LibraryFiles.h"
 #include "tests/tools/zelcam/commands/ToolProcess.h"
 
 namespace zelcam {
@@ -149,6 +150,13 @@ TEST(CheckPlugin, WhatCanNotBeCheckedIsToldWithItsReason) {
     const auto bare = Check("", "zel_bare_plugin.dll --only library --json").Json();
     EXPECT_THAT(bare["clauses"][1]["seen"].get<std::string>(), HasSubstr("missing: create_camera_interface, destroy_"));
     EXPECT_EQ(bare["skipped"], 5) << bare;
+    // A path with all that a command line may trip over.
+    const TemporaryFolder folder;
+    const std::string file = zel::platform::LibraryFileName("zel_bare_plugin.dll");
+    std::filesystem::create_directory(zel::platform::Utf8Path(folder / "a  b'c é"));
+    std::filesystem::copy_file(file, zel::platform::Utf8Path(folder / "a  b'c é/" + file));
+    EXPECT_THAT(RunTool("check-plugin --only load" + folder.Quoted("a  b'c é/" + file)).out,
+                HasSubstr("1 ok, 0 failed"));
     EXPECT_THAT(RunTool("check-plugin --list").out, HasSubstr("frame-order"));
 }
 

@@ -63,8 +63,9 @@ TEST(Program, HelpIsThereForEveryCommand) {
     EXPECT_EQ(RunTool("help").out, help.out);
     for (const FailureKind& kind : kFailureKinds) EXPECT_THAT(help.out, HasSubstr(kind.code));
     for (const std::string command :
-         {"list", "info", "capture", "params", "get", "set", "trigger", "stream", "record", "export", "view", "watch",
-          "text", "calibrate", "doctor", "check-plugin", "completion", "manual", "version", "calibrate seams"}) {
+         {"list",       "info",   "capture", "params",         "get",  "set",       "trigger", "stream",
+          "record",     "export", "view",    "watch",          "text", "calibrate", "doctor",  "check-plugin",
+          "completion", "manual", "version", "calibrate seams"}) {
         const ToolResult own = RunTool("help " + command);
         EXPECT_THAT(own.out, HasSubstr("--json")) << command;
         EXPECT_THAT(own.out, HasSubstr("Example: zelcam " + command)) << command;

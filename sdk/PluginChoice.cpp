@@ -77,8 +77,8 @@ PluginChoice::Answer PluginChoice::Use(const std::string& wanted) {
     if (const fs::path real = fs::canonical(folder, error); !error) folder = real;
 
     const platform::ScopedLock lock(m_Lock);
-    if (folder == m_Folder) return {ZEL_PLUGINS_CHOSEN, Utf8Text(folder)};
     if (!m_Folder.empty()) {
+        if (fs::equivalent(folder, m_Folder, error)) return {ZEL_PLUGINS_CHOSEN, Utf8Text(m_Folder)};
         return {ZEL_PLUGINS_TOO_LATE,
                 "this program has chosen " + Quoted(m_Folder) + " before, and the first choice is for good"};
     }

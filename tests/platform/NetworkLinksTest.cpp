@@ -12,7 +12,7 @@ TEST(NetworkLinks, WhatTheSystemDoesNotKnowIsZero) {
     const std::filesystem::path facts = std::filesystem::temp_directory_path() / "zel-network-links";
     std::filesystem::create_directories(facts / "lo/device/power");
     std::ofstream(facts / "lo/mtu") << "65536\n";
-    std::ofstream(facts / "lo/speed") << "-1\n";
+    std::ofstream(facts / "lo/speed") << "-1";
     std::ofstream(facts / "lo/device/power/control") << "auto\n";
     const auto links = NetworkLinks(facts.string());
     std::filesystem::remove_all(facts);

@@ -30,6 +30,10 @@ class ListCommand : public Command {
             }
             return;
         }
+        const PluginSet& plugins = ChosenPlugins();
+        if (cameras.empty() && !plugins.folder.empty()) {
+            return Print("no cameras; 'zelcam --plugins {} doctor' looks for the reason\n", plugins.name);
+        }
         if (cameras.empty()) return Print("no cameras\n");
         std::vector<std::vector<std::string>> rows{{"camera", "name", "serial", "interface", "address"}};
         for (const zel::CameraInfo& camera : cameras) {

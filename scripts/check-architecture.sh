@@ -30,6 +30,7 @@ devices/sim/firmware: include link platform devices/sim/scene devices/sim/sensor
 devices/sim/link:     include link platform record devices/sim/sensor devices/sim/firmware
 devices/sim/plugins:  include link platform devices/sim/link
 bindings/c:           include include/zel include/zel/detail platform util sdk/Logger
+bindings/gstreamer:   include include/zel include/zel/detail
 tools/manual:
 tools/zelcam/text:        include include/zel include/zel/detail platform
 tools/zelcam/camera:      include include/zel tools/zelcam/text

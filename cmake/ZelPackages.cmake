@@ -1,4 +1,4 @@
-# The packages: on Linux three of Debian's (four with Aravis), on Windows one archive. scripts/package.sh makes them, in build folders of
+# The packages: on Linux Debian's, on Windows one archive. scripts/package.sh makes them, in build folders of
 # their own whose prefix is /usr.
 set(CPACK_PACKAGE_NAME zel-sdk)
 set(CPACK_PACKAGE_VENDOR "The ZEL Camera SDK developers")
@@ -71,6 +71,15 @@ ${about}
 This package has the plug-in for GigE Vision cameras on the network, which it
 reaches through Aravis; zelcam --plugins gige uses it."
         SHLIBDEPS ON DEPENDS "libzel-sdk ${own_version}")
+endif()
+if(TARGET gstzel)
+    list(APPEND CPACK_COMPONENTS_ALL gstreamer1.0-zel)
+    zel_debian_package(gstreamer1.0-zel libs "scientific cameras - source of GStreamer pipelines
+${about}
+.
+This package has the element zelsrc, with which pipelines record them, stream
+them over networks and look at them."
+        SHLIBDEPS ON DEPENDS "libzel-sdk ${own_version}" SUGGESTS "gstreamer1.0-tools, gstreamer1.0-plugins-good")
 endif()
 # Where dpkg-shlibdeps finds the library that is in no installed package.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})

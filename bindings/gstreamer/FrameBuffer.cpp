@@ -18,6 +18,12 @@ void ShiftUp(std::span<const std::uint16_t> from, std::uint16_t* to, unsigned bi
                            [bits](std::uint16_t sample) { return static_cast<std::uint16_t>(sample << bits); });
 }
 
+void ShiftUpAndSwap(std::span<const std::uint16_t> from, std::uint16_t* to, unsigned bits) {
+    std::ranges::transform(from, to, [bits](std::uint16_t sample) {
+        return GUINT16_SWAP_LE_BE(static_cast<std::uint16_t>(sample << bits));
+    });
+}
+
 // The upper eight of the significant bits.
 void ToBytes(std::span<const std::uint16_t> from, std::uint8_t* to, unsigned bits) {
     if (bits >= 8) {
@@ -42,6 +48,8 @@ void CopyRow(const Frame& frame, unsigned y, bool scale, GstVideoFormat format, 
     switch (format) {
         case GST_VIDEO_FORMAT_GRAY16_LE:
             return ShiftUp(frame.row(y), reinterpret_cast<std::uint16_t*>(to), BitsToFill(frame, scale));
+        case GST_VIDEO_FORMAT_GRAY16_BE:
+            return ShiftUpAndSwap(frame.row(y), reinterpret_cast<std::uint16_t*>(to), BitsToFill(frame, scale));
         case GST_VIDEO_FORMAT_GRAY8:
             return ToBytes(frame.row(y), to, frame.bits());
         case GST_VIDEO_FORMAT_BGR:

@@ -101,7 +101,7 @@ void InstallProperties(GObjectClass* object_class) {
         g_param_spec_uint("buffers", "buffers", "Image buffers of the camera; 0: as it is set", 0, 65535, 0, kAtRest));
     on_off(kPropertyCalibrated, "calibrated", "Open the camera with the tables that even out its taps", false);
     on_off(kPropertyColor, "color", "Color pictures from a color camera; off: the mosaic of its filters", true);
-    on_off(kPropertyScale, "scale", "GRAY16_LE fills all 16 bits, so that it looks right; off: raw counts", true);
+    on_off(kPropertyScale, "scale", "GRAY16 fills all 16 bits, so that it looks right; off: raw counts", true);
     on_off(kPropertyReconnect, "reconnect", "A lost link is waited for; off: it is an error", false);
     g_object_class_install_property(
         object_class, kPropertyBits,

@@ -20,7 +20,7 @@ namespace {
 
 // A frame is pushed within so long after it arrived, even when frames come more slowly.
 constexpr GstClockTime kLongestHandOver = 50 * GST_MSECOND;
-constexpr const char* kTemplate = GST_VIDEO_CAPS_MAKE("{ GRAY16_LE, GRAY8, BGR, RGB }");
+constexpr const char* kTemplate = GST_VIDEO_CAPS_MAKE("{ GRAY16_LE, GRAY16_BE, GRAY8, BGR, RGB }");
 
 struct State {
     std::mutex mutex;
@@ -164,7 +164,7 @@ GstStateChangeReturn ChangeState(GstElement* element, GstStateChange change) {
 
 GstCaps* CapsOf(const Picture& picture) {
     GstCaps* const caps = gst_caps_from_string(picture.color ? "video/x-raw, format={ BGR, RGB }"
-                                                             : "video/x-raw, format={ GRAY16_LE, GRAY8 }");
+                                                             : "video/x-raw, format={ GRAY16_LE, GRAY16_BE, GRAY8 }");
     int rate = 0;
     int per = 1;
     if (picture.frame_us > 0) {

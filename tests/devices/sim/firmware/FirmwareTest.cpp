@@ -28,9 +28,9 @@ TEST(FirmwareTable, EveryEntryKeepsItsRangeAndItsAccess) {
             if (refused) continue;
             const int written = host.Request(SYNC_TABLE_CMD_SET, index, value, reply);
             const bool writable = row.access == kit::EntryAccess::kWritable;
-            EXPECT_EQ(written, writable                                  ? 0
+            EXPECT_EQ(written, writable                                    ? 0
                                : row.access == kit::EntryAccess::kConstant ? kExceptionWriteToConst
-                                                                         : kExceptionWriteToReadOnly);
+                                                                           : kExceptionWriteToReadOnly);
             SyncTableAttributes attributes;
             ASSERT_EQ(record.size(), sizeof(attributes));
             std::memcpy(&attributes, record.data(), sizeof(attributes));
@@ -111,7 +111,8 @@ TEST(FirmwareTrigger, TheInputIsSwitchedAndHasAPolarity) {
         EXPECT_TRUE(host.Talk().HardwareTriggered()) << input;
         EXPECT_TRUE(host.Control().Triggered());
         host.Text("trig cl off");
-        EXPECT_EQ(host.Talk().HardwareTriggered(), std::string(input) == "trig a on") << "each input has its own switch";
+        EXPECT_EQ(host.Talk().HardwareTriggered(), std::string(input) == "trig a on")
+            << "each input has its own switch";
     }
 }
 

@@ -49,7 +49,8 @@ class BackEnd {
     /// The host opens the link.
     /// @return 0, or one of ZEL_ERROR_... (ZelSDK.h): it can't be opened
     virtual int Connect() { return 0; }
-    /// The host closes it. No run is under way.
+    /// The host closes it. No run is under way, but for the one in whose frame handler the host does so: that one has
+    /// ended, and Start() goes on behind Give().
     virtual void Disconnect() {}
 
     /// The camera was switched on: made, plugged in again, or reset by the host. `table` holds the defaults and the

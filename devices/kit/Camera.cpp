@@ -72,6 +72,11 @@ void Camera::SetFrameCount(int frames) {
     m_Conversation.SetSequence(frames);
 }
 
+void Camera::SetRunLength(int frames) {
+    m_Control.SetLength(frames);
+    if (!m_Control.Acquiring()) m_BackEnd->Stop();
+}
+
 bool Camera::Unplug() {
     if (!m_Control.SetPlugged(false)) return false;
     m_PowerLost = true;

@@ -45,6 +45,8 @@ class Camera {
     int Connect();
     void Disconnect();
     void SetFrameCount(int frames);
+    // The length of the run that is on, counted from its start.
+    void SetRunLength(int frames);
 
     bool Plugged() const { return m_Control.Plugged(); }
     // False when nothing changed. Plugging in powers the camera up.

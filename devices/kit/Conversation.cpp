@@ -60,9 +60,8 @@ void Conversation::SoftwareTrigger() {
 
 void Conversation::SetSequence(int frames) {
     m_Table.Store(FRAME_COUNT, std::max(frames, 0));
-    const bool acquiring = m_Control.Acquiring();
     m_Control.SetLength(frames);
-    if (acquiring && !m_Control.Acquiring()) m_BackEnd.Stop();
+    if (!m_Control.Acquiring()) m_BackEnd.Stop();
 }
 
 std::string Conversation::Introduction() const {

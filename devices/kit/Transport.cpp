@@ -176,7 +176,7 @@ int Transport::GetStatusValue() { return m_Camera.Control().FramesToCome(); }
 // While frames flow this is the length of the running acquisition, counted from its start; else of those to come.
 bool Transport::SetStatusValue(int value) {
     if (value < 0) return false;
-    m_Camera.Control().Acquiring() ? m_Camera.Control().SetLength(value) : SetFrameCount(value);
+    m_Camera.Control().Acquiring() ? m_Camera.SetRunLength(value) : SetFrameCount(value);
     return true;
 }
 

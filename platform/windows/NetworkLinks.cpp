@@ -2,7 +2,7 @@
 
 namespace zel::platform {
 
-// On purpose: no plug-in of this project has network cameras on Windows, whose makers' own examine it there.
+// No plug-in of this project has network cameras on Windows.
 std::optional<std::vector<NetworkLink>> NetworkLinks(const std::string&) { return std::nullopt; }
 
 }  // namespace zel::platform

@@ -25,8 +25,10 @@ TEST(Plugins, TheFirstChoiceThatCanBeHadIsForGood) {
     const std::string name = platform::LibraryFileName("zel_usb.dll");
     const fs::path set = here / u8"zel-plug-ins-\u00e4\u6f22";
     const fs::path empty = set / "empty";
+    std::error_code in_use;  // where loaded files can't be removed, what the last run left goes here
+    fs::remove_all(set, in_use);
     fs::create_directories(empty);
-    fs::copy_file(here / name, set / name, fs::copy_options::overwrite_existing);
+    fs::copy_file(here / name, set / name);
     const auto text = [](const fs::path& path) {
         const std::u8string utf8 = path.u8string();
         return std::string(utf8.begin(), utf8.end());
@@ -46,7 +48,6 @@ TEST(Plugins, TheFirstChoiceThatCanBeHadIsForGood) {
     for (const CameraInfo& camera : cameras) EXPECT_EQ(camera.interface_type, "USB 3.0");
     EXPECT_EQ(sdk.version().find("pleora"), std::string::npos);
     EXPECT_EQ(use_plugins(folder), folder);
-    std::error_code in_use;  // on some systems, as long as the program runs
     fs::remove_all(set, in_use);
 }
 

@@ -83,7 +83,6 @@ TEST(Program, FailuresAreOneLineACodeAndAnExitCode) {
         {"list --jsno", kUsage, "--jsno; see 'zelcam list --help'"},
         {"calibrate seams --color", kUsage, "see 'zelcam calibrate seams --help'"},
         {"capture --frames 0", kUsage, "--frames"},
-        {"list --plugins nonsense", kUsage, "no set of plug-ins 'nonsense'; installed are: "},
         {"--plugins ./plugins/sim list", kUsage, "the current folder is never looked into"},
         {"info --plugins gige --play x.tif", kUsage, "real cameras can't play 'x.tif'"},
         {"capture --buffers 0", kUsage, "no frame could come; use --buffers 8"},

@@ -39,6 +39,14 @@ for folder in cmake-build outside; do
     expect "$folder, C" "4 cameras" "$("$folder/c_cameras")"
 done
 
+# The GStreamer element finds the library that it was installed with.
+if [ -f "$lib/gstreamer-1.0/libgstzel.so" ]; then
+    GST_PLUGIN_PATH=$lib/gstreamer-1.0 GST_REGISTRY=$PWD/gst.registry gst-launch-1.0 -q zelsrc num-buffers=1 ! fakesink >log 2>&1 ||
+        fail "zelsrc: $(cat log)"
+else
+    echo "not tried: the GStreamer element, which is not built"
+fi
+
 # A program that was linked with a library without versions.
 sed -nE 's/^ +([a-z_]+);$/extern "C" void \1() {}/p' "$here/../../sdk/zel_sdk.map" |
     "$compiler" -shared -Wl,-soname,libzel_sdk.so -o libzel_sdk.so -x c++ -

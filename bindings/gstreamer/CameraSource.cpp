@@ -134,13 +134,21 @@ void CameraSource::Close() {
     }
     camera->stop();
     camera->on_event(nullptr);
-    // A frame that somebody still holds keeps its camera open, and nobody could open it again.
-    if (camera->frames_held() > 0) {
-        m_Parked = std::move(camera);
-        m_ParkedName = m_Settings.camera;
-        return;
-    }
-    camera.reset();
+    // A frame that somebody still holds, often the sink its last one, keeps its camera open, and nobody could open it
+    // again.
+    m_Parked = std::move(camera);
+    m_ParkedName = m_Settings.camera;
+    ReleaseParked();
+}
+
+void CameraSource::Release() {
+    const std::lock_guard access(m_Access);
+    ReleaseParked();
+}
+
+void CameraSource::ReleaseParked() {
+    if (!m_Parked || m_Parked->frames_held() > 0) return;
+    m_Parked.reset();
     m_Sdk.reset();
 }
 

@@ -34,6 +34,7 @@ struct Settings {
     bool color = true;
     bool scale = true;
     bool reconnect = false;
+    bool zero_copy = false;
 };
 
 // What the frames are, as far as negotiation cares.
@@ -70,6 +71,8 @@ class CameraSource {
     // Throws Error; then it is closed.
     void Open(const Settings& settings);
     void Close();
+    // Gives up a camera that Close() kept for frames that were held, now that they are back.
+    void Release();
 
     // Between Play() and Pause() Next() takes frames; the camera is started by the first.
     void Play() { m_Playing = true; }
@@ -84,7 +87,7 @@ class CameraSource {
     // Waits until a lost link is back and makes the settings again. Throws Error.
     void AwaitLink();
     // Whether a frame may be held for as long as somebody likes: half of the pool stays for those to come.
-    bool MayLend() const { return m_Camera->frames_held() * 2 <= m_Buffers; }
+    bool MayLend() const { return m_Settings.zero_copy && m_Camera->frames_held() * 2 <= m_Buffers; }
 
     bool Reconnects() const { return m_Settings.reconnect; }
 
@@ -108,6 +111,7 @@ class CameraSource {
     CameraPointer Current() const;
     bool Halts() const { return m_Halted || !m_Playing; }
     CameraPointer OpenCamera();
+    void ReleaseParked();
     void Configure(Camera& camera);
     void Begin();
     void EndRun();

@@ -65,6 +65,8 @@ bool WithSetting(AnySettings& settings, guint id, const Use& use) {
             return use(settings.scale);
         case kPropertyReconnect:
             return use(settings.reconnect);
+        case kPropertyZeroCopy:
+            return use(settings.zero_copy);
         default:
             return false;
     }
@@ -103,6 +105,8 @@ void InstallProperties(GObjectClass* object_class) {
     on_off(kPropertyColor, "color", "Color pictures from a color camera; off: the mosaic of its filters", true);
     on_off(kPropertyScale, "scale", "GRAY16 fills all 16 bits, so that it looks right; off: raw counts", true);
     on_off(kPropertyReconnect, "reconnect", "A lost link is waited for; off: it is an error", false);
+    on_off(kPropertyZeroCopy, "zero-copy", "Buffers are the camera's memory, and the camera is open while one is held",
+           false);
     g_object_class_install_property(
         object_class, kPropertyBits,
         g_param_spec_uint("bits", "bits", "Significant bits of the camera's samples; 0: not open", 0, 16, 0,

@@ -22,6 +22,7 @@ enum Property : guint {
     kPropertyColor,
     kPropertyScale,
     kPropertyReconnect,
+    kPropertyZeroCopy,
     kPropertyBits,
     kPropertyDropped,
     kPropertyStats,

@@ -157,6 +157,7 @@ GstStateChangeReturn ChangeState(GstElement* element, GstStateChange change) {
             return true;
         });
     }
+    if (change == GST_STATE_CHANGE_READY_TO_NULL) source.Release();
     return result;
 }
 

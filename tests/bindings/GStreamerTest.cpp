@@ -6,7 +6,6 @@
 #include <lodepng.h>
 
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 #include <optional>
 
@@ -21,18 +20,17 @@ using namespace std::chrono_literals;
 using namespace std::string_literals;
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr const char* kMonoPipeline = "zelsrc name=src camera=500102 exposure=1000 ";
-constexpr const char* kToSink = " ! video/x-raw,format=GRAY16_LE ! appsink name=sink sync=false";
 constexpr auto kLong = 60 * GST_SECOND;
-constexpr std::size_t kNumberedBytes = 1024;  // of a frame's beginning, as far as the colors of its number reach
+const std::string kMonoPipeline = "zelsrc name=src camera=500102 exposure=1000 ";
+const std::string kSink = " ! appsink name=sink sync=false", kToSink = " ! video/x-raw,format=GRAY16_LE" + kSink;
 
 struct Unref {
-    void operator()(GstObject* object) const { gst_object_unref(object); }
-    void operator()(GstMessage* message) const { gst_message_unref(message); }
-    void operator()(GstSample* sample) const { gst_sample_unref(sample); }
+    void operator()(void* object) const { gst_mini_object_unref(GST_MINI_OBJECT_CAST(object)); }
 };
 using Message = std::unique_ptr<GstMessage, Unref>;
 using Sample = std::unique_ptr<GstSample, Unref>;
+
+GstBuffer* BufferOf(const Sample& sample) { return gst_sample_get_buffer(sample.get()); }
 
 // A pipeline from its description; its source is called src, its appsink sink.
 class Pipeline {
@@ -46,41 +44,37 @@ class Pipeline {
     std::shared_ptr<GstElement> Element(const char* name) {
         return {gst_bin_get_by_name(GST_BIN(m_Pipeline), name), gst_object_unref};
     }
-    Sample Pull() {
+    // Null: none came in time.
+    Sample Pull(GstClockTime time = kLong) {
         GstSample* sample = nullptr;
-        g_signal_emit_by_name(Element("sink").get(), "try-pull-sample", kLong, &sample);
-        EXPECT_NE(sample, nullptr) << "no frame: " << Error();
+        g_signal_emit_by_name(Element("sink").get(), "try-pull-sample", time, &sample);
         return Sample(sample);
     }
-    Message Wait(GstMessageType types, GstClockTime time = kLong) {
-        const std::unique_ptr<GstObject, Unref> bus(GST_OBJECT(gst_element_get_bus(m_Pipeline)));
-        return Message(gst_bus_timed_pop_filtered(GST_BUS(bus.get()), time, types));
+    Message Wait(GstMessageType types) {
+        const std::shared_ptr<GstBus> bus(gst_element_get_bus(m_Pipeline), gst_object_unref);
+        return Message(gst_bus_timed_pop_filtered(bus.get(), kLong, types));
     }
     // The text of the next error or warning.
-    std::string Error(GstMessageType type = GST_MESSAGE_ERROR, GstClockTime time = 0) {
-        const Message message = Wait(type, time);
+    std::string Text(GstMessageType type = GST_MESSAGE_ERROR) {
+        const Message message = Wait(type);
         if (!message) return "no message";
-        GError* error = nullptr;
-        const auto parse = type == GST_MESSAGE_ERROR ? gst_message_parse_error : gst_message_parse_warning;
-        parse(message.get(), &error, nullptr);
-        std::string text = error->message;
-        g_error_free(error);
-        return text;
+        g_autoptr(GError) error = nullptr;
+        (type == GST_MESSAGE_ERROR ? gst_message_parse_error : gst_message_parse_warning)(message.get(), &error,
+                                                                                          nullptr);
+        return error->message;
     }
 
   private:
     GstElement* m_Pipeline;
 };
 
-GstBuffer* BufferOf(const Sample& sample) { return gst_sample_get_buffer(sample.get()); }
-
 // The rows, without what lies between them.
 Bytes BytesOf(const Sample& sample) {
     GstVideoInfo info;
     GstVideoFrame frame;
-    EXPECT_TRUE(gst_video_info_from_caps(&info, gst_sample_get_caps(sample.get())) &&
-                gst_video_frame_map(&frame, &info, BufferOf(sample), GST_MAP_READ));
     Bytes bytes;
+    if (!sample || !gst_video_info_from_caps(&info, gst_sample_get_caps(sample.get()))) return bytes;
+    EXPECT_TRUE(gst_video_frame_map(&frame, &info, BufferOf(sample), GST_MAP_READ));
     for (int y = 0; y < info.height; ++y) {
         const auto* const row = static_cast<std::uint8_t*>(frame.data[0]) + y * frame.info.stride[0];
         bytes.insert(bytes.end(), row, row + info.width * info.finfo->pixel_stride[0]);
@@ -89,12 +83,26 @@ Bytes BytesOf(const Sample& sample) {
     return bytes;
 }
 
+// What a frame is in a format.
+Bytes Expected(const Frame& frame, const std::string& format, bool scale = true) {
+    const auto color = frame.color8();
+    Bytes bytes(color.begin(), color.end());
+    for (std::size_t i = 0; format == "RGB" && i < bytes.size(); i += 3) std::swap(bytes[i], bytes[i + 2]);
+    for (const unsigned sample : color.empty() ? frame.pixels() : std::span<const std::uint16_t>()) {
+        const unsigned value = scale ? sample << (16 - frame.bits()) : sample;
+        const auto low = static_cast<std::uint8_t>(value), high = static_cast<std::uint8_t>(value >> 8);
+        if (format == "GRAY16_LE") bytes.push_back(low);
+        bytes.push_back(high);
+        if (format == "GRAY16_BE") bytes.push_back(low);
+    }
+    return bytes;
+}
+
 class GStreamer : public testing::Test {
   protected:
     enum { kCameraLink, kEbus, kColor, kMono };
 
     static void SetUpTestSuite() {
-        UseFastCameras();
         platform::SetEnvironment("GST_PLUGIN_PATH", ZEL_GST_FOLDER);
         platform::SetEnvironment("GST_REGISTRY", "gstreamer_tests.registry");
         gst_init(nullptr, nullptr);
@@ -105,9 +113,7 @@ class GStreamer : public testing::Test {
         sdk.emplace();
         EXPECT_EQ(sdk->cameras().size(), 4u);
     }
-    ~GStreamer() override {
-        for (int number : {0, 1}) usb.Mend(number);
-    }
+    ~GStreamer() override { usb.Mend(1); }
 
     // A frame of the camera, taken without the element.
     Frame Snap(int number, bool color = false, const Region* region = nullptr) {
@@ -117,31 +123,17 @@ class GStreamer : public testing::Test {
         if (region) camera.set_region(*region);
         return camera.snap();
     }
+    // Whether it is the color camera's picture, whatever its number.
+    bool IsPicture(const Bytes& bytes, const char* format) {
+        constexpr std::size_t kNumbered = 1024;  // as far as the colors of the number reach
+        const Bytes expected = Expected(Snap(kColor, true), format);
+        return bytes.size() == expected.size() &&
+               std::equal(bytes.begin() + kNumbered, bytes.end(), expected.begin() + kNumbered);
+    }
 
     SimulatedLibrary usb{"zel_usb.dll"};
     std::optional<Sdk> sdk;
 };
-
-// What a frame is in a format.
-Bytes Expected(const Frame& frame, const std::string& format, bool scale) {
-    Bytes bytes;
-    const std::size_t width = frame.width() * (format == "GRAY8" ? 1 : format == "GRAY16_LE" ? 2 : 3);
-    for (unsigned y = 0; y < frame.height(); ++y) {
-        if (frame.color()) {
-            const auto row = frame.color8().subspan(y * width, width);
-            const bool swap = format == "RGB";
-            for (std::size_t i = 0; i < width; ++i) bytes.push_back(row[swap ? i / 3 * 3 + 2 - i % 3 : i]);
-        } else {
-            for (const unsigned sample : frame.row(y)) {
-                const unsigned value = scale ? sample << (16 - frame.bits()) : sample;
-                if (format == "GRAY16_LE") bytes.push_back(static_cast<std::uint8_t>(value));
-                bytes.push_back(
-                    static_cast<std::uint8_t>((format == "GRAY8" ? sample << (16 - frame.bits()) : value) >> 8));
-            }
-        }
-    }
-    return bytes;
-}
 
 TEST_F(GStreamer, FramesAreThoseOfTheCameraInEveryFormat) {
     const Region odd{1, 2, 61, 33};
@@ -150,57 +142,60 @@ TEST_F(GStreamer, FramesAreThoseOfTheCameraInEveryFormat) {
         const char *format, *properties;
         bool color = false, scale = true;
         const Region* region = nullptr;
-    } cases[] = {{kMono, "GRAY16_LE", "buffers=8"},                            // lent
-                 {kMono, "GRAY16_LE", "roi=1,2,61,33", false, true, &odd},     // copied: rows are not whole words
-                 {kCameraLink, "GRAY16_LE", "scale=false", false, false},      // 14 bits
-                 {kEbus, "GRAY16_LE", "scale=false buffers=1", false, false},  // 12 bits, copied: the only buffer
-                 {kEbus, "GRAY8", ""},
-                 {kColor, "BGR", "", true},
-                 {kColor, "RGB", "", true},
-                 {kColor, "GRAY16_LE", "color=false scale=false", false, false}};
+    } cases[] = {
+        {kMono, "GRAY16_LE", "zero-copy=true"},                                      // lent
+        {kMono, "GRAY16_LE", "zero-copy=true roi=1,2,61,33", false, true, &odd},     // copied: rows are not whole words
+        {kCameraLink, "GRAY16_LE", "scale=false", false, false},                     // 14 bits
+        {kEbus, "GRAY16_LE", "zero-copy=true scale=false buffers=1", false, false},  // 12 bits, copied: the only buffer
+        {kEbus, "GRAY16_BE", ""},
+        {kEbus, "GRAY8", ""},
+        {kColor, "BGR", "", true},
+        {kColor, "RGB", "", true},
+        {kColor, "GRAY16_LE", "color=false scale=false", false, false}};
     for (const auto& c : cases) {
-        const std::string what = std::to_string(c.camera) + " " + c.format + " " + c.properties;
+        const std::string camera = " camera=" + std::to_string(c.camera) + " " + c.properties;
+        SCOPED_TRACE(c.format + camera);
         const Bytes expected = Expected(Snap(c.camera, c.color, c.region), c.format, c.scale);
-        Pipeline pipeline("zelsrc exposure=1000 camera=" + std::to_string(c.camera) + " " + c.properties +
-                          " ! video/x-raw,format=" + c.format + " ! appsink name=sink sync=false");
+        Pipeline pipeline("zelsrc exposure=1000" + camera + " ! video/x-raw,format=" + c.format + kSink);
         pipeline.Set(GST_STATE_PLAYING);
-        GstClockTime before = 0;
-        for (unsigned number = 0; number < 2; ++number) {
-            const Sample sample = pipeline.Pull();
-            ASSERT_TRUE(sample) << what;
-            EXPECT_EQ(GST_BUFFER_OFFSET(BufferOf(sample)), number) << what;
-            EXPECT_GT(GST_BUFFER_PTS(BufferOf(sample)), before) << what;
-            before = GST_BUFFER_PTS(BufferOf(sample));
-            EXPECT_TRUE(number > 0 || BytesOf(sample) == expected) << what;
-        }
+        const Sample first = pipeline.Pull(), second = pipeline.Pull();
+        ASSERT_TRUE(first && second);
+        EXPECT_TRUE(BytesOf(first) == expected);
+        EXPECT_GE(GST_BUFFER_OFFSET(BufferOf(second)), 1u);
+        EXPECT_GT(GST_BUFFER_PTS(BufferOf(second)), GST_BUFFER_PTS(BufferOf(first)));
     }
 }
 
 TEST_F(GStreamer, ChangesItsStatesAnyNumberOfTimes) {
-    Pipeline pipeline(std::string(kMonoPipeline) + kToSink);
+    std::optional<Pipeline> pipeline("zelsrc camera=2 exposure=1000 zero-copy=true ! video/x-raw,format=BGR" + kSink);
     Sample held;  // over the end of its camera
     for (int round = 0; round < 10; ++round) {
-        pipeline.Set(GST_STATE_PLAYING);
-        const Sample first = pipeline.Pull();
-        pipeline.Set(GST_STATE_PAUSED);
-        pipeline.Set(GST_STATE_PLAYING);
-        held = pipeline.Pull();
-        ASSERT_TRUE(held) << round;
-        EXPECT_EQ(pipeline.Set(round % 2 ? GST_STATE_READY : GST_STATE_NULL), GST_STATE_CHANGE_SUCCESS);
+        pipeline->Set(GST_STATE_PLAYING);
+        EXPECT_TRUE(pipeline->Pull()) << round;
+        pipeline->Set(GST_STATE_PAUSED);
+        pipeline->Set(GST_STATE_PLAYING);
+        held = pipeline->Pull();
+        EXPECT_EQ(pipeline->Set(round % 2 ? GST_STATE_READY : GST_STATE_NULL), GST_STATE_CHANGE_SUCCESS);
     }
-    pipeline.Set(GST_STATE_NULL);
-    const Bytes bytes = BytesOf(held);
-    const Bytes expected = Expected(Snap(kMono), "GRAY16_LE", true);
-    EXPECT_TRUE(std::equal(bytes.begin() + kNumberedBytes, bytes.end(), expected.begin() + kNumberedBytes));
+    pipeline.reset();
+    const Bytes bytes = BytesOf(std::exchange(held, nullptr));
+    EXPECT_TRUE(IsPicture(bytes, "BGR"));
 }
 
 TEST_F(GStreamer, GoesOnWhileEveryFrameIsHeld) {
-    Pipeline pipeline(kMonoPipeline + "buffers=4"s + kToSink);
+    Pipeline pipeline(kMonoPipeline + "zero-copy=true buffers=4" + kToSink);
     pipeline.Set(GST_STATE_PLAYING);
     std::vector<Sample> held;
-    for (unsigned i = 0; i < 20; ++i) {
-        held.push_back(pipeline.Pull());
-        ASSERT_TRUE(held.back()) << i;
+    for (int i = 0; i < 20; ++i) ASSERT_TRUE(held.emplace_back(pipeline.Pull())) << i;
+}
+
+TEST_F(GStreamer, NeverDestroysTheSdkOfTheProgram) {
+    for (int round = 0; round < 2; ++round, sdk.emplace()) {
+        Pipeline pipeline(kMonoPipeline + kToSink);
+        pipeline.Set(GST_STATE_PLAYING);
+        EXPECT_TRUE(pipeline.Pull());
+        pipeline.Set(GST_STATE_NULL);
+        EXPECT_EQ(sdk->cameras().size(), 4u);
     }
 }
 
@@ -213,73 +208,65 @@ TEST_F(GStreamer, SaysWhyItDoesNotStart) {
                  {"roi=0,0,65,48", "not within the frame of 64x48"},
                  {"settings=GIAN=3", "did you mean GAIN?"},
                  {"settings=GAIN", "not NAME=VALUE"},
-                 {"camera=2 binning=2,2", "color frames are not binned"}};
+                 {"camera=2 binning=2,2", "color frames are not binned"},
+                 {"camera=3 ! fakesink zelsrc camera=500102", "camera 3 is open already"}};
     for (const auto& c : cases) {
-        Pipeline pipeline(std::string("zelsrc ") + c.properties + " ! fakesink");
+        Pipeline pipeline("zelsrc "s + c.properties + " ! fakesink");
         pipeline.Set(GST_STATE_PLAYING);
-        EXPECT_THAT(pipeline.Error(GST_MESSAGE_ERROR, kLong), HasSubstr(c.text)) << c.properties;
+        EXPECT_THAT(pipeline.Text(), HasSubstr(c.text)) << c.properties;
     }
-    Pipeline twice("zelsrc camera=3 ! fakesink zelsrc camera=500102 ! fakesink");
-    twice.Set(GST_STATE_PLAYING);
-    EXPECT_THAT(twice.Error(GST_MESSAGE_ERROR, kLong), HasSubstr("camera 3 is open already"));
 }
 
 TEST_F(GStreamer, LostLinkIsAnErrorOrWaitedFor) {
     for (const bool waits : {false, true}) {
-        Pipeline pipeline(kMonoPipeline + (waits ? "reconnect=true"s : ""s) + kToSink);
+        Pipeline pipeline(kMonoPipeline + (waits ? "reconnect=true" : "") + kToSink);
         pipeline.Set(GST_STATE_PLAYING);
-        static_cast<void>(pipeline.Pull());
+        EXPECT_TRUE(pipeline.Pull());
         usb("unplug 1");
-        EXPECT_THAT(pipeline.Error(waits ? GST_MESSAGE_WARNING : GST_MESSAGE_ERROR, kLong),
+        EXPECT_THAT(pipeline.Text(waits ? GST_MESSAGE_WARNING : GST_MESSAGE_ERROR),
                     HasSubstr("no frame from camera 3: the link to the camera is lost"));
         usb("plug 1");
-        if (!waits) continue;
         Sample sample;
-        do sample = pipeline.Pull();
-        while (sample && !GST_BUFFER_FLAG_IS_SET(BufferOf(sample), GST_BUFFER_FLAG_DISCONT));
-        EXPECT_TRUE(sample);
+        while (waits && (sample = pipeline.Pull()) && !GST_BUFFER_IS_DISCONT(BufferOf(sample))) continue;
+        EXPECT_EQ(sample != nullptr, waits);
     }
 }
 
 TEST_F(GStreamer, CountsWhatIsMissingByCause) {
     usb("fault 1 lose after=2 times=3");
-    Pipeline pipeline(kMonoPipeline + "num-buffers=4"s + kToSink);
+    Pipeline pipeline(kMonoPipeline + "num-buffers=4" + kToSink);
     pipeline.Set(GST_STATE_PLAYING);
     for (const unsigned number : {0u, 1u, 5u, 6u}) {
         const Sample sample = pipeline.Pull();
         ASSERT_TRUE(sample);
         EXPECT_EQ(GST_BUFFER_OFFSET(BufferOf(sample)), number);
-        EXPECT_EQ(GST_BUFFER_FLAG_IS_SET(BufferOf(sample), GST_BUFFER_FLAG_DISCONT), number == 0 || number == 5);
+        EXPECT_EQ(GST_BUFFER_IS_DISCONT(BufferOf(sample)), number == 0 || number == 5);
     }
     const Message message = pipeline.Wait(GST_MESSAGE_QOS);
     ASSERT_TRUE(message);
     guint64 told = 0, dropped = 0, lost = 0, frames = 0;
     gst_message_parse_qos_stats(message.get(), nullptr, nullptr, &told);
-    GstStructure* stats = nullptr;
+    g_autoptr(GstStructure) stats = nullptr;
     g_object_get(pipeline.Element("src").get(), "dropped", &dropped, "stats", &stats, nullptr);
     gst_structure_get(stats, "lost-on-link", G_TYPE_UINT64, &lost, "frames", G_TYPE_UINT64, &frames, nullptr);
-    gst_structure_free(stats);
     EXPECT_EQ(std::tuple(told, dropped, lost, frames), std::tuple(3u, 3u, 3u, 4u));
     EXPECT_TRUE(pipeline.Wait(GST_MESSAGE_EOS));
 }
 
 TEST_F(GStreamer, WaitForATriggerEndsAtOnceAndATriggerBringsAFrame) {
     Pipeline waiting("zelsrc camera=2 trigger=hardware ! fakesink");
-    Pipeline pipeline(kMonoPipeline + "trigger=software"s + kToSink);
+    Pipeline pipeline(kMonoPipeline + "trigger=software" + kToSink);
     for (int round = 0; round < 3; ++round) {
         waiting.Set(GST_STATE_PLAYING);
         pipeline.Set(GST_STATE_PLAYING);
-        const auto source = pipeline.Element("src");
-        // Before the camera is started it says so in a warning.
-        GstSample* sample = nullptr;
-        while (!sample) {
-            g_signal_emit_by_name(source.get(), "trigger");
-            g_signal_emit_by_name(pipeline.Element("sink").get(), "try-pull-sample", GST_SECOND / 10, &sample);
-        }
-        EXPECT_FALSE(GST_BUFFER_DURATION_IS_VALID(gst_sample_get_buffer(sample)));
-        gst_sample_unref(sample);
+        Sample sample;
+        do {  // before the camera is started, a trigger is a warning
+            g_signal_emit_by_name(pipeline.Element("src").get(), "trigger");
+            sample = pipeline.Pull(GST_SECOND / 10);
+        } while (!sample);
+        EXPECT_FALSE(GST_BUFFER_DURATION_IS_VALID(BufferOf(sample)));
         pipeline.Set(GST_STATE_NULL);
-        waiting.Set(GST_STATE_NULL);
+        EXPECT_EQ(waiting.Set(GST_STATE_NULL), GST_STATE_CHANGE_SUCCESS);
     }
 }
 
@@ -288,44 +275,32 @@ TEST_F(GStreamer, WaitForATriggerEndsAtOnceAndATriggerBringsAFrame) {
 TEST_F(GStreamer, ProgramsFindTheElementAndSavePictures) {
     EXPECT_EQ(std::system("gst-inspect-1.0 zelsrc >gstreamer_tests.txt"), 0);
     const std::string picture = "gstreamer_tests.png";
-    std::filesystem::remove(picture);
-    ASSERT_EQ(std::system(("gst-launch-1.0 -q zelsrc camera=2 exposure=1000 num-buffers=5 ! videoconvert ! pngenc ! "
-                           "multifilesink location=" +
-                           picture)
-                              .c_str()),
-              0);
+    std::remove(picture.c_str());
+    const std::string command = "gst-launch-1.0 -q zelsrc camera=2 exposure=1000 num-buffers=5 ! videoconvert ! pngenc";
+    ASSERT_EQ(std::system((command + " ! multifilesink location=" + picture).c_str()), 0);
     Bytes pixels;
     unsigned width = 0, height = 0;
     ASSERT_EQ(lodepng::decode(pixels, width, height, picture, LCT_RGB), 0u);
-    const Bytes expected = Expected(Snap(kColor, true), "RGB", true);
-    ASSERT_EQ(pixels.size(), expected.size());
-    EXPECT_TRUE(std::equal(pixels.begin() + kNumberedBytes, pixels.end(), expected.begin() + kNumberedBytes));
+    EXPECT_TRUE(IsPicture(pixels, "RGB"));
 }
 
 TEST_F(GStreamer, StreamsToAnotherProgram) {
     Pipeline receiver(
-        "udpsrc name=src port=0 caps=\"application/x-rtp,media=(string)video,clock-rate=(int)90000,"
-        "encoding-name=(string)RAW,sampling=(string)BGR,depth=(string)8,width=(string)64,"
-        "height=(string)48\" ! rtpvrawdepay ! appsink name=sink sync=false");
+        "udpsrc name=src port=0 caps=\"application/x-rtp,clock-rate=(int)90000,encoding-name=(string)RAW,"
+        "sampling=(string)BGR,depth=(string)8,width=(string)64,height=(string)48,media=(string)video\" ! "
+        "rtpvrawdepay" +
+        kSink);
     receiver.Set(GST_STATE_PLAYING);
     int port = 0;
     g_object_get(receiver.Element("src").get(), "port", &port, nullptr);
-    // Until nobody listens any more.
-    std::FILE* const sender =
-        popen(("exec gst-launch-1.0 -q zelsrc camera=2 exposure=1000 num-buffers=200 ! rtpvrawpay ! "
-               "udpsink host=127.0.0.1 port=" +
-               std::to_string(port))
-                  .c_str(),
-              "r");
+    const std::string command =
+        "gst-launch-1.0 -q zelsrc camera=2 exposure=1000 num-buffers=200 ! rtpvrawpay ! udpsink";
+    std::FILE* const sender = popen((command + " host=127.0.0.1 port=" + std::to_string(port)).c_str(), "r");
     ASSERT_TRUE(sender);
-    const Bytes expected = Expected(Snap(kColor, true), "BGR", true);
-    for (int i = 0; i < 5; ++i) {
-        const Sample sample = receiver.Pull();
-        ASSERT_TRUE(sample);
-        const Bytes bytes = BytesOf(sample);
-        ASSERT_EQ(bytes.size(), expected.size());
-        EXPECT_TRUE(std::equal(bytes.begin() + kNumberedBytes, bytes.end(), expected.begin() + kNumberedBytes));
-    }
+    int good = 0;
+    // What lacks a datagram that found no room does not count.
+    for (Sample sample; good < 5 && (sample = receiver.Pull());) good += IsPicture(BytesOf(sample), "BGR");
+    EXPECT_EQ(good, 5);
     EXPECT_EQ(pclose(sender), 0);
 }
 

@@ -42,11 +42,17 @@ done
 # A plug-in written with the kit: its camera is found, checked and gives frames.
 cmake -S outside/plugin -B plugin-build -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$compiler" >log 2>&1 &&
     cmake --build plugin-build >>log 2>&1 || fail "$(tail -n 30 log)"
-cp plugin-build/libzel_usb.so "$lib/zel-sdk/cameras/"
 "$prefix/bin/zelcam" check-plugin "$PWD/plugin-build/libzel_usb.so" >log || fail "$(grep FAIL log)"
-"$prefix/bin/zelcam" capture --camera 900001 --frames 3 --exposure 20000 --out gradient >log 2>&1 || fail "$(cat log)"
+"$prefix/bin/zelcam" --plugins "$PWD/plugin-build" capture --frames 3 --exposure 20000 --out gradient >log 2>&1 || fail "$(cat log)"
 expect "pictures of the gradient" 3 "$(ls gradient/*.tif | wc -l)"
-rm "$lib/zel-sdk/cameras/libzel_usb.so"
+
+# The GStreamer element finds the library that it was installed with.
+if [ -f "$lib/gstreamer-1.0/libgstzel.so" ]; then
+    GST_PLUGIN_PATH=$lib/gstreamer-1.0 GST_REGISTRY=$PWD/gst.registry gst-launch-1.0 -q zelsrc num-buffers=1 ! fakesink >log 2>&1 ||
+        fail "zelsrc: $(cat log)"
+else
+    echo "not tried: the GStreamer element, which is not built"
+fi
 
 # A program that was linked with a library without versions.
 sed -nE 's/^ +([a-z_]+);$/extern "C" void \1() {}/p' "$here/../../sdk/zel_sdk.map" |

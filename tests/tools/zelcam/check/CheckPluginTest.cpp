@@ -81,7 +81,7 @@ constexpr Planted kFaults[] = {
     {"dies-with-unload", "outlives-unload", "its camera object is gone"},
     {"dead-after-unload", "works-after-unload", "0 cameras, 1 before"},
     {"second-load-fails", "reload", "-1 cameras at load 2"},
-    {"end-crashes", "process-end", "crashed with"},
+    {"end-crashes", "process-end", "ed with"},
 };
 
 }  // namespace

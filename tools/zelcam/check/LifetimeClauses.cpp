@@ -1,31 +1,12 @@
 // What lives how long: transports, the library in memory, the process.
 #include <fmt/format.h>
 
-#include "platform/ProcessUse.h"
 #include "tools/zelcam/check/CameraSession.h"
+#include "tools/zelcam/check/SteadyUse.h"
 
 namespace zelcam::check {
 
 namespace {
-
-// Some systems count what is about to be gone.
-constexpr int kUseTolerance = 4;
-
-// Threads and handles must not have become more.
-class SteadyUse {
-  public:
-    void Begin() { m_Threads = zel::platform::RunningThreads(), m_Handles = zel::platform::OpenHandles(); }
-    void Look() const {
-        const int threads = zel::platform::RunningThreads() - m_Threads;
-        const int handles = zel::platform::OpenHandles() - m_Handles;
-        Require(threads <= kUseTolerance, fmt::format("{} threads more than before", threads));
-        Require(handles <= kUseTolerance, fmt::format("{} handles more than before", handles));
-    }
-
-  private:
-    int m_Threads = 0;
-    int m_Handles = 0;
-};
 
 const PluginLibrary& WithUnload(CheckedPlugin& plugin) {
     if (!plugin.Library().lib_unload) throw Skipped("it does not export lib_unload");
@@ -76,33 +57,31 @@ std::string CheckWorksAgain(CheckedPlugin& plugin, int camera) {
 }
 
 std::string CheckRounds(CheckedPlugin& plugin, int camera) {
-    constexpr int kWarmRounds = 3, kRounds = 10;
     SteadyUse use;
-    for (int i = 0; i < kRounds; ++i) {
-        if (i == kWarmRounds) use.Begin();
+    for (int i = 0; i < SteadyUse::kRounds; ++i) {
+        use.Round(i);
         CameraSession session(plugin, camera);
         session.Open();
         session.Launch();
         session.WaitForFrames(1);
     }
-    use.Look();
-    return fmt::format("{} times", kRounds);
+    use.Require();
+    return fmt::format("{} times", SteadyUse::kRounds);
 }
 
 std::string CheckReload(CheckedPlugin& plugin, int camera) {
-    constexpr int kWarmRounds = 3, kRounds = 10;
     const int count = plugin.Cameras();
     SteadyUse use;
-    for (int i = 0; i < kRounds; ++i) {
+    for (int i = 0; i < SteadyUse::kRounds; ++i) {
         plugin.Release();
-        if (i == kWarmRounds) use.Begin();
+        use.Round(i);
         const int now = plugin.CountCameras();
         Require(now == count, fmt::format("{} cameras at load {}, {} before", now, i + 2, count));
         CameraSession(plugin, camera).Open();
     }
     plugin.Release();
-    use.Look();
-    return fmt::format("{} times", kRounds);
+    use.Require();
+    return fmt::format("{} times", SteadyUse::kRounds);
 }
 
 constexpr Clause kLifetimeClauses[] = {

@@ -26,8 +26,11 @@ std::vector<HotPlug> s_Reports;
 std::function<void()> s_OnReport;
 
 void ZEL_CALL NoteReport(int id, int camera, int context) {
-    if (s_OnReport) s_OnReport();
-    const std::lock_guard lock(s_Lock);
+    std::unique_lock lock(s_Lock);
+    const std::function<void()> also = s_OnReport;
+    lock.unlock();
+    if (also) also();
+    lock.lock();
     s_Reports.push_back({id, camera, context});
     s_Changed.notify_all();
 }

@@ -4,8 +4,8 @@
 #include <atomic>
 #include <chrono>
 
-#include "platform/ProcessUse.h"
 #include "tools/zelcam/check/CameraSession.h"
+#include "tools/zelcam/check/SteadyUse.h"
 
 namespace zelcam::check {
 
@@ -178,24 +178,17 @@ std::string CheckNoLock(CheckedPlugin& plugin, int camera) {
 }
 
 std::string CheckCycles(CheckedPlugin& plugin, int camera) {
-    constexpr int kWarm = 3, kCycles = 20;
-    // Some systems count what is about to be gone.
-    constexpr int kTolerance = 4;
+    SteadyUse use;
     CameraSession session(plugin, camera);
     session.Open();
-    int threads = 0;
-    int handles = 0;
-    for (int i = 0; i < kCycles; ++i) {
-        if (i == kWarm) threads = zel::platform::RunningThreads(), handles = zel::platform::OpenHandles();
+    for (int i = 0; i < SteadyUse::kRounds; ++i) {
+        use.Round(i);
         session.Launch();
         session.WaitForFrames(1);
         session.StopAndLook();
     }
-    const int more_threads = zel::platform::RunningThreads() - threads;
-    const int more_handles = zel::platform::OpenHandles() - handles;
-    Require(more_threads <= kTolerance, fmt::format("{} threads more than before", more_threads));
-    Require(more_handles <= kTolerance, fmt::format("{} handles more than before", more_handles));
-    return fmt::format("{} times", kCycles);
+    use.Require();
+    return fmt::format("{} times", SteadyUse::kRounds);
 }
 
 // Longer than any camera should take; the SDK itself waits 5 s for an exchange.

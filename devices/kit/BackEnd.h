@@ -10,6 +10,7 @@
 
 #include "devices/kit/Entry.h"
 #include "devices/kit/FrameSink.h"
+#include "devices/kit/ParameterTable.h"
 
 namespace zel::kit {
 
@@ -19,6 +20,7 @@ struct Description {
     std::string serial;
     std::string port_type;                 ///< "GigE", "USB 3.0"
     std::array<std::string, 3> addresses;  ///< whatever finds the camera on its link
+    double link_bytes_per_second = 0.0;    ///< what the link can carry; 0: not known
 };
 
 /// How an acquisition begins.
@@ -32,9 +34,9 @@ struct Run {
 /// the sequence, the calculation state and the trigger commands, and owns the thread that frames come from.
 ///
 /// Threads. Describe() is called on any thread. Connect(), Disconnect(), Attributes(), Read(), Write() and Text() are
-/// called one at a time, on whichever thread the host talks on. Start() is called on the camera's frame thread while
-/// those go on. Stop() and Trigger() are called on any thread. No lock that frames need is held in any of them, so
-/// Read() and Write() may take as long as the camera takes to answer (the host gives up after 5 s).
+/// called one at a time, on whichever thread the host talks on. Prepare() and Start() are called on the camera's frame
+/// thread while those go on. Stop() and Trigger() are called on any thread. No lock that frames need is held in any of
+/// them, so Read() and Write() may take as long as the camera takes to answer (the host gives up after 5 s).
 ///
 /// Nothing may throw across it; what does is answered to the host as a failure.
 class BackEnd {
@@ -49,6 +51,12 @@ class BackEnd {
     virtual int Connect() { return 0; }
     /// The host closes it. No run is under way.
     virtual void Disconnect() {}
+
+    /// The camera was switched on: made, plugged in again, or reset by the host. `table` holds the defaults and the
+    /// texts of before; texts, and numbers that no default tells, are stored now. It is the same each time and lives as
+    /// long as the back end, which may look into it and store what follows from other settings inside AttributesOf(),
+    /// Read(), Write() and Text().
+    virtual void PowerOn(ParameterTable& table) { static_cast<void>(table); }
 
     /// What an entry is now; none when this camera has no such entry. Asked before each write and whenever the host
     /// asks, so bounds may follow other settings. H_SIZE, V_SIZE and BITS_PER_PIXEL must be there: a frame has so many
@@ -69,13 +77,17 @@ class BackEnd {
         static_cast<void>(index), static_cast<void>(value);
         return 0;
     }
-    /// A text command that the kit does not know itself; it answers "info", "name", "trig ...", "arm", "cam. ...".
-    /// @return the reply without a line end; none: unknown, which is answered "ERR"
+    /// A text command. What a back end leaves, the kit answers: "info", "name", "trig ...", "arm" and "cam. ..." as
+    /// this system's own cameras do, everything else "ERR".
+    /// @return the reply without a line end; none: left to the kit
     virtual std::optional<std::string> Text(std::string_view command) {
         static_cast<void>(command);
         return std::nullopt;
     }
 
+    /// The host is about to start the camera: on the frame thread, while the host goes on with its preparations. What a
+    /// run needs may be made ready, so that the first frame comes soon.
+    virtual void Prepare() {}
     /// The acquisition: gives frames until the sink has ended, then returns, soon. Returning early halts the camera.
     virtual void Start(FrameSink& sink, const Run& run) = 0;
     /// The sink has just ended: wakes a Start() that waits for something else than the sink. Start() may have returned.

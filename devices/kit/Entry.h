@@ -5,6 +5,7 @@
 #define DEVICES_KIT_ENTRY_H
 
 #include <string>
+#include <string_view>
 #include <variant>
 
 #include "link/SyncTableIndex.h"
@@ -37,6 +38,11 @@ inline constexpr int kTextCapacity = 32;  ///< bytes of a text entry with its ze
 /// on the sensor (those that do are 0). A back end starts from it.
 /// @param index 0 to 88
 const Attributes& StandardAttributes(int index);
+
+/// The entry's name as a host sees it, "EXPOSURE_TIME"; "?" outside 0 to 88.
+const char* EntryName(int index);
+/// The index of a name, or -1.
+int EntryIndex(std::string_view name);
 
 }  // namespace zel::kit
 

@@ -19,18 +19,20 @@ struct FrameFacts {
     std::uint64_t link_bytes = 0;
     /// When its last byte came. The time from then to the hand-over is the latency that the transport tells.
     std::chrono::steady_clock::time_point ready = std::chrono::steady_clock::now();
+    /// Whether the camera waits when the host has no memory free, instead of dropping the frame.
+    bool patient = false;
 };
 
 /// What became of a frame.
 enum class HandOver {
     kTaken,     ///< the host has it
-    kNoBuffer,  ///< the host has no memory free for it: it is dropped, and its number with it
+    kNoBuffer,  ///< the host has no memory free for it: it is dropped, its number is a hole
     kEnded      ///< the run is over, this frame is not wanted any more
 };
 
-/// One acquisition as the back end sees it, from BackEnd::Start() until that returns. Its operations may be called on
-/// any thread while Start() runs; those that hand over frames by one thread at a time. No lock of the kit is held while
-/// the host is called, so a handler of the application may stop the run inside HandOver().
+/// One acquisition as the back end sees it, from BackEnd::Start() until that returns. Give() is called on the thread
+/// that Start() runs on, the others on any thread until then. No lock of the kit is held while the host is called, so a
+/// handler of the application may stop the run inside Give().
 class FrameSink {
   public:
     using Clock = std::chrono::steady_clock;
@@ -39,7 +41,7 @@ class FrameSink {
     /// docs/simulator.md draws it). Answers false, or throws, when there is no frame after all.
     using Fill = std::function<bool(std::span<std::uint8_t> memory)>;
 
-    /// Hands one frame over on the calling thread: free record, fill, settings, pending, event 6, image handler.
+    /// Hands one frame over: free record, fill, settings, pending, event 6, image handler.
     virtual HandOver Give(const FrameFacts& facts, const Fill& fill) = 0;
     /// Frames that the link lost: they are counted, and their numbers are holes.
     virtual void Lose(unsigned frames) = 0;

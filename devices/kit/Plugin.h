@@ -46,7 +46,7 @@ class Plugin {
     virtual bool Search() { return true; }
 };
 
-/// What the macro tells of a library.
+/// What the macro tells of a library. Texts live as long as it.
 struct LibraryFacts {
     const char* interface_type_text;  ///< kind of link: "GigE"
     const char* version_text;

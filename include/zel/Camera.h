@@ -178,17 +178,8 @@ class Camera {
             if (started) native()->Stop();
             throw Error(ErrorKind::refused, label() + " can't be started", "it was stopped meanwhile");
         }
-        if (!started) {
-            m_State->set_running(false);
-            const bool lost = link_lost() || m_State->lost_in_run();
-            const ErrorKind kind = lost ? ErrorKind::link_lost : ErrorKind::refused;
-            throw Error(kind, label() + " can't be started", last_error(), start_hint());
-        }
-        if (m_State->lost_in_run()) {
-            stop();
-            throw Error(ErrorKind::link_lost, label() + " can't be started",
-                        "it was switched off meanwhile, and its settings with it", "make its settings and start again");
-        }
+        const bool lost = link_lost() || m_State->lost_in_run();
+        if (!started || lost) fail_start(started, lost);
         // Frame times are settled when the camera has recalculated its settings, at the start.
         const std::chrono::microseconds frame = run.exposure + std::chrono::microseconds(number(ZEL_PARAM_FRAME_TIME));
         m_State->set_timeout(detail::kFrameGrace + std::chrono::duration_cast<std::chrono::milliseconds>(2 * frame));
@@ -319,6 +310,19 @@ class Camera {
                         "frames of the run before are held, and the pool changes", "let go of them or copy them");
         }
         return buffers->integer();
+    }
+
+    // A camera that is back after a loss has the settings of one that was just switched on; it does not run on.
+    [[noreturn]] void fail_start(bool started, bool lost) {
+        const std::string error = last_error();
+        started ? static_cast<void>(stop()) : m_State->set_running(false);
+        const std::string what = label() + " can't be started";
+        if (!lost) throw Error(ErrorKind::refused, what, error, start_hint());
+        if (link_lost()) {
+            throw Error(ErrorKind::link_lost, what, "the link to the camera is lost", "check cable and power");
+        }
+        throw Error(ErrorKind::link_lost, what, "it was switched off meanwhile, and its settings with it",
+                    "make its settings and start again");
     }
 
     // With binning the SDK makes no color picture, and no frame would come.

@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 using zel::platform::Utf8Path;
 using zel::platform::Utf8Text;
 
-std::string SizeText(const CalibrationTable& table) {
+std::string ShapeText(const CalibrationTable& table) {
     return std::to_string(table.rows.size()) + " rows, " + std::to_string(table.taps) + " taps";
 }
 
@@ -204,11 +204,11 @@ class ImportAction : public Command {
                                   {"largest_difference", difference}});
                 continue;
             }
-            Print("{}: {}, {}; ", kSpeedNames[speed], m_Files.Name(speed), SizeText(table));
+            Print("{}: {}, {}; ", kSpeedNames[speed], m_Files.Name(speed), ShapeText(table));
             if (same) {
                 Print("the same as in the camera\n");
             } else {
-                Print("the camera has {}, gains differ by up to {:.5f}\n", SizeText(present[speed]), difference);
+                Print("the camera has {}, gains differ by up to {:.5f}\n", ShapeText(present[speed]), difference);
             }
         }
     }
@@ -283,7 +283,7 @@ class WriteAction : public Command {
         for (std::size_t speed = 0; speed < kSpeeds; ++speed) {
             if (!m_Files.Has(speed)) continue;
             std::fprintf(stderr, "  %s <- %s, %s\n", kSpeedNames[speed], m_Files.Name(speed).c_str(),
-                         SizeText(m_Files.Table(speed)).c_str());
+                         ShapeText(m_Files.Table(speed)).c_str());
         }
         std::fprintf(stderr, "Type yes to go on: ");
         std::string answer;

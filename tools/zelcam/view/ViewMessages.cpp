@@ -31,7 +31,7 @@ bool IsWithin(const Probe::Point& point, const Samples& frame) {
     return point.x < frame.width && point.y < frame.height;
 }
 
-Json ToJson(const std::vector<std::uint16_t>& pixel) { return pixel.size() == 1 ? Json(pixel[0]) : Json(pixel); }
+Json PixelJson(const std::vector<std::uint16_t>& pixel) { return pixel.size() == 1 ? Json(pixel[0]) : Json(pixel); }
 
 }  // namespace
 
@@ -121,7 +121,7 @@ Json StatisticsMessage(std::uint32_t frame, const FrameStatistics& statistics) {
 void AddProbe(Json& message, const Probe& probe, const Samples& frame) {
     if (probe.pointer && IsWithin(*probe.pointer, frame)) {
         const auto [x, y] = *probe.pointer;
-        message["pointer"] = {{"x", x}, {"y", y}, {"value", ToJson(PixelAt(frame, x, y))}};
+        message["pointer"] = {{"x", x}, {"y", y}, {"value", PixelJson(PixelAt(frame, x, y))}};
     }
     if (probe.line && IsWithin((*probe.line)[0], frame) && IsWithin((*probe.line)[1], frame)) {
         const auto& [from, to] = *probe.line;
@@ -129,7 +129,7 @@ void AddProbe(Json& message, const Probe& probe, const Samples& frame) {
         const auto values = LineProfile(frame, from.x, from.y, to.x, to.y);
         Json list = Json::array();
         for (std::size_t i = 0; i < values.size(); i += frame.channels) {
-            list.push_back(ToJson({values.begin() + static_cast<std::ptrdiff_t>(i),
+            list.push_back(PixelJson({values.begin() + static_cast<std::ptrdiff_t>(i),
                                    values.begin() + static_cast<std::ptrdiff_t>(i + frame.channels)}));
         }
         message["line"]["values"] = std::move(list);

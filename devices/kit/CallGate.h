@@ -1,11 +1,11 @@
 // The calls that a transport is making into the SDK, so that an operation can wait until those that began before it
 // have ended. A thread that is inside such a call itself does not wait.
-#ifndef SIM_CALLGATE_H
-#define SIM_CALLGATE_H
+#ifndef DEVICES_KIT_CALLGATE_H
+#define DEVICES_KIT_CALLGATE_H
 
 #include "platform/OperationGate.h"
 
-namespace zel::sim {
+namespace zel::kit {
 
 class CallGate {
   public:
@@ -27,6 +27,6 @@ class GatedCall {
     const platform::OperationGate::Entry m_Entry;
 };
 
-}  // namespace zel::sim
+}  // namespace zel::kit
 
 #endif

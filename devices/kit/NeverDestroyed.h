@@ -1,12 +1,12 @@
 // An object of a library that lives until the library is unloaded and takes nothing from the heap for itself, so that
 // a library that comes and goes leaves nothing behind. Its destructor is not run.
-#ifndef SIM_NEVERDESTROYED_H
-#define SIM_NEVERDESTROYED_H
+#ifndef DEVICES_KIT_NEVERDESTROYED_H
+#define DEVICES_KIT_NEVERDESTROYED_H
 
 #include <cstddef>
 #include <new>
 
-namespace zel::sim {
+namespace zel::kit {
 
 template <class Object>
 class NeverDestroyed {
@@ -18,6 +18,6 @@ class NeverDestroyed {
     Object& m_Object = *new (m_Storage) Object;
 };
 
-}  // namespace zel::sim
+}  // namespace zel::kit
 
 #endif

@@ -1,13 +1,13 @@
 // Bytes and frames over the last second, in ten slots of a tenth of a second.
-#ifndef SIM_RATEMETER_H
-#define SIM_RATEMETER_H
+#ifndef DEVICES_KIT_RATEMETER_H
+#define DEVICES_KIT_RATEMETER_H
 
 #include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 
-namespace zel::sim {
+namespace zel::kit {
 
 class RateMeter {
   public:
@@ -47,6 +47,6 @@ class RateMeter {
     std::array<Slot, kSlots> m_Slots{};
 };
 
-}  // namespace zel::sim
+}  // namespace zel::kit
 
 #endif

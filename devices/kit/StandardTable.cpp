@@ -1,45 +1,44 @@
-#include "devices/sim/firmware/RegisterRows.h"
-
+// The parameter table of this system's own cameras, a row for each entry.
+#include <array>
 #include <climits>
-#include <cstring>
 
-namespace zel::sim {
+#include "devices/kit/Entry.h"
+
+namespace zel::kit {
 
 namespace {
 
-using Type = RegisterType;
-using Access = RegisterAccess;
+struct Row {
+    int index;
+    Attributes attributes;
+};
 
-constexpr RegisterRow Number(int index, int minimum, int maximum, int default_value) {
-    return {index, Type::kInteger, Access::kWritable, false, minimum, maximum, default_value};
+constexpr Row Number(int index, int minimum, int maximum, int default_value) {
+    return {index, {EntryType::kInteger, EntryAccess::kWritable, minimum, maximum, default_value}};
 }
-constexpr RegisterRow State(int index, int minimum, int maximum, int default_value) {
-    return {index, Type::kInteger, Access::kReadOnly, false, minimum, maximum, default_value};
+constexpr Row State(int index, int minimum, int maximum, int default_value) {
+    return {index, {EntryType::kInteger, EntryAccess::kReadOnly, minimum, maximum, default_value}};
 }
-constexpr RegisterRow Constant(int index, int value) {
-    return {index, Type::kInteger, Access::kConstant, false, value, value, value};
+constexpr Row Constant(int index, int minimum, int maximum, int value) {
+    return {index, {EntryType::kInteger, EntryAccess::kConstant, minimum, maximum, value}};
 }
-constexpr RegisterRow Text(int index, Access access = Access::kConstant) {
-    return {index, Type::kText, access, false, 0, 127, 0};
+constexpr Row Constant(int index, int value) { return Constant(index, value, value, value); }
+constexpr Row Text(int index, EntryAccess access = EntryAccess::kConstant) {
+    return {index, {EntryType::kText, access, 0, 127, 0}};
 }
-constexpr RegisterRow ColorText(int index) { return {index, Type::kText, Access::kConstant, true, 0, 127, 0}; }
-constexpr RegisterRow ColorNumber(int index, int minimum, int maximum) {
-    return {index, Type::kInteger, Access::kConstant, true, minimum, maximum, 0};
-}
-constexpr RegisterRow Matrix(int index, int default_value) {
-    return {index, Type::kDouble, Access::kWritable, true, -16, 16, default_value};
+constexpr Row Matrix(int index, int default_value) {
+    return {index, {EntryType::kDouble, EntryAccess::kWritable, -16, 16, default_value}};
 }
 
 constexpr int kLongestTime = 2000000000;  // microseconds
 
-// Bounds that are 0 here and depend on the sensor are filled in by the Registers of a camera.
-constexpr std::array<RegisterRow, SYNC_TABLE_SELECT_MAX> kRows{{
+constexpr std::array<Row, SYNC_TABLE_SELECT_MAX> kRows{{
     Number(HOST_PORT_PROTOCOL, 0, 3, 0),
     Text(FW_VERSION),
     Constant(HW_VERSION, 3),
     Text(HW_MODEL),
     Text(SERIAL_NUMBER),
-    Text(CAMERA_NAME, Access::kWritable),
+    Text(CAMERA_NAME, EntryAccess::kWritable),
     Number(CAMERA_STATE, 0, 2, 0),
     State(EXPOSURE_STATE, 0, 2, 0),
     Number(TRIGGER_STATE, 0, 1, 0),
@@ -110,10 +109,10 @@ constexpr std::array<RegisterRow, SYNC_TABLE_SELECT_MAX> kRows{{
     Matrix(CCM_3_1, 0),
     Matrix(CCM_3_2, 0),
     Matrix(CCM_3_3, 1),
-    ColorText(IR_FILTER),
-    ColorText(CFA_TYPE),
-    ColorNumber(CFA_PHASE, 0, 4),
-    ColorText(CCM_OUTPUT_COLOR_SPACE),
+    Text(IR_FILTER),
+    Text(CFA_TYPE),
+    Constant(CFA_PHASE, 0, 4, 0),
+    Text(CCM_OUTPUT_COLOR_SPACE),
     Matrix(DWB_1_1, 1),
     Matrix(DWB_1_2, 0),
     Matrix(DWB_1_3, 0),
@@ -134,22 +133,22 @@ constexpr bool RowsInOrder() {
 static_assert(RowsInOrder(), "a row stands at the position of its index");
 
 constexpr const char* kNames[] = {
-#define ZEL_SIM_NAME(name) #name,
-    ZEL_SYNC_TABLE_ENTRIES(ZEL_SIM_NAME)
-#undef ZEL_SIM_NAME
+#define ZEL_ENTRY_NAME(name) #name,
+    ZEL_SYNC_TABLE_ENTRIES(ZEL_ENTRY_NAME)
+#undef ZEL_ENTRY_NAME
 };
 
 }  // namespace
 
-const std::array<RegisterRow, SYNC_TABLE_SELECT_MAX>& RegisterRows() { return kRows; }
+const Attributes& StandardAttributes(int index) { return kRows[static_cast<std::size_t>(index)].attributes; }
 
-const char* RegisterName(int index) { return index >= 0 && index < SYNC_TABLE_SELECT_MAX ? kNames[index] : "?"; }
+const char* EntryName(int index) { return index >= 0 && index < SYNC_TABLE_SELECT_MAX ? kNames[index] : "?"; }
 
-int RegisterIndex(const char* name) {
+int EntryIndex(std::string_view name) {
     for (int i = 0; i < SYNC_TABLE_SELECT_MAX; ++i) {
-        if (std::strcmp(kNames[i], name) == 0) return i;
+        if (kNames[i] == name) return i;
     }
     return -1;
 }
 
-}  // namespace zel::sim
+}  // namespace zel::kit

@@ -11,6 +11,8 @@ namespace zel::gige {
 
 namespace {
 
+constexpr double kGigabit = 125e6;  // bytes per second of the link
+
 // Runs a task on the caretaker's thread, or here when there is none any more.
 void Later(const std::weak_ptr<Caretaker>& caretaker, const Caretaker::Task& task) {
     const auto alive = caretaker.lock();
@@ -39,7 +41,11 @@ bool GigeCamera::IsOpen() const {
 
 kit::Description GigeCamera::Describe() const {
     const FoundCamera facts = Facts();
-    return {facts.vendor + " " + facts.model, facts.serial, "GigE", {facts.address, facts.hardware, "GigE Vision"}};
+    return {facts.vendor + " " + facts.model,
+            facts.serial,
+            "GigE",
+            {facts.address, facts.hardware, "GigE Vision"},
+            kGigabit};
 }
 
 void GigeCamera::Complain(const std::string& text) const {
@@ -66,9 +72,12 @@ GigeCamera::Session GigeCamera::MakeSession() {
 int GigeCamera::Connect() {
     try {
         const Session session = MakeSession();
-        const platform::ScopedLock lock(m_Lock);
-        m_Session = session;
-        m_Open = true;
+        {
+            const platform::ScopedLock lock(m_Lock);
+            m_Session = session;
+            m_Open = true;
+        }
+        StoreDefaults();
         return ZEL_NO_ERROR;
     } catch (const Failure& failure) {
         Complain(failure.what());
@@ -76,6 +85,28 @@ int GigeCamera::Connect() {
         return failure.Code();
     } catch (const std::exception&) {
         return ZEL_ERROR_UNKNOWN;
+    }
+}
+
+void GigeCamera::PowerOn(kit::ParameterTable& table) {
+    m_Table = &table;
+    StoreDefaults();
+}
+
+// What the camera is becomes known when it is opened, not when it is switched on.
+void GigeCamera::StoreDefaults() {
+    m_TriggerLine = 0;
+    m_TriggerLow = false;
+    for (int index = 0; m_Table && index < SYNC_TABLE_SELECT_MAX; ++index) {
+        const auto attributes = AttributesOf(index);
+        if (!attributes) continue;
+        kit::Value value = attributes->default_value;
+        if (attributes->type == kit::EntryType::kDouble) value = static_cast<double>(attributes->default_value);
+        if (attributes->type == kit::EntryType::kText) {
+            value = std::string();
+            Read(index, value);
+        }
+        m_Table->Store(index, std::move(value));
     }
 }
 

@@ -26,6 +26,7 @@ class GigeCamera : public kit::BackEnd {
 
     kit::Description Describe() const override;
     int Connect() override;
+    void PowerOn(kit::ParameterTable& table) override;
     void Disconnect() override;
     std::optional<kit::Attributes> AttributesOf(int index) override;
     int Read(int index, kit::Value& value) override;
@@ -47,6 +48,7 @@ class GigeCamera : public kit::BackEnd {
     Session MakeSession();
     void Complain(const std::string& text) const;
     void LookAfter(const Session& session);
+    void StoreDefaults();
 
     std::optional<kit::Attributes> FrameAttributes(int index) const;
     std::optional<kit::Attributes> FeatureAttributes(int index, CameraSession& session);
@@ -61,6 +63,7 @@ class GigeCamera : public kit::BackEnd {
     Session m_Session ZEL_GUARDED_BY(m_Lock);
     bool m_Open ZEL_GUARDED_BY(m_Lock) = false;  // as the host has it; a lost camera has no session meanwhile
 
+    kit::ParameterTable* m_Table = nullptr;  // the kit's, touched where it allows it
     std::atomic<int> m_TriggerLine = 0;
     std::atomic<bool> m_TriggerLow = false;
 };

@@ -90,6 +90,7 @@ std::optional<Attributes> GigeCamera::AttributesOf(int index) {
         case SW_TRIG:
         case SVN_REVISION:
         case SENSOR_TAPS_VAL:
+        case CLOCK_SPEED_VAL:
         case BYTES_PER_PIXEL:
             return kit::StandardAttributes(index);
         case FW_VERSION:

@@ -24,11 +24,12 @@ camera:             image include link platform tapbalance util sdk/Logger
 sdk/InterfaceLibrary: camera link platform sdk sdk/Logger
 sdk:                camera include link platform util sdk/Logger sdk/InterfaceLibrary
 record:             platform
+devices/kit:          include link platform
 devices/sim/scene:    platform
 devices/sim/sensor:   include link platform kernels record devices/sim/scene
-devices/sim/firmware: include link platform devices/sim/scene devices/sim/sensor calibration/Sha1
-devices/sim/link:     include link platform record devices/sim/sensor devices/sim/firmware
-devices/sim/plugins:  include link platform devices/sim/link
+devices/sim/firmware: include link platform devices/kit devices/sim/scene devices/sim/sensor calibration/Sha1
+devices/sim/link:     include link platform record devices/kit devices/sim/sensor devices/sim/firmware
+devices/sim/plugins:  include link platform devices/kit devices/sim/link
 bindings/c:           include include/zel include/zel/detail platform util sdk/Logger
 tools/manual:
 tools/zelcam/text:        include include/zel include/zel/detail platform

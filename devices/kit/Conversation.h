@@ -29,10 +29,7 @@ class Conversation {
 
     // The length of the runs to come, and of the one that is on; 0: without an end.
     void SetSequence(int frames);
-    // Whether a pulse of this polarity at the input triggers a frame.
-    bool TakesPulse(bool rising) const {
-        return HardwareTriggered() && rising == (m_Table.Number(HW_TRIG_POLARITY) == 0);
-    }
+    // The trigger input: whether it is switched on, and which of its edges triggers.
     bool HardwareTriggered() const { return m_Table.Number(HW_TRIG_SOURCE) != 0 || m_TriggerCl || m_TriggerA; }
     bool ActiveLow() const { return m_Table.Number(HW_TRIG_POLARITY) == 1; }
     const ParameterTable& Table() const { return m_Table; }

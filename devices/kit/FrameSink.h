@@ -45,6 +45,8 @@ class FrameSink {
     virtual HandOver Give(const FrameFacts& facts, const Fill& fill) = 0;
     /// Frames that the link lost: they are counted, and their numbers are holes.
     virtual void Lose(unsigned frames) = 0;
+    /// The number that the next frame gets.
+    virtual unsigned NextNumber() const = 0;
     /// Whether the run is over: stopped, halted, all frames of the sequence given, or unplugged.
     virtual bool Ended() const = 0;
     /// Lets time pass. False when the run ended before.

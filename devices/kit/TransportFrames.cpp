@@ -41,6 +41,7 @@ class Transport::Sink final : public FrameSink {
             ++m_Transport.m_Camera.Frames().lost_on_link;
         }
     }
+    unsigned NextNumber() const override { return m_Transport.m_FrameNumber; }
     bool Ended() const override { return Control().Ended(m_Ticket); }
     bool WaitUntil(Clock::time_point time) override { return Control().WaitUntil(m_Ticket, time); }
     bool WaitForTrigger() override { return Control().TakeTrigger(m_Ticket); }

@@ -1,8 +1,11 @@
 #include "devices/sim/firmware/Firmware.h"
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 
+#include "devices/kit/Wire.h"
+#include "devices/sim/firmware/ColorMatrices.h"
 #include "devices/sim/firmware/FlashDirectory.h"
 
 namespace zel::sim {
@@ -10,112 +13,196 @@ namespace zel::sim {
 Firmware::Firmware(const CameraModel& model, const FirmwareOptions& options)
     : m_Model(model),
       m_Options(options),
-      m_Registers(model),
       m_Cooler(options.cooling_seconds),
-      m_Flash(FlashContent(FactoryCalibration(model))) {
+      m_Flash(FlashContent(FactoryCalibration(model))),
+      m_CoolerNow(m_Cooler),
+      m_Name(model.name) {
     m_Flash.SetTimes(options.flash_times);
-    PowerCycle();
 }
 
-void Firmware::PowerCycle() {
-    Halt();
-    m_Registers.Reset();
+void Firmware::PowerOn(kit::ParameterTable& table) {
+    const bool first = !m_Table;
+    m_Table = &table;
     m_Cooler.Reset();
     m_Flash.PowerCycle();
-    m_TriggerSoftware = m_TriggerCl = m_TriggerA = false;
-    m_NeedsCalc = false;
+    m_NeedsCalc = m_Calculating = false;
     m_CalcEnd = {};
-    FollowSettings();
-    m_Taps = m_Registers.Value(SENSOR_TAPS_VAL);
-    m_ClockMhz = m_Registers.Value(CLOCK_SPEED_VAL);
-}
-
-FrameTiming Firmware::Timing() const {
-    return {m_Registers.Value(EXPOSURE_ACTUAL), ReadoutMicroseconds(m_Model.width, m_Model.height, m_Taps, m_ClockMhz)};
-}
-
-SensorSettings Firmware::Settings() const {
-    constexpr double kStepDb = 0.0358;
-    SensorSettings settings;
-    settings.exposure_us = m_Registers.Value(EXPOSURE_ACTUAL);
-    settings.gain = m_Registers.Value(VGA_GAIN) + m_Registers.Value(CDS_GAIN_VAL) / kStepDb;
-    settings.black_level = m_Registers.Value(OB_LEVEL);
-    // In whole tenths of a degree, so that a steady camera asks the sensor for the same conditions each frame.
-    settings.temperature = std::round(m_Cooler.Temperature(Clock::now()) * 10.0) / 10.0;
-    settings.readout = {m_Taps, m_ClockMhz, static_cast<double>(m_Registers.Value(VGA_GAIN))};
-    return settings;
-}
-
-// The length of a run when the host asks for one of so many frames, 0 = until stopped.
-int Firmware::Limited(int frames) const {
-    if (m_Options.longest_run <= 0) return std::max(frames, 0);
-    return frames <= 0 ? m_Options.longest_run : std::min(frames, m_Options.longest_run);
-}
-
-void Firmware::Begin(Mode mode) {
-    m_Mode = mode;
-    ++m_Acquisition;
-    m_PendingTriggers = 0;
-    m_SequenceOfThis = m_FramesToCome = Limited(m_Registers.Value(FRAME_COUNT));
-    m_Registers.Store(CURRENT_FRAME, 0);
-    m_Registers.Store(EXPOSURE_STATE, 0);
-    m_Registers.Store(CAMERA_STATE, 2);
-    m_Registers.Store(TRIGGER_STATE, mode == Mode::kTriggered ? 1 : 0);
-}
-
-// The host set the camera running: free, or on the trigger input when that is switched on. An armed camera goes on
-// waiting.
-void Firmware::Run() {
-    if (m_Mode == Mode::kTriggered) return;
-    Begin(m_Registers.Value(HW_TRIG_SOURCE) != 0 ? Mode::kTriggered : Mode::kFreeRun);
-}
-
-void Firmware::Arm() { Begin(Mode::kTriggered); }
-
-void Firmware::Halt() {
-    m_Mode = Mode::kIdle;
-    m_PendingTriggers = 0;
-    m_FramesToCome = 0;
-    m_Registers.Store(CAMERA_STATE, 0);
-    m_Registers.Store(TRIGGER_STATE, 0);
-    m_Registers.Store(EXPOSURE_STATE, 0);
-}
-
-void Firmware::AddTrigger() {
-    if (m_Mode == Mode::kTriggered) m_PendingTriggers = std::min(m_PendingTriggers + 1, kMostPendingTriggers);
-}
-
-bool Firmware::HardwareTrigger(TriggerEdge edge) {
-    const bool active_low = m_Registers.Value(HW_TRIG_POLARITY) == 1;
-    if (edge != TriggerEdge::kActive && (edge == TriggerEdge::kFalling) != active_low) return false;
-    if (m_Mode != Mode::kTriggered || !HardwareTriggered()) return false;
-    AddTrigger();
-    return true;
-}
-
-void Firmware::BeginFrame() {
-    if (m_Mode == Mode::kTriggered && m_PendingTriggers > 0) --m_PendingTriggers;
-}
-
-void Firmware::FinishFrame() {
-    m_Registers.Store(CURRENT_FRAME, m_Registers.Value(CURRENT_FRAME) + 1);
-    m_Registers.Store(EXPOSURE_STATE, 0);
-    if (m_SequenceOfThis > 0 && --m_FramesToCome <= 0) Halt();
-}
-
-void Firmware::SetSequence(int frames) {
-    m_Registers.Store(FRAME_COUNT, std::max(frames, 0));
-    if (Acquiring()) {
-        SetSequenceOfThis(frames);
-    } else {
-        m_FramesToCome = std::max(frames, 0);
+    table.Store(FW_VERSION, "2.10");
+    table.Store(HW_MODEL, m_Model.model_text);
+    table.Store(SERIAL_NUMBER, m_Model.serial);
+    if (first) table.Store(CAMERA_NAME, m_Model.name);
+    table.Store(IR_FILTER, "IR650");
+    table.Store(CFA_TYPE, "Bayer");
+    table.Store(CCM_OUTPUT_COLOR_SPACE, m_Model.color_space);
+    const ColorMatrices matrices = MakeColorMatrices(m_Model.color_space);
+    for (int i = 0; i < 9; ++i) {
+        const auto row = static_cast<std::size_t>(i / 3);
+        const auto column = static_cast<std::size_t>(i % 3);
+        table.Store(CCM_1_1 + i, matrices.correction[row][column]);
+        table.Store(DWB_1_1 + i, matrices.white_balance[row][column]);
     }
+    FollowSettings();
+    m_Taps = Number(SENSOR_TAPS_VAL);
+    m_ClockMhz = Number(CLOCK_SPEED_VAL);
+    Publish();
 }
 
-void Firmware::SetSequenceOfThis(int frames) {
-    m_SequenceOfThis = Limited(frames);
-    m_FramesToCome = std::max(m_SequenceOfThis - m_Registers.Value(CURRENT_FRAME), 0);
-    if (m_SequenceOfThis > 0 && m_FramesToCome == 0) Halt();
+// What a monochrome camera lacks stands at the end of the table.
+std::optional<kit::Attributes> Firmware::AttributesOf(int index) {
+    if (index >= CCM_1_1 && !m_Model.Color()) return std::nullopt;
+    kit::Attributes attributes = kit::StandardAttributes(index);
+    const auto bound = [&](int minimum, int maximum, int default_value) {
+        attributes.minimum = minimum;
+        attributes.maximum = maximum;
+        attributes.default_value = default_value;
+    };
+    const int w = static_cast<int>(m_Model.width);
+    const int h = static_cast<int>(m_Model.height);
+    switch (index) {
+        case H_SIZE:
+        case H_RO_PIXELS:
+            bound(w, w, w);
+            break;
+        case V_SIZE:
+        case V_RO_LINES:
+            bound(h, h, h);
+            break;
+        case H_ROI_ORIGIN:
+            bound(0, w - 1, 0);
+            break;
+        case V_ROI_ORIGIN:
+            bound(0, h - 1, 0);
+            break;
+        case H_ROI_PIXELS:
+            bound(1, w, w);
+            break;
+        case V_ROI_PIXELS:
+            bound(1, h, h);
+            break;
+        case SENSOR_TAPS_IDX:
+            bound(0, m_Model.largest_taps_idx, m_Model.default_taps_idx);
+            break;
+        case BITS_PER_PIXEL:
+            bound(m_Model.bits, m_Model.bits, m_Model.bits);
+            break;
+        case PIXEL_SIZE:
+            bound(m_Model.pixel_size_nm, m_Model.pixel_size_nm, m_Model.pixel_size_nm);
+            break;
+        case CFA_PHASE:
+            bound(m_Model.cfa_phase, m_Model.cfa_phase, m_Model.cfa_phase);
+            break;
+        case EXPOSURE_TIME:
+        case EXPOSURE_ACTUAL:
+            attributes.default_value = m_Model.exposure_us;
+            break;
+        case VGA_GAIN:
+            attributes.default_value = m_Model.gain;
+            break;
+        default:
+            break;
+    }
+    return attributes;
+}
+
+// Entries whose value depends on the time.
+int Firmware::Read(int index, kit::Value& value) {
+    if (index == SENSOR_TEMP) {
+        value = static_cast<int>(std::lround(m_Cooler.Temperature(Clock::now()) * 10.0));
+    } else if (index == EXPOSURE_STATE) {
+        value = m_ExposureState.load();
+    } else if (index == CALC_STATE && m_Calculating) {
+        m_Calculating = !CalcDone();
+        if (m_Calculating) value = 1;
+    }
+    return 0;
+}
+
+// The run waits for a recalculation after a change of the readout.
+int Firmware::Write(int index, kit::Value& value) {
+    const int before = Number(index);
+    const bool run = index == CAMERA_STATE && std::get<int>(value) == 2;
+    if (run && m_NeedsCalc) return kExceptionRequiresCalc;
+    m_Table->Store(index, value);
+    const int now = Number(index);
+    if ((index == CLOCK_SPEED_IDX || index == SENSOR_TAPS_IDX) && now != before) m_NeedsCalc = true;
+    if (index == COOLING_MODE) m_Cooler.SetMode(now, Clock::now());
+    if (index == CALC_STATE && now != 0) StartCalculation();
+    FollowSettings();
+    Publish();
+    return 0;
+}
+
+void Firmware::StartCalculation() {
+    m_Calculating = true;
+    m_CalcEnd = Clock::now() + std::chrono::milliseconds(m_Options.calc_delay_ms);
+    m_Taps = Number(SENSOR_TAPS_VAL);
+    m_ClockMhz = Number(CLOCK_SPEED_VAL);
+    m_NeedsCalc = false;
+}
+
+// The entries that are computed from others.
+void Firmware::FollowSettings() {
+    constexpr std::int64_t kMicrosecondsPer1000Seconds = 1000000000;
+    static constexpr int kCdsGainDb[] = {0, 3, 6};
+    const int taps = 1 << Number(SENSOR_TAPS_IDX);
+    const int clock_mhz = 20 << Number(CLOCK_SPEED_IDX);
+    m_Table->Store(SENSOR_TAPS_VAL, taps);
+    m_Table->Store(CLOCK_SPEED_VAL, clock_mhz);
+    m_Table->Store(CDS_GAIN_VAL, kCdsGainDb[Number(CDS_GAIN_IDX)]);
+    m_Table->Store(EXPOSURE_ACTUAL, Number(EXPOSURE_TIME));
+    const FrameTiming timing{Number(EXPOSURE_TIME),
+                             ReadoutMicroseconds(m_Model.width, m_Model.height, taps, clock_mhz)};
+    m_Table->Store(READOUT_TIME, static_cast<int>(timing.readout_us));
+    const std::int64_t period =
+        m_Model.frame_us > 0.0 ? std::max<std::int64_t>(std::llround(m_Model.frame_us), 1) : timing.Period();
+    m_Table->Store(FRAME_TIME, static_cast<int>(std::min<std::int64_t>(period, INT_MAX)));
+    m_Table->Store(FRAME_RATE, static_cast<int>(kMicrosecondsPer1000Seconds / period));
+}
+
+void Firmware::Publish() {
+    constexpr double kStepDb = 0.0358;
+    Conditions conditions;
+    conditions.settings.exposure_us = Number(EXPOSURE_ACTUAL);
+    conditions.settings.gain = Number(VGA_GAIN) + Number(CDS_GAIN_VAL) / kStepDb;
+    conditions.settings.black_level = Number(OB_LEVEL);
+    conditions.settings.readout = {m_Taps, m_ClockMhz, static_cast<double>(Number(VGA_GAIN))};
+    conditions.timing = {Number(EXPOSURE_ACTUAL),
+                         ReadoutMicroseconds(m_Model.width, m_Model.height, m_Taps, m_ClockMhz)};
+    conditions.taps = m_Taps;
+    const platform::ScopedLock lock(m_Lock);
+    m_Conditions = conditions;
+    m_CoolerNow = m_Cooler;
+    m_Name = m_Table->Text(CAMERA_NAME);
+}
+
+// The temperature is in whole tenths of a degree, so that a steady camera asks the sensor for the same each frame.
+Firmware::Conditions Firmware::Now() const {
+    const platform::ScopedLock lock(m_Lock);
+    Conditions conditions = m_Conditions;
+    conditions.settings.temperature = std::round(m_CoolerNow.Temperature(Clock::now()) * 10.0) / 10.0;
+    return conditions;
+}
+
+std::string Firmware::Name() const {
+    const platform::ScopedLock lock(m_Lock);
+    return m_Name;
+}
+
+bool Firmware::BeginsTableRow(std::string_view command) const {
+    return kit::NextWord(command) == "tb" && m_Flash.BeginsRow(command);
+}
+
+std::string Firmware::Description() const {
+    return "ZEL camera " + m_Table->Text(HW_MODEL) + "\r\nSerial: " + m_Table->Text(SERIAL_NUMBER) +
+           "\r\nName: " + m_Table->Text(CAMERA_NAME) + "\r\nFirmware: " + m_Table->Text(FW_VERSION) +
+           "\r\nFPGA: 118\r\nSensor: " + std::to_string(m_Model.width) + "x" + std::to_string(m_Model.height) + ", " +
+           std::to_string(m_Model.bits) + " bit, " + std::to_string(m_Taps) + (m_Taps == 1 ? " tap" : " taps");
+}
+
+std::optional<std::string> Firmware::Text(std::string_view command) {
+    if (command == "info") return Description();
+    if (kit::NextWord(command) != "tb") return std::nullopt;
+    return m_Flash.Answer(command, m_Busy);
 }
 
 }  // namespace zel::sim

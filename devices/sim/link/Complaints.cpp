@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <set>
 
-#include "devices/sim/link/NeverDestroyed.h"
+#include "devices/kit/NeverDestroyed.h"
 #include "devices/sim/link/SimControl.h"
 #include "devices/sim/link/SimLibraries.h"
 #include "platform/DynamicLibrary.h"
@@ -17,7 +17,7 @@ platform::Mutex s_Lock;
 
 // Never destroyed: a thread of the library's may complain while the process ends.
 std::set<std::string>& Lines() ZEL_REQUIRES(s_Lock) {
-    static NeverDestroyed<std::set<std::string>> s_Lines;
+    static kit::NeverDestroyed<std::set<std::string>> s_Lines;
     return s_Lines.Get();
 }
 

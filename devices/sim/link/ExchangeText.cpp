@@ -1,6 +1,7 @@
 #include "devices/sim/link/ExchangeText.h"
 
-#include "devices/sim/firmware/Firmware.h"
+#include "devices/kit/Entry.h"
+#include "devices/kit/Wire.h"
 
 namespace zel::sim {
 
@@ -22,15 +23,16 @@ std::string CommandName(int command) {
 }  // namespace
 
 int ExchangeEntry(std::span<const std::uint8_t> datagram) {
-    return IsTableRequest(datagram) && datagram.size() >= 10 ? static_cast<int>(Little32(datagram.subspan(6))) : -1;
+    return kit::IsTableRequest(datagram) && datagram.size() >= 10 ? static_cast<int>(kit::Little32(datagram.subspan(6)))
+                                                                  : -1;
 }
 
 std::string ExchangeText(std::span<const std::uint8_t> datagram) {
-    if (IsTableRequest(datagram)) {
+    if (kit::IsTableRequest(datagram)) {
         if (datagram.size() < 10) return "incomplete request";
-        std::string text = CommandName(datagram[3]) + ' ' + RegisterName(ExchangeEntry(datagram));
+        std::string text = CommandName(datagram[3]) + ' ' + kit::EntryName(ExchangeEntry(datagram));
         if (datagram[3] == SYNC_TABLE_CMD_SET) {
-            text += ' ' + std::to_string(static_cast<int>(Little32(datagram.subspan(10))));
+            text += ' ' + std::to_string(static_cast<int>(kit::Little32(datagram.subspan(10))));
         }
         return text;
     }

@@ -30,7 +30,7 @@ bool ReadTimes(const std::string& word, double& due, double& period) {
 
 }  // namespace
 
-FaultScript::FaultScript(SimBus& bus, const std::string& script, int interface_type) : m_Bus(bus) {
+FaultScript::FaultScript(SimPlugin& plugin, const std::string& script, int interface_type) : m_Plugin(plugin) {
     for (Line& line : Parse(script, interface_type)) {
         line.timed ? m_Lines.push_back(std::move(line)) : Do(line);
     }
@@ -93,7 +93,7 @@ std::vector<FaultScript::Line> FaultScript::Parse(const std::string& script, int
 void FaultScript::Do(const Line& line) {
     for (const std::string& command : line.commands) {
         std::string answer;
-        if (!RunSimCommand(m_Bus, command, answer)) Tell(command, answer);
+        if (!RunSimCommand(m_Plugin, command, answer)) Tell(command, answer);
     }
 }
 

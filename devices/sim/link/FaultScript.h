@@ -18,12 +18,12 @@
 
 namespace zel::sim {
 
-class SimBus;
+class SimPlugin;
 
 class FaultScript {
   public:
     // Does what has no time. For the rest there is a thread until the object ends.
-    FaultScript(SimBus& bus, const std::string& script, int interface_type);
+    FaultScript(SimPlugin& plugin, const std::string& script, int interface_type);
     ~FaultScript();
     FaultScript(const FaultScript&) = delete;
     FaultScript& operator=(const FaultScript&) = delete;
@@ -41,7 +41,7 @@ class FaultScript {
     void Do(const Line& line);
     void Run();
 
-    SimBus& m_Bus;
+    SimPlugin& m_Plugin;
     const Clock::time_point m_Start = Clock::now();
     std::vector<Line> m_Lines;  // of the thread
     platform::Mutex m_Lock;

@@ -4,7 +4,7 @@
 #include <charconv>
 #include <sstream>
 
-#include "devices/sim/firmware/RegisterRows.h"
+#include "devices/kit/Entry.h"
 
 namespace zel::sim {
 
@@ -72,7 +72,7 @@ bool ReadOption(std::string_view word, Fault& fault) {
         return !value.empty();
     }
     if (name != "entry") return false;
-    fault.entry = RegisterIndex(value.c_str());
+    fault.entry = kit::EntryIndex(value);
     return fault.entry >= 0;
 }
 
@@ -104,7 +104,29 @@ std::optional<Fault> ParseFault(std::string_view line, std::string& error) {
     return fault;
 }
 
+void Faults::Add(const Fault& fault) {
+    const platform::ScopedLock lock(m_Lock);
+    m_Faults.push_back(fault);
+}
+
+void Faults::Clear() {
+    const platform::ScopedLock lock(m_Lock);
+    m_Faults.clear();
+    ++m_Clears;
+}
+
+bool Faults::Empty() const {
+    const platform::ScopedLock lock(m_Lock);
+    return m_Faults.empty();
+}
+
+unsigned Faults::Clears() const {
+    const platform::ScopedLock lock(m_Lock);
+    return m_Clears;
+}
+
 std::optional<Fault> Faults::Next(FaultOccasion occasion, int entry, std::string_view text) {
+    const platform::ScopedLock lock(m_Lock);
     std::optional<Fault> happens;
     for (auto fault = m_Faults.begin(); fault != m_Faults.end();) {
         const bool concerned = OccasionOf(fault->kind) == occasion && (fault->entry < 0 || fault->entry == entry) &&

@@ -13,6 +13,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/Mutex.h"
+
 namespace zel::sim {
 
 enum class FaultKind {
@@ -55,18 +57,22 @@ struct Fault {
 // The fault that a script line describes; empty when it describes none (`error` says why).
 std::optional<Fault> ParseFault(std::string_view line, std::string& error);
 
+// Any thread may call it.
 class Faults {
   public:
-    void Add(const Fault& fault) { m_Faults.push_back(fault); }
-    void Clear() { m_Faults.clear(); }
-    bool Empty() const { return m_Faults.empty(); }
+    void Add(const Fault& fault);
+    void Clear();
+    bool Empty() const;
+    unsigned Clears() const;  // how often they were cleared
 
     // One occasion has come. entry: of an exchange about the parameter table, else -1. text: of a text command. The
     // fault that happens, if any.
     std::optional<Fault> Next(FaultOccasion occasion, int entry = -1, std::string_view text = {});
 
   private:
-    std::vector<Fault> m_Faults;
+    mutable platform::Mutex m_Lock;
+    std::vector<Fault> m_Faults ZEL_GUARDED_BY(m_Lock);
+    unsigned m_Clears ZEL_GUARDED_BY(m_Lock) = 0;
 };
 
 }  // namespace zel::sim

@@ -1,47 +1,14 @@
 #include "devices/sim/link/SimCamera.h"
 
 #include <algorithm>
-#include <climits>
 #include <limits>
 
+#include "devices/kit/Wire.h"
 #include "devices/sim/link/ExchangeText.h"
-#include "devices/sim/link/Player.h"
 
 namespace zel::sim {
 
 namespace {
-
-constexpr auto kUnpluggedReceive = std::chrono::milliseconds(10);
-
-constexpr std::chrono::microseconds kPageLoad(1000);
-constexpr std::chrono::microseconds kPageStore(10000);
-
-std::chrono::microseconds Scaled(std::chrono::microseconds time, const Settings& settings) {
-    return std::chrono::microseconds(static_cast<std::int64_t>(static_cast<double>(time.count()) / settings.speed));
-}
-
-FirmwareOptions OptionsOf(const Settings& settings) {
-    FirmwareOptions options;
-    options.calc_delay_ms = settings.calc_delay_ms;
-    if (settings.Paced()) {
-        options.flash_times.load = Scaled(kPageLoad, settings);
-        options.flash_times.store = Scaled(kPageStore, settings);
-    }
-    if (settings.recording && !settings.recording->loop) {
-        options.longest_run = static_cast<int>(std::min<std::size_t>(settings.recording->frames, INT_MAX));
-    }
-    options.cooling_seconds = settings.Paced() ? 20.0 / settings.speed : 0.05;
-    return options;
-}
-
-CameraModel Sized(CameraModel model, const Settings& settings) {
-    if (settings.width != 0) model.width = settings.width;
-    if (settings.height != 0) model.height = settings.height;
-    model.even_taps = settings.even_taps;
-    if (model.Color() && settings.cfa_phase != 0) model.cfa_phase = settings.cfa_phase;
-    if (!settings.color_space.empty()) model.color_space = settings.color_space;
-    return settings.recording ? PlayerOf(model, *settings.recording) : model;
-}
 
 // A datagram whose header announces 4096 bytes, and as many.
 std::vector<std::uint8_t> Oversize() {
@@ -71,149 +38,116 @@ std::vector<std::uint8_t> Garbage() {
     return bytes;
 }
 
-}  // namespace
-
-SimCamera::SimCamera(const CameraModel& model, const Settings& settings)
-    : m_Model(Sized(model, settings)), m_Settings(settings), m_Firmware(m_Model, OptionsOf(settings)) {}
-
-int SimCamera::Send(std::span<const std::uint8_t> datagram) {
-    bool vanished = false;
-    int sent = 0;
-    {
-        const platform::ScopedLock lock(m_Lock);
-        if (!m_Plugged) return 0;
-        const std::optional<Fault> fault = FaultOf(datagram);
-        if (fault && fault->kind == FaultKind::kUnplug) {
-            vanished = UnplugLocked();
-        } else {
-            Record(datagram);
-            sent = Answer(datagram, fault);
-        }
+FaultOccasion OccasionOf(kit::Camera::Operation operation) {
+    switch (operation) {
+        case kit::Camera::Operation::kConnect:
+            return FaultOccasion::kConnect;
+        case kit::Camera::Operation::kStart:
+            return FaultOccasion::kStart;
+        case kit::Camera::Operation::kStop:
+            return FaultOccasion::kStop;
+        case kit::Camera::Operation::kClose:
+            break;
     }
-    m_Changed.notify_all();
-    if (vanished && m_Vanished) m_Vanished();
-    return sent;
+    return FaultOccasion::kClose;
 }
 
-void SimCamera::Record(std::span<const std::uint8_t> datagram) {
-    ++m_Exchanges;
-    m_Log.push_back(ExchangeText(datagram));
-    if (m_Log.size() > kLongestLog) m_Log.pop_front();
+}  // namespace
+
+SimCamera::SimCamera(std::unique_ptr<SimDevice> device)
+    : Camera(std::move(device)), m_Device(static_cast<SimDevice&>(Device())) {}
+
+void SimCamera::Passing(Operation operation) {
+    if (m_Device.Script().Next(OccasionOf(operation))) Vanish();
 }
 
 std::optional<Fault> SimCamera::FaultOf(std::span<const std::uint8_t> datagram) {
-    if (m_Faults.Empty()) return std::nullopt;
-    if (m_Firmware.BeginsTableRow(datagram)) {
-        const std::optional<Fault> row = m_Faults.Next(FaultOccasion::kTableRow);
+    Faults& faults = m_Device.Script();
+    if (faults.Empty()) return std::nullopt;
+    const std::string_view text = kit::IsTableRequest(datagram) ? std::string_view() : kit::CommandText(datagram);
+    if (m_Device.BeginsTableRow(text)) {
+        const std::optional<Fault> row = faults.Next(FaultOccasion::kTableRow);
         if (row) {
             const bool nan = row->kind == FaultKind::kNanGain;
-            m_Firmware.SpoilTableRow(nan ? std::numeric_limits<float>::quiet_NaN() : 3.0f);
+            m_Device.SpoilTableRow(nan ? std::numeric_limits<float>::quiet_NaN() : 3.0f);
         }
     }
-    const std::string_view text = IsTableRequest(datagram) ? std::string_view() : CommandText(datagram);
-    return m_Faults.Next(FaultOccasion::kExchange, ExchangeEntry(datagram), text);
+    return faults.Next(FaultOccasion::kExchange, ExchangeEntry(datagram), text);
 }
 
-int SimCamera::Answer(std::span<const std::uint8_t> datagram, const std::optional<Fault>& fault) {
-    const int length = static_cast<int>(datagram.size());
+kit::Camera::Answer SimCamera::Exchange(std::span<const std::uint8_t> datagram) {
+    const std::optional<Fault> fault = FaultOf(datagram);
     const auto is = [&](FaultKind kind) { return fault && fault->kind == kind; };
-    if (is(FaultKind::kShortSend)) return length - 1;
-    std::vector<std::uint8_t> answer;
+    Answer answer;
+    answer.unplug = is(FaultKind::kUnplug);
+    if (answer.unplug) return answer;
+    ++m_Exchanges;
+    m_Log.push_back(ExchangeText(datagram));
+    if (m_Log.size() > kLongestLog) m_Log.pop_front();
+    answer.taken = static_cast<int>(datagram.size());
+    if (is(FaultKind::kShortSend)) {
+        --answer.taken;
+        return answer;
+    }
+    std::vector<std::uint8_t>& bytes = answer.bytes;
     if (is(FaultKind::kException)) {
-        m_Firmware.Refuse(datagram, fault->argument, answer);
+        kit::Conversation::Refuse(datagram, fault->argument, bytes);
     } else {
-        m_Firmware.Handle(datagram, answer);
+        Talk().Handle(datagram, bytes);
     }
-    auto ready = ReplyStream::Clock::now() + m_Firmware.TakeBusyTime();
-    if (is(FaultKind::kNoReply)) answer.clear();
-    if (is(FaultKind::kDelay)) ready += std::chrono::milliseconds(fault->argument);
-    if (is(FaultKind::kTruncate)) {
-        answer.resize(std::min(answer.size(), static_cast<std::size_t>(fault->argument)));
-    }
-    if (is(FaultKind::kGarbage)) answer = Garbage();
-    if (is(FaultKind::kGarble)) Garble(answer);
-    if (is(FaultKind::kOversize)) answer = Oversize();
-    m_Replies.Push(std::move(answer), ready, is(FaultKind::kOneByte));
-    return length;
+    answer.ready = kit::ReplyStream::Clock::now() + m_Device.TakeBusyTime();
+    if (is(FaultKind::kNoReply)) bytes.clear();
+    if (is(FaultKind::kDelay)) answer.ready += std::chrono::milliseconds(fault->argument);
+    if (is(FaultKind::kTruncate)) bytes.resize(std::min(bytes.size(), static_cast<std::size_t>(fault->argument)));
+    if (is(FaultKind::kGarbage)) bytes = Garbage();
+    if (is(FaultKind::kGarble)) Garble(bytes);
+    if (is(FaultKind::kOversize)) bytes = Oversize();
+    answer.byte_by_byte = is(FaultKind::kOneByte);
+    return answer;
 }
 
-int SimCamera::Receive(std::span<std::uint8_t> into, int timeout_ms) {
-    platform::ScopedLock lock(m_Lock);
-    auto now = ReplyStream::Clock::now();
-    auto deadline = now + std::chrono::milliseconds(std::max(timeout_ms, 0));
-    // A link that is down says so early, so that nobody waits long for a camera that is gone.
-    while (now <= deadline) {
-        if (const std::size_t stored = m_Replies.Take(into, now)) return static_cast<int>(stored);
-        if (!m_Plugged) deadline = std::min(deadline, now + kUnpluggedReceive);
-        if (now >= deadline) break;
-        const auto until = m_Replies.Empty() ? deadline : std::min(deadline, m_Replies.NextReady());
-        m_Changed.wait_until(lock, until);
-        now = ReplyStream::Clock::now();
-    }
-    return 0;
+void SimCamera::ClearFaults() {
+    m_Device.Script().Clear();
+    SetCalcNeverEnds(false);
 }
 
-void SimCamera::OpenLink() {
-    const platform::ScopedLock lock(m_Lock);
-    m_Replies.Clear();
+void SimCamera::SetCalcDelay(int milliseconds) {
+    const platform::ScopedLock lock(TalkLock());
+    m_Device.SetCalcDelay(milliseconds);
 }
 
-bool SimCamera::Plugged() const {
-    const platform::ScopedLock lock(m_Lock);
-    return m_Plugged;
+void SimCamera::SetFlashTimes(const FlashTimes& times) {
+    const platform::ScopedLock lock(TalkLock());
+    m_Device.SetFlashTimes(times);
 }
 
-bool SimCamera::UnplugLocked() {
-    const bool was_plugged = m_Plugged;
-    m_Plugged = false;
-    m_Replies.Clear();
-    m_Firmware.PowerCycle();
-    return was_plugged;
+void SimCamera::SetCalcNeverEnds(bool never) {
+    const platform::ScopedLock lock(TalkLock());
+    m_Device.SetCalcNeverEnds(never);
 }
 
-bool SimCamera::SetPlugged(bool plugged) {
-    {
-        const platform::ScopedLock lock(m_Lock);
-        if (m_Plugged == plugged) return false;
-        if (plugged) {
-            m_Plugged = true;
-        } else {
-            UnplugLocked();
-        }
-    }
-    m_Changed.notify_all();
-    return true;
+bool SimCamera::HardwareTrigger(TriggerEdge edge) {
+    const platform::ScopedLock lock(TalkLock());
+    const kit::Conversation& talk = Talk();
+    if (edge != TriggerEdge::kActive && (edge == TriggerEdge::kFalling) != talk.ActiveLow()) return false;
+    return Plugged() && talk.HardwareTriggered() && Control().AddTrigger();
 }
 
-void SimCamera::PassOccasion(FaultOccasion occasion) {
-    bool vanished = false;
-    {
-        const platform::ScopedLock lock(m_Lock);
-        if (m_Faults.Next(occasion)) vanished = UnplugLocked();
-    }
-    m_Changed.notify_all();
-    if (vanished && m_Vanished) m_Vanished();
+std::string SimCamera::Log(std::size_t last) {
+    const platform::ScopedLock lock(TalkLock());
+    std::string text;
+    for (std::size_t i = m_Log.size() - std::min(last, m_Log.size()); i < m_Log.size(); ++i) text += m_Log[i] + '\n';
+    return text;
 }
 
-void SimCamera::VanishNow() {
-    if (SetPlugged(false) && m_Vanished) m_Vanished();
+void SimCamera::ClearLog() {
+    const platform::ScopedLock lock(TalkLock());
+    m_Log.clear();
 }
 
-FrameSource& SimCamera::Source() {
-    if (!m_Source && m_Settings.recording) m_Source = std::make_unique<RecordedFrames>(*m_Settings.recording);
-    if (!m_Source) {
-        SensorModel sensor;
-        sensor.width = m_Model.width;
-        sensor.height = m_Model.height;
-        sensor.bits = m_Model.bits;
-        sensor.cfa_phase = m_Model.cfa_phase;
-        sensor.seed = m_Settings.seed;
-        sensor.scene = m_Settings.scene;
-        sensor.motion = m_Settings.motion;
-        sensor.taps = FactoryCalibration(m_Model);
-        m_Source = std::make_unique<Sensor>(sensor);
-    }
-    return *m_Source;
+std::uint64_t SimCamera::Exchanges() {
+    const platform::ScopedLock lock(TalkLock());
+    return m_Exchanges;
 }
 
 }  // namespace zel::sim

@@ -14,7 +14,7 @@ constexpr const char* kCalcNever = "calc-never";
 
 // One command at work: the words after the camera's number, and where its answer goes.
 struct Call {
-    SimBus& bus;
+    SimPlugin& plugin;
     int number;
     SimCamera& camera;
     std::istringstream& words;
@@ -28,7 +28,7 @@ std::string Rest(std::istringstream& words) {
 }
 
 bool Plug(const Call& call, bool plugged) {
-    if (call.bus.ChangePlug(call.number, plugged)) return true;
+    if (call.plugin.ChangePlug(call.number, plugged)) return true;
     call.answer = plugged ? "the camera is plugged in" : "the camera is not plugged in";
     return false;
 }
@@ -69,7 +69,7 @@ bool DoExchanges(const Call& call) {
 }
 
 bool DoFrames(const Call& call) {
-    const FrameCounts counts = call.camera.Frames();
+    const kit::FrameCounts& counts = call.camera.Frames();
     call.answer = "delivered " + std::to_string(counts.delivered) + " lost " + std::to_string(counts.lost_on_link) +
                   " no-buffer " + std::to_string(counts.no_buffer);
     return true;
@@ -99,7 +99,7 @@ bool DoEvent(const Call& call) {
     for (short& value : event.values) {
         if (!(call.words >> value)) value = 0;
     }
-    call.bus.ReportEvent(call.number, event);
+    call.plugin.ReportEvent(call.number, event);
     return true;
 }
 
@@ -157,15 +157,15 @@ std::string WrongWith(const std::string& name, const std::string& arguments) {
     return reason;
 }
 
-bool RunSimCommand(SimBus& bus, const std::string& command, std::string& answer) {
+bool RunSimCommand(SimPlugin& plugin, const std::string& command, std::string& answer) {
     std::istringstream words(command);
     std::string name;
     words >> name;
     answer = WrongWith(name, kClear);
     if (!answer.empty()) return false;
     int number = -1;
-    SimCamera* const camera = words >> number ? bus.Camera(number) : nullptr;
-    if (camera) return FindCommand(name)->run({bus, number, *camera, words, answer});
+    SimCamera* const camera = words >> number ? plugin.Camera(number) : nullptr;
+    if (camera) return FindCommand(name)->run({plugin, number, *camera, words, answer});
     answer = name + " needs the number of a camera";
     return false;
 }

@@ -4,12 +4,12 @@
 
 #include <string>
 
-#include "devices/sim/link/SimBus.h"
+#include "devices/sim/link/SimPlugin.h"
 
 namespace zel::sim {
 
 // Does one command. False: it is wrong or failed, and `answer` says why.
-bool RunSimCommand(SimBus& bus, const std::string& command, std::string& answer);
+bool RunSimCommand(SimPlugin& plugin, const std::string& command, std::string& answer);
 
 // What is wrong with a command, as far as it can be said without a camera; empty: nothing.
 std::string WrongWith(const std::string& name, const std::string& arguments);

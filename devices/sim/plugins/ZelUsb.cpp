@@ -1,14 +1,22 @@
-#include "devices/sim/plugins/Plugin.h"
+#include "devices/sim/link/SimPlugin.h"
 
 namespace zel::sim {
 
-const PluginDescription kThisPlugin = {
-    .file_name = "zel_usb.dll",
-    .version_text = "zel_usb.dll - 1.0.0.0",
-    .interface_type_text = "USB",
+namespace {
+
+constexpr PluginDescription kPlugin = {
     .port_type_text = "USB 3.0",
     .address_formats = {"bus 1", "device #", "simulated"},
     .interface_type = CAMERA_TYPE_USB,
 };
 
+class ZelUsb : public SimPlugin {
+  public:
+    explicit ZelUsb(kit::Cameras& cameras) : SimPlugin(cameras, kPlugin) {}
+};
+
+}  // namespace
+
 }  // namespace zel::sim
+
+ZEL_CAMERA_PLUGIN(zel::sim::ZelUsb, "USB", "zel_usb.dll - 1.0.0.0", CAMERA_TYPE_USB);

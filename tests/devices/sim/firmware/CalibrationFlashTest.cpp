@@ -28,7 +28,7 @@ TEST(CalibrationFlash, CommandsAnswerInTheAgreedForm) {
                               "tb r ffffffff 2", "tb r 100000000 1", "tb w 107 1 2", "tb w ffffffff 1 2", "tb w 0 100"})
         EXPECT_EQ(host.Text(wrong).substr(0, 4), "ERR ") << wrong;
     EXPECT_EQ(host.Text("tb r 0 3"), "2 20 0");  // nothing of it reached the buffer
-    host.Target().PowerCycle();
+    host.PowerOn();
     EXPECT_EQ(host.Text("tb r 2 4"), "ff ff ff ff");
     EXPECT_EQ(host.Text("tb g ff"), "OK");
     EXPECT_EQ(host.Text("tb r 2 4"), "10 ff 0 3c") << "what is stored outlives power";

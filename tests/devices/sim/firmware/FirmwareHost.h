@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "devices/kit/Conversation.h"
+#include "devices/kit/Wire.h"
 #include "devices/sim/firmware/Firmware.h"
 #include "tests/support/Datagrams.h"
 
@@ -14,13 +16,25 @@ using zel::test::TableRequest;
 
 class FirmwareHost {
   public:
-    explicit FirmwareHost(const CameraModel& model, const FirmwareOptions& options = {0, 0.02})
-        : m_Firmware(model, options) {}
+    // A camera that has no frames.
+    struct Target final : Firmware {
+        using Firmware::Firmware;
+        kit::Description Describe() const override { return {}; }
+        void Start(kit::FrameSink&, const kit::Run&) override {}
+    };
 
-    Firmware& Target() { return m_Firmware; }
+    explicit FirmwareHost(const CameraModel& model, const FirmwareOptions& options = {0, 0.02})
+        : m_Firmware(model, options) {
+        m_Conversation.PowerOn();
+    }
+
+    Target& Device() { return m_Firmware; }
+    void PowerOn() { m_Conversation.PowerOn(); }
+    kit::RunControl& Control() { return m_Control; }
+    const kit::Conversation& Talk() { return m_Conversation; }
     Bytes Raw(const Bytes& datagram) {
         Bytes answer;
-        m_Firmware.Handle(datagram, answer);
+        m_Conversation.Handle(datagram, answer);
         return answer;
     }
     // The exception code of a table request; -1 when it is not answered.
@@ -34,7 +48,7 @@ class FirmwareHost {
     int Get(int index) {
         Bytes reply;
         return Request(SYNC_TABLE_CMD_GET, index, {}, reply) == 0 && reply.size() == 4
-                   ? static_cast<int>(Little32(reply))
+                   ? static_cast<int>(kit::Little32(reply))
                    : -12345;
     }
     int Set(int index, int value) {
@@ -48,7 +62,9 @@ class FirmwareHost {
     }
 
   private:
-    Firmware m_Firmware;
+    Target m_Firmware;
+    kit::RunControl m_Control;
+    kit::Conversation m_Conversation{m_Firmware, m_Control};
 };
 
 }  // namespace zel::sim

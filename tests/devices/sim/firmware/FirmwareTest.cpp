@@ -17,28 +17,29 @@ const CameraModel kModels[] = {ModelOfLink(CAMERA_TYPE_EDT_CAMERA_LINK, 0), Mode
 // Every entry of every model: reading, attributes and writing agree with its row.
 TEST(FirmwareTable, EveryEntryKeepsItsRangeAndItsAccess) {
     for (const CameraModel& model : kModels) {
-        for (const RegisterRow& row : RegisterRows()) {
-            SCOPED_TRACE(std::string(model.model_text) + ' ' + RegisterName(row.index));
+        for (int index = 0; index < SYNC_TABLE_SELECT_MAX; ++index) {
+            const kit::Attributes& row = kit::StandardAttributes(index);
+            SCOPED_TRACE(std::string(model.model_text) + ' ' + kit::EntryName(index));
             FirmwareHost host(model);
             Bytes value, record, reply;
-            const int refused = row.color_only && !model.Color() ? kExceptionBadIndex : 0;
-            EXPECT_EQ(host.Request(SYNC_TABLE_CMD_GET, row.index, {}, value), refused);
-            EXPECT_EQ(host.Request(SYNC_TABLE_CMD_GET_ATTRIBUTES, row.index, {}, record), refused);
+            const int refused = index >= CCM_1_1 && !model.Color() ? kExceptionBadIndex : 0;
+            EXPECT_EQ(host.Request(SYNC_TABLE_CMD_GET, index, {}, value), refused);
+            EXPECT_EQ(host.Request(SYNC_TABLE_CMD_GET_ATTRIBUTES, index, {}, record), refused);
             if (refused) continue;
-            const int written = host.Request(SYNC_TABLE_CMD_SET, row.index, value, reply);
-            const bool writable = row.access == RegisterAccess::kWritable;
+            const int written = host.Request(SYNC_TABLE_CMD_SET, index, value, reply);
+            const bool writable = row.access == kit::EntryAccess::kWritable;
             EXPECT_EQ(written, writable                                  ? 0
-                               : row.access == RegisterAccess::kConstant ? kExceptionWriteToConst
+                               : row.access == kit::EntryAccess::kConstant ? kExceptionWriteToConst
                                                                          : kExceptionWriteToReadOnly);
             SyncTableAttributes attributes;
             ASSERT_EQ(record.size(), sizeof(attributes));
             std::memcpy(&attributes, record.data(), sizeof(attributes));
-            if (row.type != RegisterType::kInteger || !writable) continue;
+            if (row.type != kit::EntryType::kInteger || !writable) continue;
             EXPECT_GE(attributes.default_value, attributes.minimum);
             EXPECT_LE(attributes.default_value, attributes.maximum);
             for (const std::int64_t beyond : {attributes.minimum - 1LL, attributes.maximum + 1LL}) {
                 const int wrapped = static_cast<int>(beyond);
-                EXPECT_TRUE(wrapped != beyond || host.Set(row.index, wrapped) == kExceptionChange) << beyond;
+                EXPECT_TRUE(wrapped != beyond || host.Set(index, wrapped) == kExceptionChange) << beyond;
             }
         }
     }
@@ -76,14 +77,14 @@ TEST(FirmwareTable, ARecalculationTakesItsTimeAndLetsTheRunBegin) {
     FirmwareHost host(kModels[0], {3600000, 1.0});
     EXPECT_EQ(host.Set(SENSOR_TAPS_IDX, 0), 0);
     EXPECT_EQ(host.Set(CAMERA_STATE, 2), kExceptionRequiresCalc);
-    EXPECT_EQ(host.Target().Taps(), 4) << "in force with the recalculation only";
+    EXPECT_EQ(host.Device().Now().taps, 4) << "in force with the recalculation only";
     EXPECT_EQ(host.Set(CALC_STATE, 1), 0);
     EXPECT_EQ(host.Get(CALC_STATE), 1);
-    host.Target().SetCalcDelay(40);
+    host.Device().SetCalcDelay(40);
     EXPECT_EQ(host.Set(CALC_STATE, 1), 0);
     while (host.Get(CALC_STATE) == 1) std::this_thread::yield();
     EXPECT_EQ(host.Get(CALC_STATE), 2);
-    EXPECT_EQ(host.Target().Taps(), 1);
+    EXPECT_EQ(host.Device().Now().taps, 1);
     EXPECT_EQ(host.Set(CAMERA_STATE, 2), 0);
 }
 
@@ -99,19 +100,18 @@ TEST(FirmwareText, CommandsComeWithAndWithoutHeaderAndLineEnd) {
         EXPECT_EQ(host.Text(command), "ERR") << command;
 }
 
-TEST(FirmwareTrigger, TheInputObeysItsPolarity) {
-    const std::tuple<const char*, TriggerEdge, bool> cases[] = {{"trig cl hi", TriggerEdge::kRising, true},
-                                                                {"trig cl hi", TriggerEdge::kFalling, false},
-                                                                {"trig cl lo", TriggerEdge::kFalling, true},
-                                                                {"trig cl low", TriggerEdge::kRising, false},
-                                                                {"trig a hi", TriggerEdge::kActive, true}};
-    for (const auto& [polarity, edge, taken] : cases) {
+TEST(FirmwareTrigger, TheInputIsSwitchedAndHasAPolarity) {
+    const std::tuple<const char*, const char*, bool> cases[] = {
+        {"trig cl on", "trig cl hi", false}, {"trig cl on", "trig cl lo", true}, {"trig a on", "trig a low", true}};
+    for (const auto& [input, polarity, active_low] : cases) {
         FirmwareHost host(kModels[0]);
-        for (const char* command : {"trig cl on", polarity, "arm"}) host.Text(command);
-        EXPECT_EQ(host.Target().HardwareTrigger(edge), taken) << polarity;
-        EXPECT_EQ(host.Target().FrameDue(), taken);
+        EXPECT_FALSE(host.Talk().HardwareTriggered());
+        for (const char* command : {input, polarity, "arm"}) EXPECT_EQ(host.Text(command), "OK");
+        EXPECT_EQ(host.Talk().ActiveLow(), active_low) << polarity;
+        EXPECT_TRUE(host.Talk().HardwareTriggered()) << input;
+        EXPECT_TRUE(host.Control().Triggered());
         host.Text("trig cl off");
-        EXPECT_FALSE(host.Target().HardwareTrigger(TriggerEdge::kActive)) << "the input is off";
+        EXPECT_EQ(host.Talk().HardwareTriggered(), std::string(input) == "trig a on") << "each input has its own switch";
     }
 }
 

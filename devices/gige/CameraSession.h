@@ -49,6 +49,8 @@ class CameraSession {
     void Acquire(kit::FrameSink& sink, const kit::Run& run, TriggerInput input);
     void Wake();
     std::string LinkText();
+    // What became of the frames of the last acquisition; empty when none was lost.
+    std::string Losses() const;
 
   private:
     struct LossNotice;
@@ -97,6 +99,7 @@ class CameraSession {
     bool m_Acquiring ZEL_GUARDED_BY(m_Lock) = false;
     LinkCounters m_Counters ZEL_GUARDED_BY(m_Lock);
     std::string m_MemoryText ZEL_GUARDED_BY(m_Lock);
+    std::string m_MemoryWarning ZEL_GUARDED_BY(m_Lock);
     std::shared_ptr<FrameStream> m_Stream ZEL_GUARDED_BY(m_Lock);
 
     // The acquisition's thread's own.

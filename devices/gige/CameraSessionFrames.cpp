@@ -19,13 +19,16 @@ constexpr auto kLookAround = std::chrono::milliseconds(500);
 constexpr auto kLongestReadout = std::chrono::seconds(2);
 
 std::string MemoryText(const FrameStream& stream) {
-    const int asked = stream.SocketBytesAsked();
+    return "\r\nmemory: " + std::to_string(stream.Buffers()) +
+           " frames; socket: " + std::to_string(stream.SocketBytesAsked()) + " bytes asked for";
+}
+
+// A system that gives less than was asked for says nothing.
+std::string MemoryWarning(const FrameStream& stream) {
     const int allowed = FrameStream::SocketBytesAllowed();
-    std::string text = "\r\nmemory: " + std::to_string(stream.Buffers()) + " frames; socket: " + std::to_string(asked) +
-                       " bytes asked for";
-    if (allowed <= 0 || allowed >= asked) return text;
-    return text + ", only " + std::to_string(allowed) +
-           " given: sudo sysctl -w net.core.rmem_max=" + std::to_string(asked);
+    if (allowed <= 0 || allowed >= stream.SocketBytesAsked()) return {};
+    return ", only " + std::to_string(allowed) +
+           " given: sudo sysctl -w net.core.rmem_max=" + std::to_string(stream.SocketBytesAsked());
 }
 
 }  // namespace
@@ -85,6 +88,7 @@ void CameraSession::BeginStream() {
     {
         const platform::ScopedLock lock(m_Lock);
         m_MemoryText = MemoryText(*stream);
+        m_MemoryWarning = MemoryWarning(*stream);
         m_Stream = std::move(stream);
     }
     m_PacedFor = 0;
@@ -252,6 +256,13 @@ void CameraSession::Fill(ArvBuffer* buffer, std::span<std::uint8_t> memory) cons
     }
 }
 
+std::string CameraSession::Losses() const {
+    const platform::ScopedLock lock(m_Lock);
+    return m_Counters.Lost() > 0 ? CountersText(m_Counters, "; ") +
+                                       (m_MemoryWarning.empty() ? "" : "; socket: " + m_MemoryWarning.substr(2))
+                                 : "";
+}
+
 std::string CameraSession::LinkText() {
     char line[200];
     std::string text = "camera: " + m_Address + " over " + m_Port + ", " + Format().name;
@@ -265,8 +276,8 @@ std::string CameraSession::LinkText() {
     text += delay < 0 ? ", delay not set" : ", " + std::to_string(delay) + " ns apart";
     const platform::ScopedLock lock(m_Lock);
     if (m_Stream) m_Stream->Count(m_Counters);
-    text += m_MemoryText;
-    text += "\r\n" + CountersText(m_Counters);
+    text += m_MemoryText + m_MemoryWarning;
+    text += "\r\n" + CountersText(m_Counters, "\r\n");
     std::snprintf(line, sizeof line, "\r\ntime: %llu ns of the camera's clock (%llu Hz)",
                   static_cast<unsigned long long>(m_Counters.camera_time_ns),
                   static_cast<unsigned long long>(m_ClockHz));

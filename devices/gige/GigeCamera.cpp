@@ -154,6 +154,7 @@ void GigeCamera::Start(kit::FrameSink& sink, const kit::Run& run) {
     } catch (const Failure& failure) {
         Complain(std::string("it can't run: ") + failure.what());
     }
+    if (const std::string losses = session->Losses(); !losses.empty()) Complain(losses);
     LookAfter(session);
 }
 

@@ -156,7 +156,9 @@ std::optional<Attributes> GigeCamera::FeatureAttributes(int index, CameraSession
         case EXPOSURE_TIME:
         case EXPOSURE_ACTUAL: {
             auto attributes = Follow(f, Exposure(f), 1);
-            if (attributes && index == EXPOSURE_ACTUAL) attributes->access = EntryAccess::kReadOnly;
+            // A host does not start a camera whose exposure it can't read: 0 stands for one that nobody knows.
+            if (!attributes) return Number(EntryAccess::kReadOnly, 0, 0, 0);
+            if (index == EXPOSURE_ACTUAL) attributes->access = EntryAccess::kReadOnly;
             return attributes;
         }
         case VGA_GAIN: {
@@ -228,7 +230,7 @@ int GigeCamera::Read(int index, kit::Value& value) {
     switch (index) {
         case EXPOSURE_TIME:
         case EXPOSURE_ACTUAL:
-            refused = ReadScaled(f, Exposure(f), 1, value);
+            if (const std::string name = Exposure(f); !name.empty()) refused = ReadScaled(f, name, 1, value);
             break;
         case VGA_GAIN: {
             const std::string name = Gain(f);

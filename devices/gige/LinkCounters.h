@@ -30,8 +30,8 @@ struct LinkCounters {
     std::uint64_t Lost() const { return incomplete + late + other_shape + broken_off + unseen; }
 };
 
-// Two lines: frames and packets.
-std::string CountersText(const LinkCounters& counters);
+// Frames and packets, with what stands between the two.
+std::string CountersText(const LinkCounters& counters, const std::string& between);
 
 }  // namespace zel::gige
 

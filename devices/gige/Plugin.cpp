@@ -2,10 +2,12 @@
 #include "devices/kit/Plugin.h"
 
 #include <chrono>
+#include <cstring>
 #include <memory>
 
 #include "devices/gige/Caretaker.h"
 #include "devices/gige/Discovery.h"
+#include "devices/gige/GObjects.h"
 #include "devices/gige/Roster.h"
 #include "link/ICameraInterface.h"
 
@@ -15,12 +17,33 @@ namespace {
 
 constexpr auto kLongestFirstLook = std::chrono::seconds(4);
 
+GLogFunc s_ApplicationsLog = nullptr;
+
+// Aravis reports its own missteps on the terminal, as where a camera vanishes while a stream is opened; what follows
+// from them is told by other means. Everything else goes where it went before.
+void Log(const char* domain, GLogLevelFlags level, const char* message, void* data) {
+    const bool aravis = (!domain || !*domain) && message && std::strncmp(message, "arv_", 4) == 0;
+    if (!aravis) s_ApplicationsLog(domain, level, message, data);
+}
+
+void KeepAravisQuiet() {
+    static const bool s_Done = [] {
+        s_ApplicationsLog = g_log_default_handler;
+        const GLogFunc before = g_log_set_default_handler(Log, nullptr);
+        if (before) s_ApplicationsLog = before;
+        return true;
+    }();
+    static_cast<void>(s_Done);
+}
+
 class Plugin : public kit::Plugin {
   public:
     explicit Plugin(kit::Cameras& cameras)
         : m_Caretaker(std::make_shared<Caretaker>()),
           m_Roster(cameras, m_Caretaker),
-          m_Discovery([this](std::vector<FoundCamera> found) { Found(std::move(found)); }) {}
+          m_Discovery([this](std::vector<FoundCamera> found) { Found(std::move(found)); }) {
+        KeepAravisQuiet();
+    }
     ~Plugin() override { m_Caretaker->Stop(); }  // the search goes on until m_Discovery ends; its finds are not taken
 
     // The search goes on all the time; the first question waits for the first answer.

@@ -1,4 +1,4 @@
-// What needs no camera: pixel formats, gaps in the numbers, shares of a link.
+// What needs no camera: pixel formats, gaps in the numbers, shares of a link, who is who among those found.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -7,6 +7,7 @@
 #include "devices/gige/BlockIds.h"
 #include "devices/gige/LinkShares.h"
 #include "devices/gige/PixelFormats.h"
+#include "devices/gige/Roster.h"
 
 namespace zel::gige {
 
@@ -80,6 +81,43 @@ TEST(LinkShares, PacketsOfTheOthersFitBetweenTwo) {
     shares.Leave("10.0.0.1");
     shares.Leave("10.0.0.2");
     EXPECT_EQ(shares.Cameras("10.0.0.1"), 0);
+}
+
+struct ListedCameras : kit::Cameras {
+    int Add(std::unique_ptr<kit::BackEnd> camera) override {
+        cameras.push_back(std::move(camera));
+        plugged.push_back(true);
+        return Count() - 1;
+    }
+    void SetPlugged(int camera, bool on) override { plugged[static_cast<std::size_t>(camera)] = on; }
+    bool Plugged(int camera) const override { return plugged[static_cast<std::size_t>(camera)]; }
+    int Count() const override { return static_cast<int>(cameras.size()); }
+    std::string Address(std::size_t camera) const { return cameras[camera]->Describe().addresses[0]; }
+
+    std::vector<std::unique_ptr<kit::BackEnd>> cameras;
+    std::vector<bool> plugged;
+};
+
+TEST(Roster, CamerasAreKnownBySerialNumberAndTwinsByAddress) {
+    const FoundCamera one{"V", "M", "1", "10.0.0.1", ""};
+    const FoundCamera twin{"V", "M", "1", "10.0.0.2", ""};
+    FoundCamera moved = one;
+    moved.address = "10.0.0.9";
+    ListedCameras listed;
+    Roster roster(listed, {});
+    roster.Update({one, twin});
+    ASSERT_EQ(listed.Count(), 2);
+    roster.Update({twin, moved});  // the order of answers says nothing
+    EXPECT_EQ(listed.Count(), 2);
+    EXPECT_EQ(listed.Address(0), "10.0.0.9");
+    EXPECT_EQ(listed.Address(1), "10.0.0.2");
+    roster.Update({twin});
+    EXPECT_EQ(listed.plugged, (std::vector<bool>{true, true})) << "one answer may be lost";
+    roster.Update({twin});
+    EXPECT_EQ(listed.plugged, (std::vector<bool>{false, true}));
+    roster.Update({twin, one});
+    EXPECT_EQ(listed.plugged, (std::vector<bool>{true, true}));
+    EXPECT_EQ(listed.Address(0), "10.0.0.1");
 }
 
 }  // namespace

@@ -39,6 +39,11 @@ bool GigeCamera::IsOpen() const {
     return m_Open;
 }
 
+bool GigeCamera::IsLost() const {
+    const platform::ScopedLock lock(m_Lock);
+    return m_Open && (!m_Session || m_Session->Gone());
+}
+
 kit::Description GigeCamera::Describe() const {
     const FoundCamera facts = Facts();
     return {facts.vendor + " " + facts.model,

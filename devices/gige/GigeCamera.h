@@ -39,6 +39,7 @@ class GigeCamera : public kit::BackEnd {
     bool Return(const FoundCamera& facts);
     void Forget();  // an open one is gone
     bool IsOpen() const;
+    bool IsLost() const;  // an open one that is gone, and not back yet
 
   private:
     using Session = std::shared_ptr<CameraSession>;

@@ -283,8 +283,9 @@ int GigeCamera::Write(int index, kit::Value& value) {
             refused = WriteScaled(f, BlackLevel(f), 1, value);
             break;
         case FRAME_RATE:
-            f.Do("AcquisitionFrameRateEnable", [](ArvCamera* camera, GError** error) {
-                arv_camera_set_frame_rate(camera, arv_camera_get_frame_rate(camera, error), error);
+            // Aravis knows what else cameras want to be set for a rate to count.
+            f.Do("AcquisitionFrameRate", [&](ArvCamera* camera, GError** error) {
+                arv_camera_set_frame_rate(camera, std::get<int>(value) / kMilli, error);
             });
             refused = WriteScaled(f, RateSet(f), kMilli, value);
             break;

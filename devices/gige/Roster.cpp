@@ -67,7 +67,9 @@ void Roster::Miss(Known& known) {
     m_Cameras.SetPlugged(known.number, false);
 }
 
+// The news may be old: told more than once, and the camera is back.
 void Roster::Lose(GigeCamera& camera) {
+    if (!camera.IsLost()) return;
     const auto known = std::ranges::find(m_Known, &camera, &Known::camera);
     if (known == m_Known.end() || !known->plugged) return;
     known->plugged = false;

@@ -25,6 +25,7 @@ sdk/InterfaceLibrary: camera link platform sdk sdk/Logger
 sdk:                camera include link platform util sdk/Logger sdk/InterfaceLibrary
 record:             platform
 devices/kit:          include link platform
+devices/gige:         include link platform kernels devices/kit
 devices/sim/scene:    platform
 devices/sim/sensor:   include link platform kernels record devices/sim/scene
 devices/sim/firmware: include link platform devices/kit devices/sim/scene devices/sim/sensor calibration/Sha1

@@ -1,0 +1,125 @@
+// What needs no camera: pixel formats, gaps in the numbers, shares of a link, who is who among those found.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "devices/gige/BlockIds.h"
+#include "devices/gige/LinkShares.h"
+#include "devices/gige/PixelFormats.h"
+#include "devices/gige/Roster.h"
+
+namespace zel::gige {
+
+namespace {
+
+TEST(PixelFormats, TheDeepestMosaicAndTheFewestBytesWin) {
+    const std::vector<std::string> mono{"Mono8", "RGB8", "Mono10", "Mono12", "Mono12Packed", "Mono12p", "YUV422_8"};
+    EXPECT_EQ(RankFormats(mono).front(), (PixelFormat{"Mono12p", 12, Packing::k12p, 0}));
+    EXPECT_EQ(RankFormats(mono).size(), 5u);
+    const std::vector<std::string> color{"Mono16", "BayerGB8", "BayerGB10", "BayerGBR8", "Bayer"};
+    EXPECT_EQ(RankFormats(color).front(), (PixelFormat{"BayerGB10", 10, Packing::kWords, 4}));
+}
+
+// Bit i of the bytes is told by the format: each is made sample by sample here and read back.
+TEST(PixelFormats, EverySampleComesOutOfItsBits) {
+    struct Case {
+        Packing packing;
+        int bits;
+    };
+    for (const auto& [packing, bits] :
+         {Case{Packing::kBytes, 8}, Case{Packing::kWords, 16}, Case{Packing::k12p, 12}, Case{Packing::k12Packed, 12},
+          Case{Packing::k10p, 10}, Case{Packing::k10Packed, 10}}) {
+        for (const std::size_t count : {std::size_t{1}, std::size_t{7}, std::size_t{64}, std::size_t{1021}}) {
+            std::vector<std::uint16_t> samples(count);
+            std::vector<std::uint8_t> bytes(PackedBytes(packing, count));
+            for (std::size_t i = 0; i < count; ++i) {
+                samples[i] = static_cast<std::uint16_t>((i * 40503 + 977) % (1u << bits));
+                for (int bit = 0; bit < bits; ++bit) {
+                    std::size_t at = i * static_cast<std::size_t>(BitsOnLink(packing)) + static_cast<std::size_t>(bit);
+                    const int low = bits - 8;  // of the older packing: bits that share the byte between two samples
+                    if (packing == Packing::k12Packed || packing == Packing::k10Packed) {
+                        at = i / 2 * 24 + (bit < low ? 8 + i % 2 * 4 + static_cast<std::size_t>(bit)
+                                                     : i % 2 * 16 + static_cast<std::size_t>(bit - low));
+                    }
+                    if (samples[i] >> bit & 1) bytes[at / 8] |= static_cast<std::uint8_t>(1 << at % 8);
+                }
+            }
+            std::vector<std::uint16_t> unpacked(count);
+            Unpack(packing, bytes, unpacked);
+            EXPECT_EQ(unpacked, samples) << "packing " << static_cast<int>(packing) << ", " << count << " samples";
+        }
+    }
+}
+
+TEST(BlockIds, GapsAreCountedAndNothingElse) {
+    struct Case {
+        std::uint64_t id;
+        bool whole;
+        unsigned gap;
+    };
+    BlockIds ids;
+    for (const auto& [id, whole, gap] :
+         {Case{65533, true, 0}, Case{65534, true, 0}, Case{1, true, 1}, Case{5, true, 3}, Case{4, true, 0},
+          Case{5, true, 0}, Case{65510, false, 0}, Case{7, true, 0}, Case{65536, true, 0}, Case{65540, true, 3},
+          Case{1, true, 0}, Case{2, true, 0}}) {
+        EXPECT_EQ(ids.Next(id, whole), gap) << id;
+    }
+}
+
+TEST(LinkShares, PacketsOfTheOthersFitBetweenTwo) {
+    EXPECT_EQ(PacketDelayNs(1500, 1e9, 1), 0);
+    EXPECT_EQ(PacketDelayNs(1462, 1e9, 2), 12000);
+    EXPECT_EQ(PacketDelayNs(1462, 1e9, 4), 36000);
+    EXPECT_DOUBLE_EQ(ShareBytesPerSecond(1462, 1e9, 2), 125e6 * 1462 / 1500 / 2);
+    LinkShares& shares = LinkShares::Get();
+    shares.Join("10.0.0.1");
+    shares.Join("10.0.0.1");
+    shares.Join("10.0.0.2");
+    shares.Leave("10.0.0.1");
+    EXPECT_EQ(shares.Cameras("10.0.0.1"), 1);
+    shares.Leave("10.0.0.1");
+    shares.Leave("10.0.0.2");
+    EXPECT_EQ(shares.Cameras("10.0.0.1"), 0);
+}
+
+struct ListedCameras : kit::Cameras {
+    int Add(std::unique_ptr<kit::BackEnd> camera) override {
+        cameras.push_back(std::move(camera));
+        plugged.push_back(true);
+        return Count() - 1;
+    }
+    void SetPlugged(int camera, bool on) override { plugged[static_cast<std::size_t>(camera)] = on; }
+    bool Plugged(int camera) const override { return plugged[static_cast<std::size_t>(camera)]; }
+    int Count() const override { return static_cast<int>(cameras.size()); }
+    std::string Address(std::size_t camera) const { return cameras[camera]->Describe().addresses[0]; }
+
+    std::vector<std::unique_ptr<kit::BackEnd>> cameras;
+    std::vector<bool> plugged;
+};
+
+TEST(Roster, CamerasAreKnownBySerialNumberAndTwinsByAddress) {
+    const FoundCamera one{"V", "M", "1", "10.0.0.1", ""};
+    const FoundCamera twin{"V", "M", "1", "10.0.0.2", ""};
+    FoundCamera moved = one;
+    moved.address = "10.0.0.9";
+    ListedCameras listed;
+    Roster roster(listed, {});
+    roster.Update({one, twin});
+    ASSERT_EQ(listed.Count(), 2);
+    roster.Update({twin, moved});  // the order of answers says nothing
+    EXPECT_EQ(listed.Count(), 2);
+    EXPECT_EQ(listed.Address(0), "10.0.0.9");
+    EXPECT_EQ(listed.Address(1), "10.0.0.2");
+    roster.Update({twin});
+    EXPECT_EQ(listed.plugged, (std::vector<bool>{true, true})) << "one answer may be lost";
+    roster.Update({twin});
+    EXPECT_EQ(listed.plugged, (std::vector<bool>{false, true}));
+    roster.Update({twin, one});
+    EXPECT_EQ(listed.plugged, (std::vector<bool>{true, true}));
+    EXPECT_EQ(listed.Address(0), "10.0.0.1");
+}
+
+}  // namespace
+
+}  // namespace zel::gige

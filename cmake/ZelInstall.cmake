@@ -84,6 +84,8 @@ else()
             DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 endif()
 
+include(cmake/ZelPluginSets.cmake)
+
 # Headers: what applications include, and what plug-ins are written against.
 install(DIRECTORY include/ DESTINATION ${ZEL_INCLUDE_DIR} COMPONENT libzel-sdk-dev FILES_MATCHING PATTERN "*.h")
 install(FILES link/CameraInterfaceLibrary.h link/ICameraInterface.h link/IZelCameraCommon.h

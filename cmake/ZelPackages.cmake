@@ -71,6 +71,16 @@ This package has the element zelsrc, with which pipelines record them, stream
 them over networks and look at them."
         SHLIBDEPS ON DEPENDS "libzel-sdk ${own_version}" SUGGESTS "gstreamer1.0-tools, gstreamer1.0-plugins-good")
 endif()
+if(TARGET gige_pleora_ebus)
+    list(APPEND CPACK_COMPONENTS_ALL libzel-sdk-gige)
+    set(CPACK_DEBIAN_LIBZEL-SDK_PACKAGE_SUGGESTS libzel-sdk-gige)
+    zel_debian_package(libzel-sdk-gige libs "scientific cameras - GigE Vision plug-in
+${about}
+.
+This package has the plug-in for GigE Vision cameras on the network, which it
+reaches through Aravis; zelcam --plugins gige uses it."
+        SHLIBDEPS ON DEPENDS "libzel-sdk ${own_version}")
+endif()
 # Where dpkg-shlibdeps finds the library that is in no installed package.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 include(CPack)

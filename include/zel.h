@@ -65,7 +65,7 @@
 /// The version of this header, to be compared with zel_c_version(). The first number changes when programs must be
 /// compiled anew, the second one when something is added.
 #define ZEL_C_VERSION_MAJOR 1
-#define ZEL_C_VERSION_MINOR 0  ///< something was added
+#define ZEL_C_VERSION_MINOR 1  ///< something was added
 #define ZEL_C_VERSION_PATCH 0  ///< something was put right
 /// The same as one number: 10203 is 1.2.3.
 #define ZEL_C_VERSION (ZEL_C_VERSION_MAJOR * 10000 + ZEL_C_VERSION_MINOR * 100 + ZEL_C_VERSION_PATCH)
@@ -99,6 +99,15 @@ ZEL_C_API zel_status ZEL_CALL zel_last_error(zel_error* error);
 ZEL_C_API zel_status ZEL_CALL zel_version_text(char* text, size_t size, size_t* length);
 
 /* ---- the SDK ---- */
+
+/// Chooses the libraries that cameras come from, for the whole program: before the SDK is opened for the first time and
+/// before zel_version_text(). They stay until the program ends; choosing the same ones again is ZEL_OK. Libraries of
+/// other kinds of link than the set's are done without.
+///   folder  the path of a folder, from the root on; or the name of a set that was installed: "sim" for the simulated
+///           cameras, "gige" for GigE Vision. Never looked for in the current folder
+/// Errors: ZEL_STATUS_REFUSED when it is too late or others were chosen, ZEL_STATUS_FAILED when one can't be loaded; a
+/// part of them may have stayed then, and the program had better end. Any thread; one lock while they are loaded.
+ZEL_C_API zel_status ZEL_CALL zel_use_plugins(const char* folder);
 
 /// Opens the SDK. Several handles may exist. It is closed for the whole program with the last handle, camera and frame
 /// of this library, so a program does not use the C++ interfaces beside it. Not inside a callback while the last one is

@@ -23,8 +23,9 @@ std::string ProgramFile();
 // the system's list of known libraries (ldconfig) is not among them.
 std::vector<std::string> LibraryPlaces(const void* address);
 
-// Loads the library in this file. Null when that fails; `why` is then the system's reason, with the name of a library
-// that is missing in its turn.
+// Loads the library in this file, whose path is absolute; on Windows what it needs is looked for beside it first, on
+// Linux where it says itself. Null when that fails; `why` is then the system's reason, with the name of a library that
+// is missing in its turn.
 LibraryHandle LoadLibraryFile(const std::string& path, std::string& why);
 
 // The file of a library that is loaded; empty for null.

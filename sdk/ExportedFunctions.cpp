@@ -1,9 +1,14 @@
 // The exported entry points with C names.
+#include <cstdio>
+#include <exception>
+
+#include "include/ZelPlugins.h"
 #include "include/ZelProgress.h"
 #include "include/ZelSDK.h"
 #include "platform/DynamicLibrary.h"
 #include "sdk/Logger.h"
 #include "sdk/ManagerUse.h"
+#include "sdk/PluginChoice.h"
 #include "sdk/VersionText.h"
 #include "sdk/ZelSDKImpl.h"
 #include "util/ProgressReporter.h"
@@ -33,6 +38,17 @@ int ZEL_CALL zel_set_camera_connect_callback(ZelCameraConnectCallback callback, 
 
 void ZEL_CALL zel_set_progress_callback(ZelProgressCallback callback, void* context) {
     zel::ProgressReporter::SetCallback(callback, context);
+}
+
+int ZEL_CALL zel_set_plugin_folder(const char* folder, char* answer, int size) {
+    zel::PluginChoice::Answer given{ZEL_PLUGINS_NOT_LOADED, ""};
+    try {
+        given = zel::Plugins().Use(folder ? folder : "");
+    } catch (const std::exception&) {
+        // Memory ran out: there is no sentence to it.
+    }
+    if (answer && size > 0) std::snprintf(answer, static_cast<std::size_t>(size), "%s", given.text.c_str());
+    return given.result;
 }
 
 char* ZEL_CALL get_version_str() { return zel::ComposeVersionText(); }

@@ -5,6 +5,7 @@
 #include "camera/ZelCameraFactory.h"
 #include "sdk/CameraTables.h"
 #include "sdk/Logger.h"
+#include "sdk/PluginChoice.h"
 
 namespace zel {
 
@@ -58,10 +59,18 @@ void ShutDown(int library, LibUnloadFunction lib_unload) {
 
 }  // namespace
 
+platform::LibraryHandle LoadByName(int library) {
+    return Plugins().Lacks(library) ? nullptr : platform::LoadSharedLibrary(InterfaceLibraryName(library));
+}
+
 bool LoadInterfaceLibrary(int library, BoundLibrary& bound) {
     Logger& log = CameraManagerLogger().Get();
     LibraryRecord& record = bound.record;
-    record.module = platform::LoadSharedLibrary(InterfaceLibraryName(library));
+    record.module = LoadByName(library);
+    if (!record.module && Plugins().Lacks(library)) {
+        ZEL_LOG(log, kLogTrace, kFunction, "the chosen set of plug-ins has no %s", InterfaceLibraryName(library));
+        return false;
+    }
     if (!record.module) {
         platform::DiscardLoadError();
         ZEL_LOG(log, kLogError, kFunction, "***ERROR***: zel_load_lib(%s) failed i:%d", InterfaceLibraryName(library),

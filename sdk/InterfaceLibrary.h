@@ -48,6 +48,9 @@ struct BoundLibrary {
     SetConnectionEventCallbackFunction set_camera_connection_event_callback = nullptr;
 };
 
+// One more load of a library by its name. Null when it can't be loaded, or the chosen set of plug-ins lacks it.
+platform::LibraryHandle LoadByName(int library);
+
 // Loads a library and binds its exports. False, with the library released again and the reason logged, when it can't be
 // loaded or lacks a required export.
 bool LoadInterfaceLibrary(int library, BoundLibrary& bound);

@@ -7,6 +7,7 @@
 #include "platform/DynamicLibrary.h"
 #include "sdk/CameraTables.h"
 #include "sdk/Logger.h"
+#include "sdk/PluginChoice.h"
 #include "sdk/ZelCameraManager.h"
 
 namespace zel {
@@ -26,6 +27,7 @@ bool SdkSession::Open() {
         ZEL_LOG(SdkLogger().Get(), kLogError, "ZelSDKImpl::Open", "ZelCameraManager::Create() failed");
         return false;
     }
+    Plugins().Settle();
     manager->Init();
     _zel_camera_manager = manager;
     m_State = State::kOpen;

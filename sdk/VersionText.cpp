@@ -40,7 +40,7 @@ char* ComposeVersionText() {
         const ManagerUse manager;
         if (platform::LibraryHandle recorded = manager ? Tables().Library(library).module : nullptr) {
             AppendVersionOf(recorded, buffer);
-        } else if (platform::LibraryHandle loaded = platform::LoadSharedLibrary(InterfaceLibraryName(library))) {
+        } else if (platform::LibraryHandle loaded = LoadByName(library)) {
             AppendVersionOf(loaded, buffer);
             platform::UnloadSharedLibrary(loaded);
         } else {

@@ -3,10 +3,19 @@
 #include "bindings/c/Call.h"
 #include "bindings/c/CameraInfo.h"
 #include "platform/DynamicLibrary.h"
+#include "platform/UserTexts.h"
+#include "zel/Plugins.h"
 
 using zel::c::Call;
 using zel::c::Failure;
 using zel::c::Guard;
+
+zel_status zel_use_plugins(const char* folder) {
+    return Guard(__func__, [&](Call&) {
+        zel::c::RequirePointer(folder, "folder");
+        zel::use_plugins(zel::platform::Utf8FromSystem(folder));
+    });
+}
 
 zel_status zel_sdk_open(zel_sdk** sdk) {
     return Guard(__func__, [&](Call&) {

@@ -23,6 +23,7 @@
 #include "zel/HotPlug.h"
 #include "zel/NoFrame.h"
 #include "zel/Parameter.h"
+#include "zel/Plugins.h"
 #include "zel/Region.h"
 #include "zel/SaveImage.h"
 #include "zel/Sdk.h"

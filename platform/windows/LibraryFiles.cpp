@@ -22,9 +22,10 @@ std::string SystemFolder(UINT(WINAPI* ask)(LPWSTR, UINT)) {
     return ask(folder, MAX_PATH) < MAX_PATH ? Utf8(folder) : "";
 }
 
-bool CanBeFound(const std::wstring& library) {
+bool CanBeFound(const std::wstring& folder, const std::wstring& library) {
     if (GetModuleHandleW(library.c_str())) return true;
-    const HMODULE found = LoadLibraryExW(library.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    HMODULE found = LoadLibraryExW((folder + library).c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    if (!found) found = LoadLibraryExW(library.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
     if (found) FreeLibrary(found);
     return found != nullptr;
 }
@@ -38,12 +39,13 @@ std::string MissingLibraries(const std::wstring& path) {
     const auto* const dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(image);
     const auto* const headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(image + dos->e_lfanew);
     const DWORD imports = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
+    const std::wstring folder = path.substr(0, path.find_last_of(L"\\/") + 1);
     std::string missing;
     if (imports != 0) {
         const auto* entry = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(image + imports);
         for (; entry->Name != 0; ++entry) {
             const std::string name = reinterpret_cast<const char*>(image + entry->Name);
-            if (!CanBeFound(Wide(name))) missing += (missing.empty() ? "; it needs " : ", ") + name;
+            if (!CanBeFound(folder, Wide(name))) missing += (missing.empty() ? "; it needs " : ", ") + name;
         }
     }
     FreeLibrary(module);
@@ -96,8 +98,10 @@ std::vector<std::string> LibraryPlaces(const void*) {
 }
 
 LibraryHandle LoadLibraryFile(const std::string& path, std::string& why) {
-    const std::wstring wide = Wide(path);
-    const HMODULE library = LoadLibraryW(wide.c_str());
+    std::wstring wide = Wide(path);
+    // The system takes a path whose separators are its own; it is the file's folder that it looks through first then.
+    std::replace(wide.begin(), wide.end(), L'/', L'\\');
+    const HMODULE library = LoadLibraryExW(wide.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     if (library) return library;
     const DWORD error = GetLastError();
     why = ErrorText(error) + (error == ERROR_MOD_NOT_FOUND ? MissingLibraries(wide) : "");

@@ -1,5 +1,6 @@
 // Everything that applications and plug-ins were built with, in reach of one exported name: what abidiff looks at.
 #include "ZelCameraInternal.h"
+#include "ZelPlugins.h"
 #include "ZelProgress.h"
 #include "ZelSDK.h"
 #include "ZelUtil.h"
@@ -13,6 +14,7 @@ struct Interface {
     decltype(&zel_destroy_sdk) destroy_sdk;
     decltype(&zel_set_camera_connect_callback) set_camera_connect_callback;
     decltype(&zel_set_progress_callback) set_progress_callback;
+    decltype(&zel_set_plugin_folder) set_plugin_folder;
     decltype(&get_version_str) version;
     ZelCameraConnectCallback camera_connect;
     ZelCameraControlCallback camera_control;

@@ -349,6 +349,8 @@ static void TestBadInput(zel_sdk* sdk, zel_camera* camera) {
     ROW(INVALID_ARGUMENT, zel_sdk_write_log(sdk, 3, NULL, "", NULL));
     ROW(INVALID_ARGUMENT, zel_sdk_write_log(sdk, 0, NULL, NULL, NULL));
     ROW(INVALID_ARGUMENT, zel_version_text(NULL, 1, NULL));
+    ROW(INVALID_ARGUMENT, zel_use_plugins(NULL));
+    ROW(REFUSED, zel_use_plugins("sim"));
     ROW(INVALID_ARGUMENT, zel_camera_get_info(camera, NULL));
     ROW(BAD_STRUCT, zel_camera_get_info(camera, &(zel_camera_info){.struct_size = 4}));
     ROW(BAD_STRUCT, zel_camera_get_info(camera, &(zel_camera_info){.struct_size = 0xCDCDCDCDu}));

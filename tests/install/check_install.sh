@@ -57,6 +57,7 @@ expect "a program of old" "frame.tif is written" "$(LD_LIBRARY_PATH=$lib ./old)"
 "$compiler" -std=c++17 -shared -fPIC -I"$include" -o "$lib/zel-sdk/cameras/libzel_usb.so" "$here/OutsidePlugin.cpp"
 "$prefix/bin/zelcam" version | grep -q "a maker's library" || fail "the library in cameras/ was passed over"
 expect "cameras beside a maker's library" 2 "$("$prefix/bin/zelcam" list --json | grep -o '"serial"' | wc -l)"
+expect "simulated ones all the same" 4 "$("$prefix/bin/zelcam" list --plugins sim --json | grep -o '"serial"' | wc -l)"
 
 # How much memory there is, is known without /proc, too.
 if unshare -rm mount -t tmpfs none /proc 2>/dev/null; then

@@ -7,7 +7,7 @@ run=$here/../../scripts/run-windows-program.sh
 tools=$("$compiler" -dumpmachine)
 
 count=0
-for file in "$prefix"/bin/*; do
+for file in "$prefix"/bin/*.*; do
     "$tools-objdump" -h "$file" | grep -q '\.rsrc' || fail "$file has no version resource"
     strings -el "$file" | grep -qx "$(basename "$file")" || fail "the version resource of $file does not name it"
     count=$((count + 1))

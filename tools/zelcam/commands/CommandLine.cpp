@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "platform/Terminal.h"
+#include "tools/zelcam/camera/PluginSet.h"
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/commands/PlayOption.h"
 #include "tools/zelcam/text/Output.h"
@@ -74,6 +75,12 @@ void Run(const Words& words, Json& result) {
     app.add_option(
         "--play", played,
         "FILE[,once|loop[:RATE]]: the simulated cameras play this recording or TIFF stack (docs/simulator.md)");
+    std::string plugins;
+    app.add_option(
+        "--plugins", plugins,
+        "sim|gige|FOLDER: where the cameras come from: the simulated ones, GigE Vision cameras on the network, or "
+        "the plug-ins of a folder, whose path begins at the root (docs/install.md)");
+    app.fallthrough();  // both may stand behind the command as well
     std::vector<std::pair<std::unique_ptr<Command>, CLI::App*>> commands;
     for (auto make : {&MakeListCommand, &MakeInfoCommand, &MakeCaptureCommand, &MakeParamsCommand, &MakeGetCommand,
                       &MakeSetCommand, &MakeTriggerCommand, &MakeStreamCommand, &MakeRecordCommand, &MakeExportCommand,
@@ -93,6 +100,10 @@ void Run(const Words& words, Json& result) {
         app.exit(help, text, text);
         return WriteOutput(text.str());
     }
+    if (plugins == "gige" && !played.empty()) {
+        throw Failure("real cameras can't play '" + played + "'", "", "leave --play or --plugins gige out", kUsage);
+    }
+    if (app.count("--plugins") > 0) ChoosePlugins(plugins);
     if (!played.empty()) Play(played);
     for (const auto& [command, entry] : commands) {
         if (entry->parsed()) command->Run(result);

@@ -27,6 +27,7 @@ Completions SourcesOfValues() {
              {"files", {Kind::kFile, {}}},
              {"file", {Kind::kFile, {}}},
              {"--play", {Kind::kFile, {}}},
+             {"--plugins", {Kind::kFolder, {}}},
              {"parameter", {Kind::kWords, ParameterNames(false)}},
              {"assignment", {Kind::kAssignments, ParameterNames(true)}},
              {"--set", {Kind::kAssignments, ParameterNames(true)}}}};

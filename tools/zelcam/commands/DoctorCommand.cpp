@@ -42,10 +42,11 @@ class DoctorCommand : public Command {
         const SdkFile sdk = FindSdkFile();
         CheckLibraries(sdk, examination);
         const PluginCounts plugins = CheckPlugins(sdk, examination);
-        const CameraCounts cameras = CheckCameras(sdk, plugins, examination);
-        if (m_Open) TryCameras(examination);
+        CameraCounts cameras = CheckCameras(sdk, plugins, examination);
+        if (m_Open) TryCameras(cameras, examination);
         CheckCalibrationFolder(examination);
         CheckSystem(cameras, examination);
+        if (NetworkIsWanted(cameras)) CheckNetwork(cameras, examination);
         CheckEnvironment(examination);
     }
 

@@ -1,5 +1,8 @@
 // zelcam list: the cameras that can be opened.
+#include <algorithm>
+
 #include "tools/zelcam/camera/CameraFacts.h"
+#include "tools/zelcam/camera/PluginSet.h"
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/text/Output.h"
 #include "tools/zelcam/text/TextTools.h"
@@ -21,8 +24,15 @@ class ListCommand : public Command {
         const std::vector<zel::CameraInfo> cameras = sdk.cameras();
         if (m_Json) {
             result = Json::array();
-            for (const zel::CameraInfo& camera : cameras) result.push_back(ToJson(camera));
+            for (const zel::CameraInfo& camera : cameras) {
+                result.push_back(ToJson(camera));
+                result.back()["simulated"] = IsSimulated(camera);
+            }
             return;
+        }
+        const PluginSet& plugins = ChosenPlugins();
+        if (cameras.empty() && !plugins.folder.empty()) {
+            return Print("no cameras; 'zelcam --plugins {} doctor' looks for the reason\n", plugins.name);
         }
         if (cameras.empty()) return Print("no cameras\n");
         std::vector<std::vector<std::string>> rows{{"camera", "name", "serial", "interface", "address"}};
@@ -33,6 +43,13 @@ class ListCommand : public Command {
                 {std::to_string(camera.number), camera.name, camera.serial, camera.interface_type, addresses});
         }
         WriteOutput(FormatTable(rows));
+        const auto simulated = std::ranges::count_if(cameras, IsSimulated);
+        if (simulated == 0) return;
+        Print(
+            "{} simulated; 'zelcam --plugins gige list' looks on the network, docs/install.md tells of other real "
+            "ones\n",
+            static_cast<std::size_t>(simulated) == cameras.size() ? "all are"
+                                                                  : Counted(simulated, "camera") + " of them");
     }
 };
 

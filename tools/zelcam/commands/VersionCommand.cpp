@@ -1,5 +1,6 @@
 // zelcam version: the versions of the tool, the SDK and the interface libraries.
 #include "include/ZelSDK.h"
+#include "tools/zelcam/camera/PluginSet.h"
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/text/Output.h"
 
@@ -16,8 +17,12 @@ class VersionCommand : public Command {
 
     void Run(Json& result) override {
         const std::string libraries = get_version_str();
-        if (!m_Json) return Print("zelcam {}\n{}\n", ZELCAM_VERSION, libraries);
-        result = Json{{"zelcam", ZELCAM_VERSION}, {"libraries", Json::array()}};
+        const PluginSet& plugins = ChosenPlugins();
+        if (!m_Json) {
+            Print("zelcam {}\n{}\n", ZELCAM_VERSION, libraries);
+            return plugins.folder.empty() ? void() : Print("plug-ins: {}\n", plugins.Text());
+        }
+        result = Json{{"zelcam", ZELCAM_VERSION}, {"libraries", Json::array()}, {"plugins", ToJson(plugins)}};
         for (std::size_t start = 0; start < libraries.size();) {
             const std::size_t end = std::min(libraries.find('\n', start), libraries.size());
             result["libraries"].push_back(libraries.substr(start, end - start));

@@ -6,6 +6,7 @@
 
 #include "platform/OtherProcesses.h"
 #include "platform/UserTexts.h"
+#include "tools/zelcam/camera/PluginSet.h"
 #include "tools/zelcam/doctor/Checks.h"
 #include "tools/zelcam/frames/Acquisition.h"
 #include "tools/zelcam/text/Failure.h"
@@ -50,12 +51,22 @@ void TellOthers(const SdkFile& sdk, Examination& examination) {
     }
 }
 
-void TakeOneFrame(zel::Sdk& sdk, const zel::CameraInfo& entry, Examination& examination) {
+// Every frame travels whole, in samples of one or two bytes.
+double BytesPerSecond(const zel::Camera& camera, const zel::Frame& frame) {
+    const auto rate = camera.parameter(ZEL_PARAM_FRAME_RATE).try_value();  // in 1000 s
+    if (!rate) return 0.0;
+    const double bytes = frame.bits() > 8 ? 2.0 : 1.0;
+    return static_cast<double>(frame.width()) * frame.height() * bytes * static_cast<double>(rate->integer()) / 1000.0;
+}
+
+void TakeOneFrame(zel::Sdk& sdk, const zel::CameraInfo& entry, CameraCounts& counts, Examination& examination) {
     const auto start = std::chrono::steady_clock::now();
     zel::Camera camera = sdk.open(entry.number);
     Acquisition acquisition(camera, {});
     const zel::Frame frame = acquisition.Next();
     if (!frame) return;
+    const auto known = std::ranges::find(counts.network, entry.number, &NetworkCamera::number);
+    if (known != counts.network.end()) known->bytes_per_second = BytesPerSecond(camera, frame);
     const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - start;
     examination.Add(
         State::kOk, "frame",
@@ -84,8 +95,10 @@ CameraCounts CheckCameras(const SdkFile& sdk, const PluginCounts& plugins, Exami
                          {"serial", camera.serial},
                          {"interface", camera.interface_type},
                          {"addresses", camera.addresses}});
-        if (std::ranges::find(camera.addresses, "simulated") != camera.addresses.end()) continue;
-        counts.network |= camera.interface_type.find("Gig") != std::string::npos;
+        if (IsSimulated(camera)) continue;
+        if (camera.interface_type.find("Gig") != std::string::npos) {
+            counts.network.push_back({camera.number, camera.addresses, 0.0});
+        }
         counts.usb |= camera.interface_type.starts_with("USB");
     }
     Compare(cameras.size(), plugins, examination);
@@ -93,14 +106,14 @@ CameraCounts CheckCameras(const SdkFile& sdk, const PluginCounts& plugins, Exami
     return counts;
 }
 
-void TryCameras(Examination& examination) {
+void TryCameras(CameraCounts& cameras, Examination& examination) {
     examination.Begin("frames");
     zel::Sdk sdk;
     CatchInterrupts();
     for (const zel::CameraInfo& entry : sdk.cameras()) {
         if (Interrupted()) break;
         try {
-            TakeOneFrame(sdk, entry, examination);
+            TakeOneFrame(sdk, entry, cameras, examination);
         } catch (const zel::Error& error) {
             Tell(Failure(error), entry, examination);
         } catch (const Failure& failure) {

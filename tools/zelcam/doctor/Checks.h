@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/NetworkLinks.h"
 #include "tools/zelcam/doctor/Examination.h"
 
 namespace zelcam {
@@ -28,17 +29,29 @@ struct PluginCounts {
 PluginCounts CheckPlugins(const SdkFile& sdk, Examination& examination);
 
 // The cameras as the SDK lists them.
+struct NetworkCamera {
+    int number = 0;
+    std::vector<std::string> addresses;
+    double bytes_per_second = 0.0;  // of its pixels, with the settings it has; 0: it was not opened
+};
 struct CameraCounts {
-    bool network = false;  // a real one at that link: a simulated one needs nothing of the system
+    std::vector<NetworkCamera> network;  // real ones at that link: a simulated one needs nothing of the system
     bool usb = false;
 };
 CameraCounts CheckCameras(const SdkFile& sdk, const PluginCounts& plugins, Examination& examination);
-// Opens every camera and takes one frame with it.
-void TryCameras(Examination& examination);
+// Opens every camera and takes one frame with it; notes what network cameras need.
+void TryCameras(CameraCounts& cameras, Examination& examination);
 
 void CheckCalibrationFolder(Examination& examination);
 // Processor, memory, limits.
 void CheckSystem(const CameraCounts& cameras, Examination& examination);
+// The way of network cameras to this computer, where there may be some.
+void CheckNetwork(const CameraCounts& cameras, Examination& examination);
+// The same for these interfaces.
+void TellOfLinks(const std::vector<zel::platform::NetworkLink>& links, const CameraCounts& cameras,
+                 Examination& examination);
+// Whether the user expects cameras on the network.
+bool NetworkIsWanted(const CameraCounts& cameras);
 // What the ZEL_... variables are set to.
 void CheckEnvironment(Examination& examination);
 

@@ -2,6 +2,7 @@
 
 #include "platform/LibraryFiles.h"
 #include "platform/UserTexts.h"
+#include "tools/zelcam/camera/PluginSet.h"
 #include "tools/zelcam/text/TextTools.h"
 
 namespace zelcam {
@@ -18,20 +19,34 @@ std::string FoldersText(const std::vector<std::string>& folders) {
     return text + (folders.size() > kPlacesToldOf ? ", ..." : "");
 }
 
-}  // namespace
-
-FoundLibrary FindLibrary(const char* canonical_name, const SdkFile& sdk) {
+FoundLibrary FindIn(const std::vector<std::string>& places, const char* canonical_name) {
     FoundLibrary library;
     const std::filesystem::path name = zel::platform::Utf8Path(zel::platform::LibraryFileName(canonical_name));
     std::error_code error;
-    for (const std::string& place : sdk.places) {
+    for (const std::string& place : places) {
         const std::filesystem::path file = zel::platform::Utf8Path(place) / name;
         if (!std::filesystem::is_regular_file(file, error)) continue;
         library.path = zel::platform::Utf8Text(file);
         library.handle = zel::platform::LoadLibraryFile(library.path, library.why);
         if (!library.handle) library.why = "does not load: " + library.why;
-        return library;
+        break;
     }
+    return library;
+}
+
+}  // namespace
+
+FoundLibrary FindPlugin(const char* canonical_name, const SdkFile& sdk) {
+    const PluginSet& plugins = ChosenPlugins();
+    if (plugins.folder.empty()) return FindLibrary(canonical_name, sdk);
+    FoundLibrary library = FindIn({plugins.folder}, canonical_name);
+    if (library.path.empty()) library.why = "is not in the chosen set";
+    return library;
+}
+
+FoundLibrary FindLibrary(const char* canonical_name, const SdkFile& sdk) {
+    FoundLibrary library = FindIn(sdk.places, canonical_name);
+    if (!library.path.empty()) return library;
     // The system may know it from elsewhere.
     library.handle = zel::platform::LoadSharedLibrary(canonical_name);
     library.path = zel::platform::FileOfLibrary(library.handle);

@@ -16,6 +16,8 @@ struct FoundLibrary {
 };
 
 FoundLibrary FindLibrary(const char* canonical_name, const SdkFile& sdk);
+// The same for a plug-in, which comes from the chosen set alone, if there is one.
+FoundLibrary FindPlugin(const char* canonical_name, const SdkFile& sdk);
 
 // "1.0.0.0" of a line "zel_usb.dll - 1.0.0.0."
 std::string VersionIn(const std::string& line);

@@ -1,6 +1,7 @@
 // The plug-ins, each loaded and asked by itself. The SDK keeps no record of them yet, so that nobody else asks.
 #include "link/CameraInterfaceLibrary.h"
 #include "sdk/InterfaceLibrary.h"
+#include "tools/zelcam/camera/PluginSet.h"
 #include "tools/zelcam/doctor/Checks.h"
 #include "tools/zelcam/doctor/LibrarySearch.h"
 #include "tools/zelcam/text/TextTools.h"
@@ -83,16 +84,24 @@ void CheckLoaded(const std::string& name, const FoundLibrary& library, PluginCou
 PluginCounts CheckPlugins(const SdkFile& sdk, Examination& examination) {
     examination.Begin("plug-ins");
     PluginCounts counts;
+    const PluginSet& set = ChosenPlugins();
+    const bool chosen = !set.folder.empty();
+    examination.Add(State::kOk, "plugin_set",
+                    chosen ? "chosen set: " + set.Text() : "no set is chosen: each where the SDK finds it by name",
+                    chosen ? "" : "--plugins gige has GigE Vision cameras, docs/install.md tells of others",
+                    {{"plugins", ToJson(set)}});
     for (const zel::InterfaceLibrary& entry : zel::kInterfaceLibraries) {
         const std::string file = entry.file_name;
         const std::string name = file.substr(0, file.rfind('.'));
-        const FoundLibrary library = FindLibrary(entry.file_name, sdk);
+        const FoundLibrary library = FindPlugin(entry.file_name, sdk);
         if (library.handle) {
             CheckLoaded(name, library, counts, examination);
         } else if (!library.path.empty()) {
             examination.Add(State::kProblem, "plugin", name + " " + library.why,
                             "install what is missing, of this program's kind of processor",
                             {{"plugin", name}, {"path", library.path}});
+        } else if (chosen) {
+            examination.Add(State::kOk, "plugin", name + " " + library.why, "", {{"plugin", name}});
         } else {
             examination.Add(State::kNote, "plugin", name + " " + library.why,
                             "cameras of this link need it; put it into one of these folders",

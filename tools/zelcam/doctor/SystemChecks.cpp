@@ -16,9 +16,9 @@ using zel::platform::kUnlimited;
 // The SDK's pool has eight buffers unless an application asks for others; the frames are of four megapixels.
 constexpr std::uint64_t kPool = std::uint64_t{8} * 2048 * 2048 * 2;
 
-// What a link of 1 Gbit/s brings in while a busy system lets a program wait: 80 ms.
+// What the GigE plug-in asks for: as much as a link of 1 Gbit/s brings in while a busy system lets a program wait.
 constexpr std::uint64_t kGigabitBytesPerMs = 125000;
-constexpr std::uint64_t kReceiveBuffer = 80 * kGigabitBytesPerMs;
+constexpr std::uint64_t kReceiveBuffer = std::uint64_t{8} << 20;
 
 // Eight frames of the pool on their way at once.
 constexpr std::uint64_t kUsbMemory = kPool;
@@ -75,14 +75,16 @@ void CheckReceiveBuffers(bool network, Examination& examination) {
     }
     const bool enough = *limit >= kReceiveBuffer;
     const State lacking = network ? State::kWarning : State::kNote;
-    examination.Add(enough ? State::kOk : lacking, "receive_buffers",
-                    fmt::format("receive buffers: {} (default {}), {:.1f} ms of a gigabit link", BytesText(*limit),
-                                BytesText(*by_default), static_cast<double>(*limit) / kGigabitBytesPerMs),
-                    enough ? ""
-                           : fmt::format("a network camera needs {} ms or frames are lost: sysctl -w "
-                                         "net.core.rmem_max={} now, and a line in /etc/sysctl.d/ for good",
-                                         kReceiveBuffer / kGigabitBytesPerMs, kReceiveBuffer),
-                    {{"rmem_max", *limit}, {"rmem_default", *by_default}, {"needed", kReceiveBuffer}});
+    examination.Add(
+        enough ? State::kOk : lacking, "receive_buffers",
+        fmt::format("receive buffers: {} (default {}), {:.1f} ms of a gigabit link", BytesText(*limit),
+                    BytesText(*by_default), static_cast<double>(*limit) / kGigabitBytesPerMs),
+        enough ? ""
+               : fmt::format("the GigE plug-in asks for {0}, with less frames are lost on a busy computer: sudo "
+                             "sysctl -w net.core.rmem_max={1} now; echo net.core.rmem_max={1} | sudo tee "
+                             "/etc/sysctl.d/60-zel.conf for good",
+                             BytesText(kReceiveBuffer), kReceiveBuffer),
+        {{"rmem_max", *limit}, {"rmem_default", *by_default}, {"needed", kReceiveBuffer}});
 }
 
 void CheckUsbMemory(bool usb, Examination& examination) {
@@ -105,7 +107,7 @@ void CheckSystem(const CameraCounts& cameras, Examination& examination) {
     CheckProcessor(examination);
     CheckMemory(examination);
     CheckRealTime(examination);
-    CheckReceiveBuffers(cameras.network, examination);
+    CheckReceiveBuffers(NetworkIsWanted(cameras), examination);
     CheckUsbMemory(cameras.usb, examination);
 }
 

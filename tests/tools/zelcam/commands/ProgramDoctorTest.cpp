@@ -82,14 +82,29 @@ class Installation : public TemporaryFolder {
         fs::copy_file(LibraryFileName(name), File(as), fs::copy_options::overwrite_existing);
     }
     fs::path File(const char* name) const { return Path() / LibraryFileName(name); }
-    ToolResult Examine() const {
+    ToolResult Examine(const std::string& options = "") const {
         const std::string there = fs::path::preferred_separator == '/' ? "cd \"" : "cd /d \"";
         return RunCommand(there + Path().string() + "\" && " + fs::path("./zelcam").make_preferred().string() +
-                          " doctor --json");
+                          " doctor --json" + options);
     }
 
     static constexpr const char* kLogger = "kestrane_zel_logger.dll";
 };
+
+// An installed set is found beside the SDK, wherever that lies, and what it lacks is not taken from beside the program.
+TEST(Doctor, TellsOfTheSetThatWasChosen) {
+    UseFastCameras("1", "1", "0");
+    Installation tree;
+    const fs::path set = tree.Path() / "plugins" / "own";
+    fs::create_directories(set);
+    fs::rename(tree.File("pleora_ebus.dll"), set / LibraryFileName("pleora_ebus.dll"));
+    const auto json = tree.Examine(" --plugins own").Json();
+    EXPECT_TRUE(fs::equivalent(Finding(json, "plugin_set")["facts"]["plugins"].value("folder", ""), set)) << json;
+    EXPECT_THAT(Finding(json, "plugin", "zel_usb")["text"].get<std::string>(), HasSubstr("is not in the chosen set"));
+    EXPECT_EQ(Finding(json, "camera")["facts"]["serial"], "400101");
+    std::ofstream(set / LibraryFileName("zel_usb.dll")) << "no library";
+    EXPECT_THAT(tree.Examine(" --plugins own").err, HasSubstr(LibraryFileName("zel_usb.dll") + "' does not load: "));
+}
 
 TEST(Doctor, SaysWhatIsWrongWithAnInstallation) {
     UseFastCameras("1", "1", "0");

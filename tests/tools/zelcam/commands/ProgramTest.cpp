@@ -14,11 +14,13 @@ TEST(Program, ListAndInfoTellOfEveryCameraOfEveryLink) {
     UseFastCameras("1", "1", "2");
     const ToolResult text = RunTool("list");
     EXPECT_EQ(text.exit_code, 0) << text.err;
-    EXPECT_EQ(std::count(text.out.begin(), text.out.end(), '\n'), 5) << text.out;
+    EXPECT_EQ(std::count(text.out.begin(), text.out.end(), '\n'), 6) << text.out;
+    EXPECT_THAT(text.out, HasSubstr("\nall are simulated; "));
     const auto cameras = JsonOf("list");
     ASSERT_EQ(cameras.size(), 4u);
     for (std::size_t i = 0; i < cameras.size(); ++i) {
         EXPECT_EQ(cameras[i]["number"], i);
+        EXPECT_EQ(cameras[i]["simulated"], true);
         const std::string serial = cameras[i]["serial"];
         EXPECT_THAT(text.out, HasSubstr(serial));
         const auto info = JsonOf("info -c " + serial);
@@ -80,6 +82,8 @@ TEST(Program, FailuresAreOneLineACodeAndAnExitCode) {
         {"list --jsno", kUsage, "--jsno; see 'zelcam list --help'"},
         {"calibrate seams --color", kUsage, "see 'zelcam calibrate seams --help'"},
         {"capture --frames 0", kUsage, "--frames"},
+        {"--plugins ./plugins/sim list", kUsage, "the current folder is never looked into"},
+        {"info --plugins gige --play x.tif", kUsage, "real cameras can't play 'x.tif'"},
         {"capture --buffers 0", kUsage, "no frame could come; use --buffers 8"},
         {"capture --timeout nan", kUsage, "'nan' is no number of seconds from 0.001 to 86400"},
         {"capture --format gif", kUsage, "gif"},

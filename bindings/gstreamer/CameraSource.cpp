@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "zel/Plugins.h"
 #include "zel/Settings.h"
 #include "zel/detail/SdkState.h"
 
@@ -108,6 +109,7 @@ CameraSource::CameraPointer CameraSource::OpenCamera() {
     CameraPointer parked = std::exchange(m_Parked, nullptr);
     if (parked && m_ParkedName == m_Settings.camera && !m_Settings.calibrated && !parked->link_lost()) return parked;
     parked.reset();
+    if (!m_Settings.plugins.empty()) use_plugins(m_Settings.plugins);
     KeepSdk();
     if (!m_Sdk) m_Sdk = std::make_unique<Sdk>();
     OpenOptions options;

@@ -22,6 +22,7 @@ namespace zel::gst {
 // What the element's properties say.
 struct Settings {
     std::string camera = "0";  // number or serial number
+    std::string plugins;       // a set or a folder; empty: those that the SDK finds
     unsigned exposure_us = 0;  // 0: as the camera is set
     int gain = -1;             // -1: as the camera is set
     Order order = Order::every;

@@ -41,6 +41,8 @@ bool WithSetting(AnySettings& settings, guint id, const Use& use) {
     switch (id) {
         case kPropertyCamera:
             return use(settings.camera);
+        case kPropertyPlugins:
+            return use(settings.plugins);
         case kPropertyExposure:
             return use(settings.exposure_us);
         case kPropertyGain:
@@ -85,6 +87,7 @@ void InstallProperties(GObjectClass* object_class) {
         g_object_class_install_property(object_class, id, g_param_spec_enum(name, name, blurb, type, 0, kAtRest));
     };
     text(kPropertyCamera, "camera", "Number or serial number of the camera", "0");
+    text(kPropertyPlugins, "plugins", "Where cameras come from: sim, gige or a folder; for the whole program", "");
     g_object_class_install_property(
         object_class, kPropertyExposure,
         g_param_spec_uint("exposure", "exposure", "Exposure time in microseconds; 0: as the camera is set", 0,

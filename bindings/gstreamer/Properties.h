@@ -10,6 +10,7 @@ namespace zel::gst {
 
 enum Property : guint {
     kPropertyCamera = 1,
+    kPropertyPlugins,
     kPropertyExposure,
     kPropertyGain,
     kPropertyMode,

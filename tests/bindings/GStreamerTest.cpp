@@ -202,6 +202,7 @@ TEST_F(GStreamer, SaysWhyItDoesNotStart) {
     const struct {
         const char *properties, *text;
     } cases[] = {{"camera=9", "no camera '9'"},
+                 {"plugins=gige", "the plug-ins can't be chosen"},
                  {"gain=5000", "GAIN: requested 5000 -> actual 0 (range 0..1023)"},
                  {"roi=1,2,3", "roi '1,2,3': not 4 numbers"},
                  {"roi=0,0,65,48", "not within the frame of 64x48"},

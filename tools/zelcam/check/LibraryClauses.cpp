@@ -66,7 +66,7 @@ void AddCameraTexts(const PluginLibrary& library, int camera, std::vector<NamedT
         {"get_camera_port_type", library.get_camera_port_type}};
     for (const auto& [name, function] : kOfCamera) {
         if (function) {
-            texts.emplace_back(fmt::format("{}({})", name, camera), [=] { return function(camera); });
+            texts.emplace_back(fmt::format("{}({})", name, camera), [camera, text = function] { return text(camera); });
         }
     }
     for (int select = 0; library.get_camera_address_str && select < 3; ++select) {

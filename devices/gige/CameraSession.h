@@ -72,7 +72,7 @@ class CameraSession {
 
     void Loop(kit::FrameSink& sink, bool by_software);
     bool FireTrigger(kit::FrameSink& sink);
-    void Take(const FrameStream::Arrival& arrival, kit::FrameSink& sink);
+    bool Take(const FrameStream::Arrival& arrival, kit::FrameSink& sink);
     std::uint64_t LinkCounters::*Judge(ArvBuffer* buffer);
     void Lose(kit::FrameSink& sink, std::uint64_t LinkCounters::*cause, unsigned frames);
     void Fill(ArvBuffer* buffer, std::span<std::uint8_t> memory) const;
@@ -107,6 +107,7 @@ class CameraSession {
     PixelFormat m_Run;
     std::uint32_t m_RunFormat = 0;
     BlockIds m_Ids;
+    bool m_MayBreak = false;  // the next frame is the first of the run, and can be had again
 };
 
 }  // namespace zel::gige

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 #include "devices/gige/CameraSession.h"
 #include "devices/gige/Failure.h"
@@ -40,6 +41,7 @@ void CameraSession::Acquire(kit::FrameSink& sink, const kit::Run& run, TriggerIn
         m_Counters = {};
         m_Run = m_Format;
     }
+    m_MayBreak = !run.hardware;
     try {
         SetTrigger(run, input);
         BeginStream();
@@ -153,8 +155,8 @@ bool CameraSession::FireTrigger(kit::FrameSink& sink) {
     const auto deadline = Clock::now() + exposure + kLongestReadout;
     while (!sink.Ended() && !Gone()) {
         if (const auto arrival = m_Frames->WaitUntil(std::min(deadline, Clock::now() + kLookAround))) {
-            Take(*arrival, sink);
-            return true;
+            if (Take(*arrival, sink)) return true;
+            m_Features.Execute("TriggerSoftware");
         }
         if (Clock::now() < deadline) continue;
         Lose(sink, &LinkCounters::late, 1);
@@ -171,12 +173,24 @@ void CameraSession::Lose(kit::FrameSink& sink, std::uint64_t LinkCounters::*caus
     sink.Lose(frames);
 }
 
-void CameraSession::Take(const FrameStream::Arrival& arrival, kit::FrameSink& sink) {
+// Aravis tells the system the size of the socket when the first packet of a run is there; until then it has the usual
+// one, and a camera that sends a frame in one go breaks its first one. A run begins with the next then, which costs
+// nothing but time; a trigger is given again. Result: whether it was more than such a beginning.
+bool CameraSession::Take(const FrameStream::Arrival& arrival, kit::FrameSink& sink) {
     ArvBuffer* const buffer = arrival.buffer;
     const auto fate = Judge(buffer);
     const bool whole = arv_buffer_get_status(buffer) == ARV_BUFFER_STATUS_SUCCESS;
     const unsigned gap = m_Ids.Next(arv_buffer_get_frame_id(buffer), whole);
     if (gap > 0) Lose(sink, &LinkCounters::unseen, gap);
+    const bool broken = fate == &LinkCounters::incomplete || fate == &LinkCounters::late;
+    if (std::exchange(m_MayBreak, false) && broken) {
+        {
+            const platform::ScopedLock lock(m_Lock);
+            ++m_Counters.before_first;
+        }
+        m_Frames->GiveBack(buffer);
+        return false;
+    }
     if (fate == &LinkCounters::whole) {
         {
             const platform::ScopedLock lock(m_Lock);
@@ -194,6 +208,7 @@ void CameraSession::Take(const FrameStream::Arrival& arrival, kit::FrameSink& si
         Lose(sink, fate, 1);
     }
     m_Frames->GiveBack(buffer);
+    return true;
 }
 
 // Nothing in a buffer is believed that was not asked for.

@@ -16,6 +16,8 @@ struct LinkCounters {
     std::uint64_t broken_off = 0;   // by the camera, or packets that make no sense
     std::uint64_t unseen = 0;       // only the gap in the numbers shows them: every packet, or the buffer, was missing
 
+    std::uint64_t before_first = 0;  // broken before the first whole one: the run began later, nothing is lost
+
     // Packets, as the stream counts them
     std::uint64_t packets = 0;
     std::uint64_t missing_packets = 0;

@@ -12,7 +12,7 @@ class BlockIds {
   public:
     // A frame has come, whole or not. Result: how many did not since the one before. One that is late, or a camera that
     // begins to count anew, is no gap. A broken one may have lost its own number, too, and show that of an earlier
-    // frame: then it is the next one.
+    // frame, or 0 in a buffer that never held one: then it is the next one.
     unsigned Next(std::uint64_t id, bool whole) {
         if (m_Last == kNone) {
             m_Last = id;
@@ -20,7 +20,7 @@ class BlockIds {
         }
         const bool is_short = id <= kShort && m_Last <= kShort;
         const std::uint64_t distance = is_short ? (id + kShort - m_Last) % kShort : id - m_Last;
-        const bool follows = distance > 0 && distance <= kFarthest;
+        const bool follows = id != 0 && distance > 0 && distance <= kFarthest;
         m_Last = follows || whole ? id : is_short ? m_Last % kShort + 1 : m_Last + 1;
         return follows ? static_cast<unsigned>(distance - 1) : 0;
     }

@@ -60,9 +60,9 @@ TEST(BlockIds, GapsAreCountedAndNothingElse) {
     };
     BlockIds ids;
     for (const auto& [id, whole, gap] :
-         {Case{65533, true, 0}, Case{65534, true, 0}, Case{1, true, 1}, Case{5, true, 3}, Case{4, true, 0},
-          Case{5, true, 0}, Case{65510, false, 0}, Case{7, true, 0}, Case{65536, true, 0}, Case{65540, true, 3},
-          Case{1, true, 0}, Case{2, true, 0}}) {
+         {Case{65532, true, 0}, Case{0, false, 0}, Case{65534, true, 0}, Case{1, true, 1}, Case{5, true, 3},
+          Case{4, true, 0}, Case{5, true, 0}, Case{65510, false, 0}, Case{7, true, 0}, Case{65536, true, 0},
+          Case{65540, true, 3}, Case{1, true, 0}, Case{2, true, 0}}) {
         EXPECT_EQ(ids.Next(id, whole), gap) << id;
     }
 }

@@ -25,9 +25,12 @@ bool Bus::HasTransports() {
 
 bool Bus::ShutDown() {
     const bool used = HasTransports();
-    const platform::ScopedLock lock(m_Lock);
+    platform::ScopedLock lock(m_Lock);
     m_Callback = nullptr;
-    return !used && !m_Reporting;
+    if (used) return false;
+    // Reports that nobody hears are over soon; an event that is under way may be what asks.
+    m_ReportsDone.wait(lock, [this]() ZEL_REQUIRES(m_Lock) { return !m_Reporting || m_InEvent; });
+    return !m_Reporting;
 }
 
 Bus::Slot* Bus::Find(int camera) {
@@ -155,6 +158,7 @@ void Bus::ReportLoop() {
         lock.unlock();
         Deliver(report);
         lock.lock();
+        m_InEvent = false;
     }
     m_Reporting = false;
     m_ReportsDone.notify_all();
@@ -171,6 +175,7 @@ void Bus::Deliver(const Report& report) {
         transport = Find(report.camera)->transport.get();
         callback = m_Callback;
         context = m_CallbackContext;
+        m_InEvent = transport || callback;
     }
     const bool open = transport && transport->Connected();
     if (!report.hot_plug) {

@@ -94,6 +94,7 @@ class Bus final : public Cameras {
     int m_CallbackContext ZEL_GUARDED_BY(m_Lock) = 0;
     std::deque<Report> m_Reports ZEL_GUARDED_BY(m_Lock);
     bool m_Reporting ZEL_GUARDED_BY(m_Lock) = false;
+    bool m_InEvent ZEL_GUARDED_BY(m_Lock) = false;  // somebody may be hearing of it
     std::thread m_Reporter ZEL_GUARDED_BY(m_Lock);
     CallGate m_ReportCalls;
 };

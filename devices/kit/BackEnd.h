@@ -16,8 +16,8 @@ namespace zel::kit {
 
 /// Who a camera is, told before it is opened. Texts are cut at 63 bytes.
 struct Description {
-    std::string name;
-    std::string serial;
+    std::string name;                      ///< as a user knows it
+    std::string serial;                    ///< serial number, unique among the cameras of a maker
     std::string port_type;                 ///< "GigE", "USB 3.0"
     std::array<std::string, 3> addresses;  ///< whatever finds the camera on its link
     double link_bytes_per_second = 0.0;    ///< what the link can carry; 0: not known
@@ -64,6 +64,7 @@ class BackEnd {
     /// columns, rows and bits.
     virtual std::optional<Attributes> AttributesOf(int index) = 0;
     /// Brings an entry up to date before the host reads it.
+    /// @param index         0 to 88
     /// @param[in,out] value what the table holds: what was written last, or the default
     /// @return 0, or one of SyncTableException
     virtual int Read(int index, Value& value) {
@@ -86,9 +87,12 @@ class BackEnd {
         return std::nullopt;
     }
 
-    /// The host is about to start the camera: on the frame thread, while the host goes on with its preparations. What a
-    /// run needs may be made ready, so that the first frame comes soon.
+    /// The host is starting the camera: what a run needs may be made ready, so that the first frame comes soon. Called
+    /// on the frame thread, first while the host goes on with its preparations, then with the settings of the run; the
+    /// host's start waits for it.
     virtual void Prepare() {}
+    /// After how many frames every run ends by itself, whatever the host asks for; 0: only when it is asked for.
+    virtual int LongestRun() const { return 0; }
     /// The acquisition: gives frames until the sink has ended, then returns, soon. Returning early halts the camera.
     virtual void Start(FrameSink& sink, const Run& run) = 0;
     /// The sink has just ended: wakes a Start() that waits for something else than the sink. Start() may have returned.

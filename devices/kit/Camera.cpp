@@ -73,8 +73,8 @@ void Camera::SetFrameCount(int frames) {
 }
 
 void Camera::SetRunLength(int frames) {
-    m_Control.SetLength(frames);
-    if (!m_Control.Acquiring()) m_BackEnd->Stop();
+    const platform::ScopedLock lock(m_TalkLock);
+    m_Conversation.SetRunLength(frames);
 }
 
 bool Camera::Unplug() {

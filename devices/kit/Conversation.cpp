@@ -42,10 +42,17 @@ void Conversation::Refuse(std::span<const std::uint8_t> datagram, int exception,
     }
 }
 
+// The length of a run when the host asks for one of so many frames, 0: without an end.
+int Conversation::Limited(int frames) const {
+    const int longest = m_BackEnd.LongestRun();
+    if (longest <= 0) return std::max(frames, 0);
+    return frames <= 0 ? longest : std::min(frames, longest);
+}
+
 // A camera that is armed goes on waiting when it is told to run. One that runs begins anew.
 void Conversation::Begin(bool triggered) {
     const bool hardware = HardwareTriggered();
-    m_Control.Begin({triggered, hardware, m_Table.Number(FRAME_COUNT)});
+    m_Control.Begin({triggered, hardware, Limited(m_Table.Number(FRAME_COUNT))});
     m_BackEnd.Stop();
 }
 
@@ -60,7 +67,11 @@ void Conversation::SoftwareTrigger() {
 
 void Conversation::SetSequence(int frames) {
     m_Table.Store(FRAME_COUNT, std::max(frames, 0));
-    m_Control.SetLength(frames);
+    m_Control.Acquiring() ? SetRunLength(frames) : m_Control.SetLength(frames);
+}
+
+void Conversation::SetRunLength(int frames) {
+    m_Control.SetLength(Limited(frames));
     if (!m_Control.Acquiring()) m_BackEnd.Stop();
 }
 

@@ -29,6 +29,8 @@ class Conversation {
 
     // The length of the runs to come, and of the one that is on; 0: without an end.
     void SetSequence(int frames);
+    // Of the run that is on alone, counted from its start.
+    void SetRunLength(int frames);
     // The trigger input: whether it is switched on, and which of its edges triggers.
     bool HardwareTriggered() const { return m_Table.Number(HW_TRIG_SOURCE) != 0 || m_TriggerCl || m_TriggerA; }
     bool ActiveLow() const { return m_Table.Number(HW_TRIG_POLARITY) == 1; }
@@ -52,6 +54,7 @@ class Conversation {
     bool TriggerCommand(std::string_view arguments);
     bool CameraCommand(std::string_view arguments);
 
+    int Limited(int frames) const;
     void Begin(bool triggered);
     void Halt();
     void SoftwareTrigger();

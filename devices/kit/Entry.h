@@ -22,10 +22,10 @@ enum class EntryAccess { kWritable, kReadOnly, kConstant };
 /// What a host may know of an entry before it touches it. Bounds are inclusive and in the entry's unit (times in
 /// microseconds); those of a text are not looked at.
 struct Attributes {
-    EntryType type = EntryType::kInteger;
-    EntryAccess access = EntryAccess::kWritable;
-    int minimum = 0;
-    int maximum = 0;
+    EntryType type = EntryType::kInteger;         ///< how its value travels
+    EntryAccess access = EntryAccess::kWritable;  ///< what the host may do
+    int minimum = 0;                              ///< smallest value
+    int maximum = 0;                              ///< largest value
     int default_value = 0;  ///< what the entry holds when the camera is switched on; texts are stored by the back end
 };
 
@@ -46,7 +46,8 @@ struct SensorSize {
     int bits = 0;    ///< of a sample
 };
 /// StandardAttributes() with the bounds that a sensor sets: H_SIZE, V_SIZE, the region's four, BITS_PER_PIXEL ...
-/// @param index 0 to 88
+/// @param index  0 to 88
+/// @param sensor its size and depth
 Attributes SensorAttributes(int index, const SensorSize& sensor);
 /// Whether every camera has the entry: identity, size, region, run, sequence, triggers, calculation. The kit follows
 /// them by itself, a back end need not know them.

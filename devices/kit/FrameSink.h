@@ -35,7 +35,7 @@ enum class HandOver {
 /// handler of the application may stop the run inside Give().
 class FrameSink {
   public:
-    using Clock = std::chrono::steady_clock;
+    using Clock = std::chrono::steady_clock;  ///< what times are told by
     /// Writes the frame into the host's memory, as much of it as there is room: H_SIZE x V_SIZE samples of 16 bits,
     /// little-endian, row after row (cameras with several taps: in the order in which the taps are read, as
     /// docs/simulator.md draws it). Answers false, or throws, when there is no frame after all.

@@ -32,6 +32,8 @@ std::shared_ptr<Library> CurrentLibrary() {
     return library;
 }
 
+namespace detail {
+
 int GetNumCameras() {
     platform::KeepThisLibraryLoaded();
     return OnLibrary(-1, [](Library& library) { return library.plugin->Search() ? library.bus.PluggedCount() : -1; });
@@ -88,5 +90,7 @@ void UnloadLibrary() {
     std::shared_ptr<Library>& library = TheLibrary();
     if (library && library->bus.ShutDown()) ended.swap(library);
 }
+
+}  // namespace detail
 
 }  // namespace zel::kit

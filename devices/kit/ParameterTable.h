@@ -15,6 +15,7 @@ namespace zel::kit {
 /// with the host alone; no lock is needed there. Indices are 0 to 88.
 class ParameterTable {
   public:
+    /// What the entry holds.
     const Value& Get(int index) const { return m_Values[static_cast<std::size_t>(index)]; }
     /// The entry as a number; 0 when it is a text.
     int Number(int index) const;
@@ -25,7 +26,9 @@ class ParameterTable {
 
     /// Whether the entry changed since the host read it last.
     bool Unread(int index) const { return m_Unread.test(static_cast<std::size_t>(index)); }
+    /// The host has read it.
     void MarkRead(int index) { m_Unread.reset(static_cast<std::size_t>(index)); }
+    /// The host knows nothing.
     void MarkAllUnread() { m_Unread.set(); }
 
   private:

@@ -28,7 +28,9 @@ class Cameras {
     /// A camera came back or went away: an open one hears event 9 or 8, the SDK a connect or disconnect event. A run
     /// ends. Does nothing when it was so already.
     virtual void SetPlugged(int camera, bool plugged) = 0;
+    /// Whether a camera is plugged in; false for a number that is none.
     virtual bool Plugged(int camera) const = 0;
+    /// How many cameras were added, plugged in or not.
     virtual int Count() const = 0;
 
   protected:
@@ -48,17 +50,18 @@ class Plugin {
 
 /// What the macro tells of a library. Texts live as long as it.
 struct LibraryFacts {
-    const char* interface_type_text;  ///< kind of link: "GigE"
-    const char* version_text;
-    int interface_type;  ///< CAMERA_TYPE_..., the same for all its cameras
-    std::unique_ptr<Plugin> (*make)(Cameras& cameras);
+    const char* interface_type_text;                    ///< kind of link: "GigE"
+    const char* version_text;                           ///< name and number, for the SDK's version text
+    int interface_type;                                 ///< CAMERA_TYPE_..., the same for all its cameras
+    std::unique_ptr<Plugin> (*make)(Cameras& cameras);  ///< makes the library's plug-in
 };
 
 /// Of this library; defined by ZEL_CAMERA_PLUGIN.
 extern const LibraryFacts kLibraryFacts;
 
-/// @name What the exports call
-/// @{
+// What the exports call.
+namespace detail {
+
 int GetNumCameras();
 ICameraInterface* CreateCameraInterface(int camera);
 void DestroyCameraInterface(ICameraInterface* transport);
@@ -68,7 +71,8 @@ const char* GetCameraSerialNumber(int camera);
 const char* GetCameraPortType(int camera);
 void UnloadLibrary();
 void SetConnectionEventCallback(ConnectionEventCallback callback, int context);
-/// @}
+
+}  // namespace detail
 
 }  // namespace zel::kit
 
@@ -83,33 +87,35 @@ void SetConnectionEventCallback(ConnectionEventCallback callback, int context);
     ZEL_CAMERA_PLUGIN_EXPORTS
 
 /// The exports alone, for a library that defines its kLibraryFacts by itself.
-#define ZEL_CAMERA_PLUGIN_EXPORTS                                                                                  \
-    ZEL_PLUGIN_EXPORT int ZEL_CALL get_num_cameras() { return zel::kit::GetNumCameras(); }                         \
-    ZEL_PLUGIN_EXPORT ICameraInterface* ZEL_CALL create_camera_interface(int camera, char*) {                      \
-        return zel::kit::CreateCameraInterface(camera);                                                            \
-    }                                                                                                              \
-    ZEL_PLUGIN_EXPORT void ZEL_CALL destroy_camera_interface(ICameraInterface* transport) {                        \
-        zel::kit::DestroyCameraInterface(transport);                                                               \
-    }                                                                                                              \
-    ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_interface_type_str() {                                       \
-        return zel::kit::kLibraryFacts.interface_type_text;                                                        \
-    }                                                                                                              \
-    ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_address_str(int camera, int select) {                        \
-        return zel::kit::GetCameraAddress(camera, select);                                                         \
-    }                                                                                                              \
-    ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_name(int camera) { return zel::kit::GetCameraName(camera); } \
-    ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_serial_num_str(int camera) {                                 \
-        return zel::kit::GetCameraSerialNumber(camera);                                                            \
-    }                                                                                                              \
-    ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_port_type(int camera) {                                      \
-        return zel::kit::GetCameraPortType(camera);                                                                \
-    }                                                                                                              \
-    ZEL_PLUGIN_EXPORT void ZEL_CALL lib_unload() { zel::kit::UnloadLibrary(); }                                    \
-    ZEL_PLUGIN_EXPORT void ZEL_CALL set_camera_connection_event_callback(ConnectionEventCallback callback,         \
-                                                                         int context) {                            \
-        zel::kit::SetConnectionEventCallback(callback, context);                                                   \
-    }                                                                                                              \
-    ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_version_str() { return zel::kit::kLibraryFacts.version_text; }      \
+#define ZEL_CAMERA_PLUGIN_EXPORTS                                                                             \
+    ZEL_PLUGIN_EXPORT int ZEL_CALL get_num_cameras() { return zel::kit::detail::GetNumCameras(); }            \
+    ZEL_PLUGIN_EXPORT ICameraInterface* ZEL_CALL create_camera_interface(int camera, char*) {                 \
+        return zel::kit::detail::CreateCameraInterface(camera);                                               \
+    }                                                                                                         \
+    ZEL_PLUGIN_EXPORT void ZEL_CALL destroy_camera_interface(ICameraInterface* transport) {                   \
+        zel::kit::detail::DestroyCameraInterface(transport);                                                  \
+    }                                                                                                         \
+    ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_interface_type_str() {                                  \
+        return zel::kit::kLibraryFacts.interface_type_text;                                                   \
+    }                                                                                                         \
+    ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_address_str(int camera, int select) {                   \
+        return zel::kit::detail::GetCameraAddress(camera, select);                                            \
+    }                                                                                                         \
+    ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_name(int camera) {                                      \
+        return zel::kit::detail::GetCameraName(camera);                                                       \
+    }                                                                                                         \
+    ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_serial_num_str(int camera) {                            \
+        return zel::kit::detail::GetCameraSerialNumber(camera);                                               \
+    }                                                                                                         \
+    ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_camera_port_type(int camera) {                                 \
+        return zel::kit::detail::GetCameraPortType(camera);                                                   \
+    }                                                                                                         \
+    ZEL_PLUGIN_EXPORT void ZEL_CALL lib_unload() { zel::kit::detail::UnloadLibrary(); }                       \
+    ZEL_PLUGIN_EXPORT void ZEL_CALL set_camera_connection_event_callback(ConnectionEventCallback callback,    \
+                                                                         int context) {                       \
+        zel::kit::detail::SetConnectionEventCallback(callback, context);                                      \
+    }                                                                                                         \
+    ZEL_PLUGIN_EXPORT const char* ZEL_CALL get_version_str() { return zel::kit::kLibraryFacts.version_text; } \
     static_assert(true)
 
 #endif

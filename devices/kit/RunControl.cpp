@@ -94,6 +94,7 @@ void RunControl::Open() {
     const platform::ScopedLock lock(m_Lock);
     m_Closed = false;
     m_Held = true;
+    m_Ready = false;
     m_Taken = 0;
 }
 
@@ -101,6 +102,26 @@ void RunControl::Release() {
     {
         const platform::ScopedLock lock(m_Lock);
         m_Held = false;
+    }
+    m_Changed.notify_all();
+}
+
+bool RunControl::AwaitReady() {
+    platform::ScopedLock lock(m_Lock);
+    m_Changed.wait(lock, [this]() ZEL_REQUIRES(m_Lock) { return m_Ready || m_Closed; });
+    return !m_Closed;
+}
+
+bool RunControl::AwaitRelease() {
+    platform::ScopedLock lock(m_Lock);
+    m_Changed.wait(lock, [this]() ZEL_REQUIRES(m_Lock) { return !m_Held || m_Closed; });
+    return !m_Closed;
+}
+
+void RunControl::SetReady() {
+    {
+        const platform::ScopedLock lock(m_Lock);
+        m_Ready = true;
     }
     m_Changed.notify_all();
 }
@@ -116,7 +137,7 @@ void RunControl::Close() {
 std::optional<RunControl::Ticket> RunControl::Await() {
     platform::ScopedLock lock(m_Lock);
     m_Changed.wait(lock, [this]() ZEL_REQUIRES(m_Lock) {
-        return m_Closed || (!m_Held && m_Plugged && m_Mode != Mode::kIdle && m_Taken != m_Number);
+        return m_Closed || (m_Plugged && m_Mode != Mode::kIdle && m_Taken != m_Number);
     });
     if (m_Closed) return std::nullopt;
     m_Taken = m_Number;

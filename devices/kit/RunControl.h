@@ -41,13 +41,16 @@ class RunControl {
     bool SetPlugged(bool plugged);
 
     // ---- the transport ----
-    // There is a frame thread, which has to wait for Release(); then runs are its own.
+    // There is a frame thread, which has to wait for Release(); when it is ready, runs are its own.
     void Open();
     void Release();
+    bool AwaitReady();  // false: the thread is to end
     // The frame thread is to end.
     void Close();
 
     // ---- the frame thread ----
+    bool AwaitRelease();  // false: it is to end
+    void SetReady();
     // Waits for a run that has not been taken. None: the thread is to end.
     std::optional<Ticket> Await();
     // The run is over as far as its maker is concerned: what is left of it is halted.
@@ -85,6 +88,7 @@ class RunControl {
     bool m_Plugged ZEL_GUARDED_BY(m_Lock) = true;
     bool m_Closed ZEL_GUARDED_BY(m_Lock) = true;
     bool m_Held ZEL_GUARDED_BY(m_Lock) = true;
+    bool m_Ready ZEL_GUARDED_BY(m_Lock) = false;
 };
 
 }  // namespace zel::kit

@@ -182,12 +182,12 @@ Attributes SensorAttributes(int index, const SensorSize& sensor) {
 }
 
 bool IsBasicEntry(int index) {
-    constexpr int kBasic[] = {FW_VERSION,     HW_VERSION,      HW_MODEL,        SERIAL_NUMBER,   CAMERA_NAME,
-                              CAMERA_STATE,   TRIGGER_STATE,   H_SIZE,          V_SIZE,          H_BIN,
-                              V_BIN,          H_ROI_ORIGIN,    H_ROI_PIXELS,    V_ROI_ORIGIN,    V_ROI_PIXELS,
-                              FRAME_COUNT,    CURRENT_FRAME,   SENSOR_TAPS_IDX, SENSOR_TAPS_VAL, CALC_STATE,
-                              BITS_PER_PIXEL, BYTES_PER_PIXEL, CAMERA_RESET,    HW_TRIG_SOURCE,  HW_TRIG_POLARITY,
-                              SW_TRIG,        H_RO_PIXELS,     V_RO_LINES};
+    constexpr int kBasic[] = {
+        FW_VERSION,      HW_VERSION,       HW_MODEL,     SERIAL_NUMBER,  CAMERA_NAME,     CAMERA_STATE,
+        TRIGGER_STATE,   H_SIZE,           V_SIZE,       H_BIN,          V_BIN,           H_ROI_ORIGIN,
+        H_ROI_PIXELS,    V_ROI_ORIGIN,     V_ROI_PIXELS, FRAME_COUNT,    CURRENT_FRAME,   SENSOR_TAPS_IDX,
+        SENSOR_TAPS_VAL, CLOCK_SPEED_VAL,  CALC_STATE,   BITS_PER_PIXEL, BYTES_PER_PIXEL, CAMERA_RESET,
+        HW_TRIG_SOURCE,  HW_TRIG_POLARITY, SW_TRIG,      H_RO_PIXELS,    V_RO_LINES};
     return std::ranges::find(kBasic, index) != std::end(kBasic);
 }
 

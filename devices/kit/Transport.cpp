@@ -102,7 +102,7 @@ int Transport::Launch(bool triggered) {
         return ZEL_ERROR_CAMERA_COMM_FAILURE;
     }
     m_Camera.Control().Release();
-    return ZEL_NO_ERROR;
+    return m_Camera.Control().AwaitReady() ? ZEL_NO_ERROR : ZEL_ERROR_CAMERA_COMM_FAILURE;
 }
 
 bool Transport::LaunchThread() {

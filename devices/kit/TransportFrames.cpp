@@ -13,6 +13,14 @@ namespace {
 // How often a patient camera looks for memory.
 constexpr auto kMemoryCheck = std::chrono::microseconds(250);
 
+void Prepare(BackEnd& device) {
+    try {
+        device.Prepare();
+    } catch (const std::exception&) {
+        // It shows when the run begins.
+    }
+}
+
 }  // namespace
 
 // One run.
@@ -60,10 +68,10 @@ void Transport::FrameLoop() {
     const platform::TimerResolution resolution;
     RunControl& control = m_Camera.Control();
     BackEnd& device = m_Camera.Device();
-    try {
-        device.Prepare();
-    } catch (const std::exception&) {
-        // It shows when the run begins.
+    Prepare(device);
+    if (control.AwaitRelease()) {
+        Prepare(device);  // with the settings of the run
+        control.SetReady();
     }
     while (const auto ticket = control.Await()) {
         Sink sink(*this, *ticket);

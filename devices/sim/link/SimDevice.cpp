@@ -90,13 +90,16 @@ FrameSource& SimDevice::Source() {
 
 void SimDevice::Prepare() { Source().Prepare(Now().settings, m_Settings.fill); }
 
+// A recording that is not repeated has an end.
+int SimDevice::LongestRun() const {
+    if (!m_Settings.recording || m_Settings.recording->loop) return 0;
+    return static_cast<int>(std::min<std::size_t>(m_Settings.recording->frames, INT_MAX));
+}
+
 void SimDevice::Start(kit::FrameSink& sink, const kit::Run& run) {
     Prepare();
-    // A recording that is not repeated has an end.
-    const bool ends = m_Settings.recording && !m_Settings.recording->loop;
-    std::size_t left = ends ? m_Settings.recording->frames : SIZE_MAX;
     Clock::time_point next_ready{};
-    while (left-- > 0 && (run.triggered ? sink.WaitForTrigger() : !sink.Ended())) {
+    while (run.triggered ? sink.WaitForTrigger() : !sink.Ended()) {
         FrameJob job{Now(), sink.NextNumber(), 0, {}};
         if (!Fetch(job)) return sink.Vanish();
         const bool exposed = Expose(sink, run, job, next_ready);

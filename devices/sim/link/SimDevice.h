@@ -28,6 +28,7 @@ class SimDevice final : public Firmware {
 
     kit::Description Describe() const override;
     void Prepare() override;
+    int LongestRun() const override;
     void Start(kit::FrameSink& sink, const kit::Run& run) override;
 
     const Settings& PluginSettings() const { return m_Settings; }

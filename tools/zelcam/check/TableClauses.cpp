@@ -242,10 +242,28 @@ std::string CheckCalculation(CheckedPlugin& plugin, int camera) {
     return "1 became 2";
 }
 
+// What the SDK asks for at each start.
+std::string CheckNeeded(CheckedPlugin& plugin, int camera) {
+    constexpr int kNeeded[] = {H_ROI_ORIGIN,  V_ROI_ORIGIN, H_ROI_PIXELS,    V_ROI_PIXELS,    H_BIN,       V_BIN,
+                               EXPOSURE_TIME, CALC_STATE,   SENSOR_TAPS_VAL, CLOCK_SPEED_VAL, CAMERA_STATE};
+    CameraSession session(plugin, camera);
+    session.Open();
+    for (const int index : kNeeded) ValueOf(session, index);
+    const int width = ValueOf(session, H_SIZE);
+    const int height = ValueOf(session, V_SIZE);
+    const int bits = ValueOf(session, BITS_PER_PIXEL);
+    const int bytes = ValueOf(session, BYTES_PER_PIXEL);
+    const std::string size = fmt::format("{} x {} samples of {} bits, {} bytes", width, height, bits, bytes);
+    const bool sane = width >= 1 && height >= 1 && bits >= 1 && bits <= 16 && bytes >= 1 && bytes <= 2;
+    Require(sane, "a frame is said to have " + size);
+    return size;
+}
+
 constexpr Clause kTableClauses[] = {
     {"table", "table-get", "every entry answers its value: 4 bytes, or a block of up to 32", true, CheckGet},
     {"table", "table-attributes", "every entry has an attribute record: a name, bounds in order", true,
      CheckAttributes},
+    {"table", "table-needed", "what the SDK reads at each start is there, and makes sense", true, CheckNeeded},
     {"table", "table-bad-index", "an index beyond the table is refused with exception 0x14", true, CheckBadIndex},
     {"table", "table-write", "a value that was written reads back", true, CheckWrite},
     {"table", "table-protected", "entries that may not be written refuse with 0x13 or 0x15", true, CheckProtected},

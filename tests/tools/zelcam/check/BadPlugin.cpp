@@ -105,6 +105,7 @@ class BadTransport final : public ForwardingTransport, private IZelCameraCommon 
         std::vector<unsigned char> datagram(data, data + len);
         const bool set = len == 14 && data[0] == 0 && data[3] == zel::SYNC_TABLE_CMD_SET;
         if (set && data[6] == zel::FRAME_COUNT && Fault("sequence-ignored")) datagram[10] = 0;
+        if (len == 10 && data[6] == zel::CLOCK_SPEED_VAL && Fault("clock-missing")) datagram[6] = 200;
         const std::unique_lock lock = Locked();
         if (set && data[6] == zel::SW_TRIG && Fault("trigger-twice")) Exchange(datagram);
         m_Reply.clear();

@@ -55,6 +55,7 @@ constexpr Planted kFaults[] = {
     {"exception-unsent", "table-bad-index", "no whole answer"},
     {"const-accepted", "table-protected", "answered with 0x00"},
     {"range-accepted", "table-range", "EXPOSURE_TIME (9) takes 0"},
+    {"clock-missing", "table-needed", "CLOCK_SPEED_VAL (12) can't be read"},
     {"write-ignored", "table-write", "2000 us became"},
     {"start-uncalled", "start", "0 calls of StartCommon"},
     {"start-crashes", "start", "in Start"},

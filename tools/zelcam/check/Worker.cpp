@@ -15,9 +15,9 @@ namespace {
 
 // Whole lines, from any thread.
 void TellParent(std::string words) {
-    static std::mutex s_Lock;
+    static std::mutex s_Writing;
     words = std::string("\n") + kWorkerMark + words + "\n";
-    const std::lock_guard lock(s_Lock);
+    const std::lock_guard lock(s_Writing);
     std::fwrite(words.data(), 1, words.size(), stdout);
     std::fflush(stdout);
 }

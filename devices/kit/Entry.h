@@ -27,6 +27,9 @@ struct Attributes {
     int minimum = 0;                              ///< smallest value
     int maximum = 0;                              ///< largest value
     int default_value = 0;  ///< what the entry holds when the camera is switched on; texts are stored by the back end
+
+    /// The same entry with other bounds.
+    Attributes Bounded(int least, int most, int preset) const { return {type, access, least, most, preset}; }
 };
 
 /// The value of an entry: of the alternative that its type names.

@@ -145,40 +145,28 @@ constexpr const char* kNames[] = {
 const Attributes& StandardAttributes(int index) { return kRows[static_cast<std::size_t>(index)].attributes; }
 
 Attributes SensorAttributes(int index, const SensorSize& sensor) {
-    Attributes attributes = StandardAttributes(index);
-    const auto bound = [&](int minimum, int maximum, int default_value) {
-        attributes.minimum = minimum;
-        attributes.maximum = maximum;
-        attributes.default_value = default_value;
-    };
+    const Attributes& standard = StandardAttributes(index);
+    const auto& [width, height, bits] = sensor;
     switch (index) {
         case H_SIZE:
         case H_RO_PIXELS:
-            bound(sensor.width, sensor.width, sensor.width);
-            break;
+            return standard.Bounded(width, width, width);
         case V_SIZE:
         case V_RO_LINES:
-            bound(sensor.height, sensor.height, sensor.height);
-            break;
+            return standard.Bounded(height, height, height);
         case H_ROI_ORIGIN:
-            bound(0, sensor.width - 1, 0);
-            break;
+            return standard.Bounded(0, width - 1, 0);
         case V_ROI_ORIGIN:
-            bound(0, sensor.height - 1, 0);
-            break;
+            return standard.Bounded(0, height - 1, 0);
         case H_ROI_PIXELS:
-            bound(1, sensor.width, sensor.width);
-            break;
+            return standard.Bounded(1, width, width);
         case V_ROI_PIXELS:
-            bound(1, sensor.height, sensor.height);
-            break;
+            return standard.Bounded(1, height, height);
         case BITS_PER_PIXEL:
-            bound(sensor.bits, sensor.bits, sensor.bits);
-            break;
+            return standard.Bounded(bits, bits, bits);
         default:
-            break;
+            return standard;
     }
-    return attributes;
 }
 
 bool IsBasicEntry(int index) {

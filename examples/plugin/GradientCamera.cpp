@@ -40,13 +40,10 @@ class GradientCamera final : public BackEnd {
 
     // Which entries there are, and in what range. The kit refuses every value outside.
     std::optional<Attributes> AttributesOf(int index) override {
-        Attributes attributes = SensorAttributes(index, kSensor);
+        const Attributes attributes = SensorAttributes(index, kSensor);
         switch (index) {
             case EXPOSURE_TIME:
-                attributes.minimum = 100;
-                attributes.maximum = 1000000;
-                attributes.default_value = kDefaultExposureUs;
-                return attributes;
+                return attributes.Bounded(100, 1000000, kDefaultExposureUs);
             case EXPOSURE_ACTUAL:
             case FRAME_TIME:
             case READOUT_TIME:

@@ -52,33 +52,24 @@ std::optional<kit::Attributes> Firmware::AttributesOf(int index) {
     if (index >= CCM_1_1 && !m_Model.Color()) return std::nullopt;
     const int width = static_cast<int>(m_Model.width);
     const int height = static_cast<int>(m_Model.height);
-    kit::Attributes attributes = kit::SensorAttributes(index, {width, height, m_Model.bits});
-    const auto bound = [&](int minimum, int maximum, int default_value) {
-        attributes.minimum = minimum;
-        attributes.maximum = maximum;
-        attributes.default_value = default_value;
-    };
+    const kit::Attributes attributes = kit::SensorAttributes(index, {width, height, m_Model.bits});
+    const auto constant = [&](int value) { return attributes.Bounded(value, value, value); };
+    const auto preset = [&](int value) { return attributes.Bounded(attributes.minimum, attributes.maximum, value); };
     switch (index) {
         case SENSOR_TAPS_IDX:
-            bound(0, m_Model.largest_taps_idx, m_Model.default_taps_idx);
-            break;
+            return attributes.Bounded(0, m_Model.largest_taps_idx, m_Model.default_taps_idx);
         case PIXEL_SIZE:
-            bound(m_Model.pixel_size_nm, m_Model.pixel_size_nm, m_Model.pixel_size_nm);
-            break;
+            return constant(m_Model.pixel_size_nm);
         case CFA_PHASE:
-            bound(m_Model.cfa_phase, m_Model.cfa_phase, m_Model.cfa_phase);
-            break;
+            return constant(m_Model.cfa_phase);
         case EXPOSURE_TIME:
         case EXPOSURE_ACTUAL:
-            attributes.default_value = m_Model.exposure_us;
-            break;
+            return preset(m_Model.exposure_us);
         case VGA_GAIN:
-            attributes.default_value = m_Model.gain;
-            break;
+            return preset(m_Model.gain);
         default:
-            break;
+            return attributes;
     }
-    return attributes;
 }
 
 // Entries whose value depends on the time.

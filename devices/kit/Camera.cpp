@@ -10,7 +10,12 @@ Camera::Camera(std::unique_ptr<BackEnd> back_end)
 
 void Camera::WakeUp() {
     if (!m_PowerLost.exchange(false)) return;
-    m_Conversation.PowerOn();
+    try {
+        m_Conversation.PowerOn();
+    } catch (...) {
+        m_PowerLost = true;
+        throw;
+    }
     const ParameterTable& table = m_Conversation.Table();
     m_FrameBytes =
         std::uint64_t{2} * static_cast<unsigned>(table.Number(H_SIZE)) * static_cast<unsigned>(table.Number(V_SIZE));

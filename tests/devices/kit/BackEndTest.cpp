@@ -19,6 +19,10 @@ class Device final : public BackEnd {
   public:
     Description Describe() const override { return {std::string(200, 'n'), "1", "none", {}}; }
     int Connect() override { return m_ConnectCode; }
+    void PowerOn(ParameterTable& table) override {
+        if (m_Throw) throw std::runtime_error("the camera is on fire");
+        table.Store(SERIAL_NUMBER, "1");
+    }
     std::optional<Attributes> AttributesOf(int index) override {
         return IsBasicEntry(index) || index == EXPOSURE_TIME || index == CCM_1_1
                    ? std::optional(SensorAttributes(index, kSensor))
@@ -81,7 +85,11 @@ class KitBackEnd : public testing::Test {
 }  // namespace
 
 TEST_F(KitBackEnd, WhatItThrowsIsARefusalAndTheCameraGoesOn) {
+    m_Device->m_Throw = true;
+    EXPECT_EQ(m_Transport->Connect(), ZEL_ERROR_CAMERA_COMM_FAILURE);
+    m_Device->m_Throw = false;
     ASSERT_EQ(m_Transport->Connect(), 0);
+    EXPECT_EQ(m_Host->GetText(SERIAL_NUMBER), "1") << "it is switched on again after it failed";
     int exposure = 0;
     m_Device->m_Throw = true;
     EXPECT_EQ(m_Host->Set(EXPOSURE_TIME, 5000), kExceptionChange);

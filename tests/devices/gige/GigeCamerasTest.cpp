@@ -83,8 +83,9 @@ class GigeCameras : public testing::Test {
             more.insert(more.end(), {"--address", "127.0.0." + end, "--serial", serial});
             s_Fakes[end] = std::make_unique<FakeCamera>(std::move(more));
         };
+        // Its frames are small: on a busy machine the receive buffer holds seconds of them.
         add("1", "PLAIN",
-            {"--replace", kMono, "--replace",
+            {"--size", "64x48", "--replace", kMono, "--replace",
              "</RegisterDescription>=><Float Name=\"DeviceTemperature\"><Value>31.54</Value></Float>"
              "</RegisterDescription>"});
         add("2", "LOSSY", {"--replace", kMono, "--size", "320x240", "--lost", "5"});

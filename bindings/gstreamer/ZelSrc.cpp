@@ -31,6 +31,7 @@ struct State {
     bool scale = true;
     GstVideoInfo format;
     Picture negotiated;
+    GstClockTime last = GST_CLOCK_TIME_NONE;  // time stamp of the frame before
 };
 
 struct ZelSrc {
@@ -125,6 +126,7 @@ gboolean Start(GstBaseSrc* base) {
         }
         state.scale = settings.scale;
         state.negotiated = {};
+        state.last = GST_CLOCK_TIME_NONE;
         state.source.Open(settings);
         return TRUE;
     });
@@ -251,6 +253,14 @@ GstClockTime ArrivalOf(GstElement* element, const Frame& frame) {
     return now > before ? now - before : 0;
 }
 
+// Arrivals are told in milliseconds, so that frames close together might seem to come in another order. A clock that
+// was set back further is followed.
+GstClockTime Behind(GstClockTime before, GstClockTime arrival) {
+    constexpr GstClockTime kCoarse = 10 * GST_MSECOND;
+    const bool both = GST_CLOCK_TIME_IS_VALID(before) && GST_CLOCK_TIME_IS_VALID(arrival);
+    return both && arrival <= before && before - arrival < kCoarse ? before + 1 : arrival;
+}
+
 // The frame as a buffer: its own memory where that fits and enough of the camera's is left, else a copy.
 GstFlowReturn BufferOf(GstBaseSrc* base, Frame frame, GstBuffer** buffer) {
     const State& state = StateOf(base);
@@ -296,7 +306,8 @@ GstFlowReturn Create(GstPushSrc* push, GstBuffer** out) {
     return Guard(push, GST_FLOW_ERROR, PostError, [&] {
         Taken taken;
         if (const GstFlowReturn flow = TakeFrame(base, taken); flow != GST_FLOW_OK) return flow;
-        const GstClockTime arrival = ArrivalOf(element, taken.frame);
+        const GstClockTime arrival = Behind(state.last, ArrivalOf(element, taken.frame));
+        state.last = arrival;
         const Picture picture = state.source.CurrentPicture();
         if (picture != state.negotiated) {
             if (!gst_base_src_negotiate(base)) return GST_FLOW_NOT_NEGOTIATED;

@@ -18,16 +18,10 @@ Bus::~Bus() {
     if (m_Reporter.joinable()) m_Reporter.join();
 }
 
-bool Bus::HasTransports() {
-    const platform::ScopedLock lock(m_Lock);
-    return std::ranges::any_of(m_Slots, [](const Slot& slot) { return slot.transport != nullptr; });
-}
-
 bool Bus::ShutDown() {
-    const bool used = HasTransports();
     platform::ScopedLock lock(m_Lock);
     m_Callback = nullptr;
-    if (used) return false;
+    if (std::ranges::any_of(m_Slots, [](const Slot& slot) { return slot.transport != nullptr; })) return false;
     // Reports that nobody hears are over soon; an event that is under way may be what asks.
     m_ReportsDone.wait(lock, [this]() ZEL_REQUIRES(m_Lock) { return !m_Reporting || m_InEvent; });
     return !m_Reporting;

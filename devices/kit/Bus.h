@@ -46,7 +46,6 @@ class Bus final : public Cameras {
     // No events until a callback is set again. Transports live on until they are destroyed. True when nothing is left
     // that needs the bus.
     bool ShutDown();
-    bool HasTransports();
 
     // The same transport until it is destroyed; null without such a camera or while it is unplugged.
     ICameraInterface* CreateTransport(int camera);

@@ -76,7 +76,6 @@ class Camera {
     // One exchange, in which nobody else talks to the camera.
     virtual Answer Exchange(std::span<const std::uint8_t> datagram) ZEL_REQUIRES(m_TalkLock);
     Conversation& Talk() ZEL_REQUIRES(m_TalkLock) { return m_Conversation; }
-    platform::Mutex& TalkLock() ZEL_RETURNS_LOCK(m_TalkLock) { return m_TalkLock; }
     // Switches a camera on that lost its power meanwhile.
     void WakeUp() ZEL_REQUIRES(m_TalkLock);
 

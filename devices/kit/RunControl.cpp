@@ -154,11 +154,6 @@ bool RunControl::Ended(const Ticket& ticket) {
     return Over(ticket);
 }
 
-bool RunControl::Forgotten(const Ticket& ticket) {
-    const platform::ScopedLock lock(m_Lock);
-    return Lost(ticket);
-}
-
 bool RunControl::Count(const Ticket& ticket) {
     {
         const platform::ScopedLock lock(m_Lock);

@@ -56,14 +56,12 @@ class RunControl {
     // The run is over as far as its maker is concerned: what is left of it is halted.
     void Finish(const Ticket& ticket);
     bool Ended(const Ticket& ticket);
-    // As Ended, but the last frame of a sequence is still wanted when all of them are taken.
-    bool Forgotten(const Ticket& ticket);
     // A frame was taken; the last one of a sequence ends the run. False when it had ended before.
     bool Count(const Ticket& ticket);
     // False when the run ended first.
     bool WaitUntil(const Ticket& ticket, Clock::time_point time);
     bool TakeTrigger(const Ticket& ticket);
-    // As WaitUntil, for a frame that is the last one.
+    // As WaitUntil, but the last frame of a sequence is still wanted when all of them are taken.
     bool WaitForMemory(const Ticket& ticket, Clock::duration time);
 
   private:

@@ -112,41 +112,41 @@ void SimCamera::ClearFaults() {
 }
 
 void SimCamera::SetCalcDelay(int milliseconds) {
-    const platform::ScopedLock lock(TalkLock());
+    const platform::ScopedLock lock(m_TalkLock);
     m_Device.SetCalcDelay(milliseconds);
 }
 
 void SimCamera::SetFlashTimes(const FlashTimes& times) {
-    const platform::ScopedLock lock(TalkLock());
+    const platform::ScopedLock lock(m_TalkLock);
     m_Device.SetFlashTimes(times);
 }
 
 void SimCamera::SetCalcNeverEnds(bool never) {
-    const platform::ScopedLock lock(TalkLock());
+    const platform::ScopedLock lock(m_TalkLock);
     m_Device.SetCalcNeverEnds(never);
 }
 
 bool SimCamera::HardwareTrigger(TriggerEdge edge) {
-    const platform::ScopedLock lock(TalkLock());
+    const platform::ScopedLock lock(m_TalkLock);
     const kit::Conversation& talk = Talk();
     if (edge != TriggerEdge::kActive && (edge == TriggerEdge::kFalling) != talk.ActiveLow()) return false;
     return Plugged() && talk.HardwareTriggered() && Control().AddTrigger();
 }
 
 std::string SimCamera::Log(std::size_t last) {
-    const platform::ScopedLock lock(TalkLock());
+    const platform::ScopedLock lock(m_TalkLock);
     std::string text;
     for (std::size_t i = m_Log.size() - std::min(last, m_Log.size()); i < m_Log.size(); ++i) text += m_Log[i] + '\n';
     return text;
 }
 
 void SimCamera::ClearLog() {
-    const platform::ScopedLock lock(TalkLock());
+    const platform::ScopedLock lock(m_TalkLock);
     m_Log.clear();
 }
 
 std::uint64_t SimCamera::Exchanges() {
-    const platform::ScopedLock lock(TalkLock());
+    const platform::ScopedLock lock(m_TalkLock);
     return m_Exchanges;
 }
 

@@ -31,7 +31,6 @@ class SimDevice final : public Firmware {
     int LongestRun() const override;
     void Start(kit::FrameSink& sink, const kit::Run& run) override;
 
-    const Settings& PluginSettings() const { return m_Settings; }
     Faults& Script() { return m_Faults; }
 
   private:

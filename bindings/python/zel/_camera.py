@@ -4,6 +4,7 @@ from __future__ import annotations
 import datetime
 import math
 import operator
+import threading
 from types import TracebackType
 from typing import Any, Callable, Optional, Tuple, Type, TypeVar, Union
 
@@ -55,6 +56,7 @@ class Camera:
         self._trigger: Optional[str] = None
         self._averaged = 1
         self._handles_frames = False
+        self._being_recorded = threading.Lock()
 
     # ---- what it is ----
 

@@ -107,6 +107,8 @@ def record(camera: Camera, path: Path, frames: Optional[int], seconds: Optional[
                              every=_count("every", every), split_frames=_count("split_frames", split_frames),
                              pixel_um=_positive("pixel_size", pixel_size), averaged=camera._averaged,
                              timeout=_positive("timeout", timeout), overwrite=bool(overwrite), force=bool(force))
+    if not camera._being_recorded.acquire(blocking=False):
+        raise Refused(f"{camera.label} can't be recorded", "another thread records it", "wait for that one")
     try:
         _record(camera, run, progress)
         summary = _summary_of(run)
@@ -114,6 +116,8 @@ def record(camera: Camera, path: Path, frames: Optional[int], seconds: Optional[
     except BaseException as error:
         error.add_note(_note(_summary_of(run)))
         raise
+    finally:
+        camera._being_recorded.release()
     if summary.complete or allow_loss:
         return summary
     lost = FramesLost(f"{summary.lost.total} frames went missing between those recorded",

@@ -253,6 +253,8 @@ class Recording:
         Frames are chosen by a whole number, a slice, a list or an array of indices or booleans, rows and columns
         by whole numbers and slices; the rules are NumPy's. The result has a copy of the samples, uint16.
         """
+        if type(key) is int:
+            return self._read(self._index_of(key), self._picture())
         first, rest = _split_key(key)
         if not isinstance(first, slice) and numpy.ndim(first) == 0:
             return self._read(self._index_of(first), self._picture())[rest]

@@ -148,6 +148,8 @@ def test_options_of_a_recording(camera, tmp_path):
     told = []
 
     def progress(status):
+        with pytest.raises(zel.Refused, match="another thread"):
+            camera.record(tmp_path / "second", 1)
         told.append(status)
         if status.frames >= 5:
             camera.interrupt()

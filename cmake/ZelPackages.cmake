@@ -83,15 +83,17 @@ them over networks and look at them."
 endif()
 if(TARGET zel_python)
     list(APPEND CPACK_COMPONENTS_ALL python3-zel)
-    # The module is compiled for one version of Python; its dependency says so as dh_python3 does.
-    math(EXPR next_minor "${Python_VERSION_MINOR} + 1")
+    # The module is compiled for one version of Python, which its file name tells; dh_python3 would write the same.
+    get_target_property(suffix zel_python SUFFIX)
+    string(REGEX REPLACE "^.cpython-3([0-9]+)-.*" "\\1" minor ${suffix})
+    math(EXPR next_minor "${minor} + 1")
     zel_debian_package(python3-zel python "scientific cameras - Python package
 ${about}
 .
 This package has the Python package zel, whose frames are NumPy arrays, and
 examples."
         SHLIBDEPS ON
-        DEPENDS "libzel-sdk ${own_version}, python3 (<< 3.${next_minor}), python3 (>= 3.${Python_VERSION_MINOR}~), \
+        DEPENDS "libzel-sdk ${own_version}, python3 (<< 3.${next_minor}), python3 (>= 3.${minor}~), \
 python3-numpy (>= 1:1.24)"
         SUGGESTS "python3-matplotlib, libzel-sdk-gige")
     set(CPACK_DEBIAN_PYTHON3-ZEL_PACKAGE_CONTROL_EXTRA

@@ -1,13 +1,15 @@
 """Builds the Python package, with the SDK's libraries inside.
 
-The compiled module needs the C++ of the tree that this folder lies in: CMake builds it there, in build/python, with the
-SDK's library and plug-ins, which go into the folder zel/lib of the package. ZEL_BUILD_DIR names a folder that the tree
-is built in already (build/linux, from the root of the tree); what is there is not compiled again.
+The compiled module needs the C++ of the tree that this folder lies in: CMake builds it there, in
+build/python, with the SDK's library and plug-ins, which go into the folder zel/lib of the package.
+ZEL_BUILD_DIR names a folder that the tree is built in already (build/linux, from the root of the tree);
+what is there is not compiled again.
 """
 
 import os
 import re
 import shlex
+import shutil
 import subprocess
 import sys
 import sysconfig
@@ -22,13 +24,15 @@ from setuptools.errors import ExecError, SetupError
 HERE = Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
 BUILD = ROOT / "build" / "python"
+PACKAGES = f"what is needed is installed by {ROOT}/scripts/setup.sh build"
 
 
 def version() -> str:
     """The version of the SDK, from the tree's CMakeLists.txt."""
-    found = re.search(r"project\(ZelCameraSDK VERSION ([0-9.]+)", (ROOT / "CMakeLists.txt").read_text("utf-8"))
+    project = ROOT / "CMakeLists.txt"
+    found = re.search(r"project\(ZelCameraSDK VERSION ([0-9.]+)", project.read_text("utf-8"))
     if not found:
-        raise SetupError(f"{ROOT / 'CMakeLists.txt'} has no version of the project")
+        raise SetupError(f"{project} has no version of the project")
     return found.group(1)
 
 
@@ -39,7 +43,7 @@ def run(*command: str | Path) -> str:
     try:
         done = subprocess.run(words, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
     except FileNotFoundError as error:
-        raise ExecError(f"{words[0]} is missing; Debian's packages for building: {ROOT}/scripts/setup.sh") from error
+        raise ExecError(f"{words[0]} is missing; {PACKAGES}") from error
     if done.returncode != 0:
         raise ExecError(f"{shlex.join(words)} failed:\n{done.stdout[-6000:]}")
     return done.stdout
@@ -50,8 +54,8 @@ class BuildWithCMake(build_ext):
 
     def run(self) -> None:
         if self.editable_mode or self.inplace:
-            raise SetupError("zel can't be installed to be edited; put the build folder into PYTHONPATH instead: "
-                             "PYTHONPATH=build/linux/bin/python")
+            raise SetupError("zel can't be installed to be edited; put the build folder into PYTHONPATH "
+                             "instead, as PYTHONPATH=build/linux/bin/python")
         folder = self.built_before() or self.configured()
         run("cmake", "--build", folder, "--target", "zel_python_wheel")
         library = Path(self.build_lib).resolve()
@@ -73,12 +77,12 @@ class BuildWithCMake(build_ext):
     def configured(self) -> Path:
         """A build folder for the package alone."""
         folder = BUILD / "cmake"
-        said = run("cmake", "-S", ROOT, "-B", folder, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release", "-DZEL_BATCHES=ON",
-                   "-DBUILD_TESTING=OFF", "-DZEL_GSTREAMER=OFF", "-DZEL_PYTHON_PACKAGE=ON",
-                   f"-DZEL_PYTHON_EXECUTABLE={sys.executable}")
+        said = run("cmake", "-S", ROOT, "-B", folder, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release",
+                   "-DZEL_BATCHES=ON", "-DBUILD_TESTING=OFF", "-DZEL_GSTREAMER=OFF",
+                   "-DZEL_PYTHON_PACKAGE=ON", f"-DZEL_PYTHON_EXECUTABLE={sys.executable}")
         without = re.search(r"Without the Python package zel: (.*)", said)
         if without:
-            raise SetupError(f"{without.group(1)}; Debian's packages for building: {ROOT}/scripts/setup.sh")
+            raise SetupError(f"{without.group(1)}; {PACKAGES}")
         return folder
 
 
@@ -86,11 +90,12 @@ class NoSourceArchive(sdist):
     """The sources of the module are the whole tree's."""
 
     def run(self) -> NoReturn:
-        raise SetupError("zel has no source archive of its own: its C++ is that of the whole tree. Build a wheel "
-                         "(pip wheel . --no-build-isolation --no-deps), or hand on the tree")
+        raise SetupError("zel has no source archive of its own: its C++ is that of the whole tree. Build a "
+                         "wheel (pip wheel . --no-build-isolation --no-deps), or hand on the tree")
 
 
-# What setuptools leaves behind lies in the tree's build folder.
+# What setuptools leaves behind lies in the tree's build folder, and does not go into the next wheel.
+shutil.rmtree(BUILD / "setuptools", ignore_errors=True)
 BUILD.mkdir(parents=True, exist_ok=True)
 setup(
     version=version(),

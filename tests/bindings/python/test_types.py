@@ -24,7 +24,7 @@ CONFIGURATION = str(SOURCES / "pyproject.toml")
 UNITS = {"timeout": "second", "exposure": "second", "frame_time": "second", "arrival": "second",
          "hand_over": "second", "temperature": "degrees Celsius", "sensor_size": "pixel", "roi": "pixel",
          "width": "pixel|column", "height": "pixel|row", "nbytes": "byte"}
-SHAPE = r"\((\w+, )*h, w(, \w+)*\)"
+SHAPE = r"\((\w+, )*h(eight)?, w(idth)?(, \w+)*\)"
 
 
 def checked(*module: str) -> str:
@@ -79,6 +79,8 @@ def public_names() -> Iterator[Public]:
                 yield function(node.name, zel, node)
                 continue
             yield Public(node.name, owner.__doc__ or "", set(), "")
+            if hasattr(owner, "__members__"):
+                continue  # an enumeration, whose members have no docstrings of their own
             for member, behind in zip(node.body, [*node.body[1:], ast.Pass()]):
                 if isinstance(member, ast.FunctionDef) and not member.name.startswith("_"):
                     yield function(f"{node.name}.{member.name}", owner, member)

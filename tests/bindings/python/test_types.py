@@ -24,7 +24,7 @@ CONFIGURATION = str(SOURCES / "pyproject.toml")
 UNITS = {"timeout": "second", "exposure": "second", "frame_time": "second", "arrival": "second",
          "hand_over": "second", "temperature": "degrees Celsius", "sensor_size": "pixel", "roi": "pixel",
          "width": "pixel|column", "height": "pixel|row", "nbytes": "byte"}
-SHAPE = r"\((\w+, )*h(eight)?, w(idth)?(, \w+)*\)"
+SHAPE = r"\((\w+, )*h(eight)?, w(idth)?(, \w+)*\)|\(\w+,\)"
 
 
 def checked(*module: str) -> str:
@@ -60,39 +60,47 @@ class Public(NamedTuple):
     answer: str
 
 
+def declared(owner: object, node: ast.stmt, behind: ast.stmt) -> Public:
+    """The function, property or field that a statement declares; a field is described by the text behind."""
+    quantities, answer = set(), ""
+    if isinstance(node, ast.FunctionDef):
+        name = node.name
+        quantities = {argument.arg for argument in node.args.args + node.args.kwonlyargs}
+        answer = ast.unparse(node.returns) if node.returns else ""
+    else:
+        name = ast.unparse(node).partition("=")[0].partition(":")[0].strip()
+    if isinstance(node, ast.AnnAssign):
+        doc = ast.literal_eval(behind.value) if isinstance(behind, ast.Expr) else ""
+    else:
+        doc = getattr(owner, name).__doc__
+    return Public(f"{getattr(owner, '__name__')}.{name}", doc or "", quantities | {name}, answer)
+
+
 def public_names() -> Iterator[Public]:
     """The classes and functions of zel, their methods, properties and fields."""
-    def function(name: str, owner: object, node: ast.FunctionDef) -> Public:
-        arguments = {argument.arg for argument in node.args.args + node.args.kwonlyargs}
-        answer = ast.unparse(node.returns) if node.returns else ""
-        return Public(name, getattr(owner, node.name).__doc__ or "", {node.name} | arguments, answer)
-
     for path in sorted((SOURCES / "zel").glob("_[a-z]*.py*")):
         module = importlib.import_module(f"zel.{path.stem}")
         for node in ast.parse(path.read_text()).body:
-            if not isinstance(node, (ast.ClassDef, ast.FunctionDef)) or node.name not in zel.__all__:
+            name = getattr(node, "name", "")
+            if name not in zel.__all__ or getattr(zel, name) is not getattr(module, name):
                 continue
-            owner = getattr(zel, node.name)
-            if owner is not getattr(module, node.name):
-                continue  # of the same name, made comfortable by another file
             if isinstance(node, ast.FunctionDef):
-                yield function(node.name, zel, node)
-                continue
-            yield Public(node.name, owner.__doc__ or "", set(), "")
-            if hasattr(owner, "__members__"):
-                continue  # an enumeration, whose members have no docstrings of their own
-            for member, behind in zip(node.body, [*node.body[1:], ast.Pass()]):
-                if isinstance(member, ast.FunctionDef) and not member.name.startswith("_"):
-                    yield function(f"{node.name}.{member.name}", owner, member)
-                elif isinstance(member, ast.AnnAssign) and "ClassVar" not in ast.unparse(member.annotation):
-                    field = ast.unparse(member.target)
-                    text = str(ast.literal_eval(behind.value)) if isinstance(behind, ast.Expr) else ""
-                    yield Public(f"{node.name}.{field}", text, {field}, ast.unparse(member.annotation))
+                yield declared(zel, node, node)
+            if isinstance(node, ast.ClassDef):
+                owner = getattr(zel, name)
+                yield Public(f"zel.{name}", owner.__doc__ or "", set(), "")
+                # Members of an enumeration have no docstrings of their own.
+                members = [] if hasattr(owner, "__members__") else node.body
+                for member, behind in zip(members, [*members[1:], ast.Pass()]):
+                    if isinstance(member, (ast.FunctionDef, ast.Assign, ast.AnnAssign)):
+                        public = declared(owner, member, behind)
+                        if "._" not in public.name:
+                            yield public
 
 
 def test_every_public_name_says_what_it_is_in_which_unit_and_shape() -> None:
     names = list(public_names())
-    assert {name.name for name in names} >= set(zel.__all__)
+    assert {name.name for name in names} >= {f"zel.{name}" for name in zel.__all__}
     without = [f"{name.name}: no docstring" for name in names if not name.doc.strip()]
     without += [f"{name.name}: the unit of {quantity} ({UNITS[quantity]})" for name in names
                 for quantity in sorted(name.quantities & set(UNITS))

@@ -15,7 +15,7 @@ from ._params import Params
 from ._record import RecordingProgress, RecordingSummary, record
 from ._recording import Path
 from ._stream import FrameStream
-from ._types import Binning, CameraEvent, CameraInfo, Drops, Region
+from ._types import Binning, CameraEvent, CameraInfo, Drops, Region, Setting
 
 FrameHandler = TypeVar("FrameHandler", bound=Callable[[Frame], Any])
 EventHandler = TypeVar("EventHandler", bound=Callable[[CameraEvent], Any])
@@ -107,13 +107,11 @@ class Camera:
 
     # ---- settings ----
 
-    @property
-    def exposure(self) -> float:
+    def _get_exposure(self) -> float:
         """Exposure time in seconds. Set a number or a timedelta; it is rounded to whole microseconds and checked."""
         return self._number("EXPOSURE_TIME_US") / 1e6
 
-    @exposure.setter
-    def exposure(self, seconds: Union[float, datetime.timedelta]) -> None:
+    def _set_exposure(self, seconds: Union[float, datetime.timedelta]) -> None:
         if isinstance(seconds, datetime.timedelta):
             seconds = seconds.total_seconds()
         try:
@@ -123,6 +121,8 @@ class Camera:
         if not finite:
             raise InvalidArgument(f"exposure: {seconds!r}", "not a time", "give seconds: 0.02")
         self._params["EXPOSURE_TIME_US"].set(round(seconds * 1e6))
+
+    exposure = Setting(_get_exposure, _set_exposure)
 
     @property
     def gain(self) -> int:
@@ -151,32 +151,32 @@ class Camera:
     def buffers(self, count: int) -> None:
         self._params["NUM_IMAGE_BUFFERS"].set(count)
 
-    @property
-    def roi(self) -> Region:
+    def _get_roi(self) -> Region:
         """Region(x, y, width, height) that frames show from the next start on, in sensor pixels.
 
         Set four numbers; None: the whole sensor.
         """
         return Region(*self._params["ROI_BIN"].value[:4])
 
-    @roi.setter
-    def roi(self, region: Optional[Tuple[int, int, int, int]]) -> None:
+    def _set_roi(self, region: Optional[Tuple[int, int, int, int]]) -> None:
         if region is None:
             region = (0, 0, *self.sensor_size)
         x, y, width, height = _numbers("roi", region, 4)
         self._core.write_region((x, y, width, height), None)
 
-    @property
-    def binning(self) -> Binning:
+    roi = Setting(_get_roi, _set_roi)
+
+    def _get_binning(self) -> Binning:
         """Binning(x, y): so many sensor pixels become one, from the next start on. Set a pair, or one number."""
         return Binning(*self._params["ROI_BIN"].value[4:])
 
-    @binning.setter
-    def binning(self, factors: Union[int, Tuple[int, int]]) -> None:
+    def _set_binning(self, factors: Union[int, Tuple[int, int]]) -> None:
         if isinstance(factors, int):
             factors = (factors, factors)
         x, y = _numbers("binning", factors, 2)
         self._core.write_region(None, (x, y))
+
+    binning = Setting(_get_binning, _set_binning)
 
     @property
     def trigger(self) -> str:
@@ -254,11 +254,14 @@ class Camera:
         return self._core.wait(timeout, False, False)  # type: ignore[return-value]
 
     def newest(self, timeout: Optional[float] = None) -> Frame:
-        """As wait(), the newest frame that waits; older ones are passed over and counted."""
+        """As wait(), the newest frame that waits; older ones are passed over and counted. timeout: seconds."""
         return self._core.wait(timeout, True, False)  # type: ignore[return-value]
 
     def snap(self, timeout: Optional[float] = None) -> Frame:
-        """One frame; the camera is started (and triggered) and stopped for it when it is not running."""
+        """One frame; the camera is started (and triggered) and stopped for it when it is not running.
+
+        timeout: seconds, as for wait().
+        """
         if self.running:
             return self.wait(timeout)
         self.start()

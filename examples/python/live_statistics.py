@@ -9,7 +9,6 @@ from __future__ import annotations
 
 import argparse
 import sys
-import time
 
 import numpy as np
 
@@ -36,16 +35,16 @@ def show(camera: zel.Camera, frame: zel.Frame, rate: float) -> None:
 
 def run(camera: zel.Camera, interval: float, lines: int | None) -> int:
     """Shows frames until `lines` are printed or Ctrl-C is pressed; answers how many lines there were."""
-    shown, before = 0, None
-    next_line = time.monotonic()
+    shown = 0
+    before: tuple[int, float] | None = None
     try:
         for frame in camera.stream(newest=True):
-            if frame.arrival >= next_line:
+            now = (frame.number, frame.arrival)
+            before = before or now
+            if now[1] - before[1] >= interval and now[0] > before[0]:
                 # Frames are numbered by the camera, so the rate counts those too that nobody looked at.
-                rate = 0.0 if before is None else (frame.number - before[0]) / (frame.arrival - before[1])
-                show(camera, frame, rate)
-                before = (frame.number, frame.arrival)
-                next_line = frame.arrival + interval
+                show(camera, frame, (now[0] - before[0]) / (now[1] - before[1]))
+                before = now
                 shown += 1
                 if shown == lines:
                     break

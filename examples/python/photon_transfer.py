@@ -106,7 +106,9 @@ def measure(camera: zel.Camera, points: int, wait_for_cap: bool) -> Curve:
     if wait_for_cap:
         input("uncover it, then press Enter ")
     longest = full_scale_exposure(camera, dark_mean)
-    exposures = np.linspace(0.02, 1.1, points) * longest
+    # A third close to the dark, where the read noise goes over into shot noise; the last one beyond full scale.
+    low = points // 3
+    exposures = np.concatenate([np.geomspace(0.0003, 0.03, low), np.linspace(0.1, 1.08, points - low)]) * longest
     pairs = []
     for exposure in exposures:
         pairs.append(take_pair(camera, float(exposure)))
@@ -142,7 +144,7 @@ def plot(curve: Curve, result: Result, title: str, path: str) -> None:
 
     signal = np.geomspace(0.2, curve.means.max() / result.gain, 200)
     rounding = np.sqrt(ROUNDING) / result.gain
-    right.loglog(signal, np.sqrt(result.read_noise**2 + rounding**2 + signal), color="tab:orange", label="model: all three")
+    right.loglog(signal, np.sqrt(result.read_noise**2 + rounding**2 + signal), color="tab:orange", label="read noise, shot noise and rounding")
     right.loglog(signal, np.sqrt(signal), "--", color="tab:green", label="shot noise")
     right.axhline(result.read_noise, linestyle=":", color="tab:red", label=f"read noise {result.read_noise:.2f} e⁻")
     right.loglog(curve.means / result.gain, np.sqrt(curve.variances) / result.gain, "o", color="tab:blue", label="measured")

@@ -42,7 +42,10 @@ def main() -> None:
         camera.exposure = options.exposure
         camera.trigger = "hardware"
         print(f"waiting for {options.planes} signals", flush=True)
-        summary = camera.record(options.file, frames=options.planes, timeout=options.timeout)
+        try:
+            summary = camera.record(options.file, frames=options.planes, timeout=options.timeout)
+        finally:
+            camera.trigger = "internal"  # the camera keeps it
         print(summary)
 
     with zel.open_recording(options.file) as stack:

@@ -33,6 +33,7 @@ devices/sim/link:     include link platform record devices/kit devices/sim/senso
 devices/sim/plugins:  include link platform devices/kit devices/sim/link
 bindings/c:           include include/zel include/zel/detail platform util sdk/Logger
 bindings/gstreamer:   include include/zel include/zel/detail
+bindings/python/src:  include include/zel include/zel/detail
 tools/manual:
 tools/zelcam/text:        include include/zel include/zel/detail platform
 tools/zelcam/camera:      include include/zel tools/zelcam/text

@@ -1,0 +1,81 @@
+#include "bindings/python/src/Interpreter.h"
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+
+#include "bindings/python/src/Errors.h"
+
+namespace zel::python {
+
+namespace {
+
+// Never destroyed: threads may come by at the end of the program.
+struct State {
+    std::mutex mutex;
+    std::condition_variable changed;
+    int outside = 0;  // threads without the interpreter's lock
+    std::atomic<bool> used = false;
+    std::atomic<bool> over = false;
+    std::atomic<bool> forked = false;
+};
+
+State& state() {
+    static State* const all = new State;
+    return *all;
+}
+
+// How long the end of the interpreter waits for operations that don't end, such as a camera that has fallen silent.
+constexpr std::chrono::seconds kLongestEnd{25};
+
+}  // namespace
+
+Unlocked::Outside::Outside() {
+    State& all = state();
+    const std::lock_guard lock(all.mutex);
+    ++all.outside;
+}
+
+Unlocked::Outside::~Outside() {
+    State& all = state();
+    const std::lock_guard lock(all.mutex);
+    --all.outside;
+    all.changed.notify_all();
+}
+
+SharedObject share(pybind11::object object) {
+    return {new pybind11::object(std::move(object)), [](pybind11::object* shared) {
+                if (is_over()) return;
+                const pybind11::gil_scoped_acquire lock;
+                delete shared;
+            }};
+}
+
+bool is_over() { return state().over || state().forked; }
+bool is_forked() { return state().forked; }
+
+void require_sdk() {
+    if (state().forked) {
+        raise("Forked", "the SDK can't be used here", "this process was forked from one that uses it",
+              "start processes with multiprocessing.set_start_method('spawn')");
+    }
+    if (state().over) raise("Closed", "the SDK can't be used any more", "the interpreter is ending", "");
+}
+
+void note_use() { state().used = true; }
+
+void after_fork() {
+    if (state().used) state().forked = true;
+}
+
+void leave_interpreter(const std::function<void()>& close_all) {
+    State& all = state();
+    if (all.forked || all.over.exchange(true)) return;
+    const pybind11::gil_scoped_release release;
+    close_all();
+    std::unique_lock lock(all.mutex);
+    all.changed.wait_for(lock, kLongestEnd, [&] { return all.outside == 0; });
+}
+
+}  // namespace zel::python

@@ -33,10 +33,14 @@ def run(source: str, names: dict[str, Any]) -> list[dict[str, Any]]:
     """Runs a cell; answers its outputs."""
     outputs, printed = [], io.StringIO()
     tree = ast.parse(source)
-    last = tree.body.pop() if tree.body and isinstance(tree.body[-1], ast.Expr) else None
+    last = tree.body[-1] if tree.body else None
+    value = None
     with contextlib.redirect_stdout(printed):
+        if isinstance(last, ast.Expr):
+            tree.body.pop()
         exec(compile(tree, "<cell>", "exec"), names)
-        value = eval(compile(ast.Expression(last.value), "<cell>", "eval"), names) if last else None
+        if isinstance(last, ast.Expr):
+            value = eval(compile(ast.Expression(last.value), "<cell>", "eval"), names)
     if printed.getvalue():
         outputs.append({"output_type": "stream", "name": "stdout", "text": printed.getvalue().splitlines(keepends=True)})
     if value is not None:

@@ -12,6 +12,7 @@ from __future__ import annotations
 
 import argparse
 import sys
+from collections.abc import Sequence
 
 import numpy as np
 from numpy.typing import NDArray
@@ -41,7 +42,7 @@ def arguments() -> argparse.Namespace:
     return parser.parse_args()
 
 
-def simulated_corners(width: int, height: int) -> tuple[float, float, float, float]:
+def simulated_corners(width: int, height: int) -> Sequence[float]:
     """Outer edges of the patches in the simulated scene, which is 1000 units high in a frame that is wider than high."""
     unit = height / 1000
     spread = 1 + (width / height - 1) * 0.8
@@ -49,7 +50,7 @@ def simulated_corners(width: int, height: int) -> tuple[float, float, float, flo
     return (middle_x - 153 * unit, middle_y - 101 * unit, middle_x + 153 * unit, middle_y + 101 * unit)
 
 
-def patch_means(picture: Array, corners: tuple[float, float, float, float]) -> Array:
+def patch_means(picture: Array, corners: Sequence[float]) -> Array:
     """The mean color of the middle of each patch: (24, 3)."""
     left, top, right, bottom = corners
     means = []
@@ -108,7 +109,7 @@ def main() -> None:
     with zel.open(options.camera) as camera:
         if not camera.is_color:
             sys.exit(f"color_check: {camera.info.name} is no color camera")
-        corners = tuple(options.corners) if options.corners else simulated_corners(*camera.sensor_size)
+        corners = options.corners or simulated_corners(*camera.sensor_size)
         camera.exposure = 2e-3
         brightest = float(patch_means(take(camera, 1), corners)[WHITE].max())
         camera.exposure = 2e-3 * 0.7 / brightest

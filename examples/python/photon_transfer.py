@@ -19,11 +19,11 @@ import sys
 import tempfile
 from dataclasses import dataclass
 
-import matplotlib
+import matplotlib  # type: ignore[import]
 
 matplotlib.use("Agg")  # writes files, needs no screen
 
-import matplotlib.pyplot as plt  # noqa: E402
+import matplotlib.pyplot as plt  # type: ignore[import]  # noqa: E402
 import numpy as np  # noqa: E402
 from numpy.typing import NDArray  # noqa: E402
 
@@ -166,7 +166,7 @@ def main() -> None:
                 camera.gain = options.gain
             width, height = camera.sensor_size
             side = min(options.size, width, height)
-            camera.roi = ((width - side) // 2, (height - side) // 2, side, side)
+            camera.roi = zel.Region((width - side) // 2, (height - side) // 2, side, side)
             curve = measure(camera, options.points, options.cap)
             title = f"{camera.info.name}, serial number {camera.info.serial}, gain setting {camera.gain}"
     result = evaluate(curve)

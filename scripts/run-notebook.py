@@ -4,8 +4,8 @@
     scripts/run-notebook.py NOTEBOOK            compares what they print with what the notebook shows
     scripts/run-notebook.py NOTEBOOK --update   writes it into the notebook
 
-What has a decimal point counts as measured and may differ. A cell whose metadata say {"needs": MODULE} is left out where
-the module is not installed, and a line says so.
+What has a decimal point counts as measured and may differ. A cell whose metadata say {"needs": MODULE} is
+left out where the module is not installed, and a line says so.
 """
 from __future__ import annotations
 
@@ -42,7 +42,8 @@ def run(source: str, names: dict[str, Any]) -> list[dict[str, Any]]:
         if isinstance(last, ast.Expr):
             value = eval(compile(ast.Expression(last.value), "<cell>", "eval"), names)
     if printed.getvalue():
-        outputs.append({"output_type": "stream", "name": "stdout", "text": printed.getvalue().splitlines(keepends=True)})
+        outputs.append({"output_type": "stream", "name": "stdout",
+                        "text": printed.getvalue().splitlines(keepends=True)})
     if value is not None:
         outputs.append(show(value))
     return outputs
@@ -55,7 +56,8 @@ def text_of(outputs: list[dict[str, Any]]) -> str:
 
 
 def main() -> int:
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("notebook")
     parser.add_argument("--update", action="store_true")
     options = parser.parse_args()
@@ -72,8 +74,10 @@ def main() -> int:
         outputs = run("".join(cell["source"]), names)
         if options.update:
             cell["execution_count"] = ran
-            cell["outputs"] = [{**output, "execution_count": ran} if output["output_type"] == "execute_result" else output
-                               for output in outputs]
+            for output in outputs:
+                if output["output_type"] == "execute_result":
+                    output["execution_count"] = ran
+            cell["outputs"] = outputs
         elif text_of(outputs) != text_of(cell["outputs"]):
             differ += 1
             print(f"cell {ran} says\n{text_of(outputs)}\nand not\n{text_of(cell['outputs'])}")

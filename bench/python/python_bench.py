@@ -1,11 +1,11 @@
 #!/usr/bin/python3
-"""Measures the Python package beside the C++ layer and Aravis' Python bindings, in one run, and prints tables.
+"""Measures the Python package beside the C++ layer and Aravis' bindings, in one run, and prints tables.
 
     python_bench.py PROGRAMS [--repetitions N] [--dry-run]      PROGRAMS: build/linux/bin
 
-Every measurement runs in a process of its own, and the sides take turns; a figure is the median of the repetitions. What
-needs the network (a fake GigE Vision camera of Aravis) is left out where there is no private one: scripts/python-bench.sh
-makes it.
+Every measurement runs in a process of its own, and the sides take turns; a figure is the median of the
+repetitions. What needs the network (a fake GigE Vision camera of Aravis) is left out where there is no
+private one: scripts/python-bench.sh makes it.
 """
 from __future__ import annotations
 
@@ -65,7 +65,8 @@ def zel_frames(count: int, camera: str, size: str, plugins: str = "") -> Figures
         figures = per_frame(begin, count)
         copies = float(not np.shares_memory(np.asarray(frame), np.asarray(frame)))
         opened.stop()
-    return {**figures, "lost": number - first - count, "array_us": statistics.median(arrays) * 1e6, "copies": copies}
+    return {**figures, "lost": number - first - count, "array_us": statistics.median(arrays) * 1e6,
+            "copies": copies}
 
 
 def zel_drain(count: int, camera: str, size: str, plugins: str = "") -> Figures:
@@ -106,7 +107,7 @@ def aravis_frames(count: int, camera: str, size: str) -> Figures:
     Aravis, opened = aravis_camera(size)
     width, height = map(int, size.split("x"))
     stream = opened.create_stream(None, None)
-    # As large a socket as the plug-in for GigE Vision asks for: with Aravis' own the fake camera's bursts get lost.
+    # As large a socket as the GigE plug-in asks for: with Aravis' own the fake camera's bursts get lost.
     stream.set_property("socket-buffer", Aravis.GvStreamSocketBuffer.FIXED)
     stream.set_property("socket-buffer-size", min(max(2 * opened.get_payload(), 8 << 20), 64 << 20))
     for _ in range(30):
@@ -152,7 +153,8 @@ def python_sleeps(count: int, camera: str, size: str) -> Figures:
     return per_frame(begin, count)
 
 
-JOBS: list[Callable[..., Figures]] = [zel_frames, zel_drain, zel_reads, aravis_frames, aravis_reads, python_sleeps]
+JOBS: list[Callable[..., Figures]] = [zel_frames, zel_drain, zel_reads, aravis_frames, aravis_reads,
+                                      python_sleeps]
 
 
 # The run.
@@ -161,20 +163,23 @@ class Bench:
     def __init__(self, programs: str, repetitions: int, short: bool) -> None:
         self.programs, self.repetitions, self.short = os.path.abspath(programs), repetitions, short
 
-    def once(self, job: str, count: int, camera: str, size: str, plugins: str = "", **settings: str) -> Figures:
+    def once(self, job: str, count: int, camera: str, size: str, plugins: str = "",
+             **settings: str) -> Figures:
         """Runs a job in a process of its own; cpp_... is FrameLoop's."""
         if job.startswith("cpp_"):
             command = [os.path.join(self.programs, "bench", "frame_loop"), job[4:]]
         else:
             command = [sys.executable, os.path.abspath(__file__), "job", job]
-        command += [str(min(count, 5) if self.short else count), camera, size] + ([plugins] if plugins else [])
+        command += [str(5 if self.short else count), camera, size, *([plugins] if plugins else [])]
         environment = {**os.environ, **settings, "ZEL_SIM_SIZE": size,
                        "PYTHONPATH": os.path.join(self.programs, "python")}
-        done = subprocess.run(command, env=environment, stdout=subprocess.PIPE, check=True, text=True, timeout=120)
+        done = subprocess.run(command, env=environment, stdout=subprocess.PIPE, check=True, text=True,
+                              timeout=120)
         figures: Figures = json.loads(done.stdout)
         return figures
 
-    def sides(self, jobs: list[tuple[str, str, str]], count: int, size: str, **settings: str) -> list[Figures]:
+    def sides(self, jobs: list[tuple[str, str, str]], count: int, size: str,
+              **settings: str) -> list[Figures]:
         """Medians of jobs (name, camera, plug-ins) that take turns."""
         runs: list[list[Figures]] = [[] for _ in jobs]
         for _ in range(self.repetitions):
@@ -199,18 +204,20 @@ def fake_camera(programs: str, size: str, rate: float) -> Iterator[None]:
 
 def gige(bench: Bench) -> None:
     jobs = [("zel_frames", "0", "gige"), ("aravis_frames", "0", "")]
-    print("| GigE, fake camera at | | frames/s | lost | processor, ms/frame | to NumPy, µs | copies to NumPy |")
+    print("| GigE, fake camera | | frames/s | lost | processor, ms/frame | to NumPy, µs | copies to NumPy |")
     print("|---|---|---|---|---|---|---|")
-    for size, rate, count in (("512x512", 50, 150), ("512x512", 100, 300), ("2048x2048", 4, 20), ("2048x2048", 10, 30)):
+    small, large = SIZES
+    for size, rate, count in ((small, 50, 150), (small, 100, 300), (large, 4, 20), (large, 10, 30)):
         with fake_camera(bench.programs, size, rate):
             for name, side in zip(("zel", "Aravis"), bench.sides(jobs, count, size, **ALONE)):
                 print(f"| {size}, {rate} frames/s | {name} | {side['rate']:.1f} | {side['lost']:.0f} "
-                      f"| {side['process_us'] / 1000:.2f} | {side['array_us']:.1f} | {side['copies']:.0f} |", flush=True)
+                      f"| {side['process_us'] / 1000:.2f} | {side['array_us']:.1f} | {side['copies']:.0f} |",
+                      flush=True)
     with fake_camera(bench.programs, "512x512", 1):
         ours, theirs, cpp = bench.sides([("zel_reads", "0", "gige"), ("aravis_reads", "0", ""),
                                          ("cpp_reads", "0", "gige")], 300, "512x512", **ALONE)
-    print(f"\nA read of the exposure time over GigE Vision: zel {ours['read_us']:.1f} µs, C++ layer {cpp['read_us']:.1f} µs, "
-          f"Aravis {theirs['read_us']:.1f} µs.\n")
+    print(f"\nA read of the exposure time over GigE Vision: zel {ours['read_us']:.1f} µs, "
+          f"C++ layer {cpp['read_us']:.1f} µs, Aravis {theirs['read_us']:.1f} µs.\n")
 
 
 def simulated(bench: Bench) -> None:
@@ -220,20 +227,24 @@ def simulated(bench: Bench) -> None:
         jobs = [("cpp_frames", SIMULATED, ""), ("zel_frames", SIMULATED, "")]
         cpp, ours = bench.sides(jobs, count, size, ZEL_SIM_PACE="none", ZEL_SIM_FILL="static")
         print(f"| {size}, C++ layer | {cpp['rate']:.0f} | {cpp['process_us'] / 1000:.3f} | – | – |")
-        print(f"| {size}, zel | {ours['rate']:.0f} | {ours['process_us'] / 1000:.3f} | {ours['array_us']:.2f} "
-              f"| {ours['copies']:.0f} |", flush=True)
+        print(f"| {size}, zel | {ours['rate']:.0f} | {ours['process_us'] / 1000:.3f} "
+              f"| {ours['array_us']:.2f} | {ours['copies']:.0f} |", flush=True)
     print("\n| The package over the C++ layer, µs | C++ | zel | difference |\n|---|---|---|---|")
     jobs = [("cpp_frames", SIMULATED, ""), ("zel_frames", SIMULATED, ""), ("python_sleeps", SIMULATED, "")]
     # A real camera of this size sends 70 frames/s.
     cpp, ours, sleeps = bench.sides(jobs, 2000, "512x512", ZEL_SIM_PACE="14.3", ZEL_SIM_FILL="none")
-    for name, figure in (("this thread's processor time", "thread_us"), ("the program's processor time", "process_us")):
+    figures = {"this thread's processor time": "thread_us", "the program's processor time": "process_us"}
+    for name, figure in figures.items():
         print(f"| frame at {ours['rate']:.0f} frames/s, {name} | {cpp[figure]:.1f} | {ours[figure]:.1f} "
               f"| {ours[figure] - cpp[figure]:.1f} |")
-    print(f"| `time.sleep(0.001)` instead of a frame, this thread's processor time | – | {sleeps['thread_us']:.1f} | – |")
-    cpp, ours = bench.sides([("cpp_drain", SIMULATED, ""), ("zel_drain", SIMULATED, "")], 200, "512x512", **FAST)
+    print(f"| `time.sleep(0.001)` instead of a frame, this thread's processor time | – "
+          f"| {sleeps['thread_us']:.1f} | – |")
+    jobs = [("cpp_drain", SIMULATED, ""), ("zel_drain", SIMULATED, "")]
+    cpp, ours = bench.sides(jobs, 200, "512x512", **FAST)
     print(f"| frame that waits already, on the clock | {cpp['wall_us']:.2f} | {ours['wall_us']:.2f} "
           f"| {ours['wall_us'] - cpp['wall_us']:.2f} |")
-    cpp, ours = bench.sides([("cpp_reads", SIMULATED, ""), ("zel_reads", SIMULATED, "")], 20000, "512x512", **FAST)
+    jobs = [("cpp_reads", SIMULATED, ""), ("zel_reads", SIMULATED, "")]
+    cpp, ours = bench.sides(jobs, 20000, "512x512", **FAST)
     print(f"| parameter read, on the clock | {cpp['read_us']:.2f} | {ours['read_us']:.2f} "
           f"| {ours['read_us'] - cpp['read_us']:.2f} |", flush=True)
 
@@ -244,10 +255,12 @@ def main() -> None:
         called = next(function for function in JOBS if function.__name__ == job)
         print(json.dumps(called(int(count), *rest)))
         return
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("programs")
     parser.add_argument("--repetitions", type=int, default=5)
-    parser.add_argument("--network", action="store_true", help="there is a private network: measure GigE Vision, too")
+    parser.add_argument("--network", action="store_true",
+                        help="there is a private network: measure GigE Vision, too")
     parser.add_argument("--dry-run", action="store_true", help="everything once, with few frames")
     options = parser.parse_args()
     bench = Bench(options.programs, 1 if options.dry_run else options.repetitions, options.dry_run)

@@ -1,10 +1,11 @@
 #!/usr/bin/python3
-"""Compares a color camera's picture of a chart with what the chart's colors are: a table of ΔE, patch by patch.
+"""Compares a color camera's picture of a chart with the chart's colors: a table of ΔE, patch by patch.
 
-The chart here is that of the simulated camera's scene: 24 patches, known in linear light. For a chart of your own change
-PATCHES and the corners. The exposure is chosen so that the white patch is well below white; one factor, from that patch,
-then makes picture and chart equally bright. ΔE is CIEDE2000 (CIE 142-2001; formulas as in G. Sharma, W. Wu, E. N. Dalal,
-Color Research and Application 30, 2005): 1 is about what an eye can just see side by side.
+The chart here is that of the simulated camera's scene: 24 patches, known in linear light. For a chart of your
+own change PATCHES and the corners. The exposure is chosen so that the white patch is well below white; one
+factor, from that patch, then makes picture and chart equally bright. ΔE is CIEDE2000 (CIE 142-2001; formulas
+as in G. Sharma, W. Wu, E. N. Dalal, Color Research and Application 30, 2005): 1 is about what an eye can just
+see side by side.
 
     color_check.py --camera 500101 --limit 1
 """
@@ -23,27 +24,30 @@ Array = NDArray[np.float64]
 
 # Linear light: red, green, blue of the CCIR 709 primaries, row by row from the top left.
 PATCHES: Array = np.array([
-    [.170, .085, .055], [.540, .300, .215], [.110, .195, .340], [.095, .150, .050], [.230, .215, .440], [.130, .510, .400],
-    [.680, .200, .025], [.065, .105, .390], [.540, .085, .120], [.105, .045, .145], [.340, .500, .045], [.750, .360, .025],
-    [.025, .045, .300], [.060, .300, .065], [.430, .030, .040], [.800, .570, .015], [.490, .090, .300], [.015, .240, .360],
-    [.880, .880, .880], [.580, .580, .580], [.360, .360, .360], [.190, .190, .190], [.090, .090, .090], [.032, .032, .032]])
+    [.170, .085, .055], [.540, .300, .215], [.110, .195, .340], [.095, .150, .050], [.230, .215, .440],
+    [.130, .510, .400], [.680, .200, .025], [.065, .105, .390], [.540, .085, .120], [.105, .045, .145],
+    [.340, .500, .045], [.750, .360, .025], [.025, .045, .300], [.060, .300, .065], [.430, .030, .040],
+    [.800, .570, .015], [.490, .090, .300], [.015, .240, .360], [.880, .880, .880], [.580, .580, .580],
+    [.360, .360, .360], [.190, .190, .190], [.090, .090, .090], [.032, .032, .032]])
 COLUMNS, ROWS, WHITE = 6, 4, 18
 # ITU-R BT.709 to CIE XYZ with the white point D65.
 TO_XYZ: Array = np.array([[.4124, .3576, .1805], [.2126, .7152, .0722], [.0193, .1192, .9505]])
 
 
 def arguments() -> argparse.Namespace:
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--camera", default="500101", help="number or serial number (default: %(default)s)")
-    parser.add_argument("--frames", type=int, default=4, help="frames that are averaged (default: %(default)s)")
+    parser.add_argument("--frames", type=int, default=4,
+                        help="frames that are averaged (default: %(default)s)")
     parser.add_argument("--corners", type=float, nargs=4, metavar=("LEFT", "TOP", "RIGHT", "BOTTOM"),
-                        help="outer edges of the patches, in pixels (default: where the simulated chart lies)")
+                        help="outer edges of the patches, in pixels (default: where the simulated one lies)")
     parser.add_argument("--limit", type=float, help="fail when the largest ΔE is above this")
     return parser.parse_args()
 
 
 def simulated_corners(width: int, height: int) -> Sequence[float]:
-    """Outer edges of the patches in the simulated scene, which is 1000 units high in a frame that is wider than high."""
+    """Outer edges of the patches in the simulated scene, 1000 units high in a frame that is wider."""
     unit = height / 1000
     spread = 1 + (width / height - 1) * 0.8
     middle_x, middle_y = width / 2 + (222 - 500) * spread * unit, height / 2 + (840 - 500) * unit
@@ -59,7 +63,8 @@ def patch_means(picture: Array, corners: Sequence[float]) -> Array:
             center_x = left + (right - left) * (x + 0.5) / COLUMNS
             center_y = top + (bottom - top) * (y + 0.5) / ROWS
             half = 0.28 * (right - left) / COLUMNS
-            area = picture[int(center_y - half):int(center_y + half), int(center_x - half):int(center_x + half)]
+            rows = slice(int(center_y - half), int(center_y + half))
+            area = picture[rows, int(center_x - half):int(center_x + half)]
             means.append(area.reshape(-1, 3).mean(axis=0))
     return np.array(means)
 
@@ -120,8 +125,9 @@ def main() -> None:
     for number, (wanted, found, error) in enumerate(zip(lab(PATCHES), lab(seen), errors), 1):
         print(f"{number:5d} " + " ".join(f"{value:7.2f}" for value in wanted) + "          "
               + " ".join(f"{value:7.2f}" for value in found) + f"    {error:7.2f}")
-    print(f"ΔE (CIEDE2000): mean {errors.mean():.2f}, largest {errors.max():.2f} at patch {errors.argmax() + 1}")
-    if options.limit is not None and errors.max() > options.limit:
+    worst = errors.argmax()
+    print(f"ΔE (CIEDE2000): mean {errors.mean():.2f}, largest {errors[worst]:.2f} at patch {worst + 1}")
+    if options.limit is not None and errors[worst] > options.limit:
         sys.exit(f"color_check: the largest ΔE is above {options.limit}")
 
 

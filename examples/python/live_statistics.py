@@ -1,7 +1,8 @@
 #!/usr/bin/python3
-"""Statistics of a running camera, a line every second: mean, spread, extremes, frames per second, drops by cause.
+"""Statistics of a running camera, a line every second: mean, spread, extremes, rate, drops by cause.
 
-It looks at the newest frame each time, so it is never behind, however long its arithmetic takes. Ctrl-C ends it.
+It looks at the newest frame each time, so it is never behind, however long its arithmetic takes. Ctrl-C ends
+it.
 
     live_statistics.py --camera 0 --interval 0.5
 """
@@ -16,10 +17,12 @@ import zel
 
 
 def arguments() -> argparse.Namespace:
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--camera", default="0", help="number or serial number (default: %(default)s)")
     parser.add_argument("--exposure", type=float, help="exposure time in seconds")
-    parser.add_argument("--interval", type=float, default=1.0, help="seconds between lines (default: %(default)s)")
+    parser.add_argument("--interval", type=float, default=1.0,
+                        help="seconds between lines (default: %(default)s)")
     parser.add_argument("--lines", type=int, help="end after so many lines")
     return parser.parse_args()
 

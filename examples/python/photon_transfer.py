@@ -1,13 +1,14 @@
 #!/usr/bin/python3
 """Photon-transfer curve of a camera: gain, read noise, full scale.
 
-Pairs of evenly lit frames are taken at a series of exposures, and a pair at the shortest one. Half the variance of a
-pair's difference is the temporal noise alone: what stands still (vignetting, dust, pixels that differ) cancels. Shot
-noise makes the variance grow with the mean, and the slope is the gain K. The dark variance, less that of rounding to
-whole counts, is the read noise.
+Pairs of evenly lit frames are taken at a series of exposures, and a pair at the shortest one. Half the
+variance of a pair's difference is the temporal noise alone: what stands still (vignetting, dust, pixels that
+differ) cancels. Shot noise makes the variance grow with the mean, and the slope is the gain K. The dark
+variance, less that of rounding to whole counts, is the read noise.
 
-Method and names: EMVA Standard 1288, release 4.0 linear, sections on the photon transfer method, temporal dark noise
-and saturation: K from the points below 70 % of saturation, saturation where the variance is largest, rounding 1/12 DN².
+Method and names: EMVA Standard 1288, release 4.0 linear, sections on the photon transfer method, temporal
+dark noise and saturation: K from the points below 70 % of saturation, saturation where the variance is
+largest, rounding 1/12 DN².
 
     photon_transfer.py --simulate --plot photon_transfer.png
 """
@@ -34,7 +35,7 @@ ROUNDING = 1.0 / 12.0  # variance of rounding to whole counts, DN²
 
 @dataclass
 class Curve:
-    """Means (DN above dark), temporal variances (DN²) and exposures (s) of the pairs; mean and variance of the dark."""
+    """Of the pairs: exposures (s), means (DN above dark), temporal variances (DN²); dark mean, variance."""
 
     exposures: NDArray[np.float64]
     means: NDArray[np.float64]
@@ -55,19 +56,23 @@ class Result:
 
 
 def arguments() -> argparse.Namespace:
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--camera", default="500102", help="number or serial number (default: %(default)s)")
     parser.add_argument("--points", type=int, default=16, help="exposures (default: %(default)s)")
     parser.add_argument("--gain", type=int, help="amplifier gain, in the camera's steps")
-    parser.add_argument("--size", type=int, default=512, help="side of the square in the middle that is looked at")
-    parser.add_argument("--cap", action="store_true", help="wait until the lens is covered before the dark pair")
-    parser.add_argument("--simulate", action="store_true", help="let simulated cameras look at an even grey picture")
+    parser.add_argument("--size", type=int, default=512,
+                        help="side of the square in the middle that is looked at")
+    parser.add_argument("--cap", action="store_true",
+                        help="wait until the lens is covered before the dark pair")
+    parser.add_argument("--simulate", action="store_true",
+                        help="let simulated cameras look at an even grey picture")
     parser.add_argument("--plot", default="photon_transfer.png", help="the picture (default: %(default)s)")
     return parser.parse_args()
 
 
 def look_at_grey(folder: str) -> None:
-    """Puts an even picture before the simulated cameras, which read their settings when they are first looked for."""
+    """Puts an even picture before the simulated cameras; they read their settings when looked for."""
     path = os.path.join(folder, "grey.png")
     plt.imsave(path, np.full((16, 16, 3), 230, np.uint8))
     os.environ["ZEL_SIM_SCENE"] = path
@@ -106,19 +111,21 @@ def measure(camera: zel.Camera, points: int, wait_for_cap: bool) -> Curve:
     if wait_for_cap:
         input("uncover it, then press Enter ")
     longest = full_scale_exposure(camera, dark_mean)
-    # A third close to the dark, where the read noise goes over into shot noise; the last one beyond full scale.
+    # A third close to the dark, where read noise goes over into shot noise; the last one beyond full scale.
     low = points // 3
-    exposures = np.concatenate([np.geomspace(0.0003, 0.03, low), np.linspace(0.1, 1.08, points - low)]) * longest
+    shares = np.concatenate([np.geomspace(0.0003, 0.03, low), np.linspace(0.1, 1.08, points - low)])
+    exposures = shares * longest
     pairs = []
     for exposure in exposures:
-        pairs.append(take_pair(camera, float(exposure)))
-        print(f"{exposure * 1e3:9.3f} ms  mean {pairs[-1][0]:9.2f} DN  variance {pairs[-1][1]:10.2f} DN²", flush=True)
+        mean, variance = take_pair(camera, float(exposure))
+        print(f"{exposure * 1e3:9.3f} ms  mean {mean:9.2f} DN  variance {variance:10.2f} DN²", flush=True)
+        pairs.append((mean, variance))
     means, variances = np.array(pairs).T
     return Curve(exposures, means - dark_mean, variances, dark_mean, dark_variance)
 
 
 def evaluate(curve: Curve) -> Result:
-    """The line through the points below 70 % of saturation, each weighed by how well its variance is known."""
+    """The line through the points below 70 % of saturation, each weighed by how well it is known."""
     saturation = float(curve.means[np.argmax(curve.variances)])
     in_fit = curve.means <= 0.7 * saturation
     if in_fit.sum() < 4:
@@ -130,25 +137,30 @@ def evaluate(curve: Curve) -> Result:
 
 
 def plot(curve: Curve, result: Result, title: str, path: str) -> None:
-    """Left: variance against mean, with the line. Right: noise against signal in electrons, with its parts."""
+    """Left: variance against mean, with the line. Right: noise against signal in electrons, and its parts."""
     figure, (left, right) = plt.subplots(1, 2, figsize=(11.0, 4.6), layout="constrained")
     figure.suptitle(title)
     used, unused = result.in_fit, ~result.in_fit
     line = np.array([0.0, curve.means.max()])
     left.plot(line, result.gain * line, color="tab:orange", label=f"slope K = {result.gain:.4f} DN/e⁻")
-    left.plot(curve.means[used], (curve.variances - curve.dark_variance)[used], "o", color="tab:blue", label="in the fit")
-    left.plot(curve.means[unused], (curve.variances - curve.dark_variance)[unused], "o", mfc="none",
-              color="tab:blue", label="above 70 % of saturation")
+    above_dark = curve.variances - curve.dark_variance
+    left.plot(curve.means[used], above_dark[used], "o", color="tab:blue", label="in the fit")
+    left.plot(curve.means[unused], above_dark[unused], "o", mfc="none", color="tab:blue",
+              label="above 70 % of saturation")
     left.set(xlabel="mean signal above dark (DN)", ylabel="temporal variance above dark (DN²)")
     left.legend(loc="upper left")
 
     signal = np.geomspace(0.2, curve.means.max() / result.gain, 200)
     rounding = np.sqrt(ROUNDING) / result.gain
-    right.loglog(signal, np.sqrt(result.read_noise**2 + rounding**2 + signal), color="tab:orange", label="read noise, shot noise and rounding")
+    right.loglog(signal, np.sqrt(result.read_noise**2 + rounding**2 + signal), color="tab:orange",
+                 label="read noise, shot noise and rounding")
     right.loglog(signal, np.sqrt(signal), "--", color="tab:green", label="shot noise")
-    right.axhline(result.read_noise, linestyle=":", color="tab:red", label=f"read noise {result.read_noise:.2f} e⁻")
-    right.loglog(curve.means / result.gain, np.sqrt(curve.variances) / result.gain, "o", color="tab:blue", label="measured")
-    right.loglog([signal[0]], [np.sqrt(curve.dark_variance) / result.gain], "s", color="tab:blue", label="dark pair")
+    right.axhline(result.read_noise, linestyle=":", color="tab:red",
+                  label=f"read noise {result.read_noise:.2f} e⁻")
+    right.loglog(curve.means / result.gain, np.sqrt(curve.variances) / result.gain, "o", color="tab:blue",
+                 label="measured")
+    right.loglog([signal[0]], [np.sqrt(curve.dark_variance) / result.gain], "s", color="tab:blue",
+                 label="dark pair")
     right.set(xlabel="mean signal (e⁻)", ylabel="temporal noise (e⁻)", ylim=(0.3, None))
     right.legend(loc="upper left")
     for axes in (left, right):
@@ -170,7 +182,8 @@ def main() -> None:
             curve = measure(camera, options.points, options.cap)
             title = f"{camera.info.name}, serial number {camera.info.serial}, gain setting {camera.gain}"
     result = evaluate(curve)
-    print(f"gain K       {result.gain:.4f} DN/e- (standard error {result.gain_error:.4f}), {1 / result.gain:.4f} e-/DN")
+    print(f"gain K       {result.gain:.4f} DN/e- (standard error {result.gain_error:.4f}), "
+          f"{1 / result.gain:.4f} e-/DN")
     print(f"read noise   {result.read_noise:.3f} e-")
     print(f"saturation   {result.saturation:.0f} DN above dark, {result.saturation / result.gain:.0f} e-")
     print(f"dynamic range {20 * np.log10(result.saturation / result.gain / result.read_noise):.1f} dB")

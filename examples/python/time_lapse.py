@@ -1,9 +1,10 @@
 #!/usr/bin/python3
 """A picture every few seconds, for as long as one likes.
 
-Picture n is due n intervals after the first one, so the time that a picture takes does not add up. Files are numbered
-on from what is in the folder and never overwritten; `times.csv` beside them says when each was taken. A camera that is
-unplugged costs the pictures of that time: the program says so, looks for it when the next one is due, and goes on.
+Picture n is due n intervals after the first one, so the time that a picture takes does not add up. Files are
+numbered on from what is in the folder and never overwritten; `times.csv` beside them says when each was
+taken. A camera that is unplugged costs the pictures of that time: the program says so, looks for it when the
+next one is due, and goes on.
 
     time_lapse.py --interval 10 --pictures 360 --folder growth
 """
@@ -19,12 +20,14 @@ import zel
 
 
 def arguments() -> argparse.Namespace:
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--camera", default="0", help="number or serial number (default: %(default)s)")
     parser.add_argument("--exposure", type=float, default=0.02, help="seconds (default: %(default)s)")
     parser.add_argument("--interval", type=float, default=1.0, help="seconds (default: %(default)s)")
     parser.add_argument("--pictures", type=int, default=5, help="how many (default: %(default)s)")
-    parser.add_argument("--folder", type=Path, default=Path("time_lapse"), help="where to (default: %(default)s)")
+    parser.add_argument("--folder", type=Path, default=Path("time_lapse"),
+                        help="where to (default: %(default)s)")
     return parser.parse_args()
 
 
@@ -74,7 +77,8 @@ def main() -> None:
             late = time.monotonic() - start - number * options.interval
             try:
                 camera = camera or zel.open(serial)
-                print(f"{take(camera, options.exposure, options.folder)}  {late * 1e3:.0f} ms late", flush=True)
+                path = take(camera, options.exposure, options.folder)
+                print(f"{path}  {late * 1e3:.0f} ms late", flush=True)
                 taken += 1
             except (zel.LinkLost, zel.NoCamera, zel.TimeoutWithReason) as error:
                 print(f"picture {number + 1} is missing: {error}", flush=True)

@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 """A stack with one plane for each signal at the camera's trigger input, as a focus drive sends them.
 
-The planes go into an OME-TIFF file that ImageJ and napari open. A plane that is missing would shift all those behind
-it, so the frame numbers are looked at: the camera numbers its frames from 0, one for each signal. Then the program says
-which plane is sharpest.
+The planes go into an OME-TIFF file that ImageJ and napari open. A plane that is missing would shift all those
+behind it, so the frame numbers are looked at: the camera numbers its frames from 0, one for each signal. Then
+the program says which plane is sharpest.
 
 Simulated cameras get their signals from a script, here one in 100 ms, from half a second on:
 
@@ -22,17 +22,20 @@ import zel
 
 
 def arguments() -> argparse.Namespace:
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--camera", default="0", help="number or serial number (default: %(default)s)")
     parser.add_argument("--exposure", type=float, default=2e-3, help="seconds (default: %(default)s)")
-    parser.add_argument("--planes", type=int, default=10, help="how many signals will come (default: %(default)s)")
-    parser.add_argument("--timeout", type=float, default=10.0, help="longest pause between two signals, in seconds")
+    parser.add_argument("--planes", type=int, default=10,
+                        help="how many signals will come (default: %(default)s)")
+    parser.add_argument("--timeout", type=float, default=10.0,
+                        help="longest pause between two signals, in seconds")
     parser.add_argument("--file", default="stack.ome.tif", help="the stack (default: %(default)s)")
     return parser.parse_args()
 
 
 def sharpness(plane: NDArray[np.uint16]) -> float:
-    """Mean squared difference of neighbours, relative to the mean squared: largest where the picture is in focus."""
+    """Mean squared difference of neighbours over the mean squared: largest where the picture is in focus."""
     samples = plane.astype(np.float32)
     return float(np.mean(np.diff(samples, axis=1) ** 2) / np.mean(samples) ** 2)
 

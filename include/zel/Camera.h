@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -201,9 +202,14 @@ class Camera {
     /// and at the end of a sequence. Asking the camera for the reason can take longer when it is silent (up to 20 s).
     /// One thread at a time; another one may stop, interrupt or destroy the camera meanwhile.
     FrameResult wait_frame(std::chrono::milliseconds timeout, Order order = Order::every) {
+        return wait_frame(timeout, order, nullptr);
+    }
+    /// The same, interrupted also when `cancelled` answers true: it is asked on the waiting thread about 20 times a
+    /// second, for programs that look for a key or a signal. What it throws ends the wait.
+    FrameResult wait_frame(std::chrono::milliseconds timeout, Order order, const std::function<bool()>& cancelled) {
         const StatePointer state = m_State;  // stays when another thread destroys this object
         bool interrupted = false;
-        Frame frame = wait_for(state, timeout, order, interrupted);
+        Frame frame = wait_for(state, timeout, order, cancelled, interrupted);
         if (frame) return frame;
         return reason_of(state, timeout, interrupted);
     }
@@ -265,6 +271,8 @@ class Camera {
   private:
     // How often a camera that may have stopped by itself is asked whether it has.
     static constexpr std::chrono::milliseconds kStateCheck{200};
+    // How often a wait asks whether it is cancelled.
+    static constexpr std::chrono::milliseconds kCancelCheck{50};
 
     static void ZEL_CALL store_reply(const char* text, void* reply) {
         try {
@@ -359,18 +367,27 @@ class Camera {
     // A camera that stops after a number of frames need not be waited for when it has; its last frames may still be on
     // their way then.
     static Frame wait_for(const StatePointer& state, std::chrono::milliseconds timeout, Order order,
-                          bool& interrupted) {
-        if (state->run().sequence == 0) return state->next(order, timeout, interrupted);
-        const auto deadline = detail::CameraState::deadline_after(timeout);
+                          const std::function<bool()>& cancelled, bool& interrupted) {
+        const bool ends = state->run().sequence != 0;
+        if (!ends && !cancelled) return state->next(order, timeout, interrupted);
+        using Clock = detail::CameraState::Clock;
+        const Clock::time_point deadline = detail::CameraState::deadline_after(timeout);
+        Clock::time_point check = Clock::now() + kStateCheck;
         bool stopped = false;
         while (true) {
-            const auto left = deadline - std::chrono::steady_clock::now();
-            const auto check =
-                std::chrono::ceil<std::chrono::milliseconds>((std::min<decltype(left)>)(left, kStateCheck));
-            Frame frame = state->next(order, check, interrupted);
-            const bool late = std::chrono::steady_clock::now() >= deadline;
-            if (frame || stopped || late || interrupted || !state->run().running || state->link_lost()) return frame;
-            stopped = camera_stopped(state);
+            const Clock::time_point until =
+                (std::min)({deadline, check, cancelled ? Clock::now() + kCancelCheck : deadline});
+            Frame frame =
+                state->next(order, std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now()), interrupted);
+            if (frame) return frame;
+            if (cancelled && cancelled()) interrupted = true;
+            const Clock::time_point now = Clock::now();
+            const bool lost = state->link_lost() || state->lost_in_run();
+            if (interrupted || lost || now >= deadline || !state->run().running) return frame;
+            if (now < check) continue;
+            if (stopped) return frame;
+            stopped = ends && camera_stopped(state);
+            check = Clock::now() + kStateCheck;
         }
     }
 

@@ -59,6 +59,9 @@ install(TARGETS ${ZEL_LOADED_LIBRARIES} RUNTIME DESTINATION ${ZEL_PLUGIN_DIR} CO
 if(TARGET gstzel)
     install(TARGETS gstzel LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/gstreamer-1.0 COMPONENT gstreamer1.0-zel)
 endif()
+if(TARGET zel_python)
+    include(cmake/ZelPython.cmake)
+endif()
 install(TARGETS ${ZEL_TOOLS} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT zel-tools)
 if(WIN32)
     zel_version_resource(edt_camera_link "Simulated cameras, Camera Link")
@@ -111,7 +114,7 @@ install(FILES README.md CHANGELOG.md DESTINATION ${ZEL_DOC_DIR} COMPONENT libzel
 install(DIRECTORY docs DESTINATION ${ZEL_DOC_DIR} COMPONENT libzel-sdk-dev
         PATTERN CMakeLists.txt EXCLUDE PATTERN site EXCLUDE)
 install(DIRECTORY examples/ DESTINATION ${ZEL_DOC_DIR}/examples COMPONENT libzel-sdk-dev
-        PATTERN CMakeLists.txt EXCLUDE)
+        PATTERN CMakeLists.txt EXCLUDE PATTERN python EXCLUDE)
 install(FILES packaging/examples/CMakeLists.txt packaging/examples/Makefile
         DESTINATION ${ZEL_DOC_DIR}/examples COMPONENT libzel-sdk-dev)
 install(FILES packaging/examples/plugin/CMakeLists.txt DESTINATION ${ZEL_DOC_DIR}/examples/plugin

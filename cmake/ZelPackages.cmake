@@ -81,6 +81,24 @@ This package has the element zelsrc, with which pipelines record them, stream
 them over networks and look at them."
         SHLIBDEPS ON DEPENDS "libzel-sdk ${own_version}" SUGGESTS "gstreamer1.0-tools, gstreamer1.0-plugins-good")
 endif()
+if(TARGET zel_python)
+    list(APPEND CPACK_COMPONENTS_ALL python3-zel)
+    # The module is compiled for one version of Python, which its file name tells; dh_python3 would write the same.
+    get_target_property(suffix zel_python SUFFIX)
+    string(REGEX REPLACE "^.cpython-3([0-9]+)-.*" "\\1" minor ${suffix})
+    math(EXPR next_minor "${minor} + 1")
+    zel_debian_package(python3-zel python "scientific cameras - Python package
+${about}
+.
+This package has the Python package zel, whose frames are NumPy arrays, and
+examples."
+        SHLIBDEPS ON
+        DEPENDS "libzel-sdk ${own_version}, python3 (<< 3.${next_minor}), python3 (>= 3.${minor}~), \
+python3-numpy (>= 1:1.24)"
+        SUGGESTS "python3-matplotlib, libzel-sdk-gige")
+    set(CPACK_DEBIAN_PYTHON3-ZEL_PACKAGE_CONTROL_EXTRA
+        ${ZEL_PACKAGING}/debian/python3-zel/postinst ${ZEL_PACKAGING}/debian/python3-zel/prerm)
+endif()
 # Where dpkg-shlibdeps finds the library that is in no installed package.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 include(CPack)

@@ -24,6 +24,7 @@ camera:             image include link platform tapbalance util sdk/Logger
 sdk/InterfaceLibrary: camera link platform sdk sdk/Logger
 sdk:                camera include link platform util sdk/Logger sdk/InterfaceLibrary
 record:             platform
+record/camera:      include include/zel include/zel/detail platform record
 devices/kit:          include link platform
 devices/gige:         include link platform kernels devices/kit
 devices/sim/scene:    platform
@@ -33,17 +34,17 @@ devices/sim/link:     include link platform record devices/kit devices/sim/senso
 devices/sim/plugins:  include link platform devices/kit devices/sim/link
 bindings/c:           include include/zel include/zel/detail platform util sdk/Logger
 bindings/gstreamer:   include include/zel include/zel/detail
-bindings/python/src:  include include/zel include/zel/detail
+bindings/python/src:  include include/zel include/zel/detail platform record record/camera
 tools/manual:
 tools/zelcam/text:        include include/zel include/zel/detail platform
 tools/zelcam/camera:      include include/zel tools/zelcam/text
 tools/zelcam/calibration: include include/zel platform calibration tools/zelcam/text tools/zelcam/camera
 tools/zelcam/frames:      include include/zel platform util tools/zelcam/text tools/zelcam/camera
-tools/zelcam/record:      include include/zel platform record tools/zelcam/text tools/zelcam/camera tools/zelcam/frames
-tools/zelcam/view:        include include/zel platform record tools/zelcam/text tools/zelcam/camera tools/zelcam/frames tools/zelcam/record
+tools/zelcam/record:      include include/zel platform record record/camera tools/zelcam/text tools/zelcam/camera tools/zelcam/frames
+tools/zelcam/view:        include include/zel platform record record/camera tools/zelcam/text tools/zelcam/camera tools/zelcam/frames tools/zelcam/record
 tools/zelcam/doctor:      include include/zel platform kernels link sdk/InterfaceLibrary tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames
 tools/zelcam/check:       include include/zel link platform tools/zelcam/text
-tools/zelcam/commands:    include include/zel platform tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames tools/zelcam/record tools/zelcam/view tools/zelcam/doctor tools/zelcam/check record tools/manual
+tools/zelcam/commands:    include include/zel platform tools/zelcam/text tools/zelcam/camera tools/zelcam/calibration tools/zelcam/frames tools/zelcam/record tools/zelcam/view tools/zelcam/doctor tools/zelcam/check record record/camera tools/manual
 tools/zelcam:             platform tools/zelcam/text tools/zelcam/commands
 tools/scene_picture:      platform devices/sim/scene
 examples:                 include include/zel

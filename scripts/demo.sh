@@ -46,3 +46,8 @@ echo "Pictures (16-bit PNG, grey ones scaled to the full range, color ones as sR
 for ((n = 0; n < cameras; n++)); do
     echo "  $out/camera${n}_0001.png ... $out/camera${n}_$(printf '%04d' "$frames").png"
 done
+
+echo
+echo "A frame in Python (docs/install.md has the ways to install the package):"
+echo "  cmake --build build/linux --target zel_python"
+echo "  PYTHONPATH=build/linux/bin/python /usr/bin/python3 -c 'import zel; print(zel.open().snap())'"

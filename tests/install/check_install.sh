@@ -54,6 +54,15 @@ else
     echo "not tried: the GStreamer element, which is not built"
 fi
 
+# And so does the Python package.
+python=$prefix/lib/python3/dist-packages
+if [ -d "$python/zel" ]; then
+    expect "a frame in Python" "(48, 64)" "$(PYTHONPATH=$python /usr/bin/python3 -c 'import zel; print(zel.open().snap().shape)' 2>&1)"
+    [ -f "$prefix/$documents/examples/python/live_statistics.py" ] || fail "the examples in Python are not installed"
+else
+    echo "not tried: the Python package, which is not built"
+fi
+
 # A program that was linked with a library without versions.
 sed -nE 's/^ +([a-z_]+);$/extern "C" void \1() {}/p' "$here/../../sdk/zel_sdk.map" |
     "$compiler" -shared -Wl,-soname,libzel_sdk.so -o libzel_sdk.so -x c++ -

@@ -37,7 +37,7 @@ py::object try_read(const CameraHandle& handle, unsigned id) {
 // (requested, actual, (minimum, maximum, default) or None, unit). Raises Refused when the camera did not take it.
 py::tuple write(const CameraHandle& handle, unsigned id, const std::string& text) {
     const SetResult result = with_camera(handle, [&](Camera& camera) { return camera.parameter(id).try_set(text); });
-    if (!result.accepted) raise_refused(result, text);
+    if (!result.accepted) raise_refused(result, handle.camera()->link_lost());
     return py::make_tuple(result.requested, result.actual ? to_python(*result.actual) : py::none(),
                           to_python(result.range), result.unit);
 }
@@ -57,7 +57,7 @@ py::tuple write_region(const CameraHandle& handle, const std::optional<std::arra
         if (fault.empty()) return parameter.try_set(wanted);
         return SetResult{&parameter.info(), zel::text_of(wanted), parameter.value(), {}, "", false, fault};
     });
-    if (!result.accepted) raise_refused(result, result.requested);
+    if (!result.accepted) raise_refused(result, handle.camera()->link_lost());
     return to_python(*result.actual);
 }
 

@@ -10,6 +10,7 @@ void bind_frames(pybind11::module_& module);
 void bind_parameters(pybind11::module_& module);
 void bind_cameras(pybind11::module_& module);
 void bind_sdk(pybind11::module_& module);
+void bind_recordings(pybind11::module_& module);
 
 }  // namespace zel::python
 

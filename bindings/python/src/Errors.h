@@ -16,7 +16,7 @@ namespace zel::python {
 [[noreturn]] void raise(const char* class_name, const std::string& problem, const std::string& why,
                         const std::string& hint);
 // Raises Refused or LinkLost with what was requested and what the camera has now.
-[[noreturn]] void raise_refused(const SetResult& result, const std::string& requested);
+[[noreturn]] void raise_refused(const SetResult& result, bool link_lost);
 // Raises LinkLost or TimeoutWithReason.
 [[noreturn]] void raise_no_frame(const std::string& label, const NoFrame& why);
 

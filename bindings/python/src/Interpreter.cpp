@@ -15,7 +15,7 @@ namespace {
 struct State {
     std::mutex mutex;
     std::condition_variable changed;
-    int outside = 0;  // threads without the interpreter's lock
+    int busy = 0;  // threads that must not be caught by the end of the interpreter
     std::atomic<bool> used = false;
     std::atomic<bool> over = false;
     std::atomic<bool> forked = false;
@@ -31,16 +31,16 @@ constexpr std::chrono::seconds kLongestEnd{25};
 
 }  // namespace
 
-Unlocked::Outside::Outside() {
+Busy::Busy() {
     State& all = state();
     const std::lock_guard lock(all.mutex);
-    ++all.outside;
+    ++all.busy;
 }
 
-Unlocked::Outside::~Outside() {
+Busy::~Busy() {
     State& all = state();
     const std::lock_guard lock(all.mutex);
-    --all.outside;
+    --all.busy;
     all.changed.notify_all();
 }
 
@@ -72,10 +72,18 @@ void after_fork() {
 void leave_interpreter(const std::function<void()>& close_all) {
     State& all = state();
     if (all.forked || all.over.exchange(true)) return;
-    const pybind11::gil_scoped_release release;
-    close_all();
-    std::unique_lock lock(all.mutex);
-    all.changed.wait_for(lock, kLongestEnd, [&] { return all.outside == 0; });
+    unlocked(close_all);
+    const auto deadline = std::chrono::steady_clock::now() + kLongestEnd;
+    // Threads begin to count with the interpreter's lock: with it in hand, nobody else does.
+    while (true) {
+        {
+            const pybind11::gil_scoped_release release;
+            std::unique_lock lock(all.mutex);
+            all.changed.wait_until(lock, deadline, [&] { return all.busy == 0; });
+        }
+        const std::lock_guard lock(all.mutex);
+        if (all.busy == 0 || std::chrono::steady_clock::now() >= deadline) return;
+    }
 }
 
 }  // namespace zel::python

@@ -10,18 +10,19 @@
 
 namespace zel::python {
 
-// A part of a function without the interpreter's lock. The interpreter ends when nobody is in one any more
-// (leave_interpreter): a thread that came back later would find nothing to come back to.
+// A part of a function that the end of the interpreter waits for (leave_interpreter): it ends threads where they next
+// take its lock, which C++ functions on their way do not survive. Begun with the lock.
+class Busy {
+  public:
+    Busy();
+    ~Busy();
+    Busy(const Busy&) = delete;
+    Busy& operator=(const Busy&) = delete;
+};
+
+// A part of a function without the interpreter's lock.
 class Unlocked {
-  private:
-    // Counted for as long as the lock is not held, and a little longer.
-    struct Outside {
-        Outside();
-        ~Outside();
-        Outside(const Outside&) = delete;
-        Outside& operator=(const Outside&) = delete;
-    };
-    Outside m_Outside;
+    Busy m_Busy;
     pybind11::gil_scoped_release m_Release;
 };
 

@@ -5,6 +5,7 @@
 #include "bindings/python/src/CameraHandle.h"
 #include "bindings/python/src/Errors.h"
 #include "bindings/python/src/Interpreter.h"
+#include "bindings/python/src/RecordingRun.h"
 
 PYBIND11_MODULE(_core, module) {
     using namespace zel::python;
@@ -15,8 +16,15 @@ PYBIND11_MODULE(_core, module) {
     bind_parameters(module);
     bind_cameras(module);
     bind_sdk(module);
+    bind_recordings(module);
     module.def("_after_fork", &after_fork, "In the child of a fork.");
     module.def(
-        "_leave", [] { leave_interpreter(&CameraHandle::close_all); },
-        "Closes every camera and waits for the operations of other threads.");
+        "_leave",
+        [] {
+            leave_interpreter([] {
+                RecordingRun::finish_all();
+                CameraHandle::close_all();
+            });
+        },
+        "Completes every recording, closes every camera and waits for the operations of other threads.");
 }

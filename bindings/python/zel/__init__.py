@@ -21,6 +21,8 @@ from ._core import ColorSetting, EventKind, Frame, Reason
 from ._errors import (Closed, Error, Forked, InvalidArgument, LinkLost, NoCamera, OutputError, Refused,
                       TimeoutWithReason, UnknownName)
 from ._params import Parameter, Params
+from ._record import FramesLost, RecordingProgress, RecordingSummary
+from ._recording import (Gap, Lost, RecordedFrame, RecordedFrames, Recording, RecordingInfo, open_recording)
 from ._sdk import Sdk, cameras, open, use_plugins
 from ._stream import FrameStream
 from ._types import (Binning, CameraEvent, CameraInfo, Drops, HotPlugEvent, ParameterRange, Region,
@@ -30,9 +32,10 @@ __version__ = _core.__version__
 
 __all__ = [
     "Binning", "Camera", "CameraEvent", "CameraInfo", "Closed", "ColorSetting", "Drops", "Error", "EventKind", "Forked",
-    "Frame", "FrameStream", "HotPlugEvent", "InvalidArgument", "LinkLost", "NoCamera", "OutputError", "Parameter",
-    "ParameterRange", "Params", "Reason", "Refused", "Region", "RegionAndBinning", "Sdk", "SetResult",
-    "TimeoutWithReason", "UnknownName", "cameras", "open", "use_plugins",
+    "Frame", "FrameStream", "FramesLost", "Gap", "HotPlugEvent", "InvalidArgument", "LinkLost", "Lost", "NoCamera",
+    "OutputError", "Parameter", "ParameterRange", "Params", "Reason", "RecordedFrame", "RecordedFrames", "Recording",
+    "RecordingInfo", "RecordingProgress", "RecordingSummary", "Refused", "Region", "RegionAndBinning", "Sdk", "SetResult",
+    "TimeoutWithReason", "UnknownName", "cameras", "open", "open_recording", "use_plugins",
 ]
 
 for _name in __all__:

@@ -4,19 +4,18 @@ from __future__ import annotations
 import datetime
 import math
 import operator
-from os import PathLike
+import threading
 from types import TracebackType
-from typing import TYPE_CHECKING, Any, Callable, Optional, Tuple, Type, TypeVar, Union
+from typing import Any, Callable, Optional, Tuple, Type, TypeVar, Union
 
 from . import _core
 from ._core import ColorSetting, Frame
 from ._errors import InvalidArgument
 from ._params import Params
+from ._record import RecordingProgress, RecordingSummary, record
+from ._recording import Path
 from ._stream import FrameStream
-from ._types import Binning, CameraEvent, CameraInfo, Drops, Region
-
-if TYPE_CHECKING:
-    from ._recording import RecordingSummary
+from ._types import Binning, CameraEvent, CameraInfo, Drops, Region, Setting
 
 FrameHandler = TypeVar("FrameHandler", bound=Callable[[Frame], Any])
 EventHandler = TypeVar("EventHandler", bound=Callable[[CameraEvent], Any])
@@ -55,6 +54,9 @@ class Camera:
         self._info = CameraInfo(*core.info)
         self._params = Params(core)
         self._trigger: Optional[str] = None
+        self._averaged = 1
+        self._handles_frames = False
+        self._being_recorded = threading.Lock()
 
     # ---- what it is ----
 
@@ -105,13 +107,11 @@ class Camera:
 
     # ---- settings ----
 
-    @property
-    def exposure(self) -> float:
+    def _get_exposure(self) -> float:
         """Exposure time in seconds. Set a number or a timedelta; it is rounded to whole microseconds and checked."""
         return self._number("EXPOSURE_TIME_US") / 1e6
 
-    @exposure.setter
-    def exposure(self, seconds: Union[float, datetime.timedelta]) -> None:
+    def _set_exposure(self, seconds: Union[float, datetime.timedelta]) -> None:
         if isinstance(seconds, datetime.timedelta):
             seconds = seconds.total_seconds()
         try:
@@ -121,6 +121,8 @@ class Camera:
         if not finite:
             raise InvalidArgument(f"exposure: {seconds!r}", "not a time", "give seconds: 0.02")
         self._params["EXPOSURE_TIME_US"].set(round(seconds * 1e6))
+
+    exposure = Setting(_get_exposure, _set_exposure)
 
     @property
     def gain(self) -> int:
@@ -149,32 +151,32 @@ class Camera:
     def buffers(self, count: int) -> None:
         self._params["NUM_IMAGE_BUFFERS"].set(count)
 
-    @property
-    def roi(self) -> Region:
+    def _get_roi(self) -> Region:
         """Region(x, y, width, height) that frames show from the next start on, in sensor pixels.
 
         Set four numbers; None: the whole sensor.
         """
         return Region(*self._params["ROI_BIN"].value[:4])
 
-    @roi.setter
-    def roi(self, region: Optional[Tuple[int, int, int, int]]) -> None:
+    def _set_roi(self, region: Optional[Tuple[int, int, int, int]]) -> None:
         if region is None:
             region = (0, 0, *self.sensor_size)
         x, y, width, height = _numbers("roi", region, 4)
         self._core.write_region((x, y, width, height), None)
 
-    @property
-    def binning(self) -> Binning:
+    roi = Setting(_get_roi, _set_roi)
+
+    def _get_binning(self) -> Binning:
         """Binning(x, y): so many sensor pixels become one, from the next start on. Set a pair, or one number."""
         return Binning(*self._params["ROI_BIN"].value[4:])
 
-    @binning.setter
-    def binning(self, factors: Union[int, Tuple[int, int]]) -> None:
+    def _set_binning(self, factors: Union[int, Tuple[int, int]]) -> None:
         if isinstance(factors, int):
             factors = (factors, factors)
         x, y = _numbers("binning", factors, 2)
         self._core.write_region(None, (x, y))
+
+    binning = Setting(_get_binning, _set_binning)
 
     @property
     def trigger(self) -> str:
@@ -211,6 +213,7 @@ class Camera:
     def set_averaging(self, frames: int) -> None:
         """From the next start on each frame is the mean of the last `frames`; 0 or 1 switches it off."""
         self._core.set_averaging(frames)
+        self._averaged = max(frames, 1)
 
     def set_calibration(self, on: bool) -> bool:
         """Switches the correction of the sensor's taps on or off.
@@ -251,11 +254,14 @@ class Camera:
         return self._core.wait(timeout, False, False)  # type: ignore[return-value]
 
     def newest(self, timeout: Optional[float] = None) -> Frame:
-        """As wait(), the newest frame that waits; older ones are passed over and counted."""
+        """As wait(), the newest frame that waits; older ones are passed over and counted. timeout: seconds."""
         return self._core.wait(timeout, True, False)  # type: ignore[return-value]
 
     def snap(self, timeout: Optional[float] = None) -> Frame:
-        """One frame; the camera is started (and triggered) and stopped for it when it is not running."""
+        """One frame; the camera is started (and triggered) and stopped for it when it is not running.
+
+        timeout: seconds, as for wait().
+        """
         if self.running:
             return self.wait(timeout)
         self.start()
@@ -282,11 +288,28 @@ class Camera:
         """Ends the wait for a frame that another thread is in, else the next one."""
         self._core.interrupt()
 
-    def record(self, path: Union[str, PathLike[str]], frames: Optional[int] = None,
-               **options: Any) -> RecordingSummary:
-        """Records frames into an OME-TIFF file: see record()."""
-        from ._recording import record
-        return record(self, path, frames, **options)
+    def record(self, path: Path, frames: Optional[int] = None, *, seconds: Optional[float] = None,
+               compression: str = "none", every: int = 1, split_frames: Optional[int] = None,
+               pixel_size: Optional[float] = None, timeout: Optional[float] = None, overwrite: bool = False,
+               force: bool = False, allow_loss: bool = False,
+               progress: Optional[Callable[[RecordingProgress], Any]] = None) -> RecordingSummary:
+        """Records every frame into an OME-TIFF file, which open_recording() reads.
+
+        path: a name without the extension of a TIFF file gets ".ome.tif"; folders are made.
+        frames, seconds: where it ends, whichever comes first; without them with Ctrl-C, interrupt() or the
+        camera's own end. compression: "none", "zstd" (fast) or "deflate" (read by more programs), lossless, on as
+        many threads as there are cores beside one. every: one frame of so many. split_frames: a new, numbered file
+        after so many. pixel_size: micrometres from pixel to pixel in the object. timeout: seconds for each frame,
+        as in wait(). progress: a function that is called about ten times a second.
+
+        A camera that does not run is started and stopped for it, with a pool of up to 256 MB for what waits for the
+        disk; one that runs goes on. A file that is there is left alone unless overwrite is True; a run that the
+        disk is too small for does not begin unless force is True. However it ends, also by Ctrl-C, the file is
+        complete with what came. Raises OutputError, LinkLost, TimeoutWithReason, and FramesLost where frames are
+        missing and allow_loss is False.
+        """
+        return record(self, path, frames, seconds, compression, every, split_frames, pixel_size, timeout, overwrite,
+                      force, allow_loss, progress)
 
     # ---- handlers ----
 
@@ -297,6 +320,7 @@ class Camera:
         (sys.unraisablehook), and the next frames come all the same. Returns the function: usable as a decorator.
         """
         self._core.on_frame(handler)
+        self._handles_frames = handler is not None
         return handler
 
     def on_event(self, handler: Optional[EventHandler]) -> Optional[EventHandler]:

@@ -1,9 +1,22 @@
 """Small values of the package."""
 from __future__ import annotations
 
-from typing import NamedTuple, Optional, Tuple
+from typing import TYPE_CHECKING, Any, Callable, Generic, NamedTuple, Optional, Tuple, TypeVar
 
 from ._core import EventKind
+
+if TYPE_CHECKING:
+    Got = TypeVar("Got", covariant=True)
+    Given = TypeVar("Given", contravariant=True)
+
+    class Setting(Generic[Got, Given]):
+        """A property that takes more than it answers: camera.roi = None."""
+
+        def __init__(self, get: Callable[[Any], Got], set: Callable[[Any, Given], None]) -> None: ...
+        def __get__(self, owner: object, kind: Any = None) -> Got: ...
+        def __set__(self, owner: object, value: Given) -> None: ...
+else:
+    Setting = property
 
 
 class CameraInfo(NamedTuple):

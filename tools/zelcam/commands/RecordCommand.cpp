@@ -32,6 +32,7 @@ namespace {
 
 using zel::platform::Utf8Path;
 using zel::platform::Utf8Text;
+using zel::record::DiskNeed;
 using zel::record::RecordingFacts;
 
 // Memory of the pool, when the user does not say how many buffers; what waits for the disk lies in it.
@@ -47,6 +48,8 @@ constexpr std::chrono::milliseconds kLook{100};
 constexpr std::chrono::milliseconds::rep kNoTime = 0;
 // Of lines that tell of frames lost to the disk.
 constexpr std::chrono::seconds kBetweenLines{1};
+
+constexpr const char* kSoftware = "zelcam " ZELCAM_VERSION;
 
 std::atomic<int> s_Requests{0};  // of the user: write the ring
 
@@ -121,7 +124,7 @@ class RecordCommand : public Command {
         std::vector<RecordingFacts> facts;
         for (zel::Camera& camera : cameras) {
             Prepare(camera, session, settings);
-            facts.push_back(FactsOf(camera, session));
+            facts.push_back(FactsOf(camera, session, kSoftware));
             facts.back().averaged = m_Settings.processing.average;
             facts.back().pixel_um = m_PixelUm;
         }
@@ -183,7 +186,7 @@ class RecordCommand : public Command {
         // So that the frame rate is the one of these settings.
         camera.parameter(ZEL_PARAM_UPDATE_PARAMETERS).try_set(1LL);
         if (!m_Settings.buffers.empty()) return;
-        const std::size_t buffers = BuffersFor(camera, FactsOf(camera, session));
+        const std::size_t buffers = BuffersFor(camera, FactsOf(camera, session, kSoftware));
         settings.push_back(camera.set(zel::settings::buffers, static_cast<unsigned>(buffers)));
     }
 
@@ -215,7 +218,7 @@ class RecordCommand : public Command {
             m_Need.bytes += need.bytes;
             m_Need.bytes_per_second += need.bytes_per_second;
         }
-        m_Room = FreeSpace(m_Path);
+        m_Room = zel::record::FreeSpace(m_Path);
         // What compression makes of it is not known before.
         if (m_Force || m_Compress != "none" || m_Need.bytes <= m_Room) return;
         throw Failure("the disk can't hold the recording",
@@ -233,7 +236,7 @@ class RecordCommand : public Command {
         ParseAmount(m_Split, split);
         const DiskNeed need = NeedOf(facts, m_End, m_Every);
         RecorderOptions recorder;
-        recorder.files.file = FileOfCamera(m_Path, facts.serial, several);
+        recorder.files.file = zel::record::FileOfCamera(m_Path, facts.serial, several);
         recorder.files.split_frames = split.frames;
         recorder.files.split_bytes = split.bytes;
         recorder.files.split_seconds = split.seconds;

@@ -12,12 +12,19 @@
 #include <vector>
 
 #include "platform/Mutex.h"
+#include "record/camera/CameraRecorder.h"
 #include "tools/zelcam/frames/Acquisition.h"
-#include "tools/zelcam/record/CameraRecorder.h"
 #include "tools/zelcam/text/Json.h"
 #include "zel/Camera.h"
 
 namespace zelcam {
+
+using zel::record::CameraRecorder;
+using zel::record::Offered;
+using zel::record::RecordedFile;
+using zel::record::RecorderOptions;
+using zel::record::RecordingSession;
+using zel::record::RecordingStatus;
 
 struct RunOptions {
     AcquisitionSettings settings;

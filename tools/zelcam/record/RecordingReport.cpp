@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "platform/UserTexts.h"
+#include "record/RecordingGaps.h"
 #include "record/RecordingReader.h"
 #include "tools/zelcam/text/Failure.h"
 #include "tools/zelcam/text/TextTools.h"
@@ -20,26 +21,14 @@ constexpr const char* kFilters[] = {"monochrome", "color, red first", "color, bl
 
 double Seconds(std::int64_t host_ns) { return static_cast<double>(host_ns) / 1e9; }
 
-// From one frame's number to the next one's; 0 when counting began anew.
-std::uint32_t StepOf(const zel::record::FrameFacts& before, const zel::record::FrameFacts& frame) {
-    const std::uint32_t step = frame.number - before.number;
-    return step > std::numeric_limits<std::int32_t>::max() ? 0 : step;
-}
-
 void FindGaps(const zel::record::RecordingReader& reader, RecordingReport& report) {
-    std::uint32_t smallest = std::numeric_limits<std::uint32_t>::max();
-    for (std::size_t i = 1; i < reader.Frames(); ++i) {
-        if (const std::uint32_t step = StepOf(reader.Frame(i - 1), reader.Frame(i)))
-            smallest = std::min(smallest, step);
-    }
-    // Frames may have been left out on purpose.
-    const bool passes_over = !report.end || report.end->passed_over > 0;
-    if (passes_over && smallest != std::numeric_limits<std::uint32_t>::max()) report.step = smallest;
-    for (std::size_t i = 1; i < reader.Frames(); ++i) {
-        const zel::record::FrameFacts before = reader.Frame(i - 1);
-        const zel::record::FrameFacts frame = reader.Frame(i);
-        const std::uint32_t step = StepOf(before, frame);
-        if (step > report.step) report.gaps.push_back({before.number, step - report.step, Seconds(frame.host_ns)});
+    std::vector<std::uint32_t> numbers;
+    for (std::size_t i = 0; i < reader.Frames(); ++i) numbers.push_back(reader.Frame(i).number);
+    // One that was cut off does not tell whether frames were left out on purpose.
+    const auto found = zel::record::FindGaps(numbers, !report.end || report.end->passed_over > 0);
+    report.step = found.step;
+    for (const zel::record::NumberGap& gap : found.gaps) {
+        report.gaps.push_back({numbers[gap.index - 1], gap.missing, Seconds(reader.Frame(gap.index).host_ns)});
     }
 }
 

@@ -14,6 +14,11 @@ namespace zelcam {
 namespace fs = std::filesystem;
 using zel::platform::Utf8Path;
 using zel::platform::Utf8Text;
+using zel::record::CameraRecorder;
+using zel::record::Offered;
+using zel::record::RecorderOptions;
+using zel::record::RecordingSession;
+using zel::record::RecordingStatus;
 
 namespace {
 
@@ -48,7 +53,7 @@ ViewRecording::ViewRecording(FrameTaker& taker, std::function<void(std::string)>
 
 std::string ViewRecording::Begin(const std::shared_ptr<zel::Camera>& camera, const RecordingWish& wish) {
     const RecordingSession session = RecordingSession::Begin();
-    zel::record::RecordingFacts facts = FactsOf(*camera, session);
+    zel::record::RecordingFacts facts = FactsOf(*camera, session, "zelcam " ZELCAM_VERSION);
     facts.averaged = wish.averaged;
     const fs::path folder = Utf8Path(wish.folder);
     std::error_code error;

@@ -9,7 +9,7 @@
 #include <mutex>
 #include <string>
 
-#include "tools/zelcam/record/CameraRecorder.h"
+#include "record/camera/CameraRecorder.h"
 #include "tools/zelcam/text/Json.h"
 #include "tools/zelcam/view/FrameTaker.h"
 
@@ -42,12 +42,12 @@ class ViewRecording {
     Json State() const;
 
   private:
-    std::shared_ptr<CameraRecorder> Recorder() const;
+    std::shared_ptr<zel::record::CameraRecorder> Recorder() const;
 
     FrameTaker& m_Taker;
     std::function<void(std::string)> m_Ended;
     mutable std::mutex m_Mutex;
-    std::shared_ptr<CameraRecorder> m_Recorder;
+    std::shared_ptr<zel::record::CameraRecorder> m_Recorder;
     std::uint64_t m_LossTold = 0;
     bool m_WentWrong = false;
 };

@@ -1,16 +1,13 @@
-#include "tools/zelcam/record/RecordingFiles.h"
+#include "record/camera/RecordingFiles.h"
 
 #include <algorithm>
 #include <string>
 #include <system_error>
 #include <utility>
 
-namespace zelcam {
+namespace zel::record {
 
 namespace fs = std::filesystem;
-using zel::record::FileTakenError;
-using zel::record::RecordError;
-using zel::record::RecordingWriter;
 
 namespace {
 
@@ -33,14 +30,14 @@ fs::path WithSuffix(const fs::path& path, const std::string& suffix) {
     return path.parent_path() / name.concat(extension.native());
 }
 
-RecordingFiles::RecordingFiles(const zel::record::RecordingFacts& facts, FileOptions options)
+RecordingFiles::RecordingFiles(const RecordingFacts& facts, FileOptions options)
     : m_Facts(facts), m_Options(std::move(options)) {}
 
 RecordingFiles::~RecordingFiles() = default;
 
 void RecordingFiles::Begin(const LossTally& tally) {
     const bool numbered = m_Options.numbered || Splits();
-    zel::record::WriterOptions options{m_Options.compression, 0};
+    WriterOptions options{m_Options.compression, 0};
     options.reserve = m_Options.reserve - std::min(m_Options.reserve, m_Bytes);
     if (m_Options.split_bytes > 0) options.reserve = std::min(options.reserve, m_Options.split_bytes);
     while (!m_Writer) {
@@ -54,7 +51,7 @@ void RecordingFiles::Begin(const LossTally& tally) {
     m_Before = tally;
 }
 
-void RecordingFiles::Describe(const zel::record::RecordingFacts& facts) {
+void RecordingFiles::Describe(const RecordingFacts& facts) {
     m_Facts = facts;
     m_Writer->Describe(facts);
 }
@@ -66,7 +63,7 @@ bool RecordingFiles::SplitBefore(std::int64_t host_ns) const {
     return m_Options.split_seconds > 0.0 && SecondsOf(host_ns - m_FirstNs) >= m_Options.split_seconds;
 }
 
-void RecordingFiles::Write(std::span<const std::byte> strip, const zel::record::FrameFacts& frame) {
+void RecordingFiles::Write(std::span<const std::byte> strip, const FrameFacts& frame) {
     if (m_Writer->Frames() == 0) m_FirstNs = frame.host_ns;
     m_LastStrip = strip.size();
     m_Writer->AddStrip(strip, frame);
@@ -102,8 +99,8 @@ void RecordingFiles::End(const std::string& reason, const LossTally& tally) {
     m_Ended.push_back(file);
 }
 
-zel::record::RecordingEnd SumOf(const std::vector<RecordedFile>& files) {
-    zel::record::RecordingEnd sum;
+RecordingEnd SumOf(const std::vector<RecordedFile>& files) {
+    RecordingEnd sum;
     for (const RecordedFile& file : files) {
         sum.frames += file.end.frames;
         sum.lost_link += file.end.lost_link;
@@ -115,4 +112,4 @@ zel::record::RecordingEnd SumOf(const std::vector<RecordedFile>& files) {
     return sum;
 }
 
-}  // namespace zelcam
+}  // namespace zel::record

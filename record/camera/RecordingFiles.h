@@ -1,6 +1,6 @@
 // The files of one camera's recording, one after the other.
-#ifndef ZELCAM_RECORDINGFILES_H
-#define ZELCAM_RECORDINGFILES_H
+#ifndef ZEL_RECORDINGFILES_H
+#define ZEL_RECORDINGFILES_H
 
 #include <chrono>
 #include <cstddef>
@@ -13,7 +13,7 @@
 
 #include "record/RecordingWriter.h"
 
-namespace zelcam {
+namespace zel::record {
 
 inline double SecondsOf(std::int64_t nanoseconds) {
     return std::chrono::duration<double>(std::chrono::nanoseconds(nanoseconds)).count();
@@ -22,7 +22,7 @@ inline double SecondsOf(std::int64_t nanoseconds) {
 struct FileOptions {
     std::filesystem::path file;
     bool numbered = false;  // PATH_0001.ome.tif and so on, past those that are there
-    zel::record::Compression compression = zel::record::Compression::kNone;
+    Compression compression = Compression::kNone;
     std::uint64_t reserve = 0;  // bytes of disk space that are taken at once
     // A file gets no more than that, then comes the next one, numbered; 0: no such limit.
     std::uint64_t split_frames = 0;
@@ -41,11 +41,11 @@ struct LossTally {
 struct RecordedFile {
     std::filesystem::path path;
     std::uint64_t bytes = 0;
-    zel::record::RecordingEnd end;
+    RecordingEnd end;
 };
 
 // What came and was lost in all of them; why the last one ended.
-zel::record::RecordingEnd SumOf(const std::vector<RecordedFile>& files);
+RecordingEnd SumOf(const std::vector<RecordedFile>& files);
 
 // The path with a text before its extension: "run.ome.tif", "_0002" -> "run_0002.ome.tif".
 std::filesystem::path WithSuffix(const std::filesystem::path& path, const std::string& suffix);
@@ -53,21 +53,21 @@ std::filesystem::path WithSuffix(const std::filesystem::path& path, const std::s
 // One thread at a time.
 class RecordingFiles {
   public:
-    RecordingFiles(const zel::record::RecordingFacts& facts, FileOptions options);
+    RecordingFiles(const RecordingFacts& facts, FileOptions options);
     ~RecordingFiles();
 
     // What follows goes into a new file. Throws RecordError.
     void Begin(const LossTally& tally);
     // Before the first frame of a file, with what that tells.
-    void Describe(const zel::record::RecordingFacts& facts);
+    void Describe(const RecordingFacts& facts);
     // Whether the file has what it may have: a frame at this time belongs into the next one.
     bool SplitBefore(std::int64_t host_ns) const;
-    void Write(std::span<const std::byte> strip, const zel::record::FrameFacts& frame);
+    void Write(std::span<const std::byte> strip, const FrameFacts& frame);
     // Completes the file; one without a frame is removed. Throws RecordError.
     void End(const std::string& reason, const LossTally& tally);
 
     bool Open() const { return m_Writer != nullptr; }
-    const zel::record::RecordingFacts& Facts() const { return m_Facts; }
+    const RecordingFacts& Facts() const { return m_Facts; }
     const std::filesystem::path& Path() const { return m_Path; }
     // Of all files.
     std::uint64_t Bytes() const { return m_Bytes + (m_Writer ? m_Writer->Bytes() : 0); }
@@ -76,9 +76,9 @@ class RecordingFiles {
   private:
     bool Splits() const { return m_Options.split_frames + m_Options.split_bytes > 0 || m_Options.split_seconds > 0.0; }
 
-    zel::record::RecordingFacts m_Facts;
+    RecordingFacts m_Facts;
     FileOptions m_Options;
-    std::unique_ptr<zel::record::RecordingWriter> m_Writer;
+    std::unique_ptr<RecordingWriter> m_Writer;
     std::filesystem::path m_Path;
     unsigned m_Number = 0;
     std::uint64_t m_Bytes = 0;  // of the files that have ended
@@ -88,6 +88,6 @@ class RecordingFiles {
     std::vector<RecordedFile> m_Ended;
 };
 
-}  // namespace zelcam
+}  // namespace zel::record
 
 #endif

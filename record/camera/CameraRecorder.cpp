@@ -1,4 +1,4 @@
-#include "tools/zelcam/record/CameraRecorder.h"
+#include "record/camera/CameraRecorder.h"
 
 #include <algorithm>
 #include <deque>
@@ -7,19 +7,15 @@
 #include <utility>
 
 #include "platform/Mutex.h"
-#include "tools/zelcam/camera/CameraFacts.h"
-#include "tools/zelcam/text/UtcTime.h"
+#include "platform/UtcTime.h"
 #include "zel/FrameCounter.h"
+#include "zel/detail/Texts.h"
 
-namespace zelcam {
+namespace zel::record {
 
-using zel::platform::Condition;
-using zel::platform::Mutex;
-using zel::platform::ScopedLock;
-using zel::record::Compression;
-using zel::record::FrameFacts;
-using zel::record::RecordError;
-using zel::record::RecordingFacts;
+using platform::Condition;
+using platform::Mutex;
+using platform::ScopedLock;
 
 namespace {
 
@@ -45,15 +41,18 @@ int ShiftedPhase(int phase, unsigned x, unsigned y) {
 RecordingSession RecordingSession::Begin() {
     RecordingSession session;
     session.start = std::chrono::steady_clock::now();
-    session.started = UtcText(std::chrono::system_clock::now());
+    session.started = platform::UtcText(std::chrono::system_clock::now());
     session.id = session.started + "-" + std::to_string(std::random_device{}());
     return session;
 }
 
-RecordingFacts FactsOf(const zel::Camera& camera, const RecordingSession& session) {
+RecordingFacts FactsOf(const zel::Camera& camera, const RecordingSession& session, const std::string& software) {
     constexpr double kMilli = 1000.0;
-    const CameraFacts known = ReadFacts(camera);
     const auto number = [&](unsigned id) { return static_cast<unsigned>(std::max(camera.number(id), 0LL)); };
+    const auto text = [&](unsigned id) {
+        const auto value = camera.parameter(id).try_value();
+        return value ? detail::trimmed(value->text()) : std::string();
+    };
     RecordingFacts facts;
     const ZelRoiBin region = camera.get(zel::settings::region_and_binning);
     facts.x_origin = region.XOrigin;
@@ -66,12 +65,12 @@ RecordingFacts FactsOf(const zel::Camera& camera, const RecordingSession& sessio
     if (!camera.is_monochrome()) facts.cfa_phase = static_cast<int>(number(ZEL_PARAM_COLOR_FILTER_PHASE));
     facts.corrected = number(ZEL_PARAM_TAP_BALANCE_ENABLE) != 0;
     facts.frames_per_second = number(ZEL_PARAM_FRAME_RATE) / kMilli;
-    facts.camera = known.info.name;
-    facts.serial = known.info.serial;
-    facts.model = known.model;
-    facts.firmware = known.firmware;
-    facts.link = known.info.interface_type;
-    facts.software = "zelcam " ZELCAM_VERSION;
+    facts.camera = camera.info().name;
+    facts.serial = camera.info().serial;
+    facts.model = text(ZEL_PARAM_HW_MODEL);
+    facts.firmware = text(ZEL_PARAM_FW_VER);
+    facts.link = camera.info().interface_type;
+    facts.software = software;
     facts.started = session.started;
     facts.session = session.id;
     return facts;
@@ -244,7 +243,7 @@ void CameraRecorder::State::Work() {
             RecordingFacts shape;
             shape.width = item.frame->width();
             shape.height = item.frame->height();
-            zel::record::StripEncoder encoder(shape, options.files.compression);
+            StripEncoder encoder(shape, options.files.compression);
             if (options.before_writing) options.before_writing();
             const std::span<const std::byte> strip = encoder.Encode(item.frame->pixels());
             {
@@ -325,7 +324,7 @@ void CameraRecorder::State::Settle(Item& item, const RecordError* failure) {
 void CameraRecorder::State::Fail(const RecordError& error) {
     if (!status.failure.empty()) return;
     status.failure = error.what();
-    status.disk_full = dynamic_cast<const zel::record::DiskFullError*>(&error) != nullptr;
+    status.disk_full = dynamic_cast<const DiskFullError*>(&error) != nullptr;
 }
 
 std::vector<RecordedFile> CameraRecorder::Finish(const std::string& reason) {
@@ -360,4 +359,4 @@ std::vector<RecordedFile> CameraRecorder::Finish(const std::string& reason) {
     return state.files.Ended();
 }
 
-}  // namespace zelcam
+}  // namespace zel::record

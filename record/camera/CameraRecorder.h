@@ -5,8 +5,8 @@
 // Frames stay on loan from the camera's pool until they are written; most_waiting bounds them, and should leave the
 // camera buffers of its own. A frame that finds no place is lost to the disk, and counted as such at once. With a ring,
 // frames wait until Keep() has those that are there written; the oldest goes when a new one needs its place.
-#ifndef ZELCAM_CAMERARECORDER_H
-#define ZELCAM_CAMERARECORDER_H
+#ifndef ZEL_CAMERARECORDER_H
+#define ZEL_CAMERARECORDER_H
 
 #include <chrono>
 #include <cstddef>
@@ -18,10 +18,10 @@
 #include <vector>
 
 #include "record/RecordingFacts.h"
-#include "tools/zelcam/record/RecordingFiles.h"
+#include "record/camera/RecordingFiles.h"
 #include "zel/Camera.h"
 
-namespace zelcam {
+namespace zel::record {
 
 // What the files of cameras that are recorded together share.
 struct RecordingSession {
@@ -32,8 +32,9 @@ struct RecordingSession {
     std::string id;
 };
 
-// What the camera says of itself now; what its frames say better comes with the first one.
-zel::record::RecordingFacts FactsOf(const zel::Camera& camera, const RecordingSession& session);
+// What the camera says of itself now; what its frames say better comes with the first one. software: that records, with
+// its version.
+RecordingFacts FactsOf(const zel::Camera& camera, const RecordingSession& session, const std::string& software);
 
 struct RecorderOptions {
     FileOptions files;
@@ -69,7 +70,7 @@ enum class Offered {
 class CameraRecorder {
   public:
     // Makes the file; with a ring there is none before Keep(). Throws record::RecordError.
-    CameraRecorder(zel::record::RecordingFacts facts, RecorderOptions options, const RecordingSession& session);
+    CameraRecorder(RecordingFacts facts, RecorderOptions options, const RecordingSession& session);
     ~CameraRecorder();  // as Finish("ended")
     CameraRecorder(const CameraRecorder&) = delete;
     CameraRecorder& operator=(const CameraRecorder&) = delete;
@@ -91,6 +92,6 @@ class CameraRecorder {
     std::unique_ptr<State> m_State;
 };
 
-}  // namespace zelcam
+}  // namespace zel::record
 
 #endif

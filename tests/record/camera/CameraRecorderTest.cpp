@@ -1,5 +1,5 @@
 // Frames of a simulated camera on their way into files.
-#include "tools/zelcam/record/CameraRecorder.h"
+#include "record/camera/CameraRecorder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,17 +10,16 @@
 #include "tests/tools/zelcam/commands/ToolProcess.h"
 #include "zel/Sdk.h"
 
-namespace zelcam {
+namespace zel::record {
 namespace {
 
 using testing::ElementsAre;
-using zel::record::Compression;
-using zel::record::RecordingReader;
+using zelcam::TemporaryFolder;
 
 class CameraRecorderTest : public testing::Test {
   protected:
     void SetUp() override {
-        UseFastCameras();
+        zelcam::UseFastCameras();
         m_Sdk.emplace();
         m_Camera.emplace(m_Sdk->open("300101"));
         m_Camera->set(zel::settings::buffers, 32u);
@@ -30,7 +29,7 @@ class CameraRecorderTest : public testing::Test {
 
     void Begin() {
         const auto session = RecordingSession::Begin();
-        m_Recorder.emplace(FactsOf(*m_Camera, session), m_Options, session);
+        m_Recorder.emplace(FactsOf(*m_Camera, session, "test"), m_Options, session);
     }
     std::vector<Offered> Offer(int count) {
         std::vector<Offered> answers;
@@ -120,4 +119,4 @@ TEST_F(CameraRecorderTest, WithoutAFrameThereIsNoFile) {
 }
 
 }  // namespace
-}  // namespace zelcam
+}  // namespace zel::record

@@ -15,12 +15,19 @@ struct ProcessEnd {
     std::string Text() const;
 };
 
+// A command line of the system's shell, in UTF-8.
+struct ShellLine {
+    std::string text;
+};
+
 // Ends with this object, and with this process however that ends. One thread uses it.
 class ChildProcess {
   public:
     // Starts the program in this file with these arguments, in UTF-8; the first is not the program's name. Its standard
     // output comes here, its error stream is this process's, its standard input is empty.
     ChildProcess(const std::string& program, const std::vector<std::string>& arguments);
+    // Starts a shell for that line; Kill() ends what the shell started, too.
+    explicit ChildProcess(const ShellLine& line);
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
@@ -41,6 +48,8 @@ class ChildProcess {
 
   private:
     struct State;
+    void Start(const std::string& program, const std::vector<std::string>& arguments);
+
     std::unique_ptr<State> m_State;
 };
 

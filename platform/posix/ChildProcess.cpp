@@ -16,6 +16,7 @@ namespace zel::platform {
 
 struct ChildProcess::State {
     pid_t process = -1;
+    bool group = false;  // it leads one, which is killed with it
     int output = -1;
     bool ended = false;
     ProcessEnd end;
@@ -41,8 +42,9 @@ std::string ProcessEnd::Text() const {
 namespace {
 
 // Between fork and exec only what a signal handler may do is allowed.
-[[noreturn]] void Become(char* const* words, int output, pid_t parent) {
+[[noreturn]] void Become(char* const* words, int output, pid_t parent, bool group) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (group) setpgid(0, 0);
     if (getppid() != parent) _exit(127);
     const int input = open("/dev/null", O_RDONLY);
     if (input >= 0) dup2(input, STDIN_FILENO);
@@ -55,6 +57,15 @@ namespace {
 
 ChildProcess::ChildProcess(const std::string& program, const std::vector<std::string>& arguments)
     : m_State(std::make_unique<State>()) {
+    Start(program, arguments);
+}
+
+ChildProcess::ChildProcess(const ShellLine& line) : m_State(std::make_unique<State>()) {
+    m_State->group = true;
+    Start("/bin/sh", {"-c", line.text});
+}
+
+void ChildProcess::Start(const std::string& program, const std::vector<std::string>& arguments) {
     std::vector<std::string> texts{program};
     texts.insert(texts.end(), arguments.begin(), arguments.end());
     std::vector<char*> words;
@@ -64,7 +75,9 @@ ChildProcess::ChildProcess(const std::string& program, const std::vector<std::st
     if (pipe2(ends, O_CLOEXEC) != 0) return;
     const pid_t parent = getpid();
     m_State->process = fork();
-    if (m_State->process == 0) Become(words.data(), ends[1], parent);
+    if (m_State->process == 0) Become(words.data(), ends[1], parent, m_State->group);
+    // Here as well: whoever is first.
+    if (m_State->process > 0 && m_State->group) setpgid(m_State->process, m_State->process);
     close(ends[1]);
     m_State->output = ends[0];
 }
@@ -89,7 +102,7 @@ ChildProcess::Output ChildProcess::Read(std::string& text, unsigned milliseconds
 }
 
 void ChildProcess::Kill() {
-    if (m_State->process > 0 && !m_State->ended) kill(m_State->process, SIGKILL);
+    if (m_State->process > 0 && !m_State->ended) kill(m_State->group ? -m_State->process : m_State->process, SIGKILL);
 }
 
 bool ChildProcess::Wait(unsigned milliseconds, ProcessEnd& end) {

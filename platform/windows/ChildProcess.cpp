@@ -53,6 +53,8 @@ struct ChildProcess::State {
     Handle process;
     Handle output;
     Handle job;  // closing it ends what is in it
+
+    void Start(const std::wstring& program, std::wstring line);
 };
 
 std::string ProcessEnd::Text() const {
@@ -63,10 +65,27 @@ std::string ProcessEnd::Text() const {
 
 ChildProcess::ChildProcess(const std::string& program, const std::vector<std::string>& arguments)
     : m_State(std::make_unique<State>()) {
+    std::string line = Quoted(program);
+    for (const std::string& argument : arguments) {
+        line += ' ';
+        line += Quoted(argument);
+    }
+    m_State->Start(Wide(program), Wide(line));
+}
+
+// The shell takes what stands between the first and the last quotation mark as it is.
+ChildProcess::ChildProcess(const ShellLine& line) : m_State(std::make_unique<State>()) {
+    wchar_t folder[MAX_PATH];
+    const UINT length = GetSystemDirectoryW(folder, MAX_PATH);
+    if (length == 0 || length >= MAX_PATH) return;
+    m_State->Start(std::wstring(folder, length) + L"\\cmd.exe", L"cmd.exe /s /c \"" + Wide(line.text) + L"\"");
+}
+
+void ChildProcess::State::Start(const std::wstring& program, std::wstring line) {
     SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
     Handle write_end;
-    if (!CreatePipe(m_State->output.Address(), write_end.Address(), &inherited, 0)) return;
-    SetHandleInformation(m_State->output.Get(), HANDLE_FLAG_INHERIT, 0);
+    if (!CreatePipe(output.Address(), write_end.Address(), &inherited, 0)) return;
+    SetHandleInformation(output.Get(), HANDLE_FLAG_INHERIT, 0);
     Handle input;
     *input.Address() =
         CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited, OPEN_EXISTING, 0, nullptr);
@@ -76,24 +95,18 @@ ChildProcess::ChildProcess(const std::string& program, const std::vector<std::st
     start.hStdInput = input.Get();
     start.hStdOutput = write_end.Get();
     start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
-    std::string line = Quoted(program);
-    for (const std::string& argument : arguments) {
-        line += ' ';
-        line += Quoted(argument);
-    }
-    std::wstring wide = Wide(line);
     PROCESS_INFORMATION made{};
-    if (!CreateProcessW(Wide(program).c_str(), wide.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr, nullptr,
+    if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr, nullptr,
                         &start, &made)) {
-        m_State->output.Close();
+        output.Close();
         return;
     }
-    *m_State->process.Address() = made.hProcess;
-    *m_State->job.Address() = CreateJobObjectW(nullptr, nullptr);
+    *process.Address() = made.hProcess;
+    *job.Address() = CreateJobObjectW(nullptr, nullptr);
     JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
     limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
-    SetInformationJobObject(m_State->job.Get(), JobObjectExtendedLimitInformation, &limits, sizeof limits);
-    AssignProcessToJobObject(m_State->job.Get(), made.hProcess);
+    SetInformationJobObject(job.Get(), JobObjectExtendedLimitInformation, &limits, sizeof limits);
+    AssignProcessToJobObject(job.Get(), made.hProcess);
     ResumeThread(made.hThread);
     CloseHandle(made.hThread);
 }
@@ -120,6 +133,7 @@ ChildProcess::Output ChildProcess::Read(std::string& text, unsigned milliseconds
 }
 
 void ChildProcess::Kill() {
+    if (m_State->job.Get()) TerminateJobObject(m_State->job.Get(), 1);
     if (m_State->process.Get()) TerminateProcess(m_State->process.Get(), 1);
 }
 

@@ -22,6 +22,12 @@ class Trace {
         std::signal(SIGABRT, OnSignal);
     }
     ~Trace() {
+        {
+            const std::lock_guard lock(m_Lock);
+            m_Over = true;
+        }
+        m_Ended.notify_all();
+        m_Watcher.join();
         std::signal(SIGSEGV, s_Earlier);
         s_Current = nullptr;
     }
@@ -42,23 +48,24 @@ class Trace {
         std::signal(signal, signal == SIGSEGV ? s_Earlier : SIG_DFL);
         if (s_Current) s_Current->Print();
     }
-    void Watch(const std::stop_token& end) {
+    void Watch() {
         std::unique_lock lock(m_Lock);
-        for (long seen = -1; seen != m_Count && !end.stop_requested();) {
+        for (long seen = -1; seen != m_Count;) {
             seen = m_Count;
-            m_Ended.wait_for(lock, end, std::chrono::minutes(1), [] { return false; });
+            if (m_Ended.wait_for(lock, std::chrono::minutes(1), [this] { return m_Over; })) return;
         }
-        if (!end.stop_requested()) std::abort();
+        std::abort();
     }
 
     inline static Trace* s_Current = nullptr;
     inline static void (*s_Earlier)(int) = SIG_DFL;
     const std::string m_Title;
     std::mutex m_Lock;
-    std::condition_variable_any m_Ended;
+    std::condition_variable m_Ended;
     std::deque<std::string> m_Notes;
     long m_Count = 0;
-    std::jthread m_Watcher{[this](const std::stop_token& end) { Watch(end); }};
+    bool m_Over = false;
+    std::thread m_Watcher{[this] { Watch(); }};
 };
 
 // A clock on which no sleep costs time: each thread has its own time, the system's (ten times as fast, for cameras that

@@ -21,10 +21,10 @@ std::string FrameText(const ZelColorImage& image) { return "frame " + std::to_st
 class SlotLock {
   public:
     explicit SlotLock(CompressionSlots* slots) : m_Slots(slots) {
-        if (m_Slots) m_Slots->acquire();
+        if (m_Slots) m_Slots->Acquire();
     }
     ~SlotLock() {
-        if (m_Slots) m_Slots->release();
+        if (m_Slots) m_Slots->Release();
     }
     SlotLock(const SlotLock&) = delete;
     SlotLock& operator=(const SlotLock&) = delete;
@@ -34,6 +34,20 @@ class SlotLock {
 };
 
 }  // namespace
+
+void CompressionSlots::Acquire() {
+    zel::platform::ScopedLock lock(m_Mutex);
+    m_Released.wait(lock, [this]() ZEL_REQUIRES(m_Mutex) { return m_Free > 0; });
+    --m_Free;
+}
+
+void CompressionSlots::Release() {
+    {
+        const zel::platform::ScopedLock lock(m_Mutex);
+        ++m_Free;
+    }
+    m_Released.notify_one();
+}
 
 EncodedPicture PictureEncoder::Encode(ZelColorImage& image) {
     const PictureOptions& options = m_Saver.Options();

@@ -2,11 +2,12 @@
 #ifndef ZELCAM_PICTUREENCODER_H
 #define ZELCAM_PICTUREENCODER_H
 
+#include <cstddef>
 #include <cstdint>
-#include <semaphore>
 #include <span>
 #include <vector>
 
+#include "platform/Mutex.h"
 #include "util/PngWriter.h"
 
 class ZelColorImage;
@@ -16,7 +17,17 @@ namespace zelcam {
 class PictureSaver;
 
 // How many pictures may be compressed at a time.
-using CompressionSlots = std::counting_semaphore<>;
+class CompressionSlots {
+  public:
+    explicit CompressionSlots(std::size_t count) : m_Free(count) {}
+    void Acquire();
+    void Release();
+
+  private:
+    zel::platform::Mutex m_Mutex;
+    zel::platform::Condition m_Released;
+    std::size_t m_Free ZEL_GUARDED_BY(m_Mutex);
+};
 
 // The bytes of a file: the head, then the body, which is the frame's own samples or lies in the encoder's memory.
 struct EncodedPicture {

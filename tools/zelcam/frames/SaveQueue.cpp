@@ -27,7 +27,7 @@ SaveQueue::SaveQueue(PictureSaver& saver, std::size_t most_frames, std::function
       m_MostFrames(std::max<std::size_t>(most_frames, 1)),
       m_OnFailure(std::move(on_failure)),
       m_MostCompressing(CoresToSpare()),
-      m_Slots(static_cast<std::ptrdiff_t>(m_MostCompressing)) {}
+      m_Slots(m_MostCompressing) {}
 
 SaveQueue::~SaveQueue() {
     std::vector<std::thread> workers;

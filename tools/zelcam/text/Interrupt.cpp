@@ -2,8 +2,7 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
+#include <utility>
 
 #include "platform/Terminal.h"
 #include "tools/zelcam/text/Failure.h"
@@ -30,15 +29,25 @@ void FailIfInterrupted(const std::string& done) {
     throw Failure("interrupted", done, "", kind);
 }
 
-OnInterrupt::OnInterrupt(std::function<void()> action)
-    : m_Watcher([action = std::move(action)](const std::stop_token& stop) {
-          std::mutex mutex;
-          std::condition_variable_any ended;
-          std::unique_lock lock(mutex);
-          while (!Interrupted()) {
-              if (ended.wait_for(lock, stop, kSignalCheck, [&] { return stop.stop_requested(); })) return;
-          }
-          action();
-      }) {}
+OnInterrupt::OnInterrupt(std::function<void()> action) : m_Action(std::move(action)), m_Watcher([this] { Watch(); }) {}
+
+OnInterrupt::~OnInterrupt() {
+    {
+        const zel::platform::ScopedLock lock(m_Mutex);
+        m_Over = true;
+    }
+    m_Changed.notify_all();
+    m_Watcher.join();
+}
+
+void OnInterrupt::Watch() {
+    {
+        zel::platform::ScopedLock lock(m_Mutex);
+        while (!Interrupted()) {
+            if (m_Changed.wait_for(lock, kSignalCheck, [this]() ZEL_REQUIRES(m_Mutex) { return m_Over; })) return;
+        }
+    }
+    m_Action();
+}
 
 }  // namespace zelcam

@@ -6,6 +6,8 @@
 #include <string>
 #include <thread>
 
+#include "platform/Mutex.h"
+
 namespace zelcam {
 
 // From now on Ctrl-C and the like make Interrupted() true instead of ending the program; a second one ends it.
@@ -20,9 +22,18 @@ void FailIfInterrupted(const std::string& done);
 class OnInterrupt {
   public:
     explicit OnInterrupt(std::function<void()> action);
+    ~OnInterrupt();
+    OnInterrupt(const OnInterrupt&) = delete;
+    OnInterrupt& operator=(const OnInterrupt&) = delete;
 
   private:
-    std::jthread m_Watcher;
+    void Watch();
+
+    const std::function<void()> m_Action;
+    zel::platform::Mutex m_Mutex;
+    zel::platform::Condition m_Changed;
+    bool m_Over ZEL_GUARDED_BY(m_Mutex) = false;
+    std::thread m_Watcher;
 };
 
 }  // namespace zelcam

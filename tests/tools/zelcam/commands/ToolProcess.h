@@ -12,6 +12,7 @@
 #include <sstream>
 #include <string>
 
+#include "platform/ChildProcess.h"
 #include "platform/User.h"
 #include "platform/UserTexts.h"
 #include "tests/tools/zelcam/commands/SimControl.h"
@@ -87,19 +88,21 @@ class CacheFolder : public TemporaryFolder {
     }
 };
 
-// A command line in UTF-8, for the system's shell.
-inline int System(const std::string& command) {
-#ifdef _WIN32
+// What no command takes, however busy the machine is. Two that hang are still told before the test's own time is over.
+constexpr unsigned kHangMs = 100000;
+constexpr int kHungCode = 124;
+
+// Runs a line of the system's shell, in UTF-8. Result: its exit code (a signal: its number); kHungCode when it had to be
+// ended.
+inline int System(const std::string& line) {
     // On a busy machine Wine's shell now and then does not find a program that is there; it has run nothing then.
     constexpr int kNotFound = 9009, kTries = 4;
-    int status = kNotFound;
-    for (int i = 0; i < kTries && status == kNotFound; ++i) {
-        status = _wsystem(zel::platform::Utf8Path(command).c_str());
+    zel::platform::ProcessEnd end;
+    for (int i = 0; i < kTries && (i == 0 || end.code == kNotFound); ++i) {
+        zel::platform::ChildProcess shell(zel::platform::ShellLine{line});
+        if (!shell.Started() || !shell.Wait(kHangMs, end)) return kHungCode;
     }
-    return status;
-#else
-    return std::system(command.c_str());
-#endif
+    return end.code;
 }
 
 // Runs a command line of the system's shell in this folder, its output going where `out` says, a file by default.
@@ -108,9 +111,12 @@ inline ToolResult RunCommand(const std::string& line, std::string out = "") {
     const std::string file = (folder.Path() / "out").make_preferred().string();
     const std::string err = (folder.Path() / "err").make_preferred().string();
     if (out.empty()) out = "\"" + file + "\"";
-    const int status = System(line + " >" + out + " 2>\"" + err + "\"");
-    // One system answers the exit code, the other puts it into the second byte.
-    return {status > 255 ? status / 256 : status, FileText(file, std::ios::in), FileText(err, std::ios::in)};
+    const int code = System(line + " >" + out + " 2>\"" + err + "\"");
+    ToolResult result{code, FileText(file, std::ios::in), FileText(err, std::ios::in)};
+    if (code == kHungCode) {
+        ADD_FAILURE() << "hung and was ended: " << line << "\nit had printed: " << result.out << "\n" << result.err;
+    }
+    return result;
 }
 
 // Runs "NAME ARGUMENTS", a program of this folder, with the environment as it is. Arguments with blanks are quoted

@@ -68,8 +68,8 @@ def main() -> None:
     options = arguments()
     options.folder.mkdir(parents=True, exist_ok=True)
     camera: zel.Camera | None = zel.open(options.camera)
-    assert camera is not None
     serial, taken = camera.info.serial, 0
+    camera.exposure = options.exposure  # one that it does not take ends the program, not every picture
     start = time.monotonic()
     try:
         for number in range(options.pictures):
@@ -80,7 +80,9 @@ def main() -> None:
                 path = take(camera, options.exposure, options.folder)
                 print(f"{path}  {late * 1e3:.0f} ms late", flush=True)
                 taken += 1
-            except (zel.LinkLost, zel.NoCamera, zel.TimeoutWithReason) as error:
+            except zel.OutputError:
+                raise
+            except zel.Error as error:
                 print(f"picture {number + 1} is missing: {error}", flush=True)
                 if camera:
                     camera.close()  # so that it is found when it comes back

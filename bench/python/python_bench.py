@@ -40,7 +40,7 @@ def per_frame(begin: tuple[float, float, float], count: int) -> Figures:
 
 
 def median_time(name: str, count: int, call: Callable[[], object]) -> Figures:
-    """The median time on the clock of a call, in µs: a machine that has other work to do does not show in it."""
+    """The median time on the clock of a call, in µs: other work of the machine does not show in it."""
     times = []
     for _ in range(count):
         begin = time.perf_counter()

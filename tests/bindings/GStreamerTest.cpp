@@ -118,6 +118,7 @@ class GStreamer : public testing::Test {
     Frame Snap(int number, bool color = false, const Region* region = nullptr) {
         Camera camera = sdk->open(number);
         camera.set(settings::exposure, 1ms);
+        camera.set_binning({1, 1});  // the element keeps the SDK, and with it what was set before
         if (color) camera.use_color({ColorFormat::rgb8, ColorSpace::srgb});
         if (region) camera.set_region(*region);
         return camera.snap();

@@ -277,7 +277,7 @@ class Recording:
                 raise TypeError
             place = operator.index(index)
         except TypeError:
-            raise IndexError(f"frames are chosen by a number, a slice, a list or an array: {index!r}") from None
+            raise IndexError(f"frames are chosen by number, slice, list or array: {index!r}") from None
         if not -len(self) <= place < len(self):
             raise IndexError(f"there is no frame {place}: the recording has {len(self)}")
         return place % len(self)

@@ -5,6 +5,7 @@
 //   frames   takes frames as they come: rate, processor time of the program and of this thread for each
 //   drain    takes frames that wait already: time on the clock for each
 //   reads    reads a parameter: time on the clock for each
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -12,6 +13,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "bench/Usage.h"
 #include "zel/Zel.h"
@@ -51,27 +53,33 @@ void Frames(zel::Camera& camera, int count) {
                 1e6 / wall_us, process_us, thread_us, static_cast<int>(last - first) - count, sum);
 }
 
+// As median_time() there.
+template <class Call>
+void PrintMedianTime(const char* name, int count, const Call& call) {
+    std::vector<double> times;
+    unsigned long long sum = 0;  // so that nothing is left out
+    for (int i = 0; i < count; ++i) {
+        const auto begin = Clock::now();
+        sum += call();
+        times.push_back(Microseconds(Clock::now() - begin));
+    }
+    std::nth_element(times.begin(), times.begin() + count / 2, times.end());
+    std::printf(R"({"%s": %.3f, "sum": %llu})"
+                "\n",
+                name, times[static_cast<std::size_t>(count) / 2], sum);
+}
+
 void Drain(zel::Camera& camera, int count) {
     camera.set(zel::settings::buffers, static_cast<unsigned>(count) + 2);
     camera.start({.frames = count});
-    unsigned sum = Take(camera).number();
+    Take(camera);
     std::this_thread::sleep_for(500ms);
-    const auto begin = Clock::now();
-    for (int i = 1; i < count; ++i) sum += Look(Take(camera));
-    const double wall_us = Microseconds(Clock::now() - begin) / (count - 1);
-    camera.stop();
-    std::printf(R"({"wall_us": %.3f, "sum": %u})"
-                "\n",
-                wall_us, sum);
+    PrintMedianTime("wall_us", count - 1, [&] { return Look(Take(camera)); });
 }
 
 void Reads(zel::Camera& camera, int count) {
-    long long sum = 0;
-    const auto begin = Clock::now();
-    for (int i = 0; i < count; ++i) sum += camera.get(zel::settings::exposure).count();
-    std::printf(R"({"read_us": %.3f, "sum": %lld})"
-                "\n",
-                Microseconds(Clock::now() - begin) / count, sum);
+    PrintMedianTime("read_us", count,
+                    [&] { return static_cast<unsigned>(camera.get(zel::settings::exposure).count()); });
 }
 
 }  // namespace

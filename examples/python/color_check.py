@@ -38,6 +38,7 @@ def arguments() -> argparse.Namespace:
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--camera", default="500101", help="number or serial number (default: %(default)s)")
+    parser.add_argument("--plugins", help="cameras of this set: sim, gige, or a folder (default: the SDK's)")
     parser.add_argument("--frames", type=int, default=4,
                         help="frames that are averaged (default: %(default)s)")
     parser.add_argument("--corners", type=float, nargs=4, metavar=("LEFT", "TOP", "RIGHT", "BOTTOM"),
@@ -111,6 +112,8 @@ def take(camera: zel.Camera, frames: int) -> Array:
 
 def main() -> None:
     options = arguments()
+    if options.plugins:
+        zel.use_plugins(options.plugins)
     with zel.open(options.camera) as camera:
         if not camera.is_color:
             sys.exit(f"color_check: {camera.info.name} is no color camera")

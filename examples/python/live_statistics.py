@@ -20,6 +20,7 @@ def arguments() -> argparse.Namespace:
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--camera", default="0", help="number or serial number (default: %(default)s)")
+    parser.add_argument("--plugins", help="cameras of this set: sim, gige, or a folder (default: the SDK's)")
     parser.add_argument("--exposure", type=float, help="exposure time in seconds")
     parser.add_argument("--interval", type=float, default=1.0,
                         help="seconds between lines (default: %(default)s)")
@@ -58,6 +59,8 @@ def run(camera: zel.Camera, interval: float, lines: int | None) -> int:
 
 def main() -> None:
     options = arguments()
+    if options.plugins:
+        zel.use_plugins(options.plugins)
     with zel.open(options.camera) as camera:
         if options.exposure is not None:
             camera.exposure = options.exposure

@@ -59,6 +59,7 @@ def arguments() -> argparse.Namespace:
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--camera", default="500102", help="number or serial number (default: %(default)s)")
+    parser.add_argument("--plugins", help="cameras of this set: sim, gige, or a folder (default: the SDK's)")
     parser.add_argument("--points", type=int, default=16, help="exposures (default: %(default)s)")
     parser.add_argument("--gain", type=int, help="amplifier gain, in the camera's steps")
     parser.add_argument("--size", type=int, default=512,
@@ -173,6 +174,8 @@ def main() -> None:
     with tempfile.TemporaryDirectory() as folder:
         if options.simulate:
             look_at_grey(folder)
+        if options.plugins:
+            zel.use_plugins(options.plugins)
         with zel.open(options.camera) as camera:
             if options.gain is not None:
                 camera.gain = options.gain

@@ -23,6 +23,7 @@ def arguments() -> argparse.Namespace:
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--camera", default="0", help="number or serial number (default: %(default)s)")
+    parser.add_argument("--plugins", help="cameras of this set: sim, gige, or a folder (default: the SDK's)")
     parser.add_argument("--exposure", type=float, default=0.02, help="seconds (default: %(default)s)")
     parser.add_argument("--interval", type=float, default=1.0, help="seconds (default: %(default)s)")
     parser.add_argument("--pictures", type=int, default=5, help="how many (default: %(default)s)")
@@ -67,9 +68,12 @@ def take(camera: zel.Camera, exposure: float, folder: Path) -> Path:
 def main() -> None:
     options = arguments()
     options.folder.mkdir(parents=True, exist_ok=True)
-    camera: zel.Camera | None = zel.open(options.camera)
-    assert camera is not None
-    serial, taken = camera.info.serial, 0
+    if options.plugins:
+        zel.use_plugins(options.plugins)
+    first = zel.open(options.camera)
+    first.exposure = options.exposure  # one that it does not take ends the program, not every picture
+    camera: zel.Camera | None = first
+    serial, taken = first.serial, 0
     start = time.monotonic()
     try:
         for number in range(options.pictures):
@@ -80,7 +84,9 @@ def main() -> None:
                 path = take(camera, options.exposure, options.folder)
                 print(f"{path}  {late * 1e3:.0f} ms late", flush=True)
                 taken += 1
-            except (zel.LinkLost, zel.NoCamera, zel.TimeoutWithReason) as error:
+            except zel.OutputError:
+                raise
+            except zel.Error as error:
                 print(f"picture {number + 1} is missing: {error}", flush=True)
                 if camera:
                     camera.close()  # so that it is found when it comes back

@@ -25,6 +25,7 @@ def arguments() -> argparse.Namespace:
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--camera", default="0", help="number or serial number (default: %(default)s)")
+    parser.add_argument("--plugins", help="cameras of this set: sim, gige, or a folder (default: the SDK's)")
     parser.add_argument("--exposure", type=float, default=2e-3, help="seconds (default: %(default)s)")
     parser.add_argument("--planes", type=int, default=10,
                         help="how many signals will come (default: %(default)s)")
@@ -57,6 +58,8 @@ def take(camera: zel.Camera, options: argparse.Namespace) -> None:
 
 def main() -> None:
     options = arguments()
+    if options.plugins:
+        zel.use_plugins(options.plugins)
     with zel.open(options.camera) as camera:
         take(camera, options)
     with zel.open_recording(options.file) as stack:

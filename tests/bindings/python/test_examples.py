@@ -7,6 +7,7 @@ import runpy
 import signal
 import subprocess
 import sys
+import warnings
 from pathlib import Path
 
 import numpy as np
@@ -80,9 +81,8 @@ def test_time_lapse_numbers_on_and_outlives_a_lost_link(tmp_path: Path) -> None:
     run(*command, "1", cwd=tmp_path)
     first = (tmp_path / "run" / "00001.tif").read_bytes()
     output = run(*command, "6", cwd=tmp_path, exit_code=1,
-                 faults="fault 500102 unplug-frame after=1; @0.5 plug 500102")
-    assert "00002.tif" in output and "picture 2 is missing: no frame from camera 3: the link" in output
-    assert "00003.tif" in output
+                 faults="fault 500102 unplug-start after=1; @0.3+0.3 plug 500102")
+    assert re.search(r"00002.tif.*\npicture 2 is missing: camera 3 can.t be started(.*\n)+.*00003.tif", output)
     assert (tmp_path / "run" / "00001.tif").read_bytes() == first
     rows = (tmp_path / "run" / "times.csv").read_text().splitlines()
     files = sorted(path.name for path in (tmp_path / "run").glob("*.tif"))
@@ -120,7 +120,7 @@ def test_color_check_calculates_ciede2000_as_it_is_published() -> None:
 def test_the_sessions_of_the_guide_run_as_shown(tmp_path: Path) -> None:
     page = str(ROOT / "docs" / "python.md")
     program = f"import doctest; print(doctest.testfile({page!r}, module_relative=False))"
-    output = run("-c", program, cwd=tmp_path, settings="ZEL_SIM_PACE=4")
+    output = run("-c", program, cwd=tmp_path, settings="ZEL_SIM_PACE=20")
     result = re.search(r"TestResults\(failed=0, attempted=(\d+)\)", output)
     assert result and int(result.group(1)) > 50, output
 
@@ -129,6 +129,8 @@ def test_the_notebook_runs_as_shown(tmp_path: Path) -> None:
     output = run(ROOT / "scripts" / "run-notebook.py", ROOT / "docs" / "python-tour.ipynb", cwd=tmp_path,
                  settings="")
     assert " 0 of them say something else" in output
+    for line in re.findall("a cell is not run: .*", output):
+        warnings.warn(line)  # pytest prints it
 
 
 def test_the_benchmark_runs(tmp_path: Path) -> None:

@@ -5,10 +5,12 @@
 #include "include/ZelPlugins.h"
 #include "include/ZelProgress.h"
 #include "include/ZelSDK.h"
+#include "include/ZelUsers.h"
 #include "platform/DynamicLibrary.h"
 #include "sdk/Logger.h"
 #include "sdk/ManagerUse.h"
 #include "sdk/PluginChoice.h"
+#include "sdk/SdkUsers.h"
 #include "sdk/VersionText.h"
 #include "sdk/ZelSDKImpl.h"
 #include "util/ProgressReporter.h"
@@ -50,6 +52,11 @@ int ZEL_CALL zel_set_plugin_folder(const char* folder, char* answer, int size) {
     if (answer && size > 0) std::snprintf(answer, static_cast<std::size_t>(size), "%s", given.text.c_str());
     return given.result;
 }
+
+ZelSDK* ZEL_CALL zel_retain_sdk() { return zel::RetainSdk(); }
+void ZEL_CALL zel_release_sdk() { zel::ReleaseSdk(); }
+int ZEL_CALL zel_claim_camera(const ZelCamera* camera) { return zel::ClaimCamera(camera) ? 1 : 0; }
+void ZEL_CALL zel_release_camera(const ZelCamera* camera) { zel::ReleaseCamera(camera); }
 
 char* ZEL_CALL get_version_str() { return zel::ComposeVersionText(); }
 }

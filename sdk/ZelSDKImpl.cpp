@@ -23,6 +23,8 @@ ZelSDK* ZelSDKImpl::CreateZelSDK() {
     return s_ZelSDK;
 }
 
+ZelSDK* ZelSDKImpl::CurrentZelSDK() { return s_ZelSDK; }
+
 void ZelSDKImpl::DestroyZelSDK(ZelSDK* sdk) {
     ZEL_LOG(SdkLogger().Get(), kLogTrace, "ZelSDKImpl::DestroyZelSDK", "Destroying Kestrane SDK");
     if (sdk) {

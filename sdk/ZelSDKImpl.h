@@ -12,6 +12,8 @@ class ZelSDKImpl final : public ZelSDK {
 
     // The one SDK object of this process, made on the first call. Null when memory ran out.
     static ZelSDK* CreateZelSDK();
+    // That object; null when there is none.
+    static ZelSDK* CurrentZelSDK();
     // Closes and deletes `sdk`, whoever else holds it, and forgets the one SDK object. Null is allowed.
     static void DestroyZelSDK(ZelSDK* sdk);
 

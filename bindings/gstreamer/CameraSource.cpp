@@ -75,7 +75,7 @@ Picture ExpectedPicture(const Camera& camera, bool color) {
 }
 
 // On purpose: the SDK object is never destroyed from here. It is one for the whole program, which may use it beside the
-// element, and the layer counts its users in each library by itself.
+// element without being counted as one of its users.
 void KeepSdk() { [[gnu::used]] static const detail::SdkState* const s_Kept = new detail::SdkState; }
 
 }  // namespace

@@ -24,10 +24,11 @@ struct OpenOptions {
     bool calibrated = false;
 };
 
-/// The opened SDK. Several may exist; cameras and frames keep it open, too. It ends with the last of them, which
-/// destroys the SDK object for the whole program: a program that uses zel_create_sdk() itself does so for as long as an
-/// Sdk lives. May be made and destroyed on any thread, also inside every handler of this layer, but not inside a
-/// callback that was set at native(). Any thread may call its operations.
+/// The opened SDK. Several may exist, also in several libraries of a program; cameras and frames keep it open, too. It
+/// ends with the last of them all, which destroys the SDK object for the whole program: a program that uses
+/// zel_create_sdk() itself does so for as long as an Sdk lives, or counts itself as well (ZelUsers.h). May be made and
+/// destroyed on any thread, also inside every handler of this layer, but not inside a callback that was set at
+/// native(). Any thread may call its operations.
 class Sdk {
   public:
     /// Opens the SDK. Throws Error when memory ran out.
@@ -39,7 +40,8 @@ class Sdk {
     CameraInfo info(int number) const { return m_Use->state()->info(number); }
 
     /// Opens a camera by the number or the serial number that a user gave: "0", "300101". Looks for cameras first.
-    /// Throws Error (no_camera), which names the cameras there are, and Error (refused) when this program has it open.
+    /// Throws Error (no_camera), which names the cameras there are, and Error (refused) when this program has it open,
+    /// in whichever of its libraries.
     /// Waits for a handler in which its Camera has just ended, except inside a handler.
     Camera open(std::string_view wanted, const OpenOptions& options = {}) {
         return open_found(select_camera(cameras(), wanted), options);
@@ -52,8 +54,8 @@ class Sdk {
     }
 
     /// Calls a function when a camera is plugged in or unplugged; null switches it off. There is one for all Sdk
-    /// objects, the one set last, and it goes with its Sdk: when that is destroyed it does not run any more, unless it
-    /// is destroyed inside a handler. Throws Error (refused) when the SDK does not take it.
+    /// objects of the whole program, the one set last, and it goes with its Sdk: when that is destroyed it does not run
+    /// any more, unless it is destroyed inside a handler. Throws Error (refused) when the SDK does not take it.
     void on_hot_plug(HotPlugHandler handler) { m_Use->on_hot_plug(std::move(handler)); }
 
     /// One line for the SDK and one for each interface library. One call at a time.

@@ -3,6 +3,7 @@
 #include "ZelPlugins.h"
 #include "ZelProgress.h"
 #include "ZelSDK.h"
+#include "ZelUsers.h"
 #include "ZelUtil.h"
 #include "link/CameraInterfaceLibrary.h"
 #include "link/ICameraInterface.h"
@@ -16,6 +17,10 @@ struct Interface {
     decltype(&zel_set_progress_callback) set_progress_callback;
     decltype(&zel_set_plugin_folder) set_plugin_folder;
     decltype(&get_version_str) version;
+    decltype(&zel_retain_sdk) retain_sdk;
+    decltype(&zel_release_sdk) release_sdk;
+    decltype(&zel_claim_camera) claim_camera;
+    decltype(&zel_release_camera) release_camera;
     ZelCameraConnectCallback camera_connect;
     ZelCameraControlCallback camera_control;
     ZelCameraControlCallbackEx camera_control_ex;

@@ -18,6 +18,7 @@ struct State {
     int busy = 0;  // threads that must not be caught by the end of the interpreter
     std::atomic<bool> used = false;
     std::atomic<bool> over = false;
+    std::atomic<bool> closed = false;  // over, and all cameras are closed
     std::atomic<bool> forked = false;
 };
 
@@ -42,6 +43,10 @@ Busy::~Busy() {
     const std::lock_guard lock(all.mutex);
     --all.busy;
     all.changed.notify_all();
+}
+
+Unlocked::Unlocked() {
+    if (!state().closed) m_Release.emplace();
 }
 
 SharedObject share(pybind11::object object) {
@@ -73,6 +78,8 @@ void leave_interpreter(const std::function<void()>& close_all) {
     State& all = state();
     if (all.forked || all.over.exchange(true)) return;
     unlocked(close_all);
+    // No handler of a camera waits for the lock any more: who comes now may keep it.
+    all.closed = true;
     const auto deadline = std::chrono::steady_clock::now() + kLongestEnd;
     // Threads begin to count with the interpreter's lock: with it in hand, nobody else does.
     while (true) {

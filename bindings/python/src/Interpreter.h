@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace zel::python {
@@ -20,10 +21,15 @@ class Busy {
     Busy& operator=(const Busy&) = delete;
 };
 
-// A part of a function without the interpreter's lock.
+// A part of a function without the interpreter's lock. While the interpreter is ending the lock stays with the thread,
+// which might not come back to it.
 class Unlocked {
+  public:
+    Unlocked();
+
+  private:
     Busy m_Busy;
-    pybind11::gil_scoped_release m_Release;
+    std::optional<pybind11::gil_scoped_release> m_Release;
 };
 
 // Runs a function without the lock.

@@ -69,7 +69,10 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
     }
 
     CameraState(std::shared_ptr<SdkState> sdk, int number) : m_Sdk(std::move(sdk)), m_Info(m_Sdk->info(number)) {}
-    ~CameraState() { Registry<CameraState>::remove(m_Context); }
+    ~CameraState() {
+        Registry<CameraState>::remove(m_Context);
+        release();
+    }
     CameraState(const CameraState&) = delete;
     CameraState& operator=(const CameraState&) = delete;
 
@@ -291,7 +294,12 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
             Call::wait_for(open.get());
             open = claimed();
         }
-        if (!open) return;
+        if (!open) {
+            m_Claimed = zel_claim_camera(m_Native) != 0;
+            if (m_Claimed) return;
+            throw Error(ErrorKind::refused, label() + " is open already", "another library of this program has it",
+                        "have that library let go of it and its frames first");
+        }
         throw Error(ErrorKind::refused, label() + " is open already",
                     open->held() > 0 ? "frames of it are held" : "this program has a Camera for it",
                     "use that one, or let go of it and its frames first");
@@ -316,8 +324,13 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
         return m_Ended;
     }
 
+    // Once, when it is closed or was not opened.
+    void release() noexcept {
+        if (std::exchange(m_Claimed, false)) zel_release_camera(m_Native);
+    }
     void close() noexcept {
         m_Native->Close();
+        release();
         const std::lock_guard lock(m_Mutex);
         m_Closed = true;
     }
@@ -505,6 +518,7 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
     CameraInfo m_Info;
     ZelCamera* m_Native = nullptr;
     void* m_Context = nullptr;
+    bool m_Claimed = false;  // for this library, among those of the program
 
     mutable std::mutex m_Mutex;  // never held while the SDK or the application is called
     std::condition_variable m_Changed;

@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "ZelSDK.h"
+#include "ZelUsers.h"
 #include "zel/CameraInfo.h"
 #include "zel/Error.h"
 #include "zel/HotPlug.h"
@@ -23,34 +23,28 @@ namespace zel::detail {
 
 class CameraState;
 
-/// One for the whole program while any Sdk, Camera or Frame lives.
+/// One for all of the program that this header was compiled into together, while any Sdk, Camera or Frame of it lives.
 class SdkState {
   public:
     static std::shared_ptr<SdkState> shared() {
-        Life& all = life();
-        const std::lock_guard lock(all.mutex);
-        if (auto state = all.last.lock()) return state;
+        if (auto state = current()) return state;
         auto state = std::make_shared<SdkState>();
         state->m_Context = Registry<SdkState>::add(state);
+        Life& all = life();
+        const std::lock_guard lock(all.mutex);
+        if (auto other = all.last.lock()) return other;
         all.last = state;
         return state;
     }
 
-    /// For shared(), which holds the lock.
-    SdkState() : m_Native(zel_create_sdk()) {
-        if (m_Native && m_Native->Open()) {
-            ++life().states;
-            return;
-        }
-        if (life().states == 0) zel_destroy_sdk(m_Native);
+    SdkState() : m_Native(zel_retain_sdk()) {
+        if (m_Native) return;
         throw Error(ErrorKind::failed, "the SDK can't be opened", "memory ran out or it is just being closed",
                     "try again");
     }
     ~SdkState() {
         Registry<SdkState>::remove(m_Context);
-        Life& all = life();
-        const std::lock_guard lock(all.mutex);
-        if (--all.states == 0) zel_destroy_sdk(m_Native);
+        zel_release_sdk();
     }
     SdkState(const SdkState&) = delete;
     SdkState& operator=(const SdkState&) = delete;
@@ -104,13 +98,16 @@ class SdkState {
     std::map<const void*, std::weak_ptr<CameraState>> cameras;
 
   private:
-    // The SDK object is one for the whole program: a new state may have taken it over before the last one is gone.
     // Never destroyed, as the registry.
     struct Life {
         std::mutex mutex;
         std::weak_ptr<SdkState> last;
-        int states = 0;
     };
+    static std::shared_ptr<SdkState> current() {
+        Life& all = life();
+        const std::lock_guard lock(all.mutex);
+        return all.last.lock();
+    }
     static Life& life() {
         static Life* const all = new Life;
         return *all;

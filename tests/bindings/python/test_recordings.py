@@ -87,7 +87,7 @@ def read_again(recording, samples, answers=None):
     return same if answers is None else answers.put(same)
 
 
-def test_threads_and_forked_processes_read_at_once(recording):
+def test_threads_and_forked_processes_read_at_once(recording, child):
     with concurrent.futures.ThreadPoolExecutor(4) as pool:
         assert all(pool.map(lambda _: read_again(*recording), range(4)))
     context = multiprocessing.get_context("fork")
@@ -98,6 +98,20 @@ def test_threads_and_forked_processes_read_at_once(recording):
     assert read_again(*recording) and [answers.get(timeout=60) for _ in children] == [True, True]
     for process in children:
         process.join()
+    # Threads that the end of the interpreter meets while they read.
+    child(f"""
+import itertools, threading
+recording = zel.open_recording({[str(file) for file in recording[0].files]!r})
+read = threading.Semaphore(0)
+def go_on():
+    for index in itertools.count():
+        recording[index % {FRAMES}]
+        read.release()
+for _ in range(4):
+    threading.Thread(target=go_on, daemon=True).start()
+for _ in range(20):
+    read.acquire()
+""")
 
 
 def test_files_that_are_damaged_or_none(camera, tmp_path):

@@ -92,7 +92,7 @@ class CacheFolder : public TemporaryFolder {
 constexpr unsigned kHangMs = 100000;
 constexpr int kHungCode = 124;
 
-// Runs a line of the system's shell, in UTF-8. Result: its exit code (a signal: its number); kHungCode when it had to be
+// Runs a line of the system's shell, in UTF-8. Result: its exit code, a signal's number, or kHungCode when it had to be
 // ended.
 inline int System(const std::string& line) {
     // On a busy machine Wine's shell now and then does not find a program that is there; it has run nothing then.

@@ -134,12 +134,18 @@ TEST_F(LayerLifetimes, AStopEndsAStartThatIsUnderWay) {
 TEST_F(LayerLifetimes, ThreadsWaitWhileOthersStopStartAndDestroy) {
     for (int i = 0; i < 6; ++i) {
         Running();
-        std::atomic<unsigned> sum = 0, reasons = 0;
+        std::atomic<unsigned> sum = 0, reasons = 0, inside = 0, waits = 0;
         std::vector<std::thread> threads;
         for (const Order order : {Order::every, Order::newest}) {
             threads.emplace_back([&, order] {
-                FrameResult result = camera->wait_frame(kLong, order);
-                for (; result; result = camera->wait_frame(kLong, order)) sum += result->pixels().front();
+                const auto wait = [&] {
+                    ++waits, ++inside;
+                    FrameResult result = camera->wait_frame(kLong, order);
+                    --inside;
+                    return result;
+                };
+                FrameResult result = wait();
+                for (; result; result = wait()) sum += result->pixels().front();
                 reasons += result.reason() == Reason::not_started;
             });
         }
@@ -149,9 +155,12 @@ TEST_F(LayerLifetimes, ThreadsWaitWhileOthersStopStartAndDestroy) {
             for (std::thread& thread : threads) thread.join();
             EXPECT_EQ(reasons, 2u);
         } else {
-            // Both are inside, as their waits last: destroyed under them it stays until they have left.
+            // Both are inside when no wait ends any more: destroyed under them it stays until they have left.
             usb("fault 1 stall 0");
-            std::this_thread::sleep_for(20ms);
+            for (unsigned before = 0; inside < 2 || waits != before;) {
+                before = waits;
+                std::this_thread::sleep_for(20ms);
+            }
             camera.reset();
             for (std::thread& thread : threads) thread.join();
             usb.Mend(1);
@@ -238,7 +247,8 @@ TEST_F(LayerLifetimes, AThousandRoundsAndReplugsKeepNothing) {
     for (int i = 0; i < 1000; ++i) round();
     for (int i = 0; i < 20; ++i) replug();
     round();
-    EXPECT_LE(platform::OpenHandles(), handles + 5);
+    // On Windows a lock takes a handle when it is first waited for; a leak would be one in each replug, or more.
+    EXPECT_LE(platform::OpenHandles(), handles + 15);
     EXPECT_LE(platform::RunningThreads(), threads + 3);
     EXPECT_LE(detail::SdkState::shared()->cameras.size(), 1u) << "objects of cameras that are gone";
 }

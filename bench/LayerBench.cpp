@@ -136,6 +136,10 @@ bool MeasureHandOver(zel::bench::Report& report, CameraRig& bare, CameraRig& lay
 extern "C" {
 ZelSDK* ZEL_CALL zel_create_sdk() { return &s_Sdk; }
 void ZEL_CALL zel_destroy_sdk(ZelSDK*) {}
+ZelSDK* ZEL_CALL zel_retain_sdk() { return &s_Sdk; }
+void ZEL_CALL zel_release_sdk() {}
+int ZEL_CALL zel_claim_camera(const ZelCamera*) { return 1; }
+void ZEL_CALL zel_release_camera(const ZelCamera*) {}
 int ZEL_CALL zel_set_camera_connect_callback(ZelCameraConnectCallback, void*) { return 1; }
 char* ZEL_CALL get_version_str() {
     static char s_Version[] = "bench";

@@ -62,7 +62,7 @@ class RecordingSummary(NamedTuple):
     passed_over: int
     """Frames left out on purpose (every)."""
     ended: str
-    """Why it ended: "frames", "seconds", "interrupted", "sequence over", "stopped", "disk full", "link lost", ..."""
+    """Why: "frames", "seconds", "interrupted", "sequence over", "stopped", "disk full", "link lost", ..."""
 
     @property
     def frame_rate(self) -> float:
@@ -106,7 +106,8 @@ def record(camera: Camera, path: Path, frames: Optional[int], seconds: Optional[
                              seconds=_positive("seconds", seconds), compression=compression,
                              every=_count("every", every), split_frames=_count("split_frames", split_frames),
                              pixel_um=_positive("pixel_size", pixel_size), averaged=camera._averaged,
-                             timeout=_positive("timeout", timeout), overwrite=bool(overwrite), force=bool(force))
+                             timeout=_positive("timeout", timeout), overwrite=bool(overwrite),
+                             force=bool(force))
     if not camera._being_recorded.acquire(blocking=False):
         raise Refused(f"{camera.label} can't be recorded", "another thread records it", "wait for that one")
     try:

@@ -55,7 +55,7 @@ class Lost(NamedTuple):
 
 
 class RecordingInfo(NamedTuple):
-    """What does not change during a recording; empty, 0 or None where another program's file does not tell."""
+    """What does not change during a recording; empty, 0 or None: another program's file does not tell."""
 
     camera: str
     """The name kept in the camera, or its model."""
@@ -171,7 +171,7 @@ class RecordedFrames(Sequence[RecordedFrame]):
 
 
 class Recording:
-    """A recording as an array (frames, height, width) of uint16 whose frames are read when they are asked for.
+    """A recording: an array (frames, height, width) of uint16, whose frames are read when they are asked for.
 
     recording[3] is one frame, recording[10:20, 100:200, ::2] a part of ten of them, recording[[1, 5]] and
     recording[recording.exposure > 0.01] are chosen ones; numpy.asarray(recording) reads all. Only what is
@@ -203,7 +203,7 @@ class Recording:
         self._closed = False
 
     def _files(self) -> List[_core.RecordingFile]:
-        """The open files: in a forked process files of its own, since the others share their position with it."""
+        """The open files; in a forked process files of its own, since these share their position with it."""
         if self._process != os.getpid():
             self._left_behind = self._cores
             self._cores = [_core.RecordingFile(name) for name in self._names]
@@ -250,8 +250,8 @@ class Recording:
     def __getitem__(self, key: Any) -> Any:
         """Reads frames: recording[frames, rows, columns].
 
-        Frames are chosen by a whole number, a slice, a list or an array of indices or booleans, rows and columns
-        by whole numbers and slices; the rules are NumPy's. The result has a copy of the samples, uint16.
+        Frames are chosen by a whole number, a slice, a list or an array of indices or booleans, rows and
+        columns by whole numbers and slices; the rules are NumPy's. The result has the samples, uint16.
         """
         if type(key) is int:
             return self._read(self._index_of(key), self._picture())
@@ -277,7 +277,7 @@ class Recording:
                 raise TypeError
             place = operator.index(index)
         except TypeError:
-            raise IndexError(f"{index!r}: frames are chosen by whole numbers, slices, lists and arrays") from None
+            raise IndexError(f"frames are chosen by number, slice, list or array: {index!r}") from None
         if not -len(self) <= place < len(self):
             raise IndexError(f"there is no frame {place}: the recording has {len(self)}")
         return place % len(self)
@@ -332,7 +332,7 @@ class Recording:
 
     @property
     def arrival_utc(self) -> NDArray[numpy.datetime64]:
-        """(frames,) datetime64[ns]: the same as UTC, by the clock on the wall when it began; NaT: not known."""
+        """(frames,) datetime64[ns]: the same as UTC, by the wall's clock when it began; NaT: not known."""
         begin = "NaT" if self.info.started is None else self.info.started.replace(tzinfo=None).isoformat()
         since: NDArray[numpy.timedelta64] = self._column("host_ns").astype("m8[ns]")
         return numpy.datetime64(begin, "ns") + since
@@ -377,9 +377,10 @@ class Recording:
         binning = Binning(facts["x_bin"], facts["y_bin"])
         region = Region(facts["x_origin"], facts["y_origin"], facts["width"] * binning.x,
                         facts["height"] * binning.y)
-        return RecordingInfo(facts["camera"], facts["serial"], facts["model"], facts["firmware"], facts["link"],
-                             facts["bits"], facts["cfa_phase"], region, binning, max(facts["averaged"], 1),
-                             facts["corrected"], facts["pixel_um"] if facts["pixel_um"] > 0 else None,
+        return RecordingInfo(facts["camera"], facts["serial"], facts["model"], facts["firmware"],
+                             facts["link"], facts["bits"], facts["cfa_phase"], region, binning,
+                             max(facts["averaged"], 1), facts["corrected"],
+                             facts["pixel_um"] if facts["pixel_um"] > 0 else None,
                              facts["frames_per_second"] or None, facts["software"], _moment(facts["started"]),
                              facts["session"])
 
@@ -402,13 +403,13 @@ class Recording:
 
     @property
     def ended(self) -> Optional[str]:
-        """Why it ended: "frames", "seconds", "interrupted", "disk full", "link lost", ...; None: it was cut off."""
+        """Why it ended: "frames", "seconds", "interrupted", "disk full", "link lost", ...; None: cut off."""
         last = self._ends[-1]
         return None if last is None else str(last["reason"])
 
     @property
     def lost(self) -> Optional[Lost]:
-        """Frames lost between the first and the last one, by cause; None: not known, as `missing` alone is."""
+        """Frames lost between the first and the last one, by cause; None: not known (`missing` is)."""
         ends = [end for end in self._ends if end is not None]
         return lost_of(ends) if len(ends) == len(self._ends) else None
 
@@ -443,7 +444,8 @@ class Recording:
         count, height, width = self.shape
         name = os.path.basename(os.fsdecode(self._names[0])) + (" ..." if len(self._names) > 1 else "")
         state = "closed" if self.closed else "complete" if self.complete else f"cut off: {self.cut_off}"
-        return f"<zel.Recording {name}: {count} frames of {width} x {height}, {self._facts['bits']} bits, {state}>"
+        bits = self._facts["bits"]
+        return f"<zel.Recording {name}: {count} frames of {width} x {height}, {bits} bits, {state}>"
 
     def _require_open(self) -> None:
         if self._closed:

@@ -1,4 +1,5 @@
 """Cameras, parameters and streams, and how all of it ends."""
+import contextlib
 import ctypes
 import datetime
 import gc
@@ -234,7 +235,8 @@ def test_handlers_get_every_frame_and_what_they_raise_is_reported(camera, monkey
 
     camera.on_frame(lambda frame: (camera.close(), done.set()))
     done.clear()
-    camera.start()
+    with contextlib.suppress(zel.Refused):  # the first frame may come, and close, before the start has returned
+        camera.start()
     assert done.wait(30) and camera.closed
 
 

@@ -48,12 +48,11 @@ def test_help_tells_what_a_program_is_for(program: Path, tmp_path: Path) -> None
     assert first_line in run(program, "--help", cwd=tmp_path)
 
 
-@pytest.mark.parametrize("gain", [0, 168])
-def test_photon_transfer_finds_the_simulated_sensors_gain_and_read_noise(gain: int, tmp_path: Path) -> None:
-    output = run(EXAMPLES / "photon_transfer.py", "--simulate", "--gain", str(gain), "--points", "10",
+def test_photon_transfer_finds_the_simulated_sensors_gain_and_read_noise(tmp_path: Path) -> None:
+    output = run(EXAMPLES / "photon_transfer.py", "--simulate", "--gain", "168", "--points", "10",
                  "--plot", "plot.png", cwd=tmp_path)
     # devices/sim/sensor: 0.05 mV an electron, 5.5 dB and 0.0358 dB a step, 14 bits for 2000 mV.
-    expected = 0.05 * 10 ** ((5.5 + 0.0358 * gain) / 20) * (2**14 - 1) / 2000
+    expected = 0.05 * 10 ** ((5.5 + 0.0358 * 168) / 20) * (2**14 - 1) / 2000
     assert number("gain K", output) == pytest.approx(expected, rel=0.02)
     assert number("read noise", output) == pytest.approx(6.0, rel=0.05)
     assert number("saturation", output) == pytest.approx(2**14 - 65, rel=0.1)

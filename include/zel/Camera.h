@@ -179,7 +179,8 @@ class Camera {
             if (started) native()->Stop();
             throw Error(ErrorKind::refused, label() + " can't be started", "it was stopped meanwhile");
         }
-        const bool lost = link_lost() || m_State->lost_in_run();
+        // Frames that came before the link was lost are there to be taken; the wait behind them says that it is.
+        const bool lost = (link_lost() || m_State->lost_in_run()) && !m_State->frames_wait();
         if (!started || lost) fail_start(started, lost);
         // Frame times are settled when the camera has recalculated its settings, at the start.
         const std::chrono::microseconds frame = run.exposure + std::chrono::microseconds(number(ZEL_PARAM_FRAME_TIME));

@@ -225,6 +225,11 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
         const std::lock_guard lock(m_Mutex);
         return m_Held;
     }
+    /// Whether there are frames to be taken.
+    bool frames_wait() const {
+        const std::lock_guard lock(m_Mutex);
+        return m_Waiting > 0;
+    }
     /// Frames that were passed over for newer ones, up to the one that was taken last.
     std::uint64_t skipped() const {
         const std::lock_guard lock(m_Mutex);

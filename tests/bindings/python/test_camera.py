@@ -184,15 +184,15 @@ def test_streams_start_and_stop_the_camera_and_may_be_left_half_way(camera):
 
 def test_waits_end_by_ctrl_c_interrupt_and_close(camera):
     camera.trigger = "hardware"
-    with camera.stream() as stream:
-        for end, error in ((lambda: os.kill(os.getpid(), signal.SIGINT), KeyboardInterrupt),
-                           (camera.interrupt, StopIteration), (camera.close, zel.Closed)):
-            stream = camera.stream()
-            timer = threading.Timer(0.2, end)
+    for end, error in ((lambda: os.kill(os.getpid(), signal.SIGINT), KeyboardInterrupt),
+                       (camera.interrupt, StopIteration), (camera.close, zel.Closed)):
+        camera.start()
+        stream = camera.stream()
+        timer = threading.Timer(0.2, end)
+        with pytest.raises(error):
             timer.start()
-            with pytest.raises(error):
-                next(stream)
-            timer.join()
+            next(stream)
+        timer.join()
 
 
 def test_handlers_get_every_frame_and_what_they_raise_is_reported(camera, monkeypatch, build):

@@ -79,7 +79,7 @@ def test_time_lapse_numbers_on_and_outlives_a_lost_link(tmp_path: Path) -> None:
                "--pictures")
     run(*command, "1", cwd=tmp_path)
     first = (tmp_path / "run" / "00001.tif").read_bytes()
-    output = run(*command, "6", cwd=tmp_path, exit_code=1,
+    output = run(*command, "12", cwd=tmp_path, exit_code=1,
                  faults="fault 500102 unplug-start after=1; @0.3+0.3 plug 500102")
     assert re.search(r"00002.tif.*\npicture 2 is missing: camera 3 can.t be started(.*\n)+.*00003.tif", output)
     assert (tmp_path / "run" / "00001.tif").read_bytes() == first

@@ -78,9 +78,9 @@ awk -v allowed="$allowed" '
     }
     END { if (!NR) print "no includes found"; exit bad || !NR }' || failed=1
 # What waits for an atomic value sleeps on for ever now and then where GCC 12 has no futex, which is on Windows: it looks at
-# the value and goes to sleep without a lock between the two (bits/atomic_wait.h). Semaphores do, barriers, and stop tokens
+# the value and goes to sleep without a lock between the two (bits/atomic_wait.h). Semaphores do, barriers, latches, and stop tokens
 # that somebody waits with. Threads wait for a condition.
-if grep -rnE '<(semaphore|barrier)>|stop_(token|callback)|condition_variable_any|arrive_and_wait' \
+if grep -rnE '<(semaphore|barrier|latch)>|stop_(token|callback)|condition_variable_any|arrive_and_wait' \
         --include='*.h' --include='*.cpp' $folders tests bench fuzz; then
     echo "these can miss what they wait for"
     failed=1

@@ -54,7 +54,8 @@ class FrameSink {
     /// Sleeps until a software trigger, or BackEnd::Trigger(), has come that no frame was taken for. False when the run
     /// ended before.
     virtual bool WaitForTrigger() = 0;
-    /// The camera is gone: the run ends, the host hears of it (event 8, and the library's disconnect event).
+    /// The camera is gone: the run ends, the host hears of it (event 8, and the library's disconnect event). Only the
+    /// first time in a run.
     virtual void Vanish() = 0;
 
   protected:

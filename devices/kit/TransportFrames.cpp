@@ -1,5 +1,6 @@
 // The frame thread of a transport: where a back end's frames go to the SDK.
 #include <algorithm>
+#include <atomic>
 #include <exception>
 
 #include "devices/kit/Transport.h"
@@ -53,13 +54,17 @@ class Transport::Sink final : public FrameSink {
     bool Ended() const override { return Control().Ended(m_Ticket); }
     bool WaitUntil(Clock::time_point time) override { return Control().WaitUntil(m_Ticket, time); }
     bool WaitForTrigger() override { return Control().TakeTrigger(m_Ticket); }
-    void Vanish() override { m_Transport.m_Camera.Vanish(); }
+    // One that comes again may come when the camera is already back.
+    void Vanish() override {
+        if (!m_Vanished.exchange(true)) m_Transport.m_Camera.Vanish();
+    }
 
   private:
     RunControl& Control() const { return m_Transport.m_Camera.Control(); }
 
     Transport& m_Transport;
     const RunControl::Ticket m_Ticket;
+    std::atomic<bool> m_Vanished = false;
 };
 
 void Transport::FrameLoop() {

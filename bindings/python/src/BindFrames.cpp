@@ -159,6 +159,10 @@ void bind_frames(py::module_& module) {
         .def("__enter__", [](const py::object& self) { return self; })
         .def("__exit__", [](FrameHandle& f, const py::args&) { f.release(); })
         .def("__len__", [](const FrameHandle& f) { return f.info().height; })
+        .def(
+            "__getitem__",
+            [](const FrameHandle& f, const py::object& key) { return f.picture().attr("__getitem__")(key); },
+            py::arg("key"), "Part of the samples, as of an array; it shows this frame's memory.")
         .def("__repr__", &text_of);
 }
 

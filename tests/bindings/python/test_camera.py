@@ -99,6 +99,7 @@ def test_frames_are_arrays_without_a_copy_for_as_long_as_one_lives(camera):
     array = np.asarray(frame)
     assert array.shape == (48, 64) and array.dtype == frame.dtype == np.uint16 and array.nbytes == frame.nbytes
     assert np.shares_memory(array, np.asarray(frame)) and not np.shares_memory(array, np.array(frame))
+    assert (frame[3:9:2, -5] == array[3:9:2, -5]).all() and len(frame) == 48
     assert np.asarray(frame, np.float32).dtype == np.float32 and camera.frames_held == 1
     copy = frame.copy()
     expected = array.copy()

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <future>
 #include <stdexcept>
 
 #include "devices/kit/Bus.h"
@@ -152,9 +153,12 @@ TEST_F(KitBackEnd, ACameraThatVanishesIsReportedOnceAndComesBack) {
     static std::deque<std::pair<int, int>>* s_Reports = nullptr;
     s_Reports = &reports;
     m_Bus.SetConnectionCallback([](int event, int camera, int) { s_Reports->emplace_back(event, camera); }, 0);
-    m_Device->m_Start = [](FrameSink& sink) {
+    std::promise<void> back, told_again;
+    m_Device->m_Start = [&](FrameSink& sink) {
         sink.Vanish();
+        back.get_future().wait();
         sink.Vanish();
+        told_again.set_value();
     };
     ASSERT_EQ(m_Transport->Connect(), 0);
     ASSERT_EQ(m_Transport->Start(), 0);
@@ -162,6 +166,8 @@ TEST_F(KitBackEnd, ACameraThatVanishesIsReportedOnceAndComesBack) {
     ASSERT_TRUE(m_Host->WaitForEvent(CAMERA_EVENT_DISCONNECT, kPatience));
     EXPECT_TRUE(m_Bus.ChangePlug(0, true));
     EXPECT_TRUE(m_Host->WaitForEvent(CAMERA_EVENT_RECONNECT, kPatience));
+    back.set_value();
+    told_again.get_future().wait();
     int state = -1;
     EXPECT_TRUE(m_Host->Get(CAMERA_STATE, state));
     EXPECT_EQ(state, 0);

@@ -5,7 +5,6 @@
 #include <atomic>
 #include <chrono>
 #include <cstdio>
-#include <latch>
 #include <list>
 #include <memory>
 #include <optional>
@@ -132,7 +131,7 @@ class RecordCommand : public Command {
         CatchInterrupts();
         Tell(settings, result);
         std::list<RecordRun> runs;
-        m_Together = std::make_shared<std::latch>(static_cast<std::ptrdiff_t>(cameras.size()));
+        m_Starting = std::make_shared<std::atomic<int>>(static_cast<int>(cameras.size()));
         try {
             auto fact = facts.begin();
             for (zel::Camera& camera : cameras) Begin(camera, *fact++, cameras.size() > 1, session, runs);
@@ -229,7 +228,7 @@ class RecordCommand : public Command {
     void Begin(zel::Camera& camera, const RecordingFacts& facts, bool several, const RecordingSession& session,
                std::list<RecordRun>& runs) {
         RunOptions run{m_Settings, zel::Trigger::as_set, m_IntervalMs, m_Ring > 0.0 ? 0 : m_Frames, m_End.bytes,
-                       m_Together};
+                       m_Starting};
         if (m_Trigger != "free")
             run.trigger = m_Trigger == "software" ? zel::Trigger::software : zel::Trigger::hardware;
         Amount split;
@@ -279,7 +278,7 @@ class RecordCommand : public Command {
             Progress progress("recording", !m_Json);
             while (std::any_of(runs.begin(), runs.end(), [](const RecordRun& run) { return !run.Ended(); })) {
                 LookForRequests(runs);
-                if (!m_Begun && m_Together->try_wait()) m_Begun = Clock::now();
+                if (!m_Begun && *m_Starting == 0) m_Begun = Clock::now();
                 if (m_Seconds > 0.0 && Passed() >= m_Seconds) EndAll(runs, "seconds");
                 TellLoss(runs, progress, false);
                 ShowProgress(runs, progress);
@@ -403,7 +402,7 @@ class RecordCommand : public Command {
     Amount m_End;
     DiskNeed m_Need;
     std::uint64_t m_Room = 0;  // on the disk, before space was reserved
-    std::shared_ptr<std::latch> m_Together;
+    std::shared_ptr<std::atomic<int>> m_Starting;
     std::optional<Clock::time_point> m_Begun;  // when all cameras ran
     Clock::time_point m_NextLine{};
     bool m_Typing = true;

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
+#include <random>
 #include <span>
 #include <system_error>
 
@@ -109,7 +110,8 @@ PictureSaver::PictureSaver(const PictureOptions& options, int frames, const Came
     fs::create_directories(folder, error);
     if (error) throw Failure(what, error.message(), "choose another --out", kOutput);
     if (!fs::is_directory(folder, error)) throw Failure(what, "it is a file", "choose another --out", kOutput);
-    const fs::path probe = folder / Utf8Path(m_Options.prefix + "_0000.tmp");
+    // Of a name that no other program tries at the same time.
+    const fs::path probe = folder / Utf8Path(fmt::format("{}_{:08x}.tmp", m_Options.prefix, std::random_device()()));
     const bool writable = std::ofstream(probe).good();
     fs::remove(probe, error);
     if (!writable) {

@@ -78,10 +78,10 @@ void RecordRun::Run() {
 void RecordRun::Take() {
     // Those that don't start keep nobody waiting.
     struct Arrival {
-        ~Arrival() { together.count_down(); }
-        std::latch& together;
+        ~Arrival() { --starting; }
+        std::atomic<int>& starting;
     };
-    std::optional<Arrival> arrival(std::in_place, *m_Options.together);
+    std::optional<Arrival> arrival(std::in_place, *m_Options.starting);
     Acquisition acquisition(m_Camera, m_Options.settings, m_Options.trigger);
     arrival.reset();
     const auto publish = [this](Acquisition* running) {

@@ -5,7 +5,6 @@
 #include <atomic>
 #include <cstdint>
 #include <exception>
-#include <latch>
 #include <memory>
 #include <string>
 #include <thread>
@@ -32,7 +31,7 @@ struct RunOptions {
     int interval_ms = 0;       // from one software trigger to the next
     std::uint64_t frames = 0;  // 0: no such end
     std::uint64_t bytes = 0;
-    std::shared_ptr<std::latch> together{};  // of the cameras that are started together
+    std::shared_ptr<std::atomic<int>> starting{};  // cameras of the recording that have not started yet
 };
 
 class RecordRun {
@@ -46,7 +45,7 @@ class RecordRun {
 
     // Starts the camera, on a thread of its own. Frames are recorded from the moment on in which all cameras run.
     void Start();
-    bool Begun() const { return m_Options.together->try_wait(); }
+    bool Begun() const { return *m_Options.starting == 0; }
     // Ends it for this reason, unless it has ended.
     void End(const std::string& reason);
     // The frames of the ring go to a file.

@@ -15,7 +15,7 @@ inline constexpr int kFrameTimeMs = 10000;
 inline constexpr int kEventTimeMs = 10000;
 
 // How long nothing must come for the camera to be taken for silent: two frames' time, within bounds.
-inline constexpr std::chrono::microseconds kShortestSilence{60000};
+inline constexpr std::chrono::microseconds kShortestSilence{200000};
 inline constexpr std::chrono::microseconds kLongestSilence{2000000};
 
 class CameraSession {

@@ -143,7 +143,7 @@ class BadTransport final : public ForwardingTransport, private IZelCameraCommon 
     }
     void CallLate(IZelCameraCommon& host) {
         m_Late = std::jthread([&host] {
-            std::this_thread::sleep_for(20ms);
+            std::this_thread::sleep_for(60ms);
             host.GetLastErrorPtr();
         });
     }

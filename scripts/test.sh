@@ -17,6 +17,7 @@ start_wine() {
     [ "$1" = windows-i686 ] || export WINEPREFIX=$PWD/build/wine64 WINEARCH=win64
     mkdir -p "$WINEPREFIX"
     if [ -z "${DISPLAY:-}" ]; then
+        rm -f build/xvfb.display  # of an earlier run
         Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>build/xvfb.display >/dev/null 2>&1 &
         xvfb=$!
         for _ in $(seq 50); do

@@ -64,9 +64,10 @@ class ViewerPage(unittest.TestCase):
 
     def snapshot(self, viewer):
         """The file that the page names, its pixels and what stands beside them."""
-        before = len(files(viewer, "*.json"))
+        before = len(files(viewer, "*.tif"))
         self.page.get("snapshot").click()
-        wait(lambda: len(files(viewer, "*.json")) > before, "a snapshot")
+        # What stands beside it may be there before.
+        wait(lambda: len(files(viewer, "*.tif")) > before, "a snapshot")
         file = max(files(viewer, "*.tif"), key=lambda path: path.stat().st_mtime_ns)
         self.page.wait_text("log", file.name)
         return tifffile.imread(file), json.loads(file.with_suffix(".json").read_text())

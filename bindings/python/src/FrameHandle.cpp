@@ -72,13 +72,15 @@ FrameHandle::FrameHandle(Frame frame, std::shared_ptr<CameraHandle> camera) : m_
     m_Loan = std::make_shared<Loan>(std::move(frame), std::move(camera));
 }
 
-const Frame& FrameHandle::frame() const {
+const std::shared_ptr<FrameHandle::Loan>& FrameHandle::loan() const {
     if (!m_Loan) {
         raise("Closed", "frame " + std::to_string(m_Info.number) + " was released", "",
               "keep it, or take a copy() before");
     }
-    return m_Loan->frame;
+    return m_Loan;
 }
+
+const Frame& FrameHandle::frame() const { return loan()->frame; }
 
 py::object FrameHandle::keeper() const {
     return py::capsule(new std::shared_ptr<Loan>(m_Loan),
@@ -115,7 +117,7 @@ py::array FrameHandle::color_array(bool reversed) const {
 }
 
 std::unique_ptr<FrameHandle> FrameHandle::copy() const {
-    const std::shared_ptr<Loan> loan = (frame(), m_Loan);
+    const std::shared_ptr<Loan> loan = this->loan();
     Frame copied = unlocked([&] {
         auto owner = std::make_shared<CopiedRecord>(loan->frame);
         ZelColorImage* const record = owner->record();
@@ -127,7 +129,7 @@ std::unique_ptr<FrameHandle> FrameHandle::copy() const {
 }
 
 void FrameHandle::save(const std::string& file_name) const {
-    const std::shared_ptr<Loan> loan = (frame(), m_Loan);
+    const std::shared_ptr<Loan> loan = this->loan();
     require_sdk();
     unlocked([&] {
         // A copy does not keep the SDK open, whose writers are used.

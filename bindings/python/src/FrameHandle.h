@@ -44,7 +44,8 @@ class FrameHandle {
     struct Loan;
     FrameHandle(const FrameHandle&) = default;
 
-    // Throws Closed when it was released.
+    // Both throw Closed when it was released.
+    const std::shared_ptr<Loan>& loan() const;
     const Frame& frame() const;
     pybind11::object keeper() const;
     pybind11::array color_array(bool reversed) const;

@@ -3,12 +3,11 @@ from __future__ import annotations
 
 import datetime
 import math
-import operator
 import threading
 from types import TracebackType
 from typing import Any, Callable, Optional, Tuple, Type, TypeVar, Union
 
-from . import _core
+from . import _checks, _core
 from ._core import ColorSetting, Frame
 from ._errors import InvalidArgument
 from ._params import Params
@@ -21,23 +20,6 @@ FrameHandler = TypeVar("FrameHandler", bound=Callable[[Frame], Any])
 EventHandler = TypeVar("EventHandler", bound=Callable[[CameraEvent], Any])
 
 _TRIGGERS = ("internal", "software", "hardware")
-
-
-def _choice(what: str, value: str, choices: Tuple[str, ...]) -> str:
-    if value in choices:
-        return value
-    raise InvalidArgument(f"{what}: {value!r}", "no such choice", "choose one of " + ", ".join(choices))
-
-
-def _numbers(what: str, value: Any, count: int) -> Tuple[int, ...]:
-    """So many whole numbers from 0 on, of anything that can be iterated."""
-    try:
-        numbers = tuple(operator.index(number) for number in value)
-    except TypeError:
-        numbers = ()
-    if len(numbers) != count or any(not 0 <= number < 2**32 for number in numbers):
-        raise InvalidArgument(f"{what}: {value!r}", f"not {count} whole numbers from 0 on")
-    return numbers
 
 
 class Camera:
@@ -161,7 +143,7 @@ class Camera:
     def _set_roi(self, region: Optional[Tuple[int, int, int, int]]) -> None:
         if region is None:
             region = (0, 0, *self.sensor_size)
-        x, y, width, height = _numbers("roi", region, 4)
+        x, y, width, height = _checks.whole_numbers("roi", region, 4)
         self._core.write_region((x, y, width, height), None)
 
     roi = Setting(_get_roi, _set_roi)
@@ -173,7 +155,7 @@ class Camera:
     def _set_binning(self, factors: Union[int, Tuple[int, int]]) -> None:
         if isinstance(factors, int):
             factors = (factors, factors)
-        x, y = _numbers("binning", factors, 2)
+        x, y = _checks.whole_numbers("binning", factors, 2)
         self._core.write_region(None, (x, y))
 
     binning = Setting(_get_binning, _set_binning)
@@ -191,7 +173,7 @@ class Camera:
 
     @trigger.setter
     def trigger(self, source: str) -> None:
-        _choice("trigger", source, _TRIGGERS)
+        _checks.choice("trigger", source, _TRIGGERS)
         self._params["HW_TRIGGER_ACTIVE"].set(int(source == "hardware"))
         self._trigger = source
 
@@ -202,8 +184,8 @@ class Camera:
         (the sensor's channels, black level included). format: "rgb16" (uint16), "rgb8" (uint8) or "rgba8". Returns how
         they are made. Raises Refused for a monochrome camera and with binning.
         """
-        _choice("space", space, ("srgb", "linear", "xyz", "sensor"))
-        _choice("format", format, ("rgb16", "rgb8", "rgba8"))
+        _checks.choice("space", space, ("srgb", "linear", "xyz", "sensor"))
+        _checks.choice("format", format, ("rgb16", "rgb8", "rgba8"))
         return self._core.use_color(_core.ColorSpace.__members__[space], _core.ColorFormat.__members__[format])
 
     def use_grey(self) -> None:
@@ -212,6 +194,7 @@ class Camera:
 
     def set_averaging(self, frames: int) -> None:
         """From the next start on each frame is the mean of the last `frames`; 0 or 1 switches it off."""
+        frames = _checks.frame_count("frames", frames, 0)
         self._core.set_averaging(frames)
         self._averaged = max(frames, 1)
 
@@ -224,12 +207,13 @@ class Camera:
 
     def command(self, text: str) -> str:
         """Sends a text command and returns the reply. Raises TimeoutWithReason when none comes within 5 s."""
-        return self._core.command(text)
+        return self._core.command(_checks.text("command", text))
 
     # ---- running ----
 
     def start(self, frames: int = 0) -> None:
         """Starts an acquisition of so many frames, 0: until stop(). Frames that still wait are dropped."""
+        frames = _checks.frame_count("frames", frames, 0)
         self._core.start(frames, self._trigger if self._trigger == "software" else "")
 
     def stop(self) -> bool:
@@ -251,11 +235,11 @@ class Camera:
         timeout: seconds; None: as long as a frame may take by the camera's own figures, and ten seconds. Raises
         TimeoutWithReason, at once where no frame can come, or LinkLost. Ctrl-C ends the wait.
         """
-        return self._core.wait(timeout, False, False)  # type: ignore[return-value]
+        return self._core.wait(_checks.time_limit(timeout), False, False)  # type: ignore[return-value]
 
     def newest(self, timeout: Optional[float] = None) -> Frame:
         """As wait(), the newest frame that waits; older ones are passed over and counted. timeout: seconds."""
-        return self._core.wait(timeout, True, False)  # type: ignore[return-value]
+        return self._core.wait(_checks.time_limit(timeout), True, False)  # type: ignore[return-value]
 
     def snap(self, timeout: Optional[float] = None) -> Frame:
         """One frame; the camera is started (and triggered) and stopped for it when it is not running.
@@ -280,9 +264,9 @@ class Camera:
         frames: so many, None: as many as come. newest: the newest frame whenever the program is ready for one, instead
         of each. timeout: seconds for each frame, as in wait().
         """
-        if frames is not None and (not isinstance(frames, int) or frames < 0):
-            raise InvalidArgument(f"frames: {frames!r}", "not a number of frames", "give an int from 0 on, or None")
-        return FrameStream(self, frames, newest, timeout)
+        if frames is not None:
+            frames = _checks.frame_count("frames", frames, 0)
+        return FrameStream(self, frames, newest, _checks.time_limit(timeout))
 
     def interrupt(self) -> None:
         """Ends the wait for a frame that another thread is in, else the next one."""
@@ -319,7 +303,7 @@ class Camera:
         It is called on a thread of the camera, which delivers nothing else meanwhile. What it raises is reported
         (sys.unraisablehook), and the next frames come all the same. Returns the function: usable as a decorator.
         """
-        self._core.on_frame(handler)
+        self._core.on_frame(_checks.handler(handler))
         self._handles_frames = handler is not None
         return handler
 
@@ -331,7 +315,7 @@ class Camera:
         if handler is None:
             self._core.on_event(None)
         else:
-            called = handler
+            called = _checks.handler(handler)
             self._core.on_event(lambda *event: called(CameraEvent(*event)))
         return handler
 

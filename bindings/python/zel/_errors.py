@@ -36,19 +36,23 @@ class NoCamera(Error):
     """There is no such camera, or it can't be opened."""
 
 
-class Refused(Error):
-    """The camera or the SDK refused a value, a command or the start."""
+class _Unset(Error):
+    """What may have been a parameter that was to be set."""
 
     parameter: Optional[str] = None
     """Name of the parameter that was to be set; None where it was none."""
     requested: Optional[str] = None
     """The value that was asked for, as text."""
     actual: Any = None
-    """The value that the camera has now; None when it can't be read."""
+    """The value that the camera has now, or that was read last; None when it can't be read."""
     range: Optional[Tuple[int, int]] = None
     """Smallest and largest value, in the parameter's unit; None when the camera states none."""
     unit: str = ""
     """Unit of value and range; empty without one."""
+
+
+class Refused(_Unset):
+    """The camera or the SDK refused a value, a command or the start."""
 
 
 class TimeoutWithReason(Error, TimeoutError):
@@ -58,19 +62,9 @@ class TimeoutWithReason(Error, TimeoutError):
     """Why."""
 
 
-class LinkLost(Error, ConnectionError):
+class LinkLost(_Unset, ConnectionError):
     """The camera was unplugged or switched off."""
 
-    parameter: Optional[str] = None
-    """Name of the parameter that was to be set; None where it was none."""
-    requested: Optional[str] = None
-    """The value that was asked for, as text."""
-    actual: Any = None
-    """The value that was read last; None when it can't be read."""
-    range: Optional[Tuple[int, int]] = None
-    """Smallest and largest value; None when the camera states none."""
-    unit: str = ""
-    """Unit of value and range; empty without one."""
     reason: Reason = Reason.LINK_LOST
     """Why no frame came."""
 

@@ -2,14 +2,12 @@
 from __future__ import annotations
 
 import json
-import math
-import operator
 import os
 import pathlib
 import time
 from typing import TYPE_CHECKING, Any, Callable, NamedTuple, Optional, Tuple
 
-from . import _core
+from . import _checks, _core
 from ._errors import Error, InvalidArgument, Refused
 from ._recording import Lost, Path, Recording, lost_of
 
@@ -24,7 +22,6 @@ _POOL_BYTES = 256 << 20
 _LEAST_BUFFERS, _MOST_BUFFERS = 16, 256
 # A camera that waits for its trigger input may wait long.
 _TRIGGER_WAIT = 86400.0
-_LONGEST = 1e9
 
 
 class RecordingProgress(NamedTuple):
@@ -91,9 +88,8 @@ def record(camera: Camera, path: Path, frames: Optional[int], seconds: Optional[
            overwrite: bool, force: bool, allow_loss: bool,
            progress: Optional[Callable[[RecordingProgress], Any]]) -> RecordingSummary:
     """Camera.record()."""
-    if compression not in _COMPRESSIONS:
-        raise InvalidArgument(f"compression: {compression!r}", "no such choice",
-                              "choose one of " + ", ".join(_COMPRESSIONS))
+    _checks.choice("compression", compression, _COMPRESSIONS)
+    _checks.handler(progress)
     if overwrite and split_frames is not None:
         raise InvalidArgument("overwrite with split_frames", "numbered files begin past those that are there",
                               "use one of them")
@@ -102,11 +98,12 @@ def record(camera: Camera, path: Path, frames: Optional[int], seconds: Optional[
                       "call on_frame(None) before")
     if timeout is None and camera.trigger == "hardware":
         timeout = _TRIGGER_WAIT
-    run = _core.RecordingRun(camera._core, os.fsencode(path), frames=_count("frames", frames),
-                             seconds=_positive("seconds", seconds), compression=compression,
-                             every=_count("every", every), split_frames=_count("split_frames", split_frames),
-                             pixel_um=_positive("pixel_size", pixel_size), averaged=camera._averaged,
-                             timeout=_positive("timeout", timeout), overwrite=bool(overwrite),
+    run = _core.RecordingRun(camera._core, os.fsencode(path), frames=_checks.frame_count("frames", frames, 1),
+                             seconds=_checks.positive("seconds", seconds), compression=compression,
+                             every=_checks.frame_count("every", every, 1),
+                             split_frames=_checks.frame_count("split_frames", split_frames, 1),
+                             pixel_um=_checks.positive("pixel_size", pixel_size), averaged=camera._averaged,
+                             timeout=_checks.positive("timeout", timeout), overwrite=bool(overwrite),
                              force=bool(force))
     if not camera._being_recorded.acquire(blocking=False):
         raise Refused(f"{camera.label} can't be recorded", "another thread records it", "wait for that one")
@@ -170,32 +167,6 @@ def _widen_pool(camera: Camera) -> Optional[int]:
         return None
     camera.buffers = wanted
     return before
-
-
-def _count(what: str, value: Optional[int]) -> int:
-    """A whole number from 1 on; 0 for None."""
-    if value is None:
-        return 0
-    try:
-        number = operator.index(value)
-    except TypeError:
-        number = 0
-    if isinstance(value, bool) or not 1 <= number <= 1000000000:
-        raise InvalidArgument(f"{what}: {value!r}", "not a number of frames", "give a whole number from 1 on")
-    return number
-
-
-def _positive(what: str, value: Optional[float]) -> float:
-    """A number above 0; 0 for None."""
-    if value is None:
-        return 0.0
-    try:
-        number = float(value)
-    except (TypeError, ValueError):
-        number = math.nan
-    if not 0 < number <= _LONGEST:
-        raise InvalidArgument(f"{what}: {value!r}", "not a number above 0")
-    return number
 
 
 def _summary_of(run: _core.RecordingRun) -> RecordingSummary:

@@ -6,7 +6,7 @@ from os import PathLike, fspath
 from types import TracebackType
 from typing import Any, Callable, List, Optional, Tuple, Type, TypeVar, Union
 
-from . import _core
+from . import _checks, _core
 from ._camera import Camera
 from ._errors import InvalidArgument
 from ._types import CameraInfo, HotPlugEvent
@@ -52,7 +52,7 @@ class Sdk:
         if handler is None:
             self._core.on_hot_plug(None)
         else:
-            called = handler
+            called = _checks.handler(handler)
 
             def event(connected: bool, facts: Tuple[int, str, str, str, Tuple[str, ...]]) -> None:
                 called(HotPlugEvent(connected, CameraInfo(*facts)))

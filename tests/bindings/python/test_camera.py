@@ -87,6 +87,11 @@ def test_short_hands_are_the_settings_of_the_next_frames(camera):
                         ("binning", 2.5), ("trigger", "hard")):
         with pytest.raises(zel.InvalidArgument, match=name):
             setattr(camera, name, value)
+    for call, wrong in ((camera.start, -1), (camera.start, "3"), (camera.wait, "1"), (camera.newest, float("nan")),
+                        (camera.stream, 2.5), (camera.set_averaging, 1.5), (camera.command, b"info"),
+                        (camera.on_frame, 3), (camera.on_event, "print"), (zel.Sdk().on_hot_plug, 0)):
+        with pytest.raises(zel.InvalidArgument):
+            call(wrong)
     for name, value in (("roi", (0, 0, 65, 4)), ("binning", 100), ("exposure", 0)):
         before = getattr(camera, name)
         with pytest.raises(zel.Refused) as refused:

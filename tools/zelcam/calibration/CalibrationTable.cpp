@@ -164,15 +164,7 @@ void WriteMasterFile(const std::filesystem::path& path, const CalibrationTable& 
                       static_cast<double>(row.gains[2]), static_cast<double>(row.gains[3]));
         text += line;
     }
-    WriteTextFile(path, text);
-}
-
-void WriteTextFile(const std::filesystem::path& path, const std::string& text) {
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    const bool opened = file.good();
-    file << text;
-    file.close();
-    if (!file) FailToWrite(path, opened);
+    WriteWhole(path, text);
 }
 
 }  // namespace zelcam

@@ -51,9 +51,6 @@ CalibrationFile ReadCalibrationFile(const std::filesystem::path& path);
 // Writes a master file with as many digits as the numbers need. Throws Failure.
 void WriteMasterFile(const std::filesystem::path& path, const CalibrationTable& table);
 
-// Writes a text file whole or throws Failure.
-void WriteTextFile(const std::filesystem::path& path, const std::string& text);
-
 }  // namespace zelcam
 
 #endif

@@ -7,6 +7,7 @@
 #include "tools/zelcam/commands/CalibrateActions.h"
 #include "tools/zelcam/text/Failure.h"
 #include "tools/zelcam/text/Output.h"
+#include "tools/zelcam/text/OutputFile.h"
 #include "tools/zelcam/text/TextTools.h"
 #include "zel/Sdk.h"
 
@@ -92,7 +93,7 @@ class ShowAction : public Command {
         std::error_code error;
         fs::create_directories(Utf8Path(m_Out), error);
         const fs::path path = Utf8Path(m_Out) / Utf8Path(named.stem + ".svg");
-        WriteTextFile(path, PlotSvg(named.table, named.name));
+        WriteWhole(path, PlotSvg(named.table, named.name));
         return path;
     }
 

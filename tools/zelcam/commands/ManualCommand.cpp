@@ -1,9 +1,9 @@
 // zelcam manual: the tool's pages for man(1).
 #include "platform/UserTexts.h"
 #include "tools/manual/ManPage.h"
-#include "tools/zelcam/calibration/CalibrationTable.h"
 #include "tools/zelcam/commands/Command.h"
 #include "tools/zelcam/text/Output.h"
+#include "tools/zelcam/text/OutputFile.h"
 
 namespace zelcam {
 
@@ -57,7 +57,7 @@ class ManualCommand : public Command {
     void WritePage(const fs::path& folder, const zel::manual::CommandText& command, const zel::manual::ManBook& book,
                    const std::vector<ManSection>& more, Json& result) const {
         const fs::path path = folder / zel::manual::ManFileName(command, book);
-        WriteTextFile(path, ManPage(command, book, more));
+        WriteWhole(path, ManPage(command, book, more));
         const std::string name = zel::platform::Utf8Text(path);
         m_Json ? result["files"].push_back(name) : Print("{}\n", name);
     }

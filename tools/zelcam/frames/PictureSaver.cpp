@@ -36,19 +36,6 @@ constexpr int kHighestNumber = 1000000000;
 
 fs::path WithExtension(fs::path stem, const char* extension) { return stem += extension; }
 
-void WriteWhole(const fs::path& path, std::span<const std::uint8_t> head, std::span<const std::uint8_t> body) {
-    std::FILE* const file = zel::platform::OpenFile(Utf8Text(path), "wb");
-    if (!file) FailToWrite(path, false);
-    // The bytes go straight from where they are to the system.
-    std::setvbuf(file, nullptr, _IONBF, 0);
-    bool whole = true;
-    for (const auto part : {head, body}) {
-        whole = whole && std::fwrite(part.data(), 1, part.size(), file) == part.size();
-    }
-    whole = std::fclose(file) == 0 && whole;
-    if (!whole) FailToWrite(path, true);
-}
-
 }  // namespace
 
 void PictureOptions::Declare(CLI::App& command) {
@@ -130,26 +117,34 @@ fs::path PictureSaver::Stem(int number) const {
     return Utf8Path(m_Options.folder) / Utf8Path(fmt::format("{}_{:0{}}", m_Options.prefix, number, m_Digits));
 }
 
-// The description's file, made while it is not there, keeps the number from other programs that save here.
+// The description's part keeps the number from other programs that save here.
 fs::path PictureSaver::ClaimStem() {
     while (true) {
         const fs::path stem = Stem(m_Next++);
         if (m_Options.overwrite) return stem;
         const fs::path description = WithExtension(stem, ".json");
         if (!ClaimFile(description)) continue;
-        std::error_code error;
-        if (!fs::exists(WithExtension(stem, m_Extension), error)) return stem;
-        fs::remove(description, error);
+        if (IsFree(stem)) return stem;
+        std::error_code ignored;
+        fs::remove(PartOf(description), ignored);
     }
+}
+
+bool PictureSaver::IsFree(const fs::path& stem) const {
+    std::error_code error;
+    return !fs::exists(WithExtension(stem, m_Extension), error) && !fs::exists(WithExtension(stem, ".json"), error);
 }
 
 fs::path PictureSaver::Claim(int number) const {
     const fs::path stem = Stem(number);
+    const std::string what = "'" + Utf8Text(stem.generic_u8string()) + "' is not overwritten";
     const fs::path description = WithExtension(stem, ".json");
-    std::error_code error;
-    if (!fs::exists(WithExtension(stem, m_Extension), error) && ClaimFile(description)) return stem;
-    throw Failure("'" + Utf8Text(stem.generic_u8string()) + "' is not overwritten", "there is a picture of this name",
-                  "choose another --out or --prefix", kOutput);
+    if (IsFree(stem)) {
+        if (ClaimFile(description)) return stem;
+        throw Failure(what, "another program is making it, or was killed while it did",
+                      "remove '" + Utf8Text(PartOf(description).generic_u8string()) + "' when none is", kOutput);
+    }
+    throw Failure(what, "there is a picture of this name", "choose another --out or --prefix", kOutput);
 }
 
 void PictureSaver::SetSource(long long gain, const Json& recording) {
@@ -162,10 +157,9 @@ Json PictureSaver::Save(const fs::path& stem, ZelColorImage& image, PictureEncod
     const fs::path description = WithExtension(stem, ".json");
     try {
         const EncodedPicture encoded = encoder.Encode(image);
-        WriteWhole(picture, encoded.head, encoded.body);
+        WriteWhole(picture, {encoded.head, encoded.body});
         Json result = Describe(image, Utf8Text(picture.filename()), encoded.scaled_by);
-        const std::string text = JsonText(result) + "\n";
-        WriteWhole(description, {}, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+        WriteWhole(description, JsonText(result) + "\n");
         result["path"] = Utf8Text(picture.generic_u8string());
         return result;
     } catch (...) {
@@ -174,6 +168,7 @@ Json PictureSaver::Save(const fs::path& stem, ZelColorImage& image, PictureEncod
         std::error_code ignored;
         fs::remove(picture, ignored);
         fs::remove(description, ignored);
+        fs::remove(PartOf(description), ignored);
         throw;
     }
 }

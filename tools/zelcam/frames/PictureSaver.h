@@ -75,6 +75,8 @@ class PictureSaver {
   private:
     // The picture's path without its extension.
     std::filesystem::path Stem(int number) const;
+    // Neither a picture nor a description.
+    bool IsFree(const std::filesystem::path& stem) const;
     Json Describe(const ZelColorImage& image, const std::string& file, unsigned scaled_by) const;
 
     PictureOptions m_Options;

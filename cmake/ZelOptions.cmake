@@ -18,6 +18,26 @@ if(WIN32)
                                                      __USE_MINGW_ANSI_STDIO=1)
     target_link_options(zel_options INTERFACE -static -Wl,--enable-stdcall-fixup)
 endif()
+# What makes an overrun that is left end the program instead of running what somebody has written there. Sanitizers look
+# for overruns themselves.
+if(NOT ZEL_SANITIZE)
+    target_compile_options(zel_options INTERFACE -fstack-protector-strong
+                                                 $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+    if(WIN32)
+        target_link_options(zel_options INTERFACE -fstack-protector-strong -Wl,--dynamicbase,--nxcompat)
+        if(CMAKE_SIZEOF_VOID_P EQUAL 8)
+            target_link_options(zel_options INTERFACE -Wl,--high-entropy-va)
+        endif()
+    else()
+        target_compile_options(zel_options INTERFACE -fstack-clash-protection)
+        target_link_options(zel_options INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
+    endif()
+endif()
+if(NOT WIN32)
+    include(CheckPIESupported)
+    check_pie_supported(LANGUAGES CXX)
+    set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+endif()
 if(ZEL_SANITIZE)
     # Pooled image records are zeroed memory with no virtual-table pointer, which the vptr check does not expect.
     target_compile_options(zel_options INTERFACE -fsanitize=${ZEL_SANITIZE} -fno-sanitize=vptr
@@ -57,7 +77,7 @@ set(CMAKE_UNITY_BUILD ${ZEL_BATCHES})
 set(CMAKE_UNITY_BUILD_BATCH_SIZE 12)
 if(ZEL_BATCHES)
     # A class that is defined in a source file may use what is that file's own.
-    add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+    add_compile_options($<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-subobject-linkage>)
 endif()
 
 # zel_compile_alone(NAME...): files whose names in anonymous namespaces are the same; never in batches.

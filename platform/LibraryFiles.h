@@ -23,6 +23,10 @@ std::string ProgramFile();
 // the system's list of known libraries (ldconfig) is not among them.
 std::vector<std::string> LibraryPlaces(const void* address);
 
+// From here on no library that this program loads by its name comes from the current folder, where Windows looks
+// otherwise. For programs; a library leaves the choice to the program that it is part of. Nothing to do on Linux.
+void LeaveCurrentFolderOut();
+
 // Loads the library in this file, whose path is absolute; on Windows what it needs is looked for beside it first, on
 // Linux where it says itself. Null when that fails; `why` is then the system's reason, with the name of a library that
 // is missing in its turn.

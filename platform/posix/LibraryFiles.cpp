@@ -67,6 +67,8 @@ std::vector<std::string> LibraryPlaces(const void* address) {
     return places;
 }
 
+void LeaveCurrentFolderOut() {}
+
 LibraryHandle LoadLibraryFile(const std::string& path, std::string& why) {
     void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library) return library;

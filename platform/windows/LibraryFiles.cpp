@@ -77,13 +77,21 @@ std::string FileOfAddress(const void* address) {
 
 std::string FileOfLibrary(LibraryHandle library) { return library ? FileOfModule(static_cast<HMODULE>(library)) : ""; }
 
-// The same for every library: the program's folder, the system's, the current one, and those of PATH.
+namespace {
+bool s_CurrentFolderIsOut = false;
+}
+
+void LeaveCurrentFolderOut() { s_CurrentFolderIsOut = SetDllDirectoryW(L""); }
+
+// The same for every library: the program's folder, the system's, the current one unless the program leaves it out, and
+// those of PATH.
 std::vector<std::string> LibraryPlaces(const void*) {
     wchar_t current[MAX_PATH] = {};
     const std::string program = ProgramFile();
-    std::vector<std::string> all{program.substr(0, program.find_last_of('\\')), SystemFolder(GetSystemDirectoryW),
-                                 SystemFolder(GetWindowsDirectoryW),
-                                 GetCurrentDirectoryW(MAX_PATH, current) < MAX_PATH ? Utf8(current) : ""};
+    std::vector<std::string> all{
+        program.substr(0, program.find_last_of('\\')), SystemFolder(GetSystemDirectoryW),
+        SystemFolder(GetWindowsDirectoryW),
+        GetCurrentDirectoryW(MAX_PATH, current) < MAX_PATH && !s_CurrentFolderIsOut ? Utf8(current) : ""};
     const std::string path = EnvironmentVariable("PATH");
     for (std::size_t start = 0; start < path.size();) {
         const std::size_t end = std::min(path.find(';', start), path.size());

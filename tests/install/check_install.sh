@@ -75,6 +75,40 @@ expect "a program of old" "frame.tif is written" "$(LD_LIBRARY_PATH=$lib ./old)"
 expect "cameras beside a maker's library" 2 "$("$prefix/bin/zelcam" list --json | grep -o '"serial"' | wc -l)"
 expect "simulated ones all the same" 4 "$("$prefix/bin/zelcam" list --plugins sim --json | grep -o '"serial"' | wc -l)"
 
+# Libraries that somebody put where they do not belong, and one that a maker's plug-in needs. They tell when they are loaded.
+mkdir planted
+printf '#include <stdio.h>\n__attribute__((constructor)) static void Tell(void) { puts("PLANTED"); }\n' |
+    "$compiler" -shared -fPIC -o planted/libneeded.so -x c -
+for name in libedt_camera_link.so libzel_usb.so libkestrane_zel_logger.so libzel_sdk.so.3 libtiff.so.6; do
+    cp planted/libneeded.so planted/$name
+done
+loaded() { (cd planted && env ZEL_LOG=error "$@" "$prefix/bin/zelcam" version 2>&1); }
+loaded PATH="$PWD/planted:$PATH" | grep PLANTED && fail "a library of the current folder or PATH was loaded"
+loaded LD_LIBRARY_PATH="$PWD/planted" | grep -q PLANTED || fail "a planted library does not tell"
+maker() {
+    "$compiler" -std=c++17 -shared -fPIC -I"$include" -o "$lib/zel-sdk/cameras/libzel_usb.so" "$here/OutsidePlugin.cpp" \
+        -Lplanted -Wl,--no-as-needed -lneeded "$@"
+}
+maker
+cp planted/libneeded.so "$lib"
+loaded | grep -E "PLANTED|maker" && fail "what a plug-in needs was looked for in the SDK's folders"
+maker -Wl,-rpath,'$ORIGIN'
+mv "$lib/libneeded.so" "$lib/zel-sdk/cameras"
+expect "a plug-in with a run path" 2 "$(loaded | grep -cE "^PLANTED|maker")"
+rm "$lib/zel-sdk/cameras"/*
+
+# How it is built.
+while read -r file; do
+    facts=$(readelf -hldW "$file" 2>/dev/null) || continue
+    for wanted in 'Type: +DYN' GNU_RELRO 'FLAGS.*NOW' 'GNU_STACK .* RW '; do
+        grep -qE "$wanted" <<<"$facts" || fail "$file lacks $wanted"
+    done
+    nm -D "$file" | grep -q __stack_chk_fail || fail "$file has no stack protector"
+    nm -D "$file" | grep -qE ' U __[a-z]+_chk(@|$)' && checked=$((${checked:-0} + 1))
+    hardened=$((${hardened:-0} + 1))
+done < <(find "$prefix" -type f \( -perm -u+x -o -name '*.so*' \))
+[ "${hardened:-0}" -ge 8 ] && [ "${checked:-0}" -ge 3 ] || fail "only ${hardened:-0} files are hardened, ${checked:-0} with checked functions"
+
 # How much memory there is, is known without /proc, too.
 if unshare -rm mount -t tmpfs none /proc 2>/dev/null; then
     LD_LIBRARY_PATH=$lib unshare -rm sh -c "mount -t tmpfs none /proc; exec '$prefix/bin/zelcam' capture --frames 1 --out pictures" >log 2>&1 ||
@@ -82,4 +116,4 @@ if unshare -rm mount -t tmpfs none /proc 2>/dev/null; then
 else
     echo "not tried: a run without /proc, which the system does not let this user have"
 fi
-echo "$count headers, $(find cmake-build -maxdepth 1 -type f -perm -u+x | wc -l) examples"
+echo "$hardened programs and libraries, $count headers, $(find cmake-build -maxdepth 1 -type f -perm -u+x | wc -l) examples"

@@ -6,10 +6,15 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 run=$here/../../scripts/run-windows-program.sh
 tools=$("$compiler" -dumpmachine)
 
-count=0
+count=0 flags=(DYNAMIC_BASE NX_COMPAT)
+case $tools in x86_64*) flags+=(HIGH_ENTROPY_VA) ;; esac
 for file in "$prefix"/bin/*.*; do
     "$tools-objdump" -h "$file" | grep -q '\.rsrc' || fail "$file has no version resource"
     strings -el "$file" | grep -qx "$(basename "$file")" || fail "the version resource of $file does not name it"
+    facts=$("$tools-objdump" -p "$file")
+    for wanted in "${flags[@]}"; do
+        grep -q "$wanted" <<<"$facts" || fail "$file lacks $wanted"
+    done
     count=$((count + 1))
 done
 [ "$count" -ge 7 ] || fail "only $count programs and libraries are installed"
@@ -18,6 +23,18 @@ done
     -L"$prefix/$libraries" -lzel_sdk
 cd "$prefix/bin"
 expect "one_frame.exe" "frame.tif is written" "$("$run" one_frame.exe | tr -d '\r')"
+
+# A plug-in that is missing beside the program: zelcam takes none of the current folder.
+mkdir planted
+printf '#include <stdio.h>\n__attribute__((constructor)) static void Tell(void) { puts("PLANTED"); fflush(stdout); }\n' |
+    "$compiler" -shared -static -o planted/zel_usb.dll -x c -
+mv zel_usb.dll away.dll
+cd planted
+loaded() { env "$@" "$run" ../zelcam.exe version; }
+loaded | grep PLANTED && fail "a library of the current folder was loaded"
+loaded WINEPATH="$(winepath -w .)" | grep -q PLANTED || fail "a planted library does not tell"
+cd ..
+mv away.dll zel_usb.dll
 
 # Microsoft's linker finds every name of the module-definition files.
 target=x86_64 machine=x64 underscore='' decorated='?get_version_str@@YAPEADXZ'

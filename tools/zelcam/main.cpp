@@ -4,12 +4,14 @@
 #include <string>
 #include <vector>
 
+#include "platform/LibraryFiles.h"
 #include "platform/Terminal.h"
 #include "platform/UserTexts.h"
 #include "tools/zelcam/commands/CommandLine.h"
 #include "tools/zelcam/text/Failure.h"
 
 int main(int argc, char** argv) {
+    zel::platform::LeaveCurrentFolderOut();
     const zel::platform::Utf8Console console;
     try {
         std::vector<std::string> arguments = zel::platform::Arguments(argc, argv);

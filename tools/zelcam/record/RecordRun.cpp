@@ -78,6 +78,7 @@ void RecordRun::Run() {
 void RecordRun::Take() {
     // Those that don't start keep nobody waiting.
     struct Arrival {
+        explicit Arrival(std::atomic<int>& count) : starting(count) {}
         ~Arrival() { --starting; }
         std::atomic<int>& starting;
     };

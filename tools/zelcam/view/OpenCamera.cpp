@@ -140,8 +140,8 @@ std::vector<std::string> OpenCamera::Restore() {
     };
     m_Taker.End();
     m_Camera->stop();
-    for (const auto& [id, value] : m_Chosen) {
-        attempt([&] { m_Camera->parameter(id).set(value); });
+    for (const auto& chosen : m_Chosen) {
+        attempt([&] { m_Camera->parameter(chosen.first).set(chosen.second); });
     }
     if (m_HasCalibration) m_Camera->set_calibration(m_CalibrationOn);
     if (m_Averaging > 1) attempt([&] { m_Camera->set_averaging(m_Averaging); });

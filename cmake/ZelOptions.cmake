@@ -44,6 +44,11 @@ if(ZEL_SANITIZE)
                                                  -fno-omit-frame-pointer -fno-sanitize-recover=all)
     target_link_options(zel_options INTERFACE -fsanitize=${ZEL_SANITIZE})
 endif()
+option(ZEL_LIBFUZZER "Link libFuzzer into the fuzz targets instead of their plain main (needs Clang)" OFF)
+if(ZEL_LIBFUZZER)
+    # The engine steers by what the product's code does.
+    target_compile_options(zel_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 
 find_package(Threads REQUIRED)
 target_link_libraries(zel_options INTERFACE Threads::Threads)

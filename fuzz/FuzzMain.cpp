@@ -1,8 +1,14 @@
-// Runs a fuzz target without a fuzzing engine: first every file named on the command line (folders: every file in
-// them), then pseudo-random inputs that are the same in each run.
+// Runs a fuzz target without a fuzzing engine:
+//
+//     fuzz_x [--random NUMBER] [FILE|FOLDER...]
+//
+// first every file named (of a folder: every file in it), then so many pseudo-random inputs, the same in each run.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -13,7 +19,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace {
 
-constexpr int kRandomInputs = 4000;
 constexpr unsigned kLongestInput = 600;
 
 bool RunFile(const std::filesystem::path& path) {
@@ -41,23 +46,23 @@ std::vector<std::uint8_t> RandomInput(std::mt19937& random) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    int files = 0;
+    int random_inputs = 0;
+    std::vector<std::filesystem::path> files;
     for (int i = 1; i < argc; ++i) {
-        if (std::filesystem::is_directory(argv[i])) {
-            for (const auto& entry : std::filesystem::directory_iterator(argv[i])) {
-                if (!RunFile(entry.path())) return 1;
-                ++files;
-            }
+        if (std::strcmp(argv[i], "--random") == 0 && i + 1 < argc) {
+            random_inputs = std::atoi(argv[++i]);
+        } else if (std::filesystem::is_directory(argv[i])) {
+            for (const auto& entry : std::filesystem::directory_iterator(argv[i])) files.push_back(entry.path());
         } else {
-            if (!RunFile(argv[i])) return 1;
-            ++files;
+            files.emplace_back(argv[i]);
         }
     }
+    if (!std::ranges::all_of(files, RunFile)) return 1;
     std::mt19937 random(20240229);
-    for (int i = 0; i < kRandomInputs; ++i) {
+    for (int i = 0; i < random_inputs; ++i) {
         const std::vector<std::uint8_t> input = RandomInput(random);
         LLVMFuzzerTestOneInput(input.data(), input.size());
     }
-    std::printf("%d files and %d random inputs passed\n", files, kRandomInputs);
-    return 0;
+    std::printf("%zu files and %d random inputs passed\n", files.size(), random_inputs);
+    return files.empty() && random_inputs == 0;
 }

@@ -1,5 +1,7 @@
 // GCC 12 takes the undefined values of its own header for uninitialized ones.
+#ifndef __clang__
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 #include <immintrin.h>
 
 #include "devices/sim/sensor/PixelKernels.h"

@@ -1,5 +1,7 @@
 // GCC 12 takes the undefined values of its own header for uninitialized ones.
+#ifndef __clang__
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 #include <immintrin.h>
 
 #include <algorithm>
@@ -20,8 +22,6 @@ namespace {
 
 constexpr std::size_t kLane = 16;
 constexpr std::size_t kBlock = 64;
-
-ZEL_INLINE __m256i Load(const std::uint16_t* at) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(at)); }
 
 struct Signals {
     __m512 mean;

@@ -25,7 +25,8 @@ bool ReadTimes(const std::string& word, double& due, double& period) {
     numbers.imbue(std::locale::classic());
     char plus = 0;
     if (!(numbers >> due) || due < 0.0 || due > kLongestTime) return false;
-    return numbers.eof() || (numbers >> plus >> period && plus == '+' && numbers.eof() && period >= 0.001);
+    if (numbers.eof()) return true;
+    return numbers >> plus >> period && plus == '+' && numbers.eof() && period >= 0.001 && period <= kLongestTime;
 }
 
 }  // namespace

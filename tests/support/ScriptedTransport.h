@@ -78,7 +78,10 @@ class ScriptedTransport : public ICameraInterface {
 
     // ---- What happened ----
     std::vector<Bytes> Sent() const { return Read(m_Sent); }
-    int Exchanges() const { return static_cast<int>(Sent().size()); }
+    int Exchanges() const {
+        const std::lock_guard lock(m_Lock);
+        return static_cast<int>(m_Sent.size());
+    }
     // The datagrams that start with these bytes (GetRequest(index), TextRequest(text), ...).
     int CountSent(const Bytes& start) const {
         const auto starts = [&](const Bytes& sent) { return std::ranges::mismatch(start, sent).in1 == start.end(); };
@@ -87,7 +90,10 @@ class ScriptedTransport : public ICameraInterface {
     void ForgetSent() { Write(m_Sent, {}); }
     int ReceiveCalls() const { return Read(m_ReceiveCalls); }
     int LastReceiveTimeout() const { return Read(m_LastReceiveTimeout); }
-    std::size_t UnreadBytes() const { return Read(m_Stream).size(); }
+    std::size_t UnreadBytes() const {
+        const std::lock_guard lock(m_Lock);
+        return m_Stream.size() - m_Taken;
+    }
     // The operations that matter to a session, in order: "Connect", "PrepareAcquisition 8", ...
     std::vector<std::string> Calls() const { return Read(m_Calls); }
     int CountCalls(const std::string& call) const { return static_cast<int>(std::ranges::count(Calls(), call)); }
@@ -133,11 +139,12 @@ class ScriptedTransport : public ICameraInterface {
         m_LastReceiveTimeout = timeout_ms;
         Pass(m_ReceiveCost);
         if (m_FalseCount) return *m_FalseCount;
-        std::size_t count = std::min(static_cast<std::size_t>(std::max(len, 0)), m_Stream.size());
+        std::size_t count = std::min(static_cast<std::size_t>(std::max(len, 0)), m_Stream.size() - m_Taken);
         if (m_Delivery == Delivery::kOneByte) count = std::min<std::size_t>(count, 1);
         if (count == 0 && len > 0) Pass(static_cast<std::uint32_t>(timeout_ms));
-        std::copy_n(m_Stream.begin(), count, buffer);
-        m_Stream.erase(m_Stream.begin(), m_Stream.begin() + static_cast<std::ptrdiff_t>(count));
+        std::copy_n(m_Stream.begin() + static_cast<std::ptrdiff_t>(m_Taken), count, buffer);
+        m_Taken += count;
+        if (m_Taken == m_Stream.size()) m_Stream.clear(), m_Taken = 0;
         return static_cast<int>(count);
     }
 
@@ -202,7 +209,8 @@ class ScriptedTransport : public ICameraInterface {
     mutable std::mutex m_Lock;
     std::deque<Bytes> m_Queue;
     Handler m_Handler;
-    std::deque<unsigned char> m_Stream;
+    Bytes m_Stream;
+    std::size_t m_Taken = 0;  // of the stream
     Delivery m_Delivery = Delivery::kWhole;
     int m_MissingBytes = 0;
     std::uint32_t m_ReceiveCost = 0;

@@ -6,9 +6,10 @@
 #ifndef TESTS_TAPBALANCE_SCRIPTEDFLASH_H
 #define TESTS_TAPBALANCE_SCRIPTEDFLASH_H
 
+#include <charconv>
+#include <cstdlib>
 #include <functional>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -85,9 +86,8 @@ class ScriptedFlash {
 
   private:
     static std::string Hex(std::size_t value) {
-        std::ostringstream text;
-        text << std::hex << value;
-        return text.str();
+        char text[20];
+        return std::string(text, std::to_chars(text, text + sizeof text, value, 16).ptr);
     }
 
     std::string Reply(const std::string& command) {
@@ -96,9 +96,13 @@ class ScriptedFlash {
         if (command == "tb p n") return Hex(m_Content.size() / m_PageSize);
         if (command == "tb p c") return m_Buffer.assign(m_PageSize, 0xFF), "OK";
         const char verb = command.at(3);
-        std::istringstream in(command.substr(4));
-        in >> std::hex;
-        const std::vector<std::size_t> numbers(std::istream_iterator<std::size_t>(in), {});
+        std::vector<std::size_t> numbers;
+        for (const char* at = command.c_str() + 4; *at;) {
+            char* end = nullptr;
+            numbers.push_back(std::strtoul(at, &end, 16));
+            if (end == at) return "ERR";
+            at = end;
+        }
         if (numbers.empty()) return "ERR";
         if (verb == 'g' || verb == 's') {
             if (numbers[0] >= m_Content.size() / m_PageSize) return "ERR page";

@@ -1,11 +1,13 @@
-// Replies of any kind to the operations of SyncTable. The first byte chooses operation and delivery, the second the
-// entry; the rest is the reply stream.
+// Replies of any kind to the operations of SyncTable. The first byte chooses delivery and log, the second how many
+// operations there are; two bytes for each of them, operation and entry, follow; the rest is the reply stream.
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <vector>
 
 #include "fuzz/FuzzCheck.h"
+#include "fuzz/Input.h"
+#include "fuzz/StandIns.h"
 #include "link/SyncTable.h"
 #include "tests/support/ScriptedTransport.h"
 
@@ -15,6 +17,12 @@ using namespace zel::test;
 namespace {
 
 constexpr std::uint32_t kExchangeMs = 4 * 5600;  // header, payload, and both of the exception
+constexpr int kFlags[] = {0,
+                          SYNC_TABLE_FLAG_ATTRIBUTES_UNREAD,
+                          SYNC_TABLE_FLAG_ANSWER_FROM_TARGET,
+                          SYNC_TABLE_FLAG_READABLE_FROM_CACHE,
+                          SYNC_TABLE_FLAG_USE_TARGET_VALUE,
+                          SYNC_TABLE_FLAG_LOCKED};
 
 void CheckGet(SyncTable& table, int index) {
     std::vector<unsigned char> out(SyncTable::kBlockCapacity, 0xEE);
@@ -33,26 +41,58 @@ void CheckAttributes(SyncTable& table, const ScriptedTransport& camera, int inde
     FuzzCheck(table.GetAttribute(index, nullptr) && camera.Exchanges() == sent);
 }
 
+void Do(SyncTable& table, const ScriptedTransport& camera, unsigned operation, int index) {
+    const SyncTableAttributes own = MakeAttributes(index, "own", 0, static_cast<int>(operation), 0);
+    const Bytes block(20, 0x42);
+    switch (operation % 8) {
+        case 0:
+            return CheckGet(table, index);
+        case 1:
+            return CheckAttributes(table, camera, index);
+        case 2:
+            table.Set(index, static_cast<int>(operation));
+            return;
+        case 3:
+            table.Set(index, block.data(), 10);
+            return;
+        case 4:
+            table.SetFlags(index, kFlags[operation / 8 % std::size(kFlags)]);
+            return;
+        case 5:
+            table.SetCachedReads(operation / 8 % 2);
+            return;
+        case 6:
+            table.OverloadAttr(index, operation & 8 ? &own : nullptr);
+            return;
+        case 7:
+            table.Set(index, block.data(), static_cast<int>(operation / 8 % 27) - 16);
+            return;
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size < 2) return 0;
+    fuzz::Input input(data, size);
+    const unsigned flags = input.Byte();
+    fuzz::SetLogging(flags >= 0xE0);
+    const auto operations = fuzz::Input(data, size).Rest().subspan(std::min<std::size_t>(size, 2));
+    const std::size_t count = std::min<std::size_t>(1 + input.Below(6), operations.size() / 2);
     FakeClock clock;
     ScriptedTransport camera(&clock);
-    camera.SetDelivery(data[0] & 1 ? ScriptedTransport::Delivery::kOneByte : ScriptedTransport::Delivery::kWhole);
-    camera.SetReceiveCost(data[0] & 2 ? 100 : 0);
-    camera.Feed(Bytes(data + 2, data + size));
+    camera.SetDelivery(flags & 1 ? ScriptedTransport::Delivery::kOneByte : ScriptedTransport::Delivery::kWhole);
+    camera.SetReceiveCost(flags & 2 ? 100 : 0);
+    const auto replies = operations.subspan(2 * count);
+    camera.Feed(Bytes(replies.begin(), replies.end()));
     ExchangeLock lock;
     SyncTable table(&camera, "fuzz", lock);
-    const int index = data[1] % 91 - 1;
-    const Bytes block(20, 0x42);
-    const int operation = data[0] >> 2 & 3;
-    if (operation == 0) CheckGet(table, index);
-    if (operation == 1) CheckAttributes(table, camera, index);
-    if (operation == 2) table.Set(index, static_cast<int>(size));
-    if (operation == 3) table.Set(index, block.data(), 10);
-    FuzzCheck(camera.Exchanges() <= 4);
-    FuzzCheck(clock.Elapsed() <= 4 * kExchangeMs + 300);
+    for (std::size_t i = 0; i < 2 * count; i += 2) {
+        const int sent = camera.Exchanges();
+        const std::uint32_t start = clock.Elapsed();
+        Do(table, camera, operations[i], operations[i + 1] % 91 - 1);
+        FuzzCheck(camera.Exchanges() <= sent + 4);
+        FuzzCheck(clock.Elapsed() - start <= 4 * kExchangeMs + 300);
+    }
     FuzzCheck(platform::TimerResolution::LiveCount() == 0);
     return 0;
 }

@@ -1,17 +1,34 @@
-// Reply bytes of any kind into TextProtocol::Recv. The first byte chooses how the transport delivers them.
+// Reply bytes of any kind into TextProtocol::Recv. The first byte chooses how the transport delivers them and whether
+// there is a log; the rest is the reply stream.
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
+#include <string>
 #include <vector>
 
 #include "fuzz/FuzzCheck.h"
+#include "fuzz/StandIns.h"
 #include "link/TextProtocol.h"
 #include "tests/support/ScriptedTransport.h"
 
 using namespace zel;
 using namespace zel::test;
 
+namespace {
+
+// What stands in the buffer behind what a reply filled.
+const std::string s_Marks(TextProtocol::kReplyCapacity, '#');
+
+void CheckReply(const std::vector<char>& out, std::size_t length) {
+    for (std::size_t i = length - std::min<std::size_t>(length, 3); i < length; ++i) FuzzCheck(out[i] == 0);
+    FuzzCheck(std::memcmp(out.data() + length, s_Marks.data() + length, out.size() - length) == 0);
+}
+
+}  // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) return 0;
+    fuzz::SetLogging(data[0] >= 0xE0);
     FakeClock clock;
     ScriptedTransport camera(&clock);
     camera.SetDelivery(data[0] & 1 ? ScriptedTransport::Delivery::kOneByte : ScriptedTransport::Delivery::kWhole);
@@ -19,10 +36,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     camera.Feed(Bytes(data + 1, data + size));
     ExchangeLock lock;
     TextProtocol protocol(&camera, "fuzz", lock);
+    if (data[0] & 8) protocol.Send(std::string(data + 1, data + size).c_str());
 
     // Exactly what the contract asks for, so that a sanitizer sees a byte too much.
-    std::vector<char> out(TextProtocol::kReplyCapacity, '#');
-    for (int reply = 0; reply < 8; ++reply) {
+    std::vector<char> out(s_Marks.begin(), s_Marks.end());
+    for (int reply = 0; reply < 8 && camera.UnreadBytes() > 0; ++reply) {
         const std::size_t before = camera.UnreadBytes();
         const std::uint32_t start = clock.Elapsed();
         const bool received = protocol.Recv(reply % 4 == 3 ? nullptr : out.data(), 5000);
@@ -32,11 +50,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (!received) continue;
         FuzzCheck(consumed >= 3);
         if (reply % 4 == 3) continue;
-        const std::size_t length = consumed - 3;
-        for (std::size_t i = length - std::min<std::size_t>(length, 3); i < length; ++i) FuzzCheck(out[i] == 0);
-        FuzzCheck(
-            std::all_of(out.begin() + static_cast<std::ptrdiff_t>(length), out.end(), [](char c) { return c == '#'; }));
-        std::fill(out.begin(), out.end(), '#');
+        CheckReply(out, consumed - 3);
+        std::memset(out.data(), '#', consumed - 3);
     }
     return 0;
 }

@@ -1,0 +1,205 @@
+// A whole session with a camera whose every answer the input may change: connect, all parameters, start, frames,
+// triggers, stop, close, in any order. Nothing waits, no operation takes longer than its budget.
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "camera/ZelCameraControl.h"
+#include "fuzz/FuzzCheck.h"
+#include "fuzz/Input.h"
+#include "fuzz/StandIns.h"
+#include "tests/support/TableCamera.h"
+#include "tests/tapbalance/ScriptedFlash.h"
+
+using namespace zel;
+using namespace zel::test;
+
+namespace {
+
+// What a camera may say of its size without more memory than a fuzzer should take: small, or too much for any machine.
+int Sensible(int index, int value) {
+    const bool size = index == H_SIZE || index == V_SIZE || (index >= H_ROI_ORIGIN && index <= V_ROI_PIXELS);
+    return size && value > 64 && value < 0x10000000 ? value % 64 : value;
+}
+
+struct Camera {
+    explicit Camera(fuzz::Input& input) {
+        table.m_Values = {{H_SIZE, 16},         {V_SIZE, 8},           {BITS_PER_PIXEL, 12}, {BYTES_PER_PIXEL, 2},
+                          {H_ROI_PIXELS, 16},   {V_ROI_PIXELS, 8},     {H_BIN, 1},           {V_BIN, 1},
+                          {SENSOR_TAPS_VAL, 1}, {CLOCK_SPEED_VAL, 20}, {EXPOSURE_TIME, 700}, {CALC_STATE, 2}};
+        table.m_Blocks[HW_MODEL] = TextBytes("A30-M");
+        flash.Install(MakeTable(4, 2), MakeTable(4, 4));
+        const unsigned kind = input.Byte();
+        if (kind & 1) table.m_Blocks[CFA_TYPE] = TextBytes("Bayer");
+        if (!(kind & 1)) table.m_Exceptions[CFA_TYPE] = kExceptionBadIndex;
+        transport.m_Answers.interface_type = 3 + (kind >> 1 & 3);
+        for (unsigned i = input.Below(16); i > 0; --i) {
+            const int index = static_cast<int>(input.Below(SYNC_TABLE_SELECT_MAX));
+            if (!SyncTableIsBlock(index)) table.m_Values[index] = Sensible(index, input.Number());
+            if (const auto block = input.Bytes(); SyncTableIsBlock(index))
+                table.m_Blocks[index].assign(block.begin(), block.end());
+        }
+        faults = fuzz::Input(input.Bytes());
+        transport.SetHandler([this](const Bytes& datagram) { return Answer(datagram); });
+    }
+
+    // One byte for each exchange says what becomes of the answer; most of them nothing.
+    Bytes Answer(const Bytes& datagram) {
+        const bool text = datagram.size() > 3 && datagram[0] == 9 && datagram[3] == 't';
+        Bytes answer = text && datagram[4] == 'b' ? flash.Answer(datagram) : table.Answer(datagram);
+        flash.m_Commands.clear();
+        if (table.m_Values[CALC_STATE] == 1) table.m_Values[CALC_STATE] = 2;
+        const unsigned fault = faults.Byte();
+        if (fault < 0x80) return answer;
+        switch (fault % 8) {
+            case 0:
+                return {};
+            case 1:
+                answer.resize(std::min<std::size_t>(answer.size(), faults.Byte()));
+                return answer;
+            case 2:
+                return ExceptionReply(static_cast<int>(faults.Byte()));
+            case 3: {
+                const auto bytes = faults.Bytes();
+                return Bytes(bytes.begin(), bytes.end());
+            }
+            case 4:
+                return answer + answer;
+            default:
+                if (!answer.empty()) answer[faults.Byte() % answer.size()] = static_cast<unsigned char>(faults.Byte());
+                return answer;
+        }
+    }
+
+    FakeClock clock;
+    ScriptedTransport transport{&clock};
+    TableCamera table;
+    ScriptedFlash flash{64, 8};
+    fuzz::Input faults;
+};
+
+// What a transport does with one frame.
+void Deliver(ScriptedTransport& transport, unsigned number) {
+    IZelCameraCommon* const common = transport.Common();
+    ZelImage* const image = common ? common->GetFreeImage() : nullptr;
+    if (!image) return;
+    std::fill_n(image->pixels, static_cast<ZelColorImage*>(image)->buffer_size / 2,
+                static_cast<std::uint16_t>(number * 97));
+    image->image_number = number;
+    common->FillImageInfo(image);
+    common->SetPendingImage(image);
+    transport.EmitEvent(CAMERA_EVENT_IMAGE_READY);
+    transport.EmitImage(image);
+}
+
+void Take(ZelColorCamera& camera, unsigned how) {
+    ZelImage* const image = how & 1 ? camera.GetPendingImage() : camera.GetLastPendingImage();
+    if (!image) return;
+    // Every sample is there.
+    unsigned sum = 0;
+    for (std::size_t i = 0; i < std::size_t{image->w} * image->h; ++i) sum += image->pixels[i];
+    FuzzCheck(sum < 0xFFFFFFFFu);
+    if (how & 2) camera.FreeImage(image);
+}
+
+void Parameters(ZelColorCamera& camera, fuzz::Input& input) {
+    const int id = static_cast<int>(input.Below(ZEL_MAX_PARAMS + 2));
+    const unsigned size = input.Byte();
+    std::vector<unsigned char> data(72);  // the widest; what is told of it is looked at for one parameter alone
+    camera.GetParameter(static_cast<unsigned>(id), size, data.data());
+    camera.GetParameterValue(static_cast<unsigned>(id));
+    const int value = input.Number();
+    if (id != ZEL_PARAM_NUM_IMAGE_BUFFERS || value < 64) camera.SetParameterValue(id, value);
+    const ZelParamAttrId attribute{id, static_cast<int>(input.Below(8))};
+    camera.SetParameter(ZEL_PARAM_CMD_ID_ATTR_ID, &attribute);
+    camera.GetParameter(ZEL_PARAM_ATTR, size, data.data());
+}
+
+void Color(ZelColorCamera& camera, fuzz::Input& input) {
+    const std::vector<unsigned short> entries(768, static_cast<unsigned short>(input.Number()));
+    float matrix[9] = {};
+    camera.GetColorTransform(matrix);
+    camera.ConcatenateColorTransform(input.Number(), input.Number());
+    camera.ConcatenateColorMatrix(matrix);
+    camera.SetInputLinearizationTable(entries.data(), input.Below(3) * 128, 1 + input.Below(3));
+    camera.SetOutputNonLinearizationTable(entries.data(), input.Below(3) * 128, 1 + input.Below(3));
+}
+
+void Do(ZelColorCamera& camera, Camera& device, fuzz::Input& input, unsigned number) {
+    switch (input.Below(16)) {
+        case 0:
+            camera.Open();
+            return;
+        case 1:
+            camera.Close();
+            return;
+        case 2:
+            camera.Start(static_cast<int>(input.Below(4)));
+            return;
+        case 3:
+            camera.Stop();
+            return;
+        case 4:
+        case 5:
+            Parameters(camera, input);
+            return;
+        case 6:
+        case 7:
+            Deliver(device.transport, number);
+            return;
+        case 8:
+            Take(camera, input.Byte());
+            return;
+        case 9:
+            camera.StartTriggerAcquisition();
+            return;
+        case 10:
+            camera.SoftwareTrigger();
+            camera.StopTriggerAcquisition(static_cast<int>(input.Below(2)));
+            return;
+        case 11:
+            camera.SetTextCommand(std::string(input.Text()).c_str());
+            return;
+        case 12:
+            Color(camera, input);
+            return;
+        case 13:
+            camera.SetCameraName(std::string(input.Text()).c_str());
+            FuzzCheck(camera.GetCameraName() != nullptr);
+            return;
+        case 14:
+            device.transport.EmitEvent(input.Below(12), input.Number());
+            return;
+        case 15:
+            camera.ResetCamera();
+            camera.SetExposureToDefault();
+            camera.FreeAllPendingImages();
+            return;
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    const unsigned flags = input.Byte();
+    fuzz::SetLogging(flags >= 0xE0);
+    Camera device(input);
+    ZelCameraControl camera(&device.transport, "fuzz");
+    device.transport.SetCameraCommon(&camera);
+    ZelColorCamera& application = camera;
+    if (flags & 2) application.SetImageCallback([](ZelImage*, void*) {}, nullptr);
+    if (flags & 4)
+        application.SetTextCommandCallback(
+            [](const char* text, void*) { FuzzCheck(std::string_view(text).size() < 4096); }, nullptr);
+    if (flags & 8) application.Open();
+    for (unsigned i = 0; i < 40 && !input.Ended(); ++i) {
+        const std::uint32_t start = device.clock.Elapsed();
+        Do(application, device, input, i);
+        FuzzCheck(device.clock.Elapsed() - start < 600'000);
+    }
+    application.Close();
+    FuzzCheck(!camera.GetFreeImage());
+    return 0;
+}

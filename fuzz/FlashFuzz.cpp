@@ -1,8 +1,6 @@
 // A camera's calibration flash whose content and answers are those of a good one but for what the input changes, and
 // everything that TapBalance does with it: directory, rows, files, writing.
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -21,12 +19,7 @@ namespace {
 
 const TapTable s_Tables[] = {MakeTable(5, 2), MakeTable(6, 4), MakeTable(4, 4, 1)};
 
-// The first table's cache file.
-const std::string s_File = [] {
-    const auto path = std::filesystem::temp_directory_path() / "zel-fuzz-20MHz.txt";
-    std::ofstream(path) << FormatCacheFile(s_Tables[0], s_Tables[0].Digest());
-    return path.string();
-}();
+constexpr const char* kFile = "20MHz.txt";  // in memory: the first table's cache file
 
 void Rows(TapBalance& tables, int row) {
     int rows = -1;
@@ -49,7 +42,7 @@ void Correct(TapBalance& tables, unsigned choice) {
 
 void Do(TapBalance& tables, fuzz::Input& input) {
     constexpr float kGains[] = {1.0f, 0.9f, 2.5f, 1.1f};
-    switch (input.Below(16)) {
+    switch (input.Below(18)) {
         case 0:
             tables.LoadDataFromCamera();
             return;
@@ -93,10 +86,16 @@ void Do(TapBalance& tables, fuzz::Input& input) {
             tables.SetGain(static_cast<float>(input.Number()));
             return;
         case 14:
-            tables.LoadDataFromFile(s_File.c_str(), input.Below(2));
+            tables.LoadDataFromFile(kFile, input.Below(2));
             return;
         case 15:
-            tables.LoadDataFromMasterFile(s_File.c_str());
+            tables.LoadCacheFiles();
+            return;
+        case 16:
+            tables.WriteDataToFile();
+            return;
+        case 17:
+            tables.LoadDataFromMasterFile(kFile);
             return;
     }
 }
@@ -123,6 +122,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (!command.starts_with(start) || (after > 0 && after--) || times == 0 || !times--) return std::nullopt;
         return reply;
     };
+    fuzz::Files() = {{kFile, FormatCacheFile(s_Tables[0], s_Tables[0].Digest())}};
     FakeClock clock;
     ScriptedTransport transport(&clock);
     transport.SetHandler([&](const Bytes& datagram) { return flash.Answer(datagram); });

@@ -126,8 +126,59 @@ void Color(ZelColorCamera& camera, fuzz::Input& input) {
     camera.SetOutputNonLinearizationTable(entries.data(), input.Below(3) * 128, 1 + input.Below(3));
 }
 
-void Do(ZelColorCamera& camera, Camera& device, fuzz::Input& input, unsigned number) {
-    switch (input.Below(16)) {
+int ZEL_CALL Scratchpad(ZelColorImage* image, void*) { return image && image->w > 2 ? 1 : 0; }
+
+// What tools for calibration use.
+void Service(ZelCameraControl& camera, fuzz::Input& input) {
+    std::vector<unsigned char> bytes(input.Below(16));
+    float gains[kMostTaps] = {1.0f, 1.0f, 1.0f, 1.0f};
+    float level = 0;
+    const int number = static_cast<int>(input.Below(8));
+    switch (number) {
+        case 0:
+            camera.TapBalanceEnable(input.Below(2));
+            return;
+        case 1:
+            camera.TapBalanceGetTableConfig(nullptr, nullptr);
+            camera.TapBalanceGetTableData(1, &level, gains);
+            return;
+        case 2:
+            camera.TapBalanceSelectTable(number);
+            camera.TapBalanceLoadDataFromCamera();
+            return;
+        case 3:
+            camera.TapBalanceSetTableConfig(0, 4, 4);
+            camera.TapBalanceSetTableData(0, 12.0f, gains);
+            return;
+        case 4:
+            camera.SendData(bytes.data(), static_cast<int>(bytes.size()));
+            return;
+        case 5:
+            camera.RecvData(bytes.data(), static_cast<int>(bytes.size()), 100);
+            return;
+        case 6:
+            camera.SetImageAveraging(static_cast<int>(input.Below(4)), 0);
+            camera.IsMonochrome();
+            return;
+        case 7:
+            camera.SetScratchpadCallback(&Scratchpad, nullptr);
+            camera.ConcatenateScratchpadTransform(input.Number(), 0);
+            return;
+    }
+}
+
+// What a transport may ask beside its frames.
+void Common(IZelCameraCommon& common, fuzz::Input& input) {
+    int value = 0;
+    common.GetCameraParameter(input.Number(), &value);
+    common.TextCommandCommon("info", input.Below(2));
+    common.SyncTapBalanceGain();
+    common.ReleaseImage(common.GetPendingImage());
+    common.FreeAllInUseImages();
+}
+
+void Do(ZelCameraControl& control, ZelColorCamera& camera, Camera& device, fuzz::Input& input, unsigned number) {
+    switch (input.Below(18)) {
         case 0:
             camera.Open();
             return;
@@ -171,6 +222,12 @@ void Do(ZelColorCamera& camera, Camera& device, fuzz::Input& input, unsigned num
         case 14:
             device.transport.EmitEvent(input.Below(12), input.Number());
             return;
+        case 16:
+            Service(control, input);
+            return;
+        case 17:
+            Common(control, input);
+            return;
         case 15:
             camera.ResetCamera();
             camera.SetExposureToDefault();
@@ -185,6 +242,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::Input input(data, size);
     const unsigned flags = input.Byte();
     fuzz::SetLogging(flags >= 0xE0);
+    fuzz::Files().clear();
     Camera device(input);
     ZelCameraControl camera(&device.transport, "fuzz");
     device.transport.SetCameraCommon(&camera);
@@ -196,7 +254,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (flags & 8) application.Open();
     for (unsigned i = 0; i < 40 && !input.Ended(); ++i) {
         const std::uint32_t start = device.clock.Elapsed();
-        Do(application, device, input, i);
+        Do(camera, application, device, input, i);
         FuzzCheck(device.clock.Elapsed() - start < 600'000);
     }
     application.Close();

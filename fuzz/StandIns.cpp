@@ -4,12 +4,14 @@
 
 #include "include/ZelPlatform.h"
 
-// Other names for the linker, see CMakeLists.txt: where everybody's calls of platform/DynamicLibrary.h lead to.
+// Other names for the linker, see CMakeLists.txt: where calls of platform/DynamicLibrary.h and Files.h lead to.
 extern "C" {
 void* StandInLoad(const char* name);
 void* StandInLoaded(const char* name);
 void* StandInExport(void* library, const char* name);
 void StandInUnload(void* library);
+bool StandInRead(const std::string& path, std::size_t limit, std::string& contents);
+bool StandInReplace(const std::string& path, const std::string& contents);
 }
 
 namespace zel::fuzz {
@@ -17,7 +19,6 @@ namespace zel::fuzz {
 namespace {
 
 bool s_Logging = false;
-int s_LiveLoads = 0;
 volatile std::size_t s_Read = 0;  // keeps the reading of lines in the program
 
 void* ZEL_CALL GetLog(const char* source, const char* instance) {
@@ -47,7 +48,10 @@ std::map<std::string, const Exports*>& Libraries() {
 
 void SetStandIn(const std::string& name, const Exports* exports) { Libraries()[name] = exports; }
 void SetLogging(bool on) { s_Logging = on; }
-int LiveLoads() { return s_LiveLoads; }
+std::map<std::string, std::string>& Files() {
+    static std::map<std::string, std::string> s_Files;
+    return s_Files;
+}
 
 }  // namespace zel::fuzz
 
@@ -56,7 +60,6 @@ using namespace zel::fuzz;
 void* StandInLoad(const char* name) {
     const auto found = Libraries().find(name);
     if (found == Libraries().end() || !found->second) return nullptr;
-    if (found->second != &LoggingLibrary()) ++s_LiveLoads;
     return const_cast<Exports*>(found->second);
 }
 
@@ -69,6 +72,16 @@ void* StandInExport(void* library, const char* name) {
     return found == exports->end() ? nullptr : found->second;
 }
 
-void StandInUnload(void* library) {
-    if (library && library != &LoggingLibrary()) --s_LiveLoads;
+void StandInUnload(void*) {}
+
+bool StandInRead(const std::string& path, std::size_t limit, std::string& contents) {
+    const auto found = Files().find(path);
+    if (found == Files().end() || found->second.size() > limit) return false;
+    contents = found->second;
+    return true;
+}
+
+bool StandInReplace(const std::string& path, const std::string& contents) {
+    Files()[path] = contents;
+    return true;
 }

@@ -50,7 +50,7 @@ class CameraTest : public testing::Test {
 
     // The application's: the transport's pending images are raw.
     ZelImage* Next() { return static_cast<ZelCamera&>(*m_Camera).GetPendingImage(); }
-    int Value(int id) { return m_Camera->GetParameterValue(id); }
+    int Value(int id) { return m_Camera->GetParameterValue(static_cast<unsigned>(id)); }
     bool Write(int id, int value) { return m_Camera->SetParameterValue(id, value); }
     void Refuse(int index) { m_Table.m_Exceptions[index] = kExceptionWriteToReadOnly; }
 

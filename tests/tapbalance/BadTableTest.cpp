@@ -6,7 +6,7 @@ namespace zel::test {
 namespace {
 
 TEST_F(TapBalanceTest, ALyingFlashEndsTheDownloadWithItsMessage) {
-    constexpr TableEntry good{20, 3, 256};
+    static constexpr TableEntry good{20, 3, 256};
     const struct {
         const char* message;
         TableEntry first = good;

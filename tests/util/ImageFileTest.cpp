@@ -69,7 +69,7 @@ Bytes TiffHead(unsigned width, unsigned height, unsigned pixel_bytes) {
         for (int i = 0; i < size; ++i) head.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
     };
     for (const auto& [tag, type, value] : entries) put(tag, 2), put(type, 2), put(1, 4), put(value, 4);
-    for (const unsigned value : {0, 1200000, 1000, 1200000, 1000}) put(value, 4);
+    for (const unsigned value : {0u, 1200000u, 1000u, 1200000u, 1000u}) put(value, 4);
     return head;
 }
 

@@ -43,13 +43,12 @@ class ListCommand : public Command {
                 {std::to_string(camera.number), camera.name, camera.serial, camera.interface_type, addresses});
         }
         WriteOutput(FormatTable(rows));
-        const auto simulated = std::ranges::count_if(cameras, IsSimulated);
+        const auto simulated = static_cast<std::size_t>(std::ranges::count_if(cameras, IsSimulated));
         if (simulated == 0) return;
         Print(
             "{} simulated; 'zelcam --plugins gige list' looks on the network, docs/install.md tells of other real "
             "ones\n",
-            static_cast<std::size_t>(simulated) == cameras.size() ? "all are"
-                                                                  : Counted(simulated, "camera") + " of them");
+            simulated == cameras.size() ? "all are" : Counted(simulated, "camera") + " of them");
     }
 };
 

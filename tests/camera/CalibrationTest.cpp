@@ -108,6 +108,33 @@ TEST_F(CalibrationTest, TheGainIsReadWithTablesThatAreLoadedLater) {
     }
 }
 
+// As they are made: laid out, filled row by row, and in the camera once they are written.
+TEST_F(CalibrationTest, TablesAreWrittenThroughTheCamera) {
+    ASSERT_TRUE(m_Camera->Open());
+    const float gains[] = {1.0f, 0.5f, 1.5f, 1.0f};
+    for (const int table : {0, 1}) {
+        EXPECT_TRUE(m_Camera->TapBalanceSelectTable(table) && m_Camera->TapBalanceSetTableConfig(table, 5 + table, 4));
+        for (int row = 0; row < 5 + table; ++row) {
+            EXPECT_TRUE(m_Camera->TapBalanceSetTableData(row, static_cast<float>(2 * row), gains));
+        }
+    }
+    EXPECT_TRUE(m_Camera->TapBalanceWriteTableConfigToCamera());
+    for (const int table : {0, 1}) {
+        EXPECT_TRUE(m_Camera->TapBalanceSelectTable(table) && m_Camera->TapBalanceWriteDataToCamera());
+    }
+    EXPECT_TRUE(m_Camera->TapBalanceFlashTest());
+    std::remove(m_Files[0].c_str());
+    EXPECT_TRUE(ConnectsBalanced() && m_Camera->TapBalanceSelectTable(1));
+    int rows = 0, taps = 0;
+    float level = 0, read[4] = {};
+    EXPECT_TRUE(m_Camera->TapBalanceGetTableConfig(&rows, &taps) && rows == 6 && taps == 4);
+    EXPECT_TRUE(m_Camera->TapBalanceGetTableData(3, &level, read));
+    EXPECT_EQ(level, 6.0f);
+    EXPECT_THAT(read, testing::ElementsAreArray(gains));
+    EXPECT_FALSE(m_Camera->TapBalanceLoadDataFromMasterFile("no such file_20MHz.txt"));
+    EXPECT_FALSE(m_Camera->TapBalanceSelectTable(2) || m_Camera->TapBalanceGetTableConfig(&rows, &taps));
+}
+
 // A camera without tables of its own takes the general ones, where somebody put them.
 TEST_F(CalibrationTest, ACameraWithoutTablesTakesTheMasterFilesOfTheFolder) {
     m_Flash.PutDirectory(255, {0, 0, 0}, {0, 0, 0});

@@ -69,6 +69,39 @@ TEST_F(ColorTest, APictureIsTheDemosaicedFrameUntilATransformIsSet) {
     }
 }
 
+TEST_F(ColorTest, EachPipelineHasItsOwnSettings) {
+    constexpr Matrix twice{2, 0, 0, 0, 2, 0, 0, 0, 2}, identity{1, 0, 0, 0, 1, 0, 0, 0, 1};
+    const auto scratchpad = [&] {
+        Matrix matrix{};
+        EXPECT_TRUE(m_Camera->GetScratchpadTransform(matrix.data()));
+        return matrix;
+    };
+    EXPECT_TRUE(m_Camera->ConcatenateColorMatrix(twice.data()));
+    EXPECT_EQ(Transform(), twice);
+    EXPECT_EQ(scratchpad(), identity);
+    EXPECT_TRUE(m_Camera->ConcatenateScratchpadMatrix(twice.data()) && m_Camera->ResetColorTransform());
+    EXPECT_EQ(Transform(), identity);
+    EXPECT_EQ(scratchpad(), twice);
+    EXPECT_TRUE(m_Camera->ResetScratchpadTransform());
+    EXPECT_EQ(scratchpad(), identity);
+    // What goes into the pictures of one goes past the other's.
+    const unsigned short nines[] = {9, 9, 9};
+    Words seen;
+    SetScratchpad([&](ZelColorImage* image) { return seen = Picture(*image), 0; });
+    EXPECT_TRUE(m_Camera->SetScratchpadInputLinearizationTable(nines, 1, 3));
+    Begin();
+    for (const bool output : {false, true}) {
+        if (output) {
+            EXPECT_TRUE(m_Camera->SetScratchpadInputLinearizationTable(nullptr, 0, 3));
+            EXPECT_TRUE(m_Camera->SetScratchpadOutputNonLinearizationTable(nines, 1, 3));
+        }
+        const ZelImage* image = Deliver();
+        EXPECT_TRUE(m_Camera->GetPendingColorImage());
+        EXPECT_EQ(seen, Words(6 * 4 * 3, 9));
+        EXPECT_EQ(Picture(*static_cast<const ZelColorImage*>(image)), Demosaiced(*image, 1));
+    }
+}
+
 TEST_F(ColorTest, MatricesComeFromTheCameraOrAreTheIdentity) {
     Begin();
     m_Camera->ConcatenateColorTransform(ZEL_COLOR_TRANSFORM_WHITE_BALANCE_AND_CORRECTION, 0);

@@ -119,6 +119,28 @@ TEST_F(ParameterTest, TextEntriesThatCantBeReadAreEmptyAndTrue) {
     EXPECT_EQ(std::string(text), std::string(31, 'x'));
 }
 
+TEST_F(ParameterTest, WhatTheHostKeepsIsReadAsItWasWritten) {
+    for (const int id : {ZEL_PARAM_HW_TRIGGER_ACTIVE, ZEL_PARAM_NUM_IMAGE_BUFFERS, ZEL_PARAM_USB_ENABLE_LED}) {
+        for (const int value : {0, 1}) EXPECT_TRUE(Write(id, value) && Value(id) == value) << id;
+    }
+    EXPECT_TRUE(Write(ZEL_PARAM_TAP_BALANCE_ENABLE, 1));
+    EXPECT_EQ(Value(ZEL_PARAM_TAP_BALANCE_ENABLE), 0) << "there are no tables";
+    EXPECT_EQ(Value(ZEL_PARAM_DROPPED_FRAMES) + Value(ZEL_PARAM_COLOR_FILTER_PHASE), 0);
+    for (const int id : {ZEL_PARAM_COLOR_CAMERA_CORRECTION_MATRIX, ZEL_PARAM_DEFAULT_WHITE_BALANCE_MATRIX}) {
+        double matrix[9] = {};
+        EXPECT_TRUE(m_Camera->GetParameter(static_cast<unsigned>(id), sizeof matrix, matrix));
+        EXPECT_THAT(matrix, testing::ElementsAre(1, 0, 0, 0, 1, 0, 0, 0, 1));
+    }
+    EXPECT_EQ(m_Transport.Exchanges(), 0);
+    EXPECT_TRUE(Write(ZEL_PARAM_GAIN, 7) && Write(ZEL_PARAM_HW_TRIG_SOURCE, 2) && m_Camera->ResetCamera());
+    const int reset[] = {VGA_GAIN, 7, HW_TRIG_SOURCE, 2, CAMERA_RESET, 1, H_BIN, 1, V_BIN, 1};
+    std::string sent;
+    for (std::size_t i = 0; i < std::size(reset); i += 2) {
+        sent += "set " + std::to_string(reset[i]) + " " + std::to_string(reset[i + 1]) + " ";
+    }
+    EXPECT_EQ(Sent(), sent);
+}
+
 TEST_F(ParameterTest, UpdateEndsWithTheCalculationOrAfterFiveSeconds) {
     EXPECT_TRUE(m_Camera->SetParameter(ZEL_PARAM_UPDATE_PARAMETERS, nullptr));
     EXPECT_LT(m_Clock.Elapsed(), 200u);

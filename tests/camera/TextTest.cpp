@@ -18,6 +18,19 @@ TEST_F(TextTest, NamesTravelAsText) {
     EXPECT_FALSE(m_Camera->SetCameraName(nullptr));
 }
 
+TEST_F(TextTest, RawBytesGoBothWays) {
+    const unsigned char sent[] = {1, 2, 3};
+    unsigned char got[3] = {};
+    m_Transport.QueueReply({7, 8});
+    EXPECT_EQ(m_Camera->SendData(sent, 3), 3);
+    EXPECT_EQ(m_Camera->RecvData(got, 3, 50), 2);
+    EXPECT_THAT(got, testing::ElementsAre(7, 8, 0));
+    for (const int count : {0, -1}) EXPECT_EQ(m_Camera->SendData(sent, count) + m_Camera->RecvData(got, count, 50), 0);
+    EXPECT_EQ(m_Camera->SendData(nullptr, 3) + m_Camera->RecvData(nullptr, 3, 50), 0);
+    EXPECT_THAT(m_Transport.Sent(), testing::ElementsAre(Bytes{1, 2, 3}));
+    EXPECT_EQ(m_Transport.ReceiveCalls(), 1);
+}
+
 // The camera's identity is asked for on several threads while a transport connects anew.
 TEST_F(TextTest, ThreadsReadTextsThatAreRenewed) {
     m_Table.m_Texts["name"] = "left arm";

@@ -13,6 +13,7 @@
 #define TESTS_SUPPORT_SCRIPTEDTRANSPORT_H
 
 #include <algorithm>
+#include <atomic>
 #include <deque>
 #include <functional>
 #include <mutex>
@@ -176,8 +177,8 @@ class ScriptedTransport : public ICameraInterface {
     int StartTrigger() override { return Answer("StartTrigger", 0, &IZelCameraCommon::StartTriggerCommon); }
     bool StopTrigger() override { return Record("StopTrigger"), true; }
     bool SetStatusValue(int) override { return true; }
-    bool GetLedState(unsigned char*) override { return true; }
-    bool SetLedState(bool) override { return true; }
+    bool GetLedState(unsigned char* on) override { return *on = m_Led, true; }
+    bool SetLedState(bool on) override { return m_Led = on, true; }
     void SetCameraObject(ZelCamera*) override {}
     ZelCamera* GetCameraObject() override { return nullptr; }
 
@@ -220,6 +221,7 @@ class ScriptedTransport : public ICameraInterface {
     int m_LastReceiveTimeout = 0;
     std::vector<std::string> m_Calls;
     IZelCameraCommon* m_Common = nullptr;
+    std::atomic<bool> m_Led = false;
     std::pair<ZelImageHandler, ZelCamera*> m_OnImage;
     std::pair<ZelEventHandler, ZelCamera*> m_OnEvent;
 };

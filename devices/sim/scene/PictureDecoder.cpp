@@ -1,5 +1,6 @@
 #include "devices/sim/scene/PictureDecoder.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -42,6 +43,13 @@ bool ReadFile(const std::string& path, std::vector<char>& bytes, std::string& re
     }
 }
 
+// The library's reason may hold four bytes of the file, whatever they are.
+std::string Reason(const char* why) {
+    const std::string text = why ? why : "";
+    const bool plain = std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~'; });
+    return plain && !text.empty() ? text : "not a picture";
+}
+
 }  // namespace
 
 bool DecodePicture(const std::string& path, DecodedPicture& picture, std::string& reason) {
@@ -60,8 +68,7 @@ bool DecodePicture(const std::string& path, DecodedPicture& picture, std::string
     const std::unique_ptr<stbi_us, void (*)(void*)> samples(
         stbi_load_16_from_memory(data, size, &width, &height, &channels, 3), stbi_image_free);
     if (!samples || width <= 0 || height <= 0) {
-        const char* why = stbi_failure_reason();
-        reason = why ? why : "not a picture";
+        reason = Reason(stbi_failure_reason());
         return false;
     }
     picture.width = static_cast<std::size_t>(width);

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <memory>
 #include <new>
+#include <span>
 
 #include "platform/UserTexts.h"
 
@@ -43,6 +44,29 @@ bool ReadFile(const std::string& path, std::vector<char>& bytes, std::string& re
     }
 }
 
+// Whether the tables of codes that a JPEG file has are of a sensible size: the library writes beyond its own when they
+// have more than 256 codes. A table begins behind the bytes FF C4, wherever the library comes across them; what cameras
+// and programs write in front of the picture may hold these two by chance, and is passed over as the library passes
+// over it.
+bool CodesFit(std::span<const unsigned char> bytes) {
+    // Behind its end the library reads zeros.
+    const auto byte = [&](std::size_t at) { return at < bytes.size() ? bytes[at] : 0u; };
+    const auto word = [&](std::size_t at) { return byte(at) * 256 + byte(at + 1); };
+    std::size_t at = 2;
+    while (byte(at) == 0xFF && (byte(at + 1) >> 4 == 0xE || byte(at + 1) == 0xFE)) at += 2 + word(at + 2);
+    for (; at < bytes.size(); ++at) {
+        if (word(at) != 0xFFC4) continue;
+        const std::size_t end = at + 2 + word(at + 2);
+        for (std::size_t table = at + 4; table < end;) {
+            unsigned codes = 0;
+            for (std::size_t i = 1; i <= 16; ++i) codes += byte(table + i);
+            if (codes > 256) return false;
+            table += 17 + codes;
+        }
+    }
+    return true;
+}
+
 // The library's reason may hold four bytes of the file, whatever they are.
 std::string Reason(const char* why) {
     const std::string text = why ? why : "";
@@ -60,6 +84,7 @@ bool DecodePicture(const std::string& path, DecodedPicture& picture, std::string
     int channels = 0;
     const auto* const data = reinterpret_cast<const stbi_uc*>(bytes.data());
     const auto size = static_cast<int>(bytes.size());
+    if (size >= 2 && data[0] == 0xFF && !CodesFit({data, bytes.size()})) return reason = "no JPEG picture", false;
     if (stbi_info_from_memory(data, size, &width, &height, &channels) && std::int64_t{width} * height > kMostPixels) {
         reason = std::to_string(width) + " x " + std::to_string(height) + " pixels are too many, at most " +
                  std::to_string(kMostPixels);

@@ -18,6 +18,12 @@ std::vector<float> MakeLinearTable() {
     return table;
 }
 
+// For all scenes: it takes longer to make than a small picture to read.
+const std::vector<float>& LinearTable() {
+    static const std::vector<float> s_Table = MakeLinearTable();
+    return s_Table;
+}
+
 }  // namespace
 
 std::unique_ptr<SceneFile> SceneFile::Load(const std::string& path, unsigned width, unsigned height,
@@ -28,7 +34,7 @@ std::unique_ptr<SceneFile> SceneFile::Load(const std::string& path, unsigned wid
     scene->m_Samples = std::move(picture.rgb);
     scene->m_Width = picture.width;
     scene->m_Height = picture.height;
-    scene->m_Linear = MakeLinearTable();
+    LinearTable();  // what it throws is thrown here
     // Picture samples per pixel of the frame; the smaller of the two fills the frame both ways.
     const double step = std::min(static_cast<double>(picture.width) / std::max(width, 1u),
                                  static_cast<double>(picture.height) / std::max(height, 1u));
@@ -73,6 +79,7 @@ std::span<const std::uint16_t> SceneFile::PictureRow(std::size_t y) const {
 }
 
 void SceneFile::Row(unsigned y, std::span<Rgb> row) const {
+    const std::vector<float>& linear = LinearTable();
     const Taps& vertical = m_Rows.taps[y];
     std::fill(row.begin(), row.end(), Rgb{});
     for (std::size_t v = vertical.begin; v < vertical.end; ++v) {
@@ -82,9 +89,9 @@ void SceneFile::Row(unsigned y, std::span<Rgb> row) const {
             for (std::size_t i = taps.begin; i < taps.end; ++i) {
                 const float weight = m_Columns.weights[i] * m_Rows.weights[v];
                 const std::size_t s = (taps.first + (i - taps.begin)) * 3;
-                row[x].r += weight * m_Linear[source[s]];
-                row[x].g += weight * m_Linear[source[s + 1]];
-                row[x].b += weight * m_Linear[source[s + 2]];
+                row[x].r += weight * linear[source[s]];
+                row[x].g += weight * linear[source[s + 1]];
+                row[x].b += weight * linear[source[s + 2]];
             }
         }
     }

@@ -40,7 +40,6 @@ class SceneFile : public Scene {
     std::vector<std::uint16_t> m_Samples;  // red, green, blue; encoded as in the file, 16 bits
     std::size_t m_Width = 0;
     std::size_t m_Height = 0;
-    std::vector<float> m_Linear;  // linear light of each 16-bit sample
     Axis m_Columns;
     Axis m_Rows;
 };

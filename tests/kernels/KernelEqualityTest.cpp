@@ -1,5 +1,6 @@
-// Every vector variant against the scalar reference, to the bit, on random geometry and content. What the scalar
-// kernels themselves compute is checked by eye in the post-processing tests.
+// What fuzz/KernelFuzz.cpp does not show, which holds every variant against the scalar reference: which tables are told
+// by lines, the quotients of the average, and which variant is chosen. What the scalar kernels themselves compute is
+// checked by eye in the post-processing tests.
 #include <numeric>
 
 #include "tests/kernels/KernelFixture.h"
@@ -45,59 +46,6 @@ class KernelEqualityTest : public KernelTest {
     }
 };
 
-TEST_P(KernelEqualityTest, Unpack) {
-    for (int i = 0; i < 1000; ++i) {
-        const std::size_t count = std::size_t{Size()} * Number(1, 3);
-        const std::vector<std::uint8_t> packed = Packed(count);
-        Samples expected = Guarded(count), actual = expected;
-        scalar::Unpack12(packed, Body(expected));
-        m_Table->unpack12(packed, Body(actual));
-        ASSERT_EQ(actual, expected) << count;
-    }
-}
-
-// Reordered after unpacking, and both in one step.
-TEST_P(KernelEqualityTest, TapOrder) {
-    const KernelTable* const reference = kernels::FindKernels(Variant::kScalar);
-    for (int i = 0; i < 1000; ++i) {
-        const bool two = i % 2;
-        const unsigned w = Size();
-        const std::size_t count = two ? w : std::size_t{w} / 2 * 4;
-        const std::vector<std::uint8_t> packed = Packed(count);
-        Samples raw(count);
-        scalar::Unpack12(packed, raw);
-        const Samples blank = Guarded(w);
-        Samples expected = blank, expected_bottom = blank;
-        if (two) scalar::ReorderRowTwoTaps(raw, Body(expected));
-        if (!two) scalar::ReorderRowPairFourTaps(raw, Body(expected), Body(expected_bottom));
-        for (const KernelTable* table : {m_Table, reference}) {
-            for (const bool in_one_step : {false, true}) {
-                Samples actual = blank, bottom = blank;
-                if (two && in_one_step) table->unpack_row_two_taps(packed, Body(actual));
-                if (two && !in_one_step) table->reorder_row_two_taps(raw, Body(actual));
-                if (!two && in_one_step) table->unpack_row_pair_four_taps(packed, Body(actual), Body(bottom));
-                if (!two && !in_one_step) table->reorder_row_pair_four_taps(raw, Body(actual), Body(bottom));
-                ASSERT_EQ(actual, expected) << w << " in one step " << in_one_step;
-                ASSERT_EQ(bottom, expected_bottom) << w << " in one step " << in_one_step;
-            }
-        }
-    }
-}
-
-TEST_P(KernelEqualityTest, LookUp) {
-    for (const unsigned bits : {1u, 8u, 12u, 14u, 16u}) {
-        const auto mask = static_cast<std::uint16_t>((1u << bits) - 1);
-        const Samples table = Row(mask + 3u, 0xFFFF);
-        for (int i = 0; i < 100; ++i) {
-            Samples expected = Guarded(Size()), actual = expected;
-            const std::uint16_t value_mask = i % 2 ? mask : std::uint16_t{0xFFFF};
-            scalar::LookUp(Body(expected), table.data(), mask, value_mask);
-            m_Table->look_up(Body(actual), table.data(), mask, value_mask);
-            ASSERT_EQ(actual, expected) << bits;
-        }
-    }
-}
-
 // Tables of straight stretches with steps between them, of none, and with samples above their largest.
 TEST_P(KernelEqualityTest, LookUpByLines) {
     for (const unsigned bits : {1u, 7u, 8u, 12u, 14u, 16u}) {
@@ -118,41 +66,6 @@ TEST_P(KernelEqualityTest, LookUpByLines) {
                 ASSERT_EQ(actual, expected) << bits << ' ' << stretch;
             }
         }
-    }
-}
-
-TEST_P(KernelEqualityTest, Binning) {
-    constexpr unsigned kFactors[] = {1, 2, 3, 4, 5, 8, 127, 128};
-    for (int i = 0; i < 4000; ++i) {
-        const unsigned w = Size(), h = i % 10 ? Number(1, 9) : Size();
-        const unsigned horizontal = kFactors[Number(0, 7)], vertical = kFactors[Number(0, 7)];
-        const unsigned ceiling = (1u << Number(8, 16)) - 1;
-        Samples expected = Guarded(std::size_t{w} * h), actual = expected;
-        scalar::Bin(Body(expected), w, h, horizontal, vertical, ceiling);
-        m_Table->bin(Body(actual), w, h, horizontal, vertical, ceiling);
-        // Only the binned frame is specified, and that nothing behind the whole frame is touched.
-        for (Samples* samples : {&expected, &actual}) {
-            samples->erase(samples->begin() + w / horizontal * (h / vertical), samples->end() - kGuards);
-        }
-        ASSERT_EQ(actual, expected) << w << " x " << h << " by " << horizontal << " x " << vertical << " to "
-                                    << ceiling;
-    }
-}
-
-TEST_P(KernelEqualityTest, Average) {
-    for (const std::uint32_t ring : {1u, 2u, 3u, 7u, 255u, 256u, 300u}) {
-        const std::size_t size = Size();
-        std::vector<Samples> slots(ring, Samples(size)), expected_slots = slots;
-        std::vector<std::uint32_t> sums(size), expected_sums(size);
-        for (std::uint32_t frame = 0; frame < ring + 3; ++frame) {
-            Samples expected = Guarded(size), actual = expected;
-            const std::uint32_t count = std::min(frame + 1, ring);
-            scalar::AverageStep(Body(expected), expected_slots[frame % ring], expected_sums, count, frame >= ring);
-            m_Table->average_step(Body(actual), slots[frame % ring], sums, count, frame >= ring);
-            ASSERT_EQ(actual, expected) << ring << " frame " << frame;
-            ASSERT_EQ(sums, expected_sums);
-        }
-        EXPECT_EQ(slots, expected_slots);
     }
 }
 

@@ -32,12 +32,6 @@ class KernelTest : public testing::TestWithParam<Variant> {
         for (auto& sample : row) sample = static_cast<std::uint16_t>(Number(0, 3) ? Number(0, largest) : largest);
         return row;
     }
-    // A packed row, exactly as long as it must be: the sanitizers see a read beyond it.
-    std::vector<std::uint8_t> Packed(std::size_t samples) {
-        std::vector<std::uint8_t> packed(scalar::PackedSize12(samples));
-        for (auto& byte : packed) byte = static_cast<std::uint8_t>(m_Random());
-        return packed;
-    }
 
     const KernelTable* m_Table = nullptr;
     std::mt19937 m_Random{20261121};

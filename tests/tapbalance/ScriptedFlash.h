@@ -9,6 +9,7 @@
 #include <charconv>
 #include <cstdlib>
 #include <functional>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>

@@ -5,13 +5,13 @@
 #include <memory>
 #include <vector>
 
+#include "fuzz/Choices.h"
 #include "fuzz/FuzzCheck.h"
-#include "fuzz/FuzzInput.h"
 #include "kernels/Kernels.h"
 #include "tests/support/GuardPages.h"
 
 using namespace zel::kernels;
-using zel::fuzz::FuzzInput;
+using zel::fuzz::Choices;
 using zel::test::GuardPages;
 
 namespace {
@@ -21,12 +21,12 @@ constexpr unsigned kMostSamples = 1500;
 std::size_t s_RoomsTaken = 0;
 
 // Mostly a few vectors long.
-unsigned Width(FuzzInput& in, unsigned most = kMostWidth) { return in.Number(0, in.Number(0, 15) ? most / 8 : most); }
+unsigned Width(Choices& in, unsigned most = kMostWidth) { return in.Number(0, in.Number(0, 15) ? most / 8 : most); }
 
 // The same samples twice, for the scalar kernel and for the other one.
 template <class T>
 struct Rows {
-    Rows(FuzzInput& in, std::size_t size, unsigned largest = 0xFFFF) : count(size) {
+    Rows(Choices& in, std::size_t size, unsigned largest = 0xFFFF) : count(size) {
         static std::vector<GuardPages> s_Rooms;
         const bool ends = !in.Flag();
         for (T*& at : side) {
@@ -44,7 +44,7 @@ struct Rows {
     }
     static std::vector<T> Pool(bool extremes) {
         std::vector<T> samples(2 * kMostSamples);
-        FuzzInput in(nullptr, 0);
+        Choices in(nullptr, 0);
         for (T& sample : samples) sample = static_cast<T>(extremes ? 0u - (in.Random() >> 30 & 1) : in.Random());
         return samples;
     }
@@ -55,7 +55,7 @@ using Samples = Rows<std::uint16_t>;
 using Bytes = Rows<std::uint8_t>;
 
 struct Planes {
-    Planes(FuzzInput& in, std::size_t w) : planes{{in, w}, {in, w}, {in, w}} {}
+    Planes(Choices& in, std::size_t w) : planes{{in, w}, {in, w}, {in, w}} {}
     PlanarRow operator[](int which) const {
         return {{planes[0].side[which], planes[1].side[which], planes[2].side[which]}, planes[0].count};
     }
@@ -69,7 +69,7 @@ struct Planes {
 struct Table {
     Table(unsigned bits, bool straight) : mask((1u << bits) - 1), room((mask + 3) * 2) {
         entries = room.Last<std::uint16_t>(mask + 3);
-        FuzzInput in(nullptr, 0);
+        Choices in(nullptr, 0);
         for (unsigned i = 0; i < mask + 3; ++i) {
             entries[i] =
                 static_cast<std::uint16_t>(straight ? std::min(i + i / 700 + i % 2777 / 2700, mask) : in.Random());
@@ -88,7 +88,7 @@ const Table& AnyTable(bool straight, unsigned bits) {
     return *table;
 }
 
-ChannelMaps AnyMaps(FuzzInput& in) {
+ChannelMaps AnyMaps(Choices& in) {
     ChannelMaps maps;
     for (SampleMap& map : maps) {
         const unsigned kind = in.Number(0, 3);
@@ -98,7 +98,7 @@ ChannelMaps AnyMaps(FuzzInput& in) {
     return maps;
 }
 
-ColorTransform AnyTransform(FuzzInput& in) {
+ColorTransform AnyTransform(Choices& in) {
     const unsigned bits = in.Number(1, 16);
     ColorTransform transform{{}, static_cast<std::uint16_t>((1u << bits) - 1), nullptr, in.Number(0, 16)};
     const bool wild = in.Number(0, 7) == 0;
@@ -112,7 +112,7 @@ ColorTransform AnyTransform(FuzzInput& in) {
 }
 
 // What comes in one step must be what its steps come to, one after the other.
-void TryTaps(FuzzInput& in, const KernelTable& table) {
+void TryTaps(Choices& in, const KernelTable& table) {
     const unsigned w = Width(in), kind = in.Number(0, 4);
     const std::size_t count = kind < 3 ? w : std::size_t{w} / 2 * 4;
     const Bytes packed(in, scalar::PackedSize12(count), 0xFF);
@@ -128,7 +128,7 @@ void TryTaps(FuzzInput& in, const KernelTable& table) {
     top.Compare(), bottom.Compare();
 }
 
-void TryLookUp(FuzzInput& in, const KernelTable& kernel) {
+void TryLookUp(Choices& in, const KernelTable& kernel) {
     const Samples row(in, Width(in));
     const bool straight = in.Flag();
     const Table& table = AnyTable(straight, in.Number(1, 16));
@@ -139,7 +139,7 @@ void TryLookUp(FuzzInput& in, const KernelTable& kernel) {
     row.Compare();
 }
 
-void TrySums(FuzzInput& in, const KernelTable& table) {
+void TrySums(Choices& in, const KernelTable& table) {
     const unsigned h = in.Number(1, 30), w = Width(in, kMostWidth / h) + 1, bx = in.Number(1, 128),
                    by = in.Number(1, in.Flag() ? 128 : 4);
     const Samples frame(in, std::size_t{w} * h), slot(in, frame.count);
@@ -162,7 +162,7 @@ void TrySums(FuzzInput& in, const KernelTable& table) {
     frame.Compare(), slot.Compare(), sums.Compare();
 }
 
-void TryColor(FuzzInput& in, const KernelTable& table) {
+void TryColor(Choices& in, const KernelTable& table) {
     const std::size_t w = Width(in, kMostWidth / 2) + 1;
     const bool small = in.Flag();
     const unsigned largest = small ? 16383 : 65535, kind = in.Number(0, 6);
@@ -198,7 +198,7 @@ void TryColor(FuzzInput& in, const KernelTable& table) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    FuzzInput in(data, size);
+    Choices in(data, size);
     s_RoomsTaken = 0;
     constexpr Variant kVariants[] = {Variant::kAvx2WithoutGathers, Variant::kAvx2, Variant::kAvx512, Variant::kScalar};
     constexpr decltype(&TryTaps) kGroups[] = {TryTaps, TryLookUp, TrySums, TryColor};

@@ -1,92 +1,117 @@
-// Files of any kind as recordings: a recording of two frames with a few bytes changed, or the input itself when it
-// begins like a TIFF file. What is taken must be of a sensible size and read without harm.
+// Files of any kind as recordings: recordings, and what another program may make, with a few bytes changed, or the
+// input itself. What is taken must be of a sensible size and read without harm; what was not changed is read as it was
+// written.
+#include <tiffio.h>
+
 #include <algorithm>
-#include <cstdint>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
 #include <vector>
 
+#include "fuzz/Choices.h"
 #include "fuzz/FuzzCheck.h"
+#include "fuzz/FuzzFile.h"
 #include "record/RecordingReader.h"
 #include "record/RecordingWriter.h"
 
 using namespace zel::record;
+using zel::fuzz::Choices;
 
 namespace {
 
-constexpr unsigned kWidth = 6;
-constexpr unsigned kHeight = 4;
+constexpr unsigned kWidth = 21;
+constexpr unsigned kHeight = 19;
+constexpr std::uint16_t kSample = 0x5A5A;                    // of all pixels; the two bytes are the same
 constexpr std::uint64_t kMostRead = std::uint64_t{1} << 22;  // samples of a frame
 
-// One name for all inputs of this process.
-const std::filesystem::path& Path() {
-    static const std::filesystem::path s_Path =
-        std::filesystem::temp_directory_path() /
-        ("zel-fuzz-" + std::to_string(std::filesystem::file_time_type::clock::now().time_since_epoch().count()));
-    return s_Path;
-}
+const zel::fuzz::FuzzFile s_File;
 
 std::string MakeRecording(Compression compression) {
-    const std::vector<std::uint16_t> samples(kWidth * kHeight, 1234);
+    RecordingFacts facts;
+    facts.width = kWidth;
+    facts.height = kHeight;
     {
-        RecordingFacts facts;
-        facts.width = kWidth;
-        facts.height = kHeight;
-        RecordingWriter writer(Path(), facts, {.compression = compression});
+        RecordingWriter writer(s_File.Path(), facts, {.compression = compression});
+        const std::vector<std::uint16_t> samples(kWidth * kHeight, kSample);
         for (std::uint32_t i = 0; i < 2; ++i) writer.Add(samples, {.number = i});
         writer.Finish({.reason = "frames", .frames = 2});
     }
-    std::ifstream file(Path(), std::ios::binary);
-    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
-    file.close();
-    std::filesystem::remove(Path());
-    FuzzCheck(bytes.size() > kWidth * kHeight * 4);
-    return bytes;
+    return s_File.Take();
 }
 
-// Each change is four bytes of the input: where, which of the places behind, and what.
-std::string Changed(std::string bytes, const std::uint8_t* data, std::size_t size) {
-    for (std::size_t i = 0; i + 4 <= size && i < 4 * 16; i += 4) {
-        const std::size_t at = (data[i] | std::size_t{data[i + 1]} << 8) + data[i + 2];
-        bytes[at % bytes.size()] = static_cast<char>(data[i + 3]);
+// Of tiles or strips, in either byte order, small or big, of 8 or 16 bits, compressed or not.
+std::string MakeStack(Choices& in) {
+    constexpr const char* kModes[] = {"wl", "wb", "w8l", "w8b"};
+    constexpr std::uint16_t kCompressions[] = {COMPRESSION_NONE, COMPRESSION_LZW, COMPRESSION_PACKBITS,
+                                               COMPRESSION_ADOBE_DEFLATE};
+    TIFF* const tiff = TIFFOpen(s_File.Name().c_str(), kModes[in.Number(0, 3)]);
+    FuzzCheck(tiff);
+    const bool tiles = in.Flag();
+    const unsigned bytes = in.Number(1, 2), rows = in.Number(1, kHeight);
+    const std::vector<std::uint8_t> samples(64 * 64 * 2, kSample & 0xFF);
+    for (unsigned page = in.Number(1, 3); page > 0; --page) {
+        TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, kWidth);
+        TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, kHeight);
+        TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8 * bytes);
+        TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
+        TIFFSetField(tiff, TIFFTAG_COMPRESSION, kCompressions[in.Number(0, 3)]);
+        TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+        if (in.Flag()) TIFFSetField(tiff, TIFFTAG_IMAGEDESCRIPTION, R"(<Pixels SignificantBits="7">)");
+        if (tiles) {
+            TIFFSetField(tiff, TIFFTAG_TILEWIDTH, 16);
+            TIFFSetField(tiff, TIFFTAG_TILELENGTH, 16 * in.Number(1, 2));
+            for (unsigned i = 0; i < TIFFNumberOfTiles(tiff); ++i)
+                TIFFWriteEncodedTile(tiff, i, const_cast<std::uint8_t*>(samples.data()), TIFFTileSize(tiff));
+        } else {
+            TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, rows);
+            for (unsigned i = 0; i < TIFFNumberOfStrips(tiff); ++i)
+                TIFFWriteEncodedStrip(tiff, i, const_cast<std::uint8_t*>(samples.data()),
+                                      TIFFVStripSize(tiff, std::min(rows, kHeight - i * rows)));
+        }
+        TIFFWriteDirectory(tiff);
     }
-    return bytes;
+    TIFFClose(tiff);
+    return s_File.Take();
 }
 
-std::string FileOf(const std::uint8_t* data, std::size_t size) {
-    static const std::string s_Plain = MakeRecording(Compression::kNone);
-    static const std::string s_Compressed = MakeRecording(Compression::kDeflate);
-    const std::string own(data, data + size);
-    if (own.starts_with("II") || own.starts_with("MM")) return own;
-    if (size == 0) return s_Plain;
-    std::string bytes = Changed(data[0] & 1 ? s_Plain : s_Compressed, data + 1, size - 1);
-    if (data[0] & 2) bytes.resize(bytes.size() * data[0] / 256);
-    return bytes;
-}
-
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string file = FileOf(data, size);
-    std::ofstream(Path(), std::ios::binary) << file;
+// Answers how many frames could be read.
+std::size_t Read(bool whole) {
+    std::size_t good = 0;
     try {
-        RecordingReader reader(Path());
+        RecordingReader reader(s_File.Path());
         const std::uint64_t count = std::uint64_t{reader.Facts().width} * reader.Facts().height;
         FuzzCheck(count > 0 && count <= std::uint64_t{1} << 28 && reader.Frames() > 0);
         FuzzCheck(reader.Facts().bits >= 1 && reader.Facts().bits <= 16);
         std::vector<std::uint16_t> samples(static_cast<std::size_t>(std::min(count, kMostRead)));
         for (std::size_t i = 0; i < reader.Frames() && count <= kMostRead; ++i) {
+            reader.Frame(i);
             try {
                 reader.Read(i, samples);
+                ++good;
             } catch (const RecordError& error) {
                 FuzzCheck(*error.what() != 0);
             }
+            if (whole)
+                FuzzCheck(std::ranges::all_of(
+                    samples, [](std::uint16_t sample) { return sample == kSample || sample == kSample >> 8; }));
         }
+        FuzzCheck(!whole || (good == reader.Frames() && reader.CutOff().empty()));
     } catch (const RecordError& error) {
         FuzzCheck(*error.what() != 0);
     }
-    std::filesystem::remove(Path());
+    return good;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const std::string s_Plain = MakeRecording(Compression::kNone);
+    static const std::string s_Compressed = MakeRecording(Compression::kDeflate);
+    Choices in(data, size);
+    const unsigned kind = in.Number(0, 3);
+    const std::string base = kind == 0 ? s_Plain : kind == 1 ? s_Compressed : kind == 2 ? MakeStack(in) : std::string();
+    const auto rest = in.Rest();
+    const bool whole = kind < 3 && rest.size() < 5 && (rest.empty() || !(rest[0] & 1));
+    s_File.Write(kind == 3 ? std::string(rest.begin(), rest.end()) : zel::fuzz::Changed(base, rest));
+    FuzzCheck(Read(whole) > 0 || !whole);
+    s_File.Remove();
     return 0;
 }

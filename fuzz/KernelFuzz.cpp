@@ -140,8 +140,9 @@ void TryLookUp(Choices& in, const KernelTable& kernel) {
 }
 
 void TrySums(Choices& in, const KernelTable& table) {
-    const unsigned h = in.Number(1, 30), w = Width(in, kMostWidth / h) + 1, bx = in.Number(1, 128),
-                   by = in.Number(1, in.Flag() ? 128 : 4);
+    constexpr unsigned kFactors[] = {1, 2, 3, 4, 5, 8, 127, 128};
+    const unsigned h = in.Number(1, in.Flag() ? 30 : 2), w = in.Number(1, kMostWidth / h);
+    const unsigned bx = kFactors[in.Number(0, 7)], by = kFactors[in.Number(0, 7)];
     const Samples frame(in, std::size_t{w} * h), slot(in, frame.count);
     if (in.Flag()) {
         const unsigned ceiling = (1u << in.Number(8, 16)) - 1;

@@ -1,8 +1,12 @@
 // What fuzz/KernelFuzz.cpp does not show, which holds every variant against the scalar reference: which tables are told
 // by lines, the quotients of the average, and which variant is chosen. What the scalar kernels themselves compute is
 // checked by eye in the post-processing tests.
+#include <fstream>
+#include <iterator>
 #include <numeric>
+#include <string>
 
+#include "kernels/CpuSupport.h"
 #include "tests/kernels/KernelFixture.h"
 
 namespace zel::test {
@@ -88,6 +92,18 @@ TEST(AverageTest, TruncatesExactlyForEveryCount) {
         for (std::size_t i = 0; i < frame.size(); ++i)
             ASSERT_EQ(frame[i], totals[i] / count) << totals[i] << '/' << count;
     }
+}
+
+// Where the system tells, too: a wrong answer would leave every variant untried.
+TEST(CpuSupportTest, IsWhatTheSystemSays) {
+    std::ifstream file("/proc/cpuinfo");
+    if (!file) GTEST_SKIP() << "there is no /proc/cpuinfo";
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    const auto says = [&](const char* what) { return text.find(what) != std::string::npos; };
+    EXPECT_EQ(kernels::CpuHasAvx2(), says(" avx2 "));
+    EXPECT_EQ(kernels::CpuHasFma(), says(" fma "));
+    EXPECT_EQ(kernels::CpuHasAvx512(), says(" avx512f ") && says(" avx512bw ") && says(" avx512vbmi "));
+    EXPECT_EQ(kernels::CpuHasFastGathers(), says(" avx2 ") && !says("AuthenticAMD"));
 }
 
 TEST(KernelChoiceTest, TheFastestTableUnlessOneIsForced) {

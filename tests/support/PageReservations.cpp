@@ -15,9 +15,12 @@ namespace zel::platform {
 
 namespace {
 std::atomic<long long> s_Allowed{-1};
+std::atomic<bool (*)()> s_Filter{nullptr};
 std::atomic<long long> s_Live{0};
 
 bool TakeOne() {
+    bool (*const granted)() = s_Filter;
+    if (granted && !granted()) return false;
     long long allowed = s_Allowed;
     while (allowed > 0 && !s_Allowed.compare_exchange_weak(allowed, allowed - 1)) continue;
     return allowed != 0;
@@ -25,6 +28,7 @@ bool TakeOne() {
 }  // namespace
 
 void SetPageReservationLimit(long long calls) { s_Allowed = calls; }
+void SetPageReservationFilter(bool (*granted)()) { s_Filter = granted; }
 long long LivePageReservations() { return s_Live; }
 
 }  // namespace zel::platform

@@ -8,6 +8,9 @@ namespace zel::platform {
 // How many reservations succeed from now on before every further one fails; negative: all succeed.
 void SetPageReservationLimit(long long calls);
 
+// Is asked before each reservation whether it may succeed; null: nobody is.
+void SetPageReservationFilter(bool (*granted)());
+
 // How many are alive in this program.
 long long LivePageReservations();
 

@@ -1,0 +1,291 @@
+// Whole sessions in which one thing goes wrong.
+//
+//     zel_campaign [--link NAME] [--fault NAME] [--OCCASION N] [--every K]
+//     zel_campaign --list
+//
+// Without arguments each moment of a session is hit once with each fault, on each kind of link. --every takes each K-th
+// moment. One line per link and fault; a moment that is not survived has a line of its own, which is what repeats it.
+#include <chrono>
+#include <condition_variable>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <mutex>
+
+#include "platform/Clock.h"
+#include "platform/Random.h"
+#include "platform/User.h"
+#include "tests/campaign/FailingMemory.h"
+#include "tests/campaign/Session.h"
+#include "tests/support/PageReservations.h"
+#include "tests/support/Process.h"
+
+namespace zel::campaign {
+namespace {
+
+// Each thread has a time of its own, which passes only when it sleeps. It begins shortly before the clock starts anew.
+class SimulatedClock : public platform::ClockSource {
+  public:
+    SimulatedClock() { platform::SetClockSource(this); }
+    ~SimulatedClock() override { platform::SetClockSource(nullptr); }
+    std::uint32_t Milliseconds() override { return s_Now; }
+    void Sleep(std::uint32_t milliseconds) override {
+        s_Now += milliseconds;
+        std::this_thread::yield();
+    }
+
+  private:
+    static inline thread_local std::uint32_t s_Now = 0xFFFFFF00u;
+};
+
+// What repeats the moment that is under way. Printed when the program crashes, and it crashes when one takes a minute.
+class Watchdog {
+  public:
+    Watchdog() {
+        for (const int signal : {SIGSEGV, SIGABRT, SIGFPE, SIGILL}) std::signal(signal, OnSignal);
+    }
+    ~Watchdog() {
+        {
+            const std::lock_guard lock(m_Lock);
+            m_Over = true;
+        }
+        m_Changed.notify_all();
+        m_Thread.join();
+    }
+    void Begin(const std::string& what, const Session& session) {
+        const std::lock_guard lock(m_Lock);
+        std::snprintf(s_What, sizeof s_What, "%s", what.c_str());
+        s_Session = &session;
+        ++m_Begun;
+    }
+
+  private:
+    static void OnSignal(int signal) {
+        std::printf("NOT SURVIVED: zel_campaign %s   # signal %d in %s\n", s_What, signal,
+                    s_Session ? s_Session->current.load() : "");
+        std::fflush(stdout);
+        std::signal(signal, SIG_DFL);
+        std::raise(signal);
+    }
+    void Watch() {
+        std::unique_lock lock(m_Lock);
+        for (long seen = -1; seen != m_Begun;) {
+            seen = m_Begun;
+            if (m_Changed.wait_for(lock, std::chrono::minutes(1), [this] { return m_Over; })) return;
+        }
+        std::abort();
+    }
+
+    static inline char s_What[200] = "";
+    static inline const Session* s_Session = nullptr;
+    std::mutex m_Lock;
+    std::condition_variable m_Changed;
+    long m_Begun = 0;
+    bool m_Over = false;
+    std::thread m_Thread{[this] { Watch(); }};
+};
+
+// What a process must not keep. Threads and handles are the system's to count.
+struct Holdings {
+    long long allocations = LiveAllocations();
+    long long pages = platform::LivePageReservations();
+    int timers = platform::TimerResolution::LiveCount();
+    int threads = platform::RunningThreads();
+    int handles = platform::OpenHandles();
+
+    // Empty when there is nothing more now than in `before`.
+    std::string MoreThan(const Holdings& before) const {
+        if (allocations > before.allocations) return std::to_string(allocations - before.allocations) + " allocations";
+        if (pages > before.pages) return std::to_string(pages - before.pages) + " page reservations";
+        if (timers > before.timers) return "a raised timer";
+        if (threads > before.threads) return "a thread";
+        if (handles > before.handles) return std::to_string(handles - before.handles) + " handles";
+        return "";
+    }
+};
+
+// A thread that has ended may be listed for a moment more.
+std::string Kept(const Holdings& before) {
+    std::string kept;
+    for (int i = 0; i < 2000; ++i) {
+        kept = Holdings().MoreThan(before);
+        if (kept.empty()) break;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return kept;
+}
+
+struct Options {
+    const char* link = nullptr;
+    const char* fault = nullptr;
+    int at = 0;
+    int every = 1;
+};
+
+class Campaign {
+  public:
+    Campaign(const LinkUnderTest& link, const Options& options)
+        : m_Link(link), m_Options(options), m_Faults(link), m_Session(link, m_Faults) {
+        std::uint8_t name[4] = {};
+        platform::RandomBytes(name);
+        m_Folder = std::filesystem::temp_directory_path() /
+                   ("zel-campaign-" + std::to_string(name[0] << 24 ^ name[1] << 16 ^ name[2] << 8 ^ name[3]));
+        platform::SetEnvironment("XDG_DATA_HOME", m_Folder.string().c_str());
+        m_Watchdog.Begin("--link " + std::string(link.name) + "   # no fault", m_Session);
+        for (int i = 0; i < 3; ++i) {  // the first ones also make what lives as long as the process
+            ForgetCalibration();
+            m_Faults.Plan(nullptr, 0);
+            m_Reference = m_Session.Run(true, false);
+            m_Faults.Mend();
+            for (int k = 0; k < kOccasions; ++k) m_Moments[k] = m_Faults.Count(static_cast<Occasion>(k));
+            m_Moments[static_cast<int>(Occasion::kFrame)] = 61;
+            m_Reference = m_Session.Run(true, false);
+            m_Session.DestroySdk();
+        }
+        m_Before = Holdings();
+        std::printf("%s: %d calls in a session; %d exchanges, %d operations, %d frames, %d allocations\n", link.name,
+                    static_cast<int>(m_Reference.size()), m_Moments[0], m_Moments[1], m_Moments[2], m_Moments[3]);
+        for (const Session::Answer& answer : m_Reference) {
+            if (std::getenv("ZEL_CAMPAIGN_ANSWERS")) std::printf("    %s: %d\n", answer.call, answer.value);
+        }
+    }
+    ~Campaign() {
+        ForgetCalibration();
+        std::filesystem::remove_all(m_Folder);
+    }
+
+    // How many moments were not survived.
+    int Run(const FaultKind& kind) {
+        int injected = 0, survived = 0;
+        Session::Slowest slowest;
+        const auto begin = std::chrono::steady_clock::now();
+        const int moments = m_Moments[static_cast<int>(kind.occasion)];
+        const int last = m_Options.at ? m_Options.at : moments;
+        for (int at = m_Options.at ? m_Options.at : First(kind, moments); at <= last; at += m_Options.every) {
+            ++injected;
+            const std::string problem = Inject(kind, at);
+            if (m_FaultySlowest.milliseconds > slowest.milliseconds) slowest = m_FaultySlowest;
+            if (problem.empty()) {
+                ++survived;
+            } else {
+                std::printf("NOT SURVIVED: zel_campaign %s   # %s\n", Arguments(kind, at).c_str(), problem.c_str());
+            }
+        }
+        const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
+        std::printf("%-12s %-18s injected %5d  survived %5d  longest call %7.1f s (%s)  took %.1f s\n", m_Link.name,
+                    kind.name, injected, survived, slowest.milliseconds / 1000.0, slowest.call, took.count());
+        std::fflush(stdout);
+        return injected - survived;
+    }
+
+  private:
+    // Samples of different faults hit different moments.
+    int First(const FaultKind& kind, int moments) const {
+        return 1 + static_cast<int>((&kind - kFaultKinds) * 7 % std::min(m_Options.every, std::max(moments, 1)));
+    }
+    std::string Arguments(const FaultKind& kind, int at) const {
+        return std::string("--link ") + m_Link.name + " --fault " + kind.name + " --" +
+               kOccasionNames[static_cast<int>(kind.occasion)] + " " + std::to_string(at);
+    }
+    void ForgetCalibration() const {
+        const std::string folder = platform::CalibrationFolderPath();
+        std::error_code error;
+        for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+            // On Windows the folder is the user's: only files of simulated cameras.
+            if (entry.path().filename().string().find("01_") != std::string::npos)
+                std::filesystem::remove(entry.path(), error);
+        }
+    }
+
+    // The session with the fault, one without on the same SDK, the end of that SDK. Empty when all was well.
+    std::string Inject(const FaultKind& kind, int at) {
+        m_Watchdog.Begin(Arguments(kind, at), m_Session);
+        ForgetCalibration();
+        m_Faults.Plan(&kind, at);
+        m_Session.Run(false, at % 2 == 0);
+        m_Faults.Mend();
+        m_FaultySlowest = m_Session.SlowestCall();
+        std::string problem = m_Session.Complaint();
+        const std::uint32_t limit = Lasts(kind) ? kLongestCallOfDeadLinkMs : kLongestCallMs;
+        if (problem.empty() && m_FaultySlowest.milliseconds > limit)
+            problem =
+                std::string(m_FaultySlowest.call) + " takes " + std::to_string(m_FaultySlowest.milliseconds) + " ms";
+        const std::vector<Session::Answer>& answers = m_Session.Run(true, false);
+        if (problem.empty()) problem = m_Session.Complaint();
+        if (problem.empty()) problem = Difference(answers);
+        m_Session.DestroySdk();
+        const std::string kept = Kept(m_Before);
+        if (!kept.empty()) {
+            if (problem.empty()) problem = "it keeps " + kept;
+            m_Before = Holdings();
+        }
+        return problem;
+    }
+    std::string Difference(const std::vector<Session::Answer>& answers) const {
+        for (std::size_t i = 0; i < std::min(answers.size(), m_Reference.size()); ++i) {
+            if (answers[i] == m_Reference[i]) continue;
+            return "the next session: " + std::string(answers[i].call) + " (call " + std::to_string(i) + ") answers " +
+                   std::to_string(answers[i].value);
+        }
+        return answers.size() == m_Reference.size() ? "" : "the next session ends early";
+    }
+
+    static bool Lasts(const FaultKind& kind) {
+        return kind.effect == Effect::kUnplug || kind.effect == Effect::kDead || kind.amount == kForEver;
+    }
+
+    // By the simulated clock: one lost reply costs a stage of an exchange, or four when it is lost four times; a link
+    // that stays silent costs every exchange of the call as much.
+    static constexpr std::uint32_t kLongestCallMs = 25000;
+    static constexpr std::uint32_t kLongestCallOfDeadLinkMs = 250000;
+
+    const LinkUnderTest& m_Link;
+    const Options m_Options;
+    SimulatedClock m_Clock;
+    FaultyLink m_Faults;
+    Session m_Session;
+    Watchdog m_Watchdog;
+    std::filesystem::path m_Folder;
+    std::vector<Session::Answer> m_Reference;
+    int m_Moments[kOccasions] = {};
+    Session::Slowest m_FaultySlowest;
+    Holdings m_Before;
+};
+
+}  // namespace
+}  // namespace zel::campaign
+
+int main(int count, char** arguments) {
+    using namespace zel::campaign;
+    Options options;
+    for (int i = 1; i + 1 < count; i += 2) {
+        const std::string name = arguments[i];
+        if (name == "--link") options.link = arguments[i + 1];
+        if (name == "--fault") options.fault = arguments[i + 1];
+        if (name == "--every") options.every = std::max(1, std::atoi(arguments[i + 1]));
+        for (const char* occasion : kOccasionNames) {
+            if (name == std::string("--") + occasion) options.at = std::atoi(arguments[i + 1]);
+        }
+    }
+    const bool list = count == 2 && std::strcmp(arguments[1], "--list") == 0;
+    zel::platform::SetEnvironment("ZEL_SIM_PACE", "none");
+    zel::platform::SetEnvironment("ZEL_SIM_SIZE", "64x48");
+    zel::platform::SetEnvironment("ZEL_SIM_FILL", "none");
+    int runs = 0, lost = 0;
+    for (const LinkUnderTest& link : kLinks) {
+        for (const FaultKind& kind : kFaultKinds) {
+            if (list) std::printf("%s %s\n", link.name, kind.name);
+        }
+        if (list || (options.link && std::strcmp(options.link, link.name) != 0)) continue;
+        Campaign campaign(link, options);
+        for (const FaultKind& kind : kFaultKinds) {
+            if (options.fault && std::strcmp(options.fault, kind.name) != 0) continue;
+            lost += campaign.Run(kind);
+            ++runs;
+        }
+    }
+    if (runs == 0 && !list) std::printf("no such link or fault\n");
+    return lost == 0 && (runs > 0 || list) ? 0 : 1;
+}

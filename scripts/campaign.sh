@@ -8,7 +8,7 @@
 #   --preset  the build (linux): linux-asan looks for leaks and bad accesses, too, and takes longer
 #   --link    camera-link, ebus, usb-mono or usb-color alone
 #   --fault   one fault alone, as the table names them
-#   --every   each K-th moment only
+#   --every   each K-th moment of each fault only
 preset=linux link= fault= every=1
 while [ $# -gt 0 ]; do
     case $1 in

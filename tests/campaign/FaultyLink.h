@@ -20,12 +20,16 @@ struct LinkUnderTest {
     int camera;             // number within the library, and for the SDK
     bool color;
     int taps_index;
+    bool through_c = false;  // the session goes through the C interface
 };
 inline constexpr LinkUnderTest kLinks[] = {
     {"camera-link", "edt_camera_link.dll", {"1", "0", "0"}, 0, false, 2},
     {"ebus", "pleora_ebus.dll", {"0", "1", "0"}, 0, false, 1},
     {"usb-mono", "zel_usb.dll", {"0", "0", "2"}, 1, false, 0},
     {"usb-color", "zel_usb.dll", {"0", "0", "2"}, 0, true, 0},
+#if defined(ZEL_CAMPAIGN_WITH_C)
+    {"c-interface", "zel_usb.dll", {"0", "0", "2"}, 0, true, 0, true},
+#endif
 };
 
 class FaultyLink {

@@ -64,6 +64,12 @@ const std::vector<Session::Answer>& Session::Run(bool sound, bool close_sdk) {
     m_Answers.clear();
     m_Slowest = {};
     m_Complaint.clear();
+    Calls(close_sdk);
+    current = "";
+    return m_Answers;
+}
+
+void Session::Calls(bool close_sdk) {
     Search();
     if (m_Camera) {
         ZelCameraInternal& camera = *m_Camera;
@@ -80,15 +86,13 @@ const std::vector<Session::Answer>& Session::Run(bool sound, bool close_sdk) {
             Do("ResetCamera", [&] { return camera.ResetCamera(); });
         }
         CheckRecords();
-        if (!sound) Do("GetNumberOfCameras", [&] { return m_Sdk->GetNumberOfCameras(); });
+        if (!m_Sound) Do("GetNumberOfCameras", [&] { return m_Sdk->GetNumberOfCameras(); });
         const bool closed = Do("Close", [&] { return camera.Close(); });
         if (!closed) Do("Close", [&] { return camera.Close(); });
         int open = 0;
-        if (camera.IsOpen(&open); open && sound) Complain("it stays open");
+        if (camera.IsOpen(&open); open && m_Sound) Complain("it stays open");
     }
     if (m_Sdk && close_sdk) Do("ZelSDK::Close", [&] { return m_Sdk->Close(); });
-    current = "";
-    return m_Answers;
 }
 
 void Session::DestroySdk() {

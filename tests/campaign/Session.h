@@ -29,24 +29,32 @@ class Session {
     };
 
     Session(const LinkUnderTest& link, FaultyLink& faults) : m_Link(link), m_Faults(faults) {}
+    virtual ~Session() = default;
 
     // On the SDK that is there, or on a new one; the camera is closed in the end. `sound`: no fault is planned, and all
     // frames are waited for. `close_sdk`: the SDK is closed, too, and stays to be opened again.
     const std::vector<Answer>& Run(bool sound, bool close_sdk);
-    void DestroySdk();
+    virtual void DestroySdk();
 
     const Slowest& SlowestCall() const { return m_Slowest; }
     // What must never be, whatever the fault was; empty when all was well.
     const std::string& Complaint() const { return m_Complaint; }
     std::atomic<const char*> current{""};
 
-  private:
+  protected:
+    virtual void Calls(bool close_sdk);
     int Do(const char* name, const std::function<int()>& call);
     void Complain(const std::string& text) {
         if (m_Complaint.empty()) m_Complaint = text;
     }
     bool Await(const std::function<bool()>& holds);
 
+    const LinkUnderTest& m_Link;
+    FaultyLink& m_Faults;
+    bool m_Sound = true;
+    std::vector<Answer> m_Answers;
+
+  private:
     void Search();
     void Parameters();
     void Settings();
@@ -65,14 +73,10 @@ class Session {
         ++static_cast<Session*>(session)->m_Moves;
     }
 
-    const LinkUnderTest& m_Link;
-    FaultyLink& m_Faults;
     ZelSDK* m_Sdk = nullptr;
     ZelCameraInternal* m_Camera = nullptr;
-    bool m_Sound = true;
     std::array<std::array<unsigned char, 128>, 80> m_Delivered{};  // the parameters of a camera that is new
     bool m_KnowsDelivered = false;
-    std::vector<Answer> m_Answers;
     Slowest m_Slowest;
     std::string m_Complaint;
     std::atomic<int> m_Moves{0}, m_Images{0};

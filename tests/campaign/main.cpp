@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <mutex>
 
 #include "platform/Clock.h"
@@ -20,6 +21,9 @@
 #include "platform/User.h"
 #include "tests/campaign/FailingMemory.h"
 #include "tests/campaign/Session.h"
+#if defined(ZEL_CAMPAIGN_WITH_C)
+#include "tests/campaign/CSession.h"
+#endif
 #include "tests/support/PageReservations.h"
 #include "tests/support/Process.h"
 
@@ -125,10 +129,17 @@ struct Options {
     int every = 1;
 };
 
+std::unique_ptr<Session> MakeSession(const LinkUnderTest& link, FaultyLink& faults) {
+#if defined(ZEL_CAMPAIGN_WITH_C)
+    if (link.through_c) return std::make_unique<CSession>(link, faults);
+#endif
+    return std::make_unique<Session>(link, faults);
+}
+
 class Campaign {
   public:
     Campaign(const LinkUnderTest& link, const Options& options)
-        : m_Link(link), m_Options(options), m_Faults(link), m_Session(link, m_Faults) {
+        : m_Link(link), m_Options(options), m_Faults(link), m_SessionMade(MakeSession(link, m_Faults)) {
         std::uint8_t name[4] = {};
         platform::RandomBytes(name);
         m_Folder = std::filesystem::temp_directory_path() /
@@ -245,7 +256,8 @@ class Campaign {
     const Options m_Options;
     SimulatedClock m_Clock;
     FaultyLink m_Faults;
-    Session m_Session;
+    const std::unique_ptr<Session> m_SessionMade;
+    Session& m_Session = *m_SessionMade;
     Watchdog m_Watchdog;
     std::filesystem::path m_Folder;
     std::vector<Session::Answer> m_Reference;

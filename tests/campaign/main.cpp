@@ -208,8 +208,13 @@ class Campaign {
         }
     }
 
-    // The session with the fault, one without on the same SDK, the end of that SDK. Empty when all was well.
+    // What is kept the first time alone is no leak: it is there once in a process.
     std::string Inject(const FaultKind& kind, int at) {
+        const std::string problem = InjectOnce(kind, at);
+        return problem.starts_with(kKeeps) ? InjectOnce(kind, at) : problem;
+    }
+    // The session with the fault, one without on the same SDK, the end of that SDK. Empty when all was well.
+    std::string InjectOnce(const FaultKind& kind, int at) {
         m_Watchdog.Begin(Arguments(kind, at), m_Session);
         ForgetCalibration();
         m_Faults.Plan(&kind, at);
@@ -227,7 +232,7 @@ class Campaign {
         m_Session.DestroySdk();
         const std::string kept = Kept(m_Before);
         if (!kept.empty()) {
-            if (problem.empty()) problem = "it keeps " + kept;
+            if (problem.empty()) problem = kKeeps + kept;
             m_Before = Holdings();
         }
         return problem;
@@ -241,6 +246,7 @@ class Campaign {
         return answers.size() == m_Reference.size() ? "" : "the next session ends early";
     }
 
+    static constexpr const char* kKeeps = "it keeps ";
     static inline int s_Passed = 0;  // moments, of all links and faults
 
     static bool Lasts(const FaultKind& kind) {

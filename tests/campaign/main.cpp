@@ -222,8 +222,7 @@ class Campaign {
         m_Faults.Mend();
         m_FaultySlowest = m_Session.SlowestCall();
         std::string problem = m_Session.Complaint();
-        const std::uint32_t limit = Lasts(kind) ? kLongestCallOfDeadLinkMs : kLongestCallMs;
-        if (problem.empty() && m_FaultySlowest.milliseconds > limit)
+        if (problem.empty() && m_FaultySlowest.milliseconds > LongestCallMs(kind))
             problem =
                 std::string(m_FaultySlowest.call) + " takes " + std::to_string(m_FaultySlowest.milliseconds) + " ms";
         const std::vector<Session::Answer>& answers = m_Session.Run(true, false);
@@ -249,14 +248,11 @@ class Campaign {
     static constexpr const char* kKeeps = "it keeps ";
     static inline int s_Passed = 0;  // moments, of all links and faults
 
-    static bool Lasts(const FaultKind& kind) {
-        return kind.effect == Effect::kUnplug || kind.effect == Effect::kDead || kind.amount == kForEver;
+    // By the simulated clock. Each exchange without a reply costs a stage of 5 s; a dead link each one of the call.
+    static std::uint32_t LongestCallMs(const FaultKind& kind) {
+        if (kind.effect == Effect::kUnplug || kind.effect == Effect::kDead || kind.amount == kForEver) return 300000;
+        return kind.effect == Effect::kSilence && kind.amount == 4 ? 25000 : 10000;
     }
-
-    // By the simulated clock: one lost reply costs a stage of an exchange, or four when it is lost four times; a link
-    // that stays silent costs every exchange of the call as much.
-    static constexpr std::uint32_t kLongestCallMs = 25000;
-    static constexpr std::uint32_t kLongestCallOfDeadLinkMs = 300000;
 
     const LinkUnderTest& m_Link;
     const Options m_Options;

@@ -1,5 +1,7 @@
 #include "tests/campaign/CSession.h"
 
+#include <cstdio>
+
 namespace zel::campaign {
 
 namespace {
@@ -10,7 +12,9 @@ constexpr int kSoundTimeoutMs = 60000, kTimeoutMs = 2;
 }  // namespace
 
 bool CSession::Ok(const char* name, const std::function<zel_status()>& call) {
-    return Do(name, [&] { return call() == ZEL_OK; });
+    const bool ok = Do(name, [&] { return call() == ZEL_OK; });
+    if (traced && !ok) std::printf("    %s\n", zel_error_message());
+    return ok;
 }
 
 // A handle that could not be closed is closed now.

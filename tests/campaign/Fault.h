@@ -38,6 +38,7 @@ struct FaultKind {
     Occasion occasion;
     Effect effect;
     int amount;
+    bool closes_sdk = false;  // the SDK is closed while the fault lasts
 };
 
 inline constexpr int kForEver = 1 << 30;
@@ -47,6 +48,7 @@ inline constexpr FaultKind kFaultKinds[] = {
     {"silence", Occasion::kExchange, Effect::kSilence, 1},
     {"silence-4", Occasion::kExchange, Effect::kSilence, 4},
     {"silence-on", Occasion::kExchange, Effect::kSilence, kForEver},
+    {"silence-on-close", Occasion::kExchange, Effect::kSilence, kForEver, true},
     {"garbage", Occasion::kExchange, Effect::kGarbage, 0},
     {"garble", Occasion::kExchange, Effect::kGarble, 0},
     {"truncate-0", Occasion::kExchange, Effect::kTruncate, 1},
@@ -61,6 +63,7 @@ inline constexpr FaultKind kFaultKinds[] = {
     {"count-too-high", Occasion::kExchange, Effect::kFalseCount, 100000},
     {"count-negative", Occasion::kExchange, Effect::kFalseCount, -1},
     {"disconnect", Occasion::kExchange, Effect::kUnplug, 0},
+    {"disconnect-close", Occasion::kExchange, Effect::kUnplug, 0, true},
     {"reconnect", Occasion::kExchange, Effect::kUnplug, 1},
     {"reconnect-at-once", Occasion::kExchange, Effect::kUnplug, 2},
     {"null-transport", Occasion::kExchange, Effect::kDead, 0},
@@ -74,6 +77,7 @@ inline constexpr FaultKind kFaultKinds[] = {
     {"no-memory", Occasion::kAllocation, Effect::kNoMemory, 1},
     {"no-memory-6", Occasion::kAllocation, Effect::kNoMemory, 6},
     {"no-memory-on", Occasion::kAllocation, Effect::kNoMemory, kForEver},
+    {"no-memory-close", Occasion::kAllocation, Effect::kNoMemory, kForEver, true},
 };
 
 }  // namespace zel::campaign

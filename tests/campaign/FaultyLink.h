@@ -47,6 +47,10 @@ class FaultyLink {
     void BetweenCalls();
 
     bool Happened() const;
+    // The fault was one of an operation; the link is as before.
+    bool OperationFailed() const {
+        return m_Happened && m_Kind && (m_Kind->effect == Effect::kRefuse || m_Kind->effect == Effect::kFail);
+    }
     int Count(Occasion occasion) const { return m_Counts[static_cast<int>(occasion)]; }
 
     // For the transport and the exports. Whether the planned fault happens on this occasion.

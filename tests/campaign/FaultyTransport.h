@@ -3,6 +3,7 @@
 #define TESTS_CAMPAIGN_FAULTYTRANSPORT_H
 
 #include <cstdint>
+#include <cstring>
 #include <deque>
 #include <vector>
 
@@ -82,7 +83,11 @@ class FaultyTransport final : public zelcam::check::ForwardingTransport {
         if constexpr (std::is_void_v<Result>) {
             if (!fault || fault->effect != Effect::kRefuse) (Next().*call)(parameters...);
         } else {
-            if ((fault && fault->effect == Effect::kRefuse) || m_Link.dead) return Failed(Result());
+            // One that fails to disconnect is still connected.
+            const bool closes = std::strcmp(operation, "close") == 0;
+            const bool refused =
+                fault && (fault->effect == Effect::kRefuse || (closes && fault->effect == Effect::kFail));
+            if (refused || m_Link.dead) return Failed(Result());
             const Result result = (Next().*call)(parameters...);
             return fault && fault->effect == Effect::kFail ? Failed(Result()) : result;
         }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <cstring>
 #include <exception>
 #include <set>
@@ -35,6 +36,8 @@ int Session::Do(const char* name, const std::function<int()>& call) {
     const std::uint32_t took = platform::MillisecondClock() - begin;
     if (took > m_Slowest.milliseconds) m_Slowest = {name, took};
     m_Answers.push_back({name, answer});
+    if (traced)
+        std::printf("  %s: %d, %.1f s%s\n", name, answer, took / 1000.0, m_Faults.Happened() ? "" : " (before)");
     return answer;
 }
 
@@ -88,9 +91,14 @@ void Session::Calls(bool close_sdk) {
         CheckRecords();
         if (!m_Sound) Do("GetNumberOfCameras", [&] { return m_Sdk->GetNumberOfCameras(); });
         const bool closed = Do("Close", [&] { return camera.Close(); });
-        if (!closed) Do("Close", [&] { return camera.Close(); });
         int open = 0;
-        if (camera.IsOpen(&open); open && m_Sound) Complain("it stays open");
+        camera.IsOpen(&open);
+        if (closed && open) Complain("it was closed and is open");
+        // On failure the camera stays open, and can be used.
+        const auto usable = [&] { return camera.GetParameter(ZEL_PARAM_CAMSTATE, sizeof open, &open); };
+        if (!closed && open && m_Faults.OperationFailed() && !Do("GetParameter", usable))
+            Complain("a camera that could not be closed can't be used");
+        if (!closed) Do("Close", [&] { return camera.Close(); });
     }
     if (m_Sdk && close_sdk) Do("ZelSDK::Close", [&] { return m_Sdk->Close(); });
 }
@@ -196,16 +204,17 @@ void Session::Frames() {
     if (Do("Start", [&] { return camera.Start(); })) TakeFrames(kFrames);
     Do("QueryTransportValue", [&] { return camera.QueryTransportValue(); });
     Do("GetLinkThroughput", [&] { return camera.GetLinkThroughput() >= 0; });
-    Do("Stop", [&] { return camera.Stop(); });
+    if (Do("Stop", [&] { return camera.Stop(); })) CheckRecords();
     Do("SetImageCallback", [&] { return camera.SetImageCallback(OnImage, this); });
     m_Images = 0;
     if (Do("Start", [&] { return camera.Start(kImages); })) {
         Await([&] { return m_Images >= kImages; });
         m_Answers.push_back({"images", std::min<int>(m_Images, kImages)});
     }
-    Do("Stop", [&] { return camera.Stop(); });
+    const bool stopped = Do("Stop", [&] { return camera.Stop(); });
     Do("SetImageCallback", [&] { return camera.SetImageCallback(nullptr, nullptr); });
     Do("FreeAllPendingImages", [&] { return camera.FreeAllPendingImages(); });
+    if (stopped) CheckRecords();
     Do("FreeScratchBuffers", [&] { return camera.FreeScratchBuffers(); });
 }
 
@@ -246,9 +255,9 @@ void Session::Triggers() {
 void Session::CheckRecords() {
     // The base that has the pool is the camera object's own affair, which this kind of cast overlooks.
     ImageManager& pool = ((ZelCameraControlImpl&)static_cast<ZelCameraControl&>(*m_Camera)).Pool();
-    pool.FreeAllInUseImages();
     const int records = pool.RegisteredCount();
-    if (pool.FreeCount() != records || pool.PendingCount() + pool.InUseCount() != 0) Complain("records are missing");
+    if (pool.FreeCount() + pool.PendingCount() + pool.InUseCount() != records) Complain("records are missing");
+    pool.FreeAllInUseImages();
     std::set<const ZelImage*> seen;
     while (ZelImage* const image = pool.GetFreeImage()) {
         if (!seen.insert(image).second) break;

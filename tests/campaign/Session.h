@@ -40,6 +40,7 @@ class Session {
     // What must never be, whatever the fault was; empty when all was well.
     const std::string& Complaint() const { return m_Complaint; }
     std::atomic<const char*> current{""};
+    bool traced = false;  // each call is printed
 
   protected:
     virtual void Calls(bool close_sdk);

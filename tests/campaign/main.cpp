@@ -157,17 +157,17 @@ class Campaign {
             m_Session.DestroySdk();
         }
         m_Before = Holdings();
+        if (!m_Session.Complaint().empty())
+            std::printf("NOT SURVIVED: no fault at all   # %s\n", m_Session.Complaint().c_str());
         std::printf("%s: %d calls in a session; %d exchanges, %d operations, %d frames, %d allocations\n", link.name,
                     static_cast<int>(m_Reference.size()), m_Moments[0], m_Moments[1], m_Moments[2], m_Moments[3]);
-        for (const Session::Answer& answer : m_Reference) {
-            if (std::getenv("ZEL_CAMPAIGN_ANSWERS")) std::printf("    %s: %d\n", answer.call, answer.value);
-        }
     }
     ~Campaign() {
         ForgetCalibration();
         std::filesystem::remove_all(m_Folder);
     }
 
+    bool Sound() const { return m_Session.Complaint().empty(); }
     // How many moments were not survived.
     int Run(const FaultKind& kind) {
         int injected = 0, survived = 0;
@@ -183,6 +183,7 @@ class Campaign {
                 ++survived;
             } else {
                 std::printf("NOT SURVIVED: zel_campaign %s   # %s\n", Arguments(kind, at).c_str(), problem.c_str());
+                std::fflush(stdout);
             }
         }
         const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
@@ -218,7 +219,8 @@ class Campaign {
         m_Watchdog.Begin(Arguments(kind, at), m_Session);
         ForgetCalibration();
         m_Faults.Plan(&kind, at);
-        m_Session.Run(false, at % 2 == 0);
+        m_Session.traced = m_Options.at > 0;
+        m_Session.Run(false, kind.closes_sdk);
         m_Faults.Mend();
         m_FaultySlowest = m_Session.SlowestCall();
         std::string problem = m_Session.Complaint();
@@ -294,6 +296,7 @@ int main(int count, char** arguments) {
         }
         if (list || (options.link && std::strcmp(options.link, link.name) != 0)) continue;
         Campaign campaign(link, options);
+        lost += campaign.Sound() ? 0 : 1;
         for (const FaultKind& kind : kFaultKinds) {
             if (options.fault && std::strcmp(options.fault, kind.name) != 0) continue;
             lost += campaign.Run(kind);

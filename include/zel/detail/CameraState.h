@@ -276,10 +276,14 @@ class CameraState final : public FrameOwner, public std::enable_shared_from_this
         m_Context = Registry<CameraState>::add(weak_from_this());
         // Answers false, because nothing is loaded yet; the wish is kept all the same.
         if (calibrated) internal()->TapBalanceEnable(true);
+        int left_open = 0;
+        m_Native->IsOpen(&left_open);
         if (!m_Native->Open()) {
             throw Error(ErrorKind::no_camera, label() + " can't be opened", last_error(),
                         "check cable and power, and that no other program holds it");
         }
+        // Whoever had it could not close it; it may be running still, or waiting for triggers.
+        if (left_open) m_Native->Stop();
         m_Info = m_Sdk->info(m_Info.number);
         if (!m_Native->SetImageNotificationCallback(&CameraState::notified, m_Context) ||
             !m_Native->SetCameraControlCallback(&CameraState::control, m_Context) ||

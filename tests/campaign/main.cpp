@@ -149,7 +149,7 @@ class Campaign {
         for (int i = 0; i < 3; ++i) {  // the first ones also make what lives as long as the process
             ForgetCalibration();
             m_Faults.Plan(nullptr, 0);
-            m_Reference = m_Session.Run(true, false);
+            m_Session.Run(i == 0, true);
             m_Faults.Mend();
             for (int k = 0; k < kOccasions; ++k) m_Moments[k] = m_Faults.Count(static_cast<Occasion>(k));
             m_Moments[static_cast<int>(Occasion::kFrame)] = 61;
@@ -170,18 +170,19 @@ class Campaign {
     bool Sound() const { return m_Session.Complaint().empty(); }
     // How many moments were not survived.
     int Run(const FaultKind& kind) {
-        int injected = 0, survived = 0;
+        int injected = 0, survived = 0, unsound = 0;
         Session::Slowest slowest;
         const auto begin = std::chrono::steady_clock::now();
         const int moments = m_Moments[static_cast<int>(kind.occasion)];
         for (int at = 1; at <= std::max(moments, m_Options.at); ++at) {
             if (m_Options.at ? at != m_Options.at : ++s_Passed % m_Options.every != 0) continue;
-            ++injected;
             const std::string problem = Inject(kind, at);
+            injected += m_Happened ? 1 : 0;
             if (m_FaultySlowest.milliseconds > slowest.milliseconds) slowest = m_FaultySlowest;
             if (problem.empty()) {
-                ++survived;
+                survived += m_Happened ? 1 : 0;
             } else {
+                ++unsound;
                 std::printf("NOT SURVIVED: zel_campaign %s   # %s\n", Arguments(kind, at).c_str(), problem.c_str());
                 std::fflush(stdout);
             }
@@ -191,7 +192,7 @@ class Campaign {
         std::printf("%-12s %-18s injected %5d  survived %5d  longest call %7.1f s (%s)  took %.1f s\n", m_Link.name,
                     kind.name, injected, survived, slowest.milliseconds / 1000.0, slowest.call, took.count());
         std::fflush(stdout);
-        return injected - survived;
+        return unsound;
     }
 
   private:
@@ -221,6 +222,7 @@ class Campaign {
         m_Faults.Plan(&kind, at);
         m_Session.traced = m_Options.at > 0;
         m_Session.Run(false, kind.closes_sdk);
+        m_Happened = m_Faults.Happened();
         m_Faults.Mend();
         m_FaultySlowest = m_Session.SlowestCall();
         std::string problem = m_Session.Complaint();
@@ -267,6 +269,7 @@ class Campaign {
     std::vector<Session::Answer> m_Reference;
     int m_Moments[kOccasions] = {};
     Session::Slowest m_FaultySlowest;
+    bool m_Happened = false;
     Holdings m_Before;
 };
 

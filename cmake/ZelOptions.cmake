@@ -18,11 +18,13 @@ if(WIN32)
                                                      __USE_MINGW_ANSI_STDIO=1)
     target_link_options(zel_options INTERFACE -static -Wl,--enable-stdcall-fixup)
 endif()
-# What makes an overrun that is left end the program instead of running what somebody has written there. Sanitizers look
-# for overruns themselves.
+# What makes an overrun that is left end the program instead of running what somebody has written there. (Programs are
+# position-independent as Debian's compilers make them.) Sanitizers look for overruns themselves.
 if(NOT ZEL_SANITIZE)
-    target_compile_options(zel_options INTERFACE -fstack-protector-strong
-                                                 $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+    target_compile_options(zel_options INTERFACE -fstack-protector-strong)
+    if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+        target_compile_options(zel_options INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+    endif()
     if(WIN32)
         target_link_options(zel_options INTERFACE -fstack-protector-strong -Wl,--dynamicbase,--nxcompat)
         if(CMAKE_SIZEOF_VOID_P EQUAL 8)
@@ -32,11 +34,6 @@ if(NOT ZEL_SANITIZE)
         target_compile_options(zel_options INTERFACE -fstack-clash-protection)
         target_link_options(zel_options INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
     endif()
-endif()
-if(NOT WIN32)
-    include(CheckPIESupported)
-    check_pie_supported(LANGUAGES CXX)
-    set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 endif()
 if(ZEL_SANITIZE)
     # Pooled image records are zeroed memory with no virtual-table pointer, which the vptr check does not expect.

@@ -11,6 +11,17 @@ double ProcessorSeconds();
 // Pages that the system gave the program; negative where it does not tell.
 long PageFaults();
 
+// Memory of the program: what lies in the machine's, what of that no other program shares, and what was allocated and
+// not freed; 0 where the system does not tell.
+struct Memory {
+    long resident_kib = 0;
+    long own_kib = 0;
+    double allocated_kib = 0;
+};
+Memory MemoryInUse();
+// Has the allocator give free memory back to the system.
+void ReturnFreeMemory();
+
 }  // namespace zel::bench
 
 #endif

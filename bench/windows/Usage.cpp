@@ -10,5 +10,7 @@ double ThreadSeconds() {
 }
 double ProcessorSeconds() { return ThreadSeconds(); }
 long PageFaults() { return -1; }
+Memory MemoryInUse() { return {}; }
+void ReturnFreeMemory() {}
 
 }  // namespace zel::bench

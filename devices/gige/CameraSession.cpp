@@ -7,6 +7,7 @@
 #include "devices/gige/Failure.h"
 #include "devices/gige/LinkShares.h"
 #include "include/ZelParameters.h"
+#include "platform/Clock.h"
 
 namespace zel::gige {
 
@@ -65,7 +66,19 @@ void CameraSession::StopListening() {
     m_Notice->tell = nullptr;
 }
 
-ObjectPtr<ArvCamera> CameraSession::Open(const std::string& address, const std::string& port) {
+// A loss is told on a thread of the device, which holds the device meanwhile. Let go of last by that thread, the device
+// would wait for it, which is for the thread itself, and GLib ends the process. So everybody else lets go first; what
+// somebody never lets go of stays.
+void CameraSession::EndCamera::operator()(ArvCamera* camera) const {
+    constexpr int kMostLooks = 1000;
+    GObject* const device = G_OBJECT(g_object_ref(arv_camera_get_device(camera)));
+    g_object_unref(camera);
+    const auto held = [&] { return g_atomic_int_get(&device->ref_count) > 1; };
+    for (int look = 0; look < kMostLooks && held(); ++look) platform::SleepMilliseconds(5);
+    if (!held()) g_object_unref(device);
+}
+
+CameraSession::CameraPtr CameraSession::Open(const std::string& address, const std::string& port) {
     const ObjectPtr<GInetAddress> local(g_inet_address_new_from_string(port.c_str()));
     const ObjectPtr<GInetAddress> remote(g_inet_address_new_from_string(address.c_str()));
     ErrorSlot error;
@@ -75,7 +88,7 @@ ObjectPtr<ArvCamera> CameraSession::Open(const std::string& address, const std::
         // Some cameras leave a stranger's good-bye unanswered.
         throw Failure(ZEL_ERROR_UNSUPPORTED, "another program controls it", std::move(device));
     }
-    ObjectPtr<ArvCamera> camera(arv_camera_new_with_device(device.get(), error));
+    CameraPtr camera(arv_camera_new_with_device(device.get(), error));
     if (!camera) throw Failure(ZEL_ERROR_CAMERA_INVALID_DATA, error.Text());
     arv_camera_set_range_check_policy(camera.get(), ARV_RANGE_CHECK_POLICY_ENABLE);
     // Packets taken off the network card itself never come on the loopback, and need rights elsewhere.

@@ -54,8 +54,12 @@ class CameraSession {
 
   private:
     struct LossNotice;
+    struct EndCamera {
+        void operator()(ArvCamera* camera) const;
+    };
+    using CameraPtr = std::unique_ptr<ArvCamera, EndCamera>;
 
-    static ObjectPtr<ArvCamera> Open(const std::string& address, const std::string& port);
+    static CameraPtr Open(const std::string& address, const std::string& port);
     ArvGvDevice* Device() const { return ARV_GV_DEVICE(arv_camera_get_device(m_Camera.get())); }
     void ListenForLoss(std::function<void()> lost);
     void StopListening();
@@ -79,7 +83,7 @@ class CameraSession {
 
     const std::string m_Address;
     const std::string m_Port;  // the address of this computer that the camera is reached through
-    const ObjectPtr<ArvCamera> m_Camera;
+    const CameraPtr m_Camera;
     GenicamFeatures m_Features;
     std::shared_ptr<LossNotice> m_Notice;
 

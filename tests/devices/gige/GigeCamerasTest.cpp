@@ -190,6 +190,21 @@ TEST_F(GigeCameras, LostPacketsAreLostFramesAndAllAreCounted) {
     EXPECT_EQ(link.find("received, 0 missing"), std::string::npos) << link;
 }
 
+TEST_F(GigeCameras, ASessionMayEndWhileItsLossIsBeingTold) {
+    auto session = std::make_unique<CameraSession>("127.0.0.6", [] {});
+    std::atomic<bool> told{false};
+    const auto tell = [](GSignalInvocationHint*, guint, const GValue*, gpointer begun) -> gboolean {
+        *static_cast<std::atomic<bool>*>(begun) = true;
+        std::this_thread::sleep_for(500ms);
+        return FALSE;
+    };
+    g_signal_add_emission_hook(g_signal_lookup("control-lost", g_type_from_name("ArvDevice")), 0, tell, &told, nullptr);
+    s_Fakes["6"]->Switch(false);
+    EXPECT_TRUE(Eventually([&] { return told.load(); }));
+    session.reset();
+    s_Fakes["6"]->Switch(true);
+}
+
 TEST_F(GigeCameras, ACameraThatDiesInAnyStateIsLostAndComesBack) {
     Camera running = Open("3");
     Camera waiting = Open("4");

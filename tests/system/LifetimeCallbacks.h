@@ -41,6 +41,8 @@ class LifetimeCallbacks {
   public:
     std::atomic<int> unwanted{-1};               // a callback that was called although it is over
     std::atomic<int> connections{0}, told{-99};  // connect callbacks, and the number that the last one told
+    // What else is done in every callback; its image where it has one.
+    std::function<void(Place, const CallbackSet&, ZelImage*)> always;
 
     // With null they are taken away.
     static int Install(ZelCamera& camera, CallbackSet* set) {
@@ -89,7 +91,10 @@ class LifetimeCallbacks {
         ++set.inside[place];
         if (set.over & Bit(place)) set.all.unwanted = place;
         set.all.DoPlanned(set.inside[place]);
-        if constexpr (place == kImage || place == kScratchpad) Read(*std::get<0>(all));
+        ZelImage* image = nullptr;
+        if constexpr (place == kImage || place == kScratchpad) image = std::get<0>(all);
+        if (set.all.always) set.all.always(place, set, image);
+        if (image) Read(*image);
         --set.inside[place];
         if constexpr (place == kConnect) ++set.all.connections;
         return Result();

@@ -21,6 +21,9 @@ class LifetimeOperations {
     std::atomic<ZelCamera*> objects[LifetimeModel::kCameras] = {};
     std::atomic<ZelSDK*> sdk{nullptr};
     bool alone = true;
+    CallbackSet& SetOf(std::size_t camera) { return m_Sets[camera]; }
+    std::ptrdiff_t CameraOf(const CallbackSet& set) const { return &set - m_Sets; }  // or a number beyond all cameras
+    LifetimeCallbacks& Callbacks() { return m_Callbacks; }
 
   protected:
     static constexpr std::size_t kMostHeld = 2;

@@ -3,20 +3,22 @@
 # was built, for so many hours: random settings, stops, starts, unplugging, faults, searches, closing (bench/soak). Then
 # draws memory, threads, handles and frames by cause, and judges.
 #
-#     scripts/soak.sh HOURS [--seed N] [--folder FOLDER] [--bin FOLDER]
+#     scripts/soak.sh HOURS [--seed N] [--only simulated|gige] [--folder FOLDER] [--bin FOLDER]
 #
 #   HOURS     may be a fraction: 0.03 is two minutes. Ctrl-C ends it early, with its picture
 #   --seed    another order of everything (1)
+#   --only    these cameras alone
 #   --folder  gets soak.csv, soak.log and soak.png, and gige/ with those of the other camera (build/soak)
 #   --bin     a copy of build/linux/bin instead of building it, for a run of hours beside other work
 #
 # Fails when a frame, a record, a thread or a handle is missing, when memory grows, and after a crash or a hang.
-usage() { sed -n '2,14s/^# \{0,1\}//p' "${BASH_SOURCE[0]}" >&2; exit 2; }
-seed=1 folder= bin= hours=${1:-}
+usage() { sed -n '2,15s/^# \{0,1\}//p' "${BASH_SOURCE[0]}" >&2; exit 2; }
+seed=1 only= folder= bin= hours=${1:-}
 [[ $hours =~ ^[0-9]*\.?[0-9]+$ ]] && shift || usage
 while [ $# -gt 0 ]; do
     case $1 in
     --seed) seed=${2:?} && shift 2 ;;
+    --only) only=${2:?} && shift 2 ;;
     --folder) folder=$(realpath -m "${2:?}") && shift 2 ;;
     --bin) bin=$(realpath -e "${2:?}") && shift 2 ;;
     *) usage ;;
@@ -59,7 +61,9 @@ gige() {
 }
 result=0
 jobs=()
-if [ -e "$bin/plugins/gige" ] && [ -x "$bin/fake_gige_camera" ] && unshare -rn true 2>/dev/null; then
+if [ "$only" = simulated ]; then
+    :
+elif [ -e "$bin/plugins/gige" ] && [ -x "$bin/fake_gige_camera" ] && unshare -rn true 2>/dev/null; then
     export -f soak gige
     export bin folder seconds seed every
     unshare -rn bash -c gige &
@@ -68,7 +72,7 @@ else
     echo "no GigE Vision camera: its plug-in was not built, or this machine allows no network of one's own (unshare -rn)"
 fi
 trap : INT
-soak "$folder" || result=$?
+[ "$only" = gige ] || soak "$folder" || result=$?
 for job in "${jobs[@]}"; do wait "$job" || result=$?; done
 trap - INT
 for one in "$folder" "$folder/gige"; do

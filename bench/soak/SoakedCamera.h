@@ -231,6 +231,7 @@ class SoakedCamera : public Watched {
         const std::lock_guard nothing_fails(spared);
         Step("counting records");
         Mend();
+        camera.native()->StopTriggerAcquisition(0);  // a fault may have eaten the last one
         const std::size_t records = camera.get(settings::buffers);
         camera.parameter(ZEL_PARAM_FRAME_COUNT).set(0);  // one that was set for a run stays when a fault came between
         const SentFrames before = simulated.Sent();

@@ -100,15 +100,6 @@ TEST_F(TextProtocolTest, RestOfALatePayloadIsReadAsTheNextHeader) {
     EXPECT_STREQ("x", m_Out.data());
 }
 
-TEST_F(TextProtocolTest, CountsThatATransportInventsKeepTheBuffer) {
-    m_Camera.SetReceiveCost(100);
-    for (const auto& [count, result] : {std::pair(-1, false), {-1000000, false}, {1000000, true}}) {
-        m_Camera.SetFalseReceiveCount(count);
-        EXPECT_EQ(result, m_Protocol.Recv(m_Out.data(), 5000)) << count;
-    }
-    EXPECT_EQ(kUntouched, m_Out) << "an empty payload of zeros";
-}
-
 TEST_F(TextProtocolTest, ExchangeHoldsTheLockFromCommandToReplyAndFailsWithoutATransport) {
     m_Camera.SetHandler([&](const Bytes& command) {
         EXPECT_FALSE(LockIsFree());

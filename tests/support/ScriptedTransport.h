@@ -17,7 +17,6 @@
 #include <deque>
 #include <functional>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -74,8 +73,6 @@ class ScriptedTransport : public ICameraInterface {
     void SetShortSend(int missing_bytes) { Write(m_MissingBytes, missing_bytes); }
     // What each receive call costs on the clock, besides waiting.
     void SetReceiveCost(std::uint32_t milliseconds) { Write(m_ReceiveCost, milliseconds); }
-    // A transport that breaks its contract: receive calls store nothing and answer this count.
-    void SetFalseReceiveCount(std::optional<int> count) { Write(m_FalseCount, count); }
 
     // ---- What happened ----
     std::vector<Bytes> Sent() const { return Read(m_Sent); }
@@ -139,7 +136,6 @@ class ScriptedTransport : public ICameraInterface {
         ++m_ReceiveCalls;
         m_LastReceiveTimeout = timeout_ms;
         Pass(m_ReceiveCost);
-        if (m_FalseCount) return *m_FalseCount;
         std::size_t count = std::min(static_cast<std::size_t>(std::max(len, 0)), m_Stream.size() - m_Taken);
         if (m_Delivery == Delivery::kOneByte) count = std::min<std::size_t>(count, 1);
         if (count == 0 && len > 0) Pass(static_cast<std::uint32_t>(timeout_ms));
@@ -215,7 +211,6 @@ class ScriptedTransport : public ICameraInterface {
     Delivery m_Delivery = Delivery::kWhole;
     int m_MissingBytes = 0;
     std::uint32_t m_ReceiveCost = 0;
-    std::optional<int> m_FalseCount;
     std::vector<Bytes> m_Sent;
     int m_ReceiveCalls = 0;
     int m_LastReceiveTimeout = 0;

@@ -19,7 +19,7 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 programs=(link_tests camera_tests image_pool_tests post_processing_tests kernel_test util_file_tests progress_tests
           tapbalance_tests tapbalance_log_tests sdk_tests kit_tests sim_tests session_tests system_tests leak_tests
-          lifetime_tests calibration_system_tests layer_camera_tests layer_plugins_tests)
+          lifetime_tests layer_camera_tests layer_plugins_tests)
 folders=(sdk link camera image tapbalance util kernels devices/kit)
 bin=$PWD/build/linux-coverage/bin
 out=$PWD/build/coverage

@@ -38,7 +38,7 @@ PROGRAMS = {
     "link": ["link_tests", "camera_tests", "system_tests", "session_tests"],
     "camera": ["camera_tests", "session_tests", "system_tests", "lifetime_tests"],
     "image": ["image_pool_tests", "post_processing_tests", "fuzz_frame", "camera_tests", "session_tests", "system_tests"],
-    "tapbalance": ["tapbalance_tests", "tapbalance_log_tests", "camera_tests", "calibration_system_tests"],
+    "tapbalance": ["tapbalance_tests", "tapbalance_log_tests", "camera_tests"],
     "util": ["util_file_tests", "progress_tests", "system_tests"],
     "kernels": ["kernel_test", "fuzz_kernels", "post_processing_tests", "tapbalance_tests"],
     "devices/kit": ["kit_tests", "sim_tests", "system_tests"],

@@ -22,7 +22,12 @@ class CalibrationTest : public CameraTest {
         });
         // No window.
         ProgressReporter::SetCallback(
-            [](const char*, const char*, int percent, void* shown) { *static_cast<int*>(shown) = percent; }, &m_Shown);
+            [](const char* line, const char*, int percent, void* context) {
+                auto& self = *static_cast<CalibrationTest*>(context);
+                self.m_Shown = percent;
+                if (self.m_Lines.empty() || self.m_Lines.back() != line) self.m_Lines.emplace_back(line);
+            },
+            this);
         ExchangeLock lock;
         TextProtocol nowhere(nullptr, "none", lock);
         TapBalance names(nowhere, "names");
@@ -59,14 +64,18 @@ class CalibrationTest : public CameraTest {
     std::vector<std::string> m_Files;  // the cache's
     ScriptedFlash m_Flash;
     int m_Shown = 0;  // on the display; -1 takes it away
+    std::vector<std::string> m_Lines;
 };
 
 TEST_F(CalibrationTest, TheFirstConnectionDownloadsTheSecondReadsTheCache) {
     EXPECT_FALSE(m_Camera->TapBalanceEnable(true)) << "no data yet";
     EXPECT_TRUE(m_Camera->Open() && Balanced());
+    EXPECT_THAT(m_Lines,
+                testing::ElementsAre("Stopping camera...", "Loading primary data...", "Loading secondary data...", ""));
     EXPECT_FALSE(Content(m_Files[0]).empty() || Content(m_Files[1]).empty());
     EXPECT_EQ(Downloads(), 1);
     EXPECT_TRUE(ConnectsBalanced());
+    EXPECT_EQ(m_Lines.size(), 4u) << "there is nothing to wait for";
     EXPECT_LE(m_Flash.m_Commands.size(), 3u + 2 * 9) << "directories only";
     m_Flash.Install(MakeTable(20, 4, 7), MakeTable(24, 4, 8));
     EXPECT_TRUE(ConnectsBalanced() && Downloads() == 1) << "files that differ from the camera are replaced";

@@ -1,5 +1,5 @@
-// Color at the camera object: what a connection sets up, the settings' way to the pictures, and what a scratchpad
-// callback may do to the camera that calls it.
+// Color at the camera object: what a connection sets up, the settings' way to the pictures, and a scratchpad callback
+// that stops its camera.
 #include <atomic>
 #include <functional>
 #include <limits>
@@ -159,52 +159,6 @@ TEST_F(ColorTest, TheScratchpadSeesEachFrameInItsOwnColors) {
     EXPECT_EQ(Picture(*static_cast<const ZelColorImage*>(image)), expected)
         << "what the callback staged is in force for the same frame";
 }
-
-// What a scratchpad callback does to the camera object that it was called by, and what becomes of the frame.
-struct Inside {
-    const char* name;
-    void (*action)(ZelCameraControl& camera, ZelColorImage* image);
-    bool called_back, delivered;
-};
-class InsideTest : public ColorTest, public testing::WithParamInterface<Inside> {};
-
-TEST_P(InsideTest, OnTheTransportsAndOnTheApplicationsThread) {
-    for (const bool arrives : {true, false}) {
-        Write(ZEL_PARAM_NUM_IMAGE_BUFFERS, 8);
-        Begin();
-        SetScratchpad([this](ZelColorImage* image) { return GetParam().action(*m_Camera, image), 1; });
-        bool called_back = false;
-        m_Camera->SetImageCallback([](ZelImage*, void* context) { *static_cast<bool*>(context) = true; }, &called_back);
-        ZelImage* delivered = Deliver();
-        if (arrives) m_Transport.EmitImage(delivered);
-        EXPECT_EQ(called_back, arrives && GetParam().called_back);
-        const ZelColorImage* image = m_Camera->GetPendingColorImage();
-        ASSERT_EQ(image != nullptr, GetParam().delivered);
-        EXPECT_TRUE(!image || Picture(*image) == Demosaiced(*image, 1));
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    , InsideTest,
-    testing::Values(Inside{"Stop", [](ZelCameraControl& camera, ZelColorImage*) { camera.Stop(); }, false, true},
-                    Inside{"Close", [](ZelCameraControl& camera, ZelColorImage*) { camera.Close(); }, false, false},
-                    Inside{"AnotherPoolOnTheTransportsThread",
-                           [](ZelCameraControl& camera, ZelColorImage* image) {
-                               camera.SetParameterValue(ZEL_PARAM_NUM_IMAGE_BUFFERS, 3);
-                               std::thread([&] { camera.StartCommon(); }).join();
-                               EXPECT_EQ(image->pixels[0], 100) << "stays readable";
-                           },
-                           false, false},
-                    Inside{"SwitchesTheImageCallbackOff",
-                           [](ZelCameraControl& camera, ZelColorImage*) { camera.SetImageCallback(nullptr, nullptr); },
-                           false, true},
-                    Inside{"ForgetsItself",
-                           [](ZelCameraControl& camera, ZelColorImage*) {
-                               camera.SetScratchpadCallback(nullptr, nullptr);
-                               camera.FreeScratchBuffers();
-                           },
-                           true, true}),
-    [](const auto& row) { return std::string(row.param.name); });
 
 // A transport that stops waits for its own thread, and that thread may be waiting for the frame.
 TEST_F(ColorTest, StoppingAtTheScratchpadDoesNotWaitForAThreadThatWaitsForTheFrame) {

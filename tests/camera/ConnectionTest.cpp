@@ -71,14 +71,6 @@ TEST_F(ConnectionTest, TheFirstModelCodeOfTheTableWins) {
     }
 }
 
-TEST_F(ConnectionTest, ASilentCameraConnectsWithinItsBudgets) {
-    m_Transport.SetHandler(nullptr);
-    EXPECT_EQ(m_Camera->ConnectCommon(), 0);
-    // Nine reads of four attempts, 5 s each, and the attributes of one entry.
-    EXPECT_LT(m_Clock.Elapsed(), 190000u);
-    EXPECT_TRUE(m_Camera->IsMonochrome());
-}
-
 TEST_F(ConnectionTest, TheFactoryNeedsATransport) {
     EXPECT_EQ(zel_camera_control_create(nullptr, "x"), nullptr);
     ZelCamera* camera = zel_camera_control_create(&m_Transport, nullptr);

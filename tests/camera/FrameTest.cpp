@@ -120,41 +120,5 @@ TEST_F(FrameTest, TheTransportsPendingImageIsRaw) {
     common->FillImageInfo(nullptr);
 }
 
-// The notification comes before the image callback of the same frame.
-TEST_F(FrameTest, StoppingOrClosingInTheNotificationIsTheLastCallback) {
-    const ZelImageNotificationCallback ends[] = {[](int, void* camera) { static_cast<ZelCamera*>(camera)->Stop(); },
-                                                 [](int, void* camera) { static_cast<ZelCamera*>(camera)->Close(); }};
-    for (const auto& end : ends) {
-        ASSERT_EQ(m_Camera->StartCommon(), 0);
-        m_Camera->SetImageCallback(CountImage, this);
-        m_Camera->SetImageNotificationCallback(end, static_cast<ZelCamera*>(m_Camera.get()));
-        Deliver(1);
-        EXPECT_TRUE(m_Seen.empty());
-        EXPECT_EQ(Next() != nullptr, end == ends[0]);
-    }
-}
-
-// The transport's thread delivers while two application threads take frames in both ways.
-TEST_F(FrameTest, ThreadsShareFramesWithoutLosingARecord) {
-    ASSERT_TRUE(m_Camera->SetImageCallback([](ZelImage*, void*) {}, nullptr));
-    std::atomic<bool> running{true};
-    const auto consume = [&](bool newest) {
-        while (running) {
-            ZelImage* image = newest ? m_Camera->GetLastPendingImage() : Next();
-            if (!image) continue;
-            EXPECT_TRUE(image->w == 8 && image->pixels[1] == 20);
-            EXPECT_TRUE(m_Camera->FreeImage(image));
-        }
-    };
-    std::thread first(consume, false), second(consume, true);
-    for (unsigned n = 0; n < 2000; ++n) Deliver(n);
-    running = false;
-    first.join();
-    second.join();
-    m_Camera->FreeAllInUseImages();
-    for (int i = 0; i < 3; ++i) EXPECT_NE(m_Camera->GetFreeImage(), nullptr) << "no record was lost";
-    EXPECT_EQ(m_Camera->GetFreeImage(), nullptr);
-}
-
 }  // namespace
 }  // namespace zel::test

@@ -126,13 +126,6 @@ TEST_F(LifetimeTest, AStartThatWasToldToEndAnswersFalse) {
     }
 }
 
-TEST_F(LifetimeTest, StartsTakeTurns) {
-    const auto start = [this] { EXPECT_TRUE(m_Camera->Start()); };
-    { const std::jthread first(start), second(start), third(start); }
-    EXPECT_THAT(m_Transport.Calls(), testing::ElementsAre("Start", "PrepareAcquisition 8", "Start",
-                                                          "PrepareAcquisition 8", "Start", "PrepareAcquisition 8"));
-}
-
 // A transport whose link may take its time to come up, and a camera that answers nothing.
 class SlowLink : public ScriptedTransport {
   public:
@@ -165,38 +158,6 @@ TEST_F(LifetimeTest, CloseEndsAConnectionToASilentCamera) {
     }
 }
 
-TEST_F(LifetimeTest, CloseWaitsForOperationsOfOthersButNotFromInside) {
-    Halt inside;
-    std::atomic<bool> closed{false};
-    const std::jthread other([&] {
-        InsideCallback([&] {
-            inside.Stay();
-            EXPECT_FALSE(closed);
-            EXPECT_TRUE(m_Camera->Close());  // a second close, which waits for nobody
-        });
-    });
-    inside.Await();
-    const std::jthread closer([&] { EXPECT_TRUE(closed = m_Camera->Close()); });
-    while (m_Camera->FreeScratchBuffers()) std::this_thread::yield();
-    inside.GoOn();
-}
-
-TEST_F(LifetimeTest, ARetiredObjectAnswersFalseAndLeavesTheTransportAlone) {
-    EXPECT_FALSE(zel_camera_control_retire(m_Camera.get())) << "it is open";
-    m_Camera->Close();
-    InsideCallback([this] { EXPECT_FALSE(zel_camera_control_retire(m_Camera.get())) << "somebody is inside"; });
-    ASSERT_TRUE(zel_camera_control_retire(m_Camera.get()));
-    m_Transport.ForgetCalls();
-    m_Transport.ForgetSent();
-    EXPECT_FALSE(m_Camera->Open() || m_Camera->Start() || Write(ZEL_PARAM_GAIN, 1));
-    EXPECT_EQ(Value(ZEL_PARAM_GAIN), ZEL_PARAM_GAIN);
-    EXPECT_TRUE(m_Camera->GetCameraName() == nullptr && Next() == nullptr);
-    m_Camera->Close();
-    m_Camera.reset();
-    EXPECT_THAT(m_Transport.Calls(), testing::IsEmpty());
-    EXPECT_EQ(m_Transport.Exchanges(), 0);
-}
-
 TEST_F(LifetimeTest, ALibraryThatWasShutDownSuspendsItsCamerasUntilASignOfLife) {
     for (const bool by_transport : {false, true}) {
         ASSERT_TRUE(m_Camera->Open() && m_Camera->StartCommon() == 0);
@@ -212,16 +173,6 @@ TEST_F(LifetimeTest, ALibraryThatWasShutDownSuspendsItsCamerasUntilASignOfLife) 
         if (by_transport) m_Transport.Common()->GetFreeImage();
     }
     EXPECT_TRUE(m_Camera->Open());
-}
-
-TEST_F(LifetimeTest, NoCallbackBeginsOnceTheSdkIsBeingClosed) {
-    int calls = 0;
-    InsideCallback([&] { ++calls; });
-    zel_camera_control_begin_end(m_Camera.get());
-    m_Transport.EmitEvent(CAMERA_EVENT_DISCONNECT);
-    EXPECT_EQ(calls, 1);
-    EXPECT_FALSE(m_Camera->Start());
-    EXPECT_TRUE(m_Camera->Close());
 }
 
 }  // namespace

@@ -131,43 +131,6 @@ TEST_F(LayerLifetimes, AStopEndsAStartThatIsUnderWay) {
     EXPECT_TRUE(camera->wait_frame(kLong));
 }
 
-TEST_F(LayerLifetimes, ThreadsWaitWhileOthersStopStartAndDestroy) {
-    for (int i = 0; i < 6; ++i) {
-        Running();
-        std::atomic<unsigned> sum = 0, reasons = 0, inside = 0, waits = 0;
-        std::vector<std::thread> threads;
-        for (const Order order : {Order::every, Order::newest}) {
-            threads.emplace_back([&, order] {
-                const auto wait = [&] {
-                    ++waits, ++inside;
-                    FrameResult result = camera->wait_frame(kLong, order);
-                    --inside;
-                    return result;
-                };
-                FrameResult result = wait();
-                for (; result; result = wait()) sum += result->pixels().front();
-                reasons += result.reason() == Reason::not_started;
-            });
-        }
-        WaitFor("frames", [&] { return sum > 0 || camera->try_frame(1ms); });
-        if (i % 2) {
-            camera->stop();
-            for (std::thread& thread : threads) thread.join();
-            EXPECT_EQ(reasons, 2u);
-        } else {
-            // Both are inside when no wait ends any more: destroyed under them it stays until they have left.
-            usb("fault 1 stall 0");
-            for (unsigned before = 0; inside < 2 || waits != before;) {
-                before = waits;
-                std::this_thread::sleep_for(20ms);
-            }
-            camera.reset();
-            for (std::thread& thread : threads) thread.join();
-            usb.Mend(1);
-        }
-    }
-}
-
 TEST_F(LayerLifetimes, TheLastSdkEndsWhileAnotherIsMade) {
     sdk.reset();
     const auto loop = [] {
@@ -180,15 +143,6 @@ TEST_F(LayerLifetimes, TheLastSdkEndsWhileAnotherIsMade) {
     loop();
     other.get();
     sdk.emplace();
-}
-
-TEST_F(LayerLifetimes, TwoThreadsFindAndOpenTheirCameras) {
-    const auto open = [&](const char* serial) {
-        for (int i = 0; i < 25; ++i) EXPECT_EQ(sdk->open(serial).info().serial, serial);
-    };
-    auto other = std::async(std::launch::async, open, "500101");
-    open("500102");
-    other.get();
 }
 
 TEST_F(LayerLifetimes, ACameraThatIsSilentKeepsNoOtherFromBeingOpened) {
@@ -232,25 +186,6 @@ TEST_F(LayerLifetimes, NoHandlerRunsOnAfterItsObject) {
         cause.join();
         release.join();
     }
-}
-
-TEST_F(LayerLifetimes, AThousandRoundsAndReplugsKeepNothing) {
-    const auto round = [&] { sdk->open_found(kMono).set(settings::gain, 3u); };
-    const auto replug = [&] {
-        Opened();
-        usb("unplug 1");
-        camera.reset();
-        usb("plug 1");
-    };
-    round();
-    const int handles = platform::OpenHandles(), threads = platform::RunningThreads();
-    for (int i = 0; i < 1000; ++i) round();
-    for (int i = 0; i < 20; ++i) replug();
-    round();
-    // On Windows a lock takes a handle when it is first waited for; a leak would be one in each replug, or more.
-    EXPECT_LE(platform::OpenHandles(), handles + 15);
-    EXPECT_LE(platform::RunningThreads(), threads + 3);
-    EXPECT_LE(detail::SdkState::shared()->cameras.size(), 1u) << "objects of cameras that are gone";
 }
 
 }  // namespace

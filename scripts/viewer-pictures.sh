@@ -14,7 +14,7 @@ work=$(mktemp -d -t zel-pictures.XXXXXX)
 trap 'rm -rf "$work"' EXIT
 
 say "taking the pictures"
-/usr/bin/python3 tests/tools/zelcam/view/viewer_pictures.py "${PROGRAMS:-build/linux/bin}/zelcam" "$work"
+/usr/bin/python3 scripts/viewer-pictures.py "${PROGRAMS:-build/linux/bin}/zelcam" "$work"
 # 256 colors are as many as one sees in them, and a third of the bytes.
 for picture in "$work"/*.png; do
     pngtopam "$picture" >"$work/picture.ppm"

@@ -1,4 +1,4 @@
-"""Takes the pictures of the viewer's page: viewer_pictures.py ZELCAM FOLDER. scripts/viewer-pictures.sh runs it."""
+"""Takes the pictures of the viewer's page: viewer-pictures.py ZELCAM FOLDER. scripts/viewer-pictures.sh runs it."""
 
 import os
 import pathlib
@@ -6,8 +6,10 @@ import sys
 
 from selenium.webdriver import ActionChains
 
-from browser import Browser, wait
-from viewer_client import Viewer
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "tests/tools/zelcam/view"))
+sys.dont_write_bytecode = True
+from browser import Browser, wait  # noqa: E402
+from viewer_client import Viewer  # noqa: E402
 
 
 def open_page(page, zelcam, size, scheme, *arguments, **environment):

@@ -104,29 +104,5 @@ TEST_F(Playback, AStackOfAnotherProgramIsPlayedByAllCameras) {
     }
 }
 
-TEST_F(Playback, AFileThatShrinksIsACableThatWasPulled) {
-    Play(AnyPictures(3, 64, 64, 14), {.width = 64, .height = 64, .bits = 14, .model = "A30-M"}, "loop");
-    Sdk sdk;
-    Camera camera = sdk.open("500102");
-    camera.start();
-    Next(camera);
-    std::filesystem::resize_file(m_File.Path(), 100);
-    FrameResult result = camera.wait_frame(kWait);
-    while (result) result = camera.wait_frame(kWait);
-    EXPECT_TRUE(camera.link_lost());
-}
-
-TEST_F(Playback, WhatCanNotBePlayedIsToldAndTheCamerasLookAtTheBuiltInScene) {
-    const TemporaryFile broken(std::string("II*\0 and nothing behind", 23));
-    platform::SetEnvironment("ZEL_SIM_SCENE", broken.Name().c_str());
-    testing::internal::CaptureStderr();
-    {
-        Sdk sdk;
-        EXPECT_EQ(sdk.open("500102").get(settings::sensor_width), 1280u);
-    }
-    EXPECT_THAT(testing::internal::GetCapturedStderr(),
-                testing::StartsWith("ZEL_SIM_SCENE=" + broken.Name() + ": can't be played ("));
-}
-
 }  // namespace
 }  // namespace zel::record::test

@@ -246,26 +246,6 @@ def test_handlers_get_every_frame_and_what_they_raise_is_reported(camera, monkey
     assert done.wait(30) and camera.closed
 
 
-def test_threads_share_a_camera(camera):
-    frames, failures = [], []
-
-    def take():
-        try:
-            frames.extend(frame.number for frame in (camera.wait() for _ in range(100)))
-        except Exception as error:
-            failures.append(error)
-
-    camera.start()
-    threads = [threading.Thread(target=take) for _ in range(3)]
-    for thread in threads:
-        thread.start()
-    for _ in range(100):
-        assert camera.params["GAIN"].value == camera.gain
-    for thread in threads:
-        thread.join()
-    assert not failures and len(set(frames)) == 300
-
-
 @pytest.mark.parametrize("use", ["stream = camera.stream(); next(stream); array = np.asarray(next(stream))",
                                  "camera.on_frame(kept.append); camera.start(); camera.exposure",
                                  "threading.Thread(target=lambda: list(camera.stream()), daemon=True).start()",

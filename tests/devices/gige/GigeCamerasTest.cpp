@@ -274,14 +274,6 @@ TEST_F(GigeCameras, AnotherProgramsCameraIsSaidToBe) {
     }
 }
 
-TEST_F(GigeCameras, TheLibraryComesAndGoes) {
-    for (int i = 0; i < 5; ++i) {
-        s_Sdk.reset();
-        s_Sdk = std::make_unique<Sdk>();
-        EXPECT_TRUE(Open("6").snap()) << i;
-    }
-}
-
 // Run by private_network.sh before the network has an address.
 TEST(NoNetwork, ThereAreNoCamerasAndThatIsSaidSoon) {
     const platform::LibraryHandle library = platform::LoadSharedLibrary("plugins/gige/libpleora_ebus.so");

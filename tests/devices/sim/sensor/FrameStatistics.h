@@ -19,18 +19,13 @@ inline Frame RenderFrame(Sensor& sensor, const SensorSettings& settings, std::ui
     return frame;
 }
 
-inline double Mean(const Frame& frame) {
-    return std::accumulate(frame.begin(), frame.end(), 0.0) / static_cast<double>(frame.size());
+inline double Variance(const Frame& frame) {
+    const auto n = static_cast<double>(frame.size());
+    const double mean = std::accumulate(frame.begin(), frame.end(), 0.0) / n;
+    const double squares =
+        std::inner_product(frame.begin(), frame.end(), frame.begin(), 0.0, std::plus<>(), std::multiplies<double>());
+    return squares / n - mean * mean;
 }
-
-// Covariance of two equally long stretches.
-inline double Covariance(const std::uint16_t* a, const std::uint16_t* b, std::size_t count) {
-    const auto n = static_cast<double>(count);
-    const double sums = std::accumulate(a, a + count, 0.0) * std::accumulate(b, b + count, 0.0);
-    return std::inner_product(a, a + count, b, 0.0, std::plus<>(), std::multiplies<double>()) / n - sums / n / n;
-}
-
-inline double Variance(const Frame& frame) { return Covariance(frame.data(), frame.data(), frame.size()); }
 
 // FNV-1a over the samples, low byte first.
 inline std::uint64_t Hash(const Frame& frame) {

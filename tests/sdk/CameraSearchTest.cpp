@@ -78,23 +78,6 @@ TEST_F(CameraSearch, DoesNotTrustATransportThatNamesADestroyedObject) {
     EXPECT_EQ("zel_usb name 0", CameraText(0));
 }
 
-TEST_F(CameraSearch, CutsLongTextsAndTakesNullTextsAsEmpty) {
-    const std::string text(100, 'x');
-    m_Edt->text = text.c_str();
-    m_Pleora->text = nullptr;
-    m_Usb->port_type = nullptr;
-    m_Usb->overwrite_name = true;
-    ASSERT_EQ(3, Search(1, 1, 1));
-    for (const int camera : {0, 1}) {
-        for (const char* stored : {m_Sdk->GetCameraName(camera), m_Sdk->GetCameraSerialNumStr(camera),
-                                   m_Sdk->GetCameraInterfaceTypeStr(camera), m_Sdk->GetCameraAddressStr(camera, 2)})
-            EXPECT_EQ(camera == 0 ? std::string(63, 'x') : "(null)", OrNull(stored));
-    }
-    EXPECT_EQ(nullptr, m_Sdk->GetCameraInterfaceTypeStr(2));
-    // A plug-in that fills the whole name slot does not take its end away.
-    EXPECT_EQ(std::string(63, 'o'), m_Sdk->GetCameraName(2));
-}
-
 // ---- What is answered about one camera ----
 
 TEST_F(CameraSearch, GivesAddressesBySelection) {

@@ -111,18 +111,6 @@ TEST_F(HotPlug, ASecondTimeLeavesOneObjectPerTransport) {
     EXPECT_EQ(4, FakeCamera::s_Alive);
 }
 
-TEST_F(HotPlug, TheCallbackCanBeSwitchedOffAndIsLostWithClose) {
-    EXPECT_EQ(1, zel_set_camera_connect_callback(nullptr, nullptr));
-    UsbEvent(2, 0);
-    EXPECT_EQ(1, zel_set_camera_connect_callback([](auto...) { ADD_FAILURE() << "of an earlier session"; }, nullptr));
-    const ConnectionEventCallback late = m_Usb->callback;
-    m_Sdk->Close();
-    late(1, 0, 2);
-    m_Sdk->Open();
-    late(2, 0, 2);
-    EXPECT_EQ("", m_Calls);
-}
-
 TEST_F(HotPlug, CloseWaitsForAnEventUnderWay) {
     // The transport of the event is that of a camera which the close is about to destroy.
     ASSERT_EQ(2, Search(1, 0, 1));

@@ -36,8 +36,7 @@ const char* Text(const char* what, int index) {
     thread_local unsigned next = 0;
     char* const text = texts[next++ % 4];
     std::snprintf(text, sizeof texts[0], "%s %s %d", PLUGIN_NAME, what, index);
-    const char* const other = s_Control.text;
-    return other && !*other ? text : other;
+    return text;
 }
 
 void WaitWhileBlocked() {

@@ -18,7 +18,6 @@ struct TestPluginControl {
     std::atomic<bool> fresh_transports{false};  // a new transport for each call; otherwise one per camera
     std::atomic<bool> keep_transports{false};   // destroy_camera_interface leaves the transport and its binding alone
     std::atomic<bool> overwrite_name{false};    // create_camera_interface fills the 64 bytes it is given
-    std::atomic<const char*> text{""};          // instead of "edt name 0" and so on, unless empty
     std::atomic<const char*> port_type{"USB 3.0"};
     std::atomic<const char*> version{nullptr};
     std::atomic<bool> unload_kills{false};    // lib_unload takes the transports with it, which it must not

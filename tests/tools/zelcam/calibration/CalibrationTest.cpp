@@ -1,7 +1,6 @@
 // Calibration tables of the tool: files, plot; and the measurement of seams.
 #include <gmock/gmock.h>
 
-#include <cmath>
 #include <limits>
 
 #include "tests/tools/zelcam/commands/ToolProcess.h"
@@ -19,23 +18,6 @@ static CalibrationTable GoodTable(int taps) {
     table.taps = taps;
     for (float i = 0; i < 5; ++i) table.rows.push_back({i * 100.1f, {1.0f, 1.01f + 0.0001f * i}});
     return table;
-}
-
-TEST(CalibrationFileTest, AMasterFileGivesEveryBitBack) {
-    const TemporaryFolder folder;
-    for (const int taps : {2, 4}) {
-        CalibrationTable table = GoodTable(taps);
-        table.rows[3].millivolts = std::nextafter(1023.0f, 2000.0f);  // needs nine digits
-        table.rows[4] = {5000.0f, {0.0f, 2.0f}};
-        WriteMasterFile(folder / "x_40MHz.txt", table);
-        EXPECT_EQ(ReadCalibrationFile(folder / "x_40MHz.txt").table, table);
-        CalibrationTable other = table;
-        other.rows[2].gains[1] -= 0.25f;
-        EXPECT_NEAR(table.LargestDifference(other), 0.25, 1e-6);
-        EXPECT_EQ(table.LargestDifference(GoodTable(6 - taps)), std::numeric_limits<double>::infinity());
-    }
-    EXPECT_THROW(SpeedOfFile("20MHz/x.txt"), Failure);
-    EXPECT_THROW(WriteMasterFile(folder / "no/x_20MHz.txt", GoodTable(2)), Failure);
 }
 
 TEST(CalibrationFileTest, BadFilesAreRefusedWithTheirLine) {

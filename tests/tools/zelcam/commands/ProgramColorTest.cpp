@@ -194,12 +194,4 @@ TEST_F(ProgramColor, AColorSpaceThatNobodyKnowsIsNamedAndTheSensorsOwnChannelsSt
     }
 }
 
-TEST_F(ProgramColor, StreamMeasuresColorFrames) {
-    const auto json = JsonOf("stream --color --format rgba8 --frames 5");
-    ASSERT_EQ(json["frames"], 5) << json;
-    EXPECT_EQ(json["color"]["format"], "rgba8");
-    EXPECT_NEAR(json["megabytes_per_second"].get<double>() / json["frames_per_second"].get<double>(),
-                kWidth * kHeight * 4 / 1e6, 1e-6);
-}
-
 }  // namespace zelcam

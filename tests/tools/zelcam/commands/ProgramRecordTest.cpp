@@ -95,17 +95,6 @@ TEST_F(ProgramRecordTest, CommandLinesThatMakeNoSense) {
 }
 
 #ifndef _WIN32
-// Until the file may grow no further.
-TEST_F(ProgramRecordTest, AFullDiskEndsARecordingThatStaysWhole) {
-    const ToolResult result = RunCommand("trap '' XFSZ; ulimit -f 200; ./zelcam " + Record("--json"));
-    EXPECT_EQ(result.exit_code, kOutput.exit_code) << result.err;
-    EXPECT_THAT(result.err, HasSubstr("make room"));
-    const RecordingReader reader = Read("run.ome.tif");
-    EXPECT_GE(reader.Frames(), 8u);
-    ASSERT_TRUE(reader.End());
-    EXPECT_EQ(reader.End()->reason, "disk full");
-}
-
 TEST_F(ProgramRecordTest, EnterWritesTheRing) {
     Simulate("PACE", "real");
     const ToolResult result = RunCommand("yes '' | ./zelcam " + Record("--ring 5 --seconds 0.3 --json"));

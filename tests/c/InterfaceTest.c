@@ -345,16 +345,13 @@ static void TestBadInput(zel_sdk* sdk, zel_camera* camera) {
     ROW(REFUSED, zel_camera_open(sdk, MONO, NULL, &opened));
     ROW(NO_CAMERA, zel_camera_open(sdk, "", NULL, &opened));
     ROW(NO_CAMERA, zel_camera_open_number(sdk, -1, NULL, &opened));
-    ROW(NO_CAMERA, zel_camera_open_number(sdk, 1000, NULL, &opened));
     ROW(INVALID_ARGUMENT, zel_sdk_write_log(sdk, 3, NULL, "", NULL));
-    ROW(INVALID_ARGUMENT, zel_sdk_write_log(sdk, 0, NULL, NULL, NULL));
     ROW(INVALID_ARGUMENT, zel_version_text(NULL, 1, NULL));
     ROW(INVALID_ARGUMENT, zel_use_plugins(NULL));
     ROW(REFUSED, zel_use_plugins("sim"));
     ROW(INVALID_ARGUMENT, zel_camera_get_info(camera, NULL));
     ROW(BAD_STRUCT, zel_camera_get_info(camera, &(zel_camera_info){.struct_size = 4}));
     ROW(BAD_STRUCT, zel_camera_get_info(camera, &(zel_camera_info){.struct_size = 0xCDCDCDCDu}));
-    ROW(BAD_STRUCT, zel_camera_start(camera, &(zel_start_options){13, 0, 0}));
     ROW(INVALID_ARGUMENT, zel_camera_start(camera, &future.options));
     ROW(INVALID_ARGUMENT, zel_camera_start(camera, &(zel_start_options){sizeof future.options, -1, 0}));
     ROW(INVALID_ARGUMENT, zel_camera_start(camera, &(zel_start_options){sizeof future.options, 0, 3}));
@@ -369,7 +366,6 @@ static void TestBadInput(zel_sdk* sdk, zel_camera* camera) {
     ROW(INVALID_ARGUMENT, zel_camera_get_integer(camera, "GAIN", NULL));
     ROW(INVALID_ARGUMENT, zel_camera_set_text(camera, "HW_MODEL", "a text of more than 31 characters", NULL));
     ROW(INVALID_ARGUMENT, zel_camera_set_value(camera, 69, &matrix, NULL));
-    ROW(INVALID_ARGUMENT, zel_camera_set_value(camera, 58, NULL, NULL));
     ROW(REFUSED, zel_camera_use_color(camera, NULL));
     ROW(INVALID_ARGUMENT, zel_camera_use_color(camera, &(zel_color_options){sizeof(zel_color_options), 9, 0}));
     ROW(INVALID_ARGUMENT, zel_camera_command(camera, NULL, NULL, 0, NULL));

@@ -1,6 +1,4 @@
 // Frames from the pool to the transport to the application and back.
-#include <thread>
-
 #include "tests/camera/CameraFixture.h"
 
 namespace zel::test {

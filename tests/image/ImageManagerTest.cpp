@@ -69,19 +69,6 @@ TEST_F(ImageManagerTest, MoreThanTheAvailableMemoryIsRefused) {
     EXPECT_GT(RecordSet::MemoryNeed(INT32_MAX, 0xFFFFFFFFu), std::uint64_t{INT32_MAX} << 32) << "no wrap";
 }
 
-TEST_F(ImageManagerTest, AnAllocationThatFailsHalfwayLeavesAnEmptyPool) {
-    constexpr int kReservations = 1 + 3;  // the records; the pixels of each
-    for (int limit = 0; limit <= kReservations; ++limit) {
-        platform::SetPageReservationLimit(limit);
-        const bool enough = limit == kReservations;
-        EXPECT_EQ(enough ? kPoolOk : kPoolNotEnoughMemory, m_Pool.PixelBufferAllocate(3)) << limit;
-        platform::SetPageReservationLimit(-1);
-        EXPECT_EQ(enough ? 300 : 0, Counts());
-        EXPECT_EQ(enough ? 3 : 0, m_Pool.RegisteredCount());
-        EXPECT_EQ(enough ? kReservations : 0, platform::LivePageReservations() - m_ReservationsBefore);
-    }
-}
-
 // A lease keeps its record readable; whether it is still the pool's is another question.
 TEST_F(ImageManagerTest, LeasesAreForRecordsOfThePoolAndOutliveThem) {
     ASSERT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(70));

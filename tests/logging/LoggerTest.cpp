@@ -150,11 +150,5 @@ TEST(LoggerTest, ScopeTimerLogsItsStageOnceWithTheTimeItTook) {
                                      "2 File.cpp:7 Class::Other a second stage takes 0.000000 microseconds."));
 }
 
-TEST(LoggerTest, BaseNameIsWhatFollowsTheLastSeparator) {
-    for (const char* folder : {"", "/", "/a/b/", "c:\\a\\b\\", "c:\\a/b\\c/", "c:/a\\"}) {
-        for (const char* name : {"File.cpp", ""}) EXPECT_STREQ(name, BaseName((std::string(folder) + name).c_str()));
-    }
-}
-
 }  // namespace
 }  // namespace zel

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 #include "calibration/TableText.h"
 #include "tests/tapbalance/ScriptedFlash.h"
 

@@ -16,7 +16,6 @@ namespace {
 
 constexpr char kTitle[] = "ZEL Camera Data Download";
 constexpr char kBarClass[] = "zel_progress";
-constexpr int kLinesHeight = 50;
 
 using Picture = std::vector<std::uint32_t>;  // 0x00RRGGBB, row after row
 
@@ -64,15 +63,6 @@ SIZE TextSize(HDC dc, const std::string& text) {
     return size;
 }
 
-// The status lines on white.
-Picture ExpectedLines(const std::string& line1, const std::string& line2) {
-    return Drawn(400, kLinesHeight, [&](HDC dc) {
-        PatBlt(dc, 0, 0, 400, kLinesHeight, WHITENESS);
-        TextOutA(dc, 5, 5, line1.c_str(), static_cast<int>(line1.size()));
-        TextOutA(dc, 5, 5 + TextSize(dc, line1).cy, line2.c_str(), static_cast<int>(line2.size()));
-    });
-}
-
 // A bar of `edge` pixels in its black outline, and the label in the middle.
 Picture ExpectedBar(int width, int height, int background, int edge, const std::string& label) {
     return Drawn(width, height, [&](HDC dc) {
@@ -106,20 +96,6 @@ class ProgressWindowTest : public testing::Test {
     HWND m_Bar = nullptr;
 };
 
-TEST_F(ProgressWindowTest, StandsOnTopInTheMiddle) {
-    RECT frame{0, 0, 400, 150}, window{}, bar{};
-    AdjustWindowRectEx(&frame, WS_VISIBLE | WS_DLGFRAME, FALSE, 0);
-    OffsetRect(&frame, GetSystemMetrics(SM_CXSCREEN) / 2 - 200 - frame.left,
-               GetSystemMetrics(SM_CYSCREEN) / 2 - 75 - frame.top);
-    GetWindowRect(m_Top, &window);
-    EXPECT_TRUE(EqualRect(&frame, &window));
-    EXPECT_TRUE(GetWindowLongA(m_Top, GWL_EXSTYLE) & WS_EX_TOPMOST);
-    GetWindowRect(m_Bar, &bar);
-    MapWindowPoints(nullptr, m_Top, reinterpret_cast<POINT*>(&bar), 2);
-    const RECT expected_bar{0, 50, 400, 100};
-    EXPECT_TRUE(EqualRect(&expected_bar, &bar));
-}
-
 // A quit message does not end it: closing it leaves it in use.
 TEST_F(ProgressWindowTest, BarGrowsWithThePercentageEvenAfterTheWindowWasClosed) {
     RECT client{};
@@ -137,17 +113,6 @@ TEST_F(ProgressWindowTest, BarGrowsWithThePercentageEvenAfterTheWindowWasClosed)
         PostMessageA(m_Top, WM_CLOSE, 0, 0);
     }
     EXPECT_TRUE(IsWindow(m_Top));
-}
-
-TEST_F(ProgressWindowTest, ShowsTheStatusLinesAndNothingBeyondTheirSlots) {
-    const std::string slot(64, 'i');
-    const std::pair<std::string, std::string> steps[] = {
-        {"Loading secondary data...", "12 of 200"}, {slot + "beyond the slot", slot}, {"", "below"}};
-    for (const auto& [line1, line2] : steps) {
-        SetProgressText(&m_Control, 0, line1.c_str());
-        SetProgressText(&m_Control, 1, line2.c_str());
-        EXPECT_TRUE(Shows(m_Top, kLinesHeight, {ExpectedLines(line1.substr(0, 64), line2)})) << line1;
-    }
 }
 
 // Of the test's own thread, which dispatches for it.

@@ -26,18 +26,6 @@ class ProcessLoggers : public testing::Test {
     test::RecordedLog m_Log;
 };
 
-TEST_F(ProcessLoggers, AreMadeOnFirstUseUnderTheirNames) {
-    int live = 0;
-    for (ProcessLogger* logger : {&SdkLogger(), &CameraManagerLogger(), &CameraControlLogger()}) {
-        EXPECT_EQ(live++, m_Log.LiveLogs());
-        EXPECT_TRUE(Log(*logger, "first") && Log(*logger, "second"));
-        EXPECT_EQ(live, m_Log.LiveLogs());
-    }
-    std::string names;
-    for (const test::RecordedLine& line : m_Log.Lines()) names += line.source + "/" + line.instance + " ";
-    EXPECT_EQ("ZEL_SDK/ ZEL_SDK/ ZelCameraManager/ ZelCameraManager/ ZelCameraControl/ ZelCameraControl/ ", names);
-}
-
 TEST_F(ProcessLoggers, CanBeDestroyedUnderAThreadThatStillHoldsOne) {
     Logger& held = SdkLogger().Get();
     SdkLogger().Destroy();

@@ -26,17 +26,6 @@ TEST(OperationGate, RefusesOperationsWhileAnyReasonStands) {
     EXPECT_TRUE(Entry(gate));
 }
 
-TEST(OperationGate, CancelsWhoIsInsideAndNobodyAfterwards) {
-    OperationGate gate;
-    const Entry before(gate);
-    EXPECT_FALSE(gate.Cancelled());
-    gate.Cancel();
-    EXPECT_TRUE(gate.Cancelled());
-    std::thread([&] { EXPECT_FALSE(gate.Cancelled()) << "not inside"; }).join();
-    const Entry after(gate);
-    EXPECT_FALSE(gate.Cancelled()) << "the innermost entry counts";
-}
-
 // Two visitors take over from each other, so that the gate is never empty.
 TEST(OperationGate, AStreamOfVisitorsKeepsNobodyWaiting) {
     OperationGate gate;

@@ -19,7 +19,6 @@ constexpr int kPatience = 10000;  // milliseconds
 class Device final : public BackEnd {
   public:
     Description Describe() const override { return {std::string(200, 'n'), "1", "none", {}}; }
-    int Connect() override { return m_ConnectCode; }
     void PowerOn(ParameterTable& table) override {
         if (m_Throw) throw std::runtime_error("the camera is on fire");
         table.Store(SERIAL_NUMBER, "1");
@@ -43,7 +42,6 @@ class Device final : public BackEnd {
 
     std::function<void(FrameSink&)> m_Start = [](FrameSink&) {};
     std::atomic<bool> m_Throw{false};
-    int m_ConnectCode = 0;
 };
 
 bool Black(std::span<std::uint8_t> memory) {
@@ -108,13 +106,6 @@ TEST_F(KitBackEnd, AValueOfAnotherTypeTravelsAsNothing) {
     const auto answer = m_Host->Request(SYNC_TABLE_CMD_GET, CCM_1_1);
     EXPECT_EQ(answer.data, std::vector<std::uint8_t>(8, 0));
     EXPECT_EQ(m_Host->Request(SYNC_TABLE_CMD_GET, SENSOR_TEMP).exception, kExceptionBadIndex);
-}
-
-TEST_F(KitBackEnd, ItsCodeIsTheHostsWhenItCanNotConnect) {
-    m_Device->m_ConnectCode = ZEL_ERROR_CAMERA_COMM_FAILURE;
-    EXPECT_EQ(m_Transport->Connect(), ZEL_ERROR_CAMERA_COMM_FAILURE);
-    EXPECT_EQ(m_Host->Snapshot().connects, 0);
-    EXPECT_NE(m_Transport->Start(), 0);
 }
 
 TEST_F(KitBackEnd, LostFramesAreHolesAndNumbersNeverGoBack) {

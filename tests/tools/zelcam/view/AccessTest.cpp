@@ -73,6 +73,11 @@ TEST(Access, JudgesByHostTokenAndOrigin) {
     EXPECT_TRUE(Access(kToken, "0.0.0.0", 8080).IsOpenToOthers());
 }
 
+TEST(Access, TokensAreLongAndNew) {
+    EXPECT_EQ(NewToken().size(), 22u);
+    EXPECT_NE(NewToken(), NewToken());
+}
+
 TEST(RateLimit, AllowsABurstAndThenSoManyASecond) {
     RateLimit limit(10.0, 3.0);
     const RateLimit::Clock::time_point start = RateLimit::Clock::now();

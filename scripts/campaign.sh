@@ -20,6 +20,7 @@ while [ $# -gt 0 ]; do
     esac
 done
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+scripts/setup.sh build
 
 build_preset "$preset" zel_campaign
 lines=build/$preset.campaign.txt

@@ -16,6 +16,7 @@ while [ $# -gt 0 ]; do
     esac
 done
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+scripts/setup.sh build long
 
 programs=(link_tests camera_tests image_pool_tests post_processing_tests kernel_test util_file_tests progress_tests
           tapbalance_tests tapbalance_log_tests sdk_tests kit_tests sim_tests session_tests system_tests leak_tests

@@ -5,14 +5,16 @@
 #   scripts/long-tests.sh [NAME...]     all, or only these: see the list below
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
+scripts/setup.sh build long
+
 # name, minutes it may take, command
 jobs=(
-    "campaign 20 scripts/campaign.sh"
+    "campaign 14 scripts/campaign.sh --every 2"
     "fuzz 25 scripts/fuzz.sh 60"
-    "threads 12 scripts/threads.sh 5"
-    "soak 6 scripts/soak.sh 0.03"
+    "threads 13 scripts/threads.sh 5"
+    "soak 8 scripts/soak.sh 0.033"
     "kills 10 scripts/kills.sh 300"
-    "coverage 15 scripts/coverage.sh"
+    "coverage 20 scripts/coverage.sh"
 )
 results=() failed=0
 for job in "${jobs[@]}"; do

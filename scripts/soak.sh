@@ -25,6 +25,7 @@ while [ $# -gt 0 ]; do
     esac
 done
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+scripts/setup.sh build
 seconds=$(awk "BEGIN { print $hours * 3600 }")
 every=$(awk "BEGIN { print ($hours > 2 ? 10 : 1) }")
 folder=${folder:-$PWD/build/soak}

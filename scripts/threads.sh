@@ -18,6 +18,7 @@ while [ $# -gt 0 ]; do
     esac
 done
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+scripts/setup.sh build
 if [ -z "$bin" ]; then
     build_preset linux-tsan lifetime_tests
     bin=$PWD/build/linux-tsan/bin

@@ -67,7 +67,7 @@ class BadTransport final : public ForwardingTransport, private IZelCameraCommon 
     }
     int Start() override {
         if (Fault("start-crashes")) Crash();
-        if (Fault("handle-lost")) static_cast<void>(std::fopen(zel::platform::ProgramFile().c_str(), "rb"));
+        if (Fault("handle-lost")) m_Lost = std::fopen(zel::platform::ProgramFile().c_str(), "rb");
         const int code = Next().Start();
         return Fault("start-code-lost") ? 0 : code;
     }
@@ -233,6 +233,7 @@ class BadTransport final : public ForwardingTransport, private IZelCameraCommon 
     void FreeAllInUseImages() override { m_Host->FreeAllInUseImages(); }
 
     IZelCameraCommon* m_Host = nullptr;
+    std::FILE* m_Lost = nullptr;
     ZelImageHandler m_ImageHandler = nullptr;
     ZelCamera* m_ImageCamera = nullptr;
     ZelEventHandler m_EventHandler = nullptr;

@@ -48,6 +48,7 @@ gige() {
     local job
     ip link set lo up
     export ZEL_SIM_CL_CAMERAS=0 ZEL_SIM_USB_CAMERAS=0 LD_LIBRARY_PATH=$bin/plugins/gige
+    export G_SLICE=always-malloc # or GLib's own allocator keeps what was freed
     RANDOM=$seed
     while [ -z "${job:-}" ] || kill -0 "$job" 2>/dev/null; do
         coproc camera { exec "$bin/fake_gige_camera" --size 512x512 --period 10000 --lost 1; }

@@ -59,7 +59,7 @@ class SoakedCamera : public Watched {
     struct Acquisition {
         FrameCounter counter;
         std::uint64_t wanted = 0;  // 0: no number
-        std::uint64_t skipped = 0, untold = 0;
+        std::uint64_t skipped = 0, untold = 0, link_drops = 0;
         std::int64_t last = -1;
         bool newest = false, in_order = true, complete = false;
         std::atomic<bool> lost{false};
@@ -182,6 +182,7 @@ class SoakedCamera : public Watched {
         camera.stop();
         while (Frame frame = camera.try_frame(0ms, order)) run.Take(frame);
         run.skipped = camera.skipped();
+        run.link_drops = camera.link_drops();
         // Those that came while it was being stopped are not told of.
         for (; ZelImage* const image = camera.native()->GetPendingImage(); ++run.untold)
             camera.native()->FreeImage(image);
@@ -203,7 +204,10 @@ class SoakedCamera : public Watched {
     void Account(const Acquisition& run, SentFrames sent) {
         const std::uint64_t taken = run.counter.frames();
         const auto end = static_cast<std::uint64_t>(run.last + 1);
-        if (!simulated.Tells()) sent = {taken + run.skipped, 0, run.counter.count(0).no_buffer};
+        if (!simulated.Tells()) {
+            const Drops drops = run.counter.count(run.link_drops);
+            sent = {taken + run.skipped, drops.link, drops.no_buffer};
+        }
         m_Counts.Add(kSent, sent.All());
         m_Counts.Add(kTaken, taken);
         m_Counts.Add(kLost, sent.lost);

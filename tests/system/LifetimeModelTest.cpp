@@ -210,7 +210,7 @@ class LifetimeModelTest : public testing::TestWithParam<unsigned> {};
 TEST_P(LifetimeModelTest, EveryOrderOfStepsEndsWell) {
     const unsigned threads = GetParam();
     const unsigned seed = Number("ZEL_TEST_SEED", 1);
-    const unsigned steps = Number("ZEL_TEST_STEPS", threads == 0 ? 3000 : 300);
+    const unsigned steps = Number("ZEL_TEST_STEPS", threads == 0 ? 3000 : 60);
     ThreadClock clock;
     Trace trace("ZEL_TEST_SEED " + std::to_string(seed) + ", " + std::to_string(threads) + " further threads");
     std::optional<OneMoreUser> user;

@@ -84,7 +84,8 @@ for name in libedt_camera_link.so libzel_usb.so libkestrane_zel_logger.so libzel
 done
 loaded() { (cd planted && env ZEL_LOG=error "$@" "$prefix/bin/zelcam" version 2>&1); }
 loaded PATH="$PWD/planted:$PATH" | grep PLANTED && fail "a library of the current folder or PATH was loaded"
-loaded LD_LIBRARY_PATH="$PWD/planted" | grep -q PLANTED || fail "a planted library does not tell"
+rm planted/libzel_sdk.so.3 planted/libtiff.so.6  # the program would not even start
+loaded LD_LIBRARY_PATH="$PWD/planted" | grep PLANTED >log || fail "a planted library does not tell"
 maker() {
     "$compiler" -std=c++17 -shared -fPIC -I"$include" -o "$lib/zel-sdk/cameras/libzel_usb.so" "$here/OutsidePlugin.cpp" \
         -Lplanted -Wl,--no-as-needed -lneeded "$@"

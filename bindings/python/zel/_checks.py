@@ -43,14 +43,19 @@ def frame_count(what: str, value: Any, least: int) -> int:
     return number
 
 
+def _number(value: Any) -> float:
+    """NaN for what is none, texts with a number in them included."""
+    try:
+        return math.nan if isinstance(value, (str, bytes)) else float(value)
+    except (TypeError, ValueError, OverflowError):
+        return math.nan
+
+
 def positive(what: str, value: Any) -> float:
     """A number above 0; 0 for None."""
     if value is None:
         return 0.0
-    try:
-        number = float(value)
-    except (TypeError, ValueError, OverflowError):
-        number = math.nan
+    number = _number(value)
     if not 0 < number <= _LONGEST:
         raise InvalidArgument(f"{what}: {value!r}", "not a number above 0")
     return number
@@ -60,10 +65,7 @@ def time_limit(value: Any) -> Optional[float]:
     """Seconds, which may be endless; None stays None."""
     if value is None:
         return None
-    try:
-        seconds = float(value)
-    except (TypeError, ValueError, OverflowError):
-        seconds = math.nan
+    seconds = _number(value)
     if math.isnan(seconds):
         raise InvalidArgument(f"timeout: {value!r}", "not a time", "give seconds, or None")
     return seconds

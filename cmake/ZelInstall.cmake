@@ -110,7 +110,7 @@ install(FILES ${CMAKE_BINARY_DIR}/packaging/ZelSDKConfig.cmake ${CMAKE_BINARY_DI
         DESTINATION ${ZEL_CONFIG_DIR} COMPONENT libzel-sdk-dev)
 
 # Documents, and the examples with build files of their own.
-install(FILES README.md CHANGELOG.md DESTINATION ${ZEL_DOC_DIR} COMPONENT libzel-sdk-dev)
+install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION ${ZEL_DOC_DIR} COMPONENT libzel-sdk-dev)
 install(DIRECTORY docs DESTINATION ${ZEL_DOC_DIR} COMPONENT libzel-sdk-dev
         PATTERN CMakeLists.txt EXCLUDE PATTERN site EXCLUDE)
 install(DIRECTORY examples/ DESTINATION ${ZEL_DOC_DIR}/examples COMPONENT libzel-sdk-dev

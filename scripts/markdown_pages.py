@@ -11,11 +11,11 @@ ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 
 
 def pages(root=ROOT):
-    """README, changelog and everything below docs/, as paths from the root."""
-    found = ["README.md", "CHANGELOG.md"]
+    """README, changelog, security and everything below docs/, as paths from the root."""
+    found = ["README.md", "CHANGELOG.md", "SECURITY.md"]
     for folder, _, names in os.walk(os.path.join(root, "docs")):
         found += [os.path.relpath(os.path.join(folder, name), root) for name in names if name.endswith(".md")]
-    return found[:2] + sorted(found[2:])
+    return found[:3] + sorted(found[3:])
 
 
 def lines_of(path):

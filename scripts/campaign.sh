@@ -6,7 +6,7 @@
 #   scripts/campaign.sh [--preset NAME] [--link NAME] [--fault NAME] [--every K]
 #
 #   --preset  the build (linux): linux-asan looks for leaks and bad accesses, too, and takes longer
-#   --link    camera-link, ebus, usb-mono or usb-color alone
+#   --link    camera-link, ebus, usb-mono, usb-color or c-interface alone
 #   --fault   one fault alone, as the table names them
 #   --every   each K-th moment of each fault only
 preset=linux link= fault= every=1
@@ -40,14 +40,14 @@ awk -v took=$((SECONDS - begin)) '
         if ($9 > longest[$2]) { longest[$2] = $9; call[$2] = $11 }
     }
     END {
-        split("camera-link ebus usb-mono usb-color", links)
+        split("camera-link ebus usb-mono usb-color c-interface", links)
         printf "\n%-20s", "injected/survived"
-        for (l = 1; l <= 4; l++) printf " %12s", links[l]
+        for (l = 1; l <= 5; l++) printf " %12s", links[l]
         print "   longest call, simulated"
         for (r = 1; r <= rows; r++) {
             f = order[r]
             printf "%-20s", f
-            for (l = 1; l <= 4; l++) printf " %12s", injected[f, links[l]] + 0 "/" survived[f, links[l]] + 0
+            for (l = 1; l <= 5; l++) printf " %12s", injected[f, links[l]] + 0 "/" survived[f, links[l]] + 0
             printf "   %6.1f s %s\n", longest[f], call[f]
         }
         printf "\n%d faults injected, %d survived, in %d s\n", all, well, took

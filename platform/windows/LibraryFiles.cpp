@@ -81,7 +81,12 @@ namespace {
 bool s_CurrentFolderIsOut = false;
 }
 
-void LeaveCurrentFolderOut() { s_CurrentFolderIsOut = SetDllDirectoryW(L""); }
+// A folder that is named takes the current one's place; the program's own is looked through anyway. (An empty name does
+// the same on Windows, and nothing under Wine.)
+void LeaveCurrentFolderOut() {
+    const std::string program = ProgramFile();
+    s_CurrentFolderIsOut = SetDllDirectoryW(Wide(program.substr(0, program.find_last_of('\\'))).c_str());
+}
 
 // The same for every library: the program's folder, the system's, the current one unless the program leaves it out, and
 // those of PATH.

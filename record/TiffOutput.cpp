@@ -47,13 +47,17 @@ bool Covers(std::uint64_t from, std::size_t size, std::uint64_t offset, std::siz
 
 TiffOutput::TiffOutput(const std::filesystem::path& path, std::uint64_t alignment)
     : m_Path(path), m_Alignment(alignment) {
-    if (!m_File.Create(path)) {
-        if (m_File.LastProblem() == Problem::kTaken)
-            throw FileTakenError("there is a file '" + NameOf(path) + "' already");
-        throw RecordError("'" + NameOf(path) + "' can't be made: " + m_File.Why());
-    }
     Begin();
     Open("w8m");
+    // With its header the file is whole from the beginning.
+    if (!m_File.Create(path, m_New)) {
+        TIFFCleanup(m_Tiff);
+        if (m_File.LastProblem() == Problem::kTaken)
+            throw FileTakenError("there is a file '" + NameOf(path) + "' already");
+        if (m_File.LastProblem() == Problem::kDiskFull)
+            throw DiskFullError("'" + NameOf(path) + "' can't be made: " + m_File.Why());
+        throw RecordError("'" + NameOf(path) + "' can't be made: " + m_File.Why());
+    }
     Commit();
     m_End = kHeadSize;  // the gap is there from the beginning
 }

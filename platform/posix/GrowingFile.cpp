@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <string>
 #include <system_error>
 #include <utility>
 
@@ -35,9 +36,25 @@ struct GrowingFile::State {
 GrowingFile::GrowingFile() : m_State(std::make_unique<State>()) {}
 GrowingFile::~GrowingFile() { Close(); }
 
-bool GrowingFile::Create(const std::filesystem::path& path) {
-    m_State->file = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    return m_State->file >= 0 || m_State->Failed();
+bool GrowingFile::Create(const std::filesystem::path& path, std::span<const std::byte> head) {
+    State& state = *m_State;
+    const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
+    state.file = open(folder.c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, 0666);
+    if (state.file >= 0) {
+        if (!Write(0, head)) return false;
+        const std::string nameless = "/proc/self/fd/" + std::to_string(state.file);
+        if (linkat(AT_FDCWD, nameless.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0) return true;
+        const int error = errno;
+        close(std::exchange(state.file, -1));
+        state.error = error;
+        if (error == EEXIST) return false;
+    }
+    // A file system without nameless files, or a system without /proc.
+    state.file = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (state.file < 0) return state.Failed();
+    if (Write(0, head)) return true;
+    unlink(path.c_str());
+    return false;
 }
 
 bool GrowingFile::Reserve(std::uint64_t size) {

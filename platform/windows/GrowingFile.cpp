@@ -40,10 +40,10 @@ struct GrowingFile::State {
 GrowingFile::GrowingFile() : m_State(std::make_unique<State>()) {}
 GrowingFile::~GrowingFile() { Close(); }
 
-bool GrowingFile::Create(const std::filesystem::path& path) {
+bool GrowingFile::Create(const std::filesystem::path& path, std::span<const std::byte> head) {
     m_State->file = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
                                 FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
-    return m_State->file != INVALID_HANDLE_VALUE || m_State->Failed();
+    return m_State->file != INVALID_HANDLE_VALUE ? Write(0, head) : m_State->Failed();
 }
 
 bool GrowingFile::Reserve(std::uint64_t size) {

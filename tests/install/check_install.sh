@@ -104,8 +104,9 @@ while read -r file; do
     for wanted in 'Type: +DYN' GNU_RELRO 'FLAGS.*NOW' 'GNU_STACK .* RW '; do
         grep -qE "$wanted" <<<"$facts" || fail "$file lacks $wanted"
     done
-    nm -D "$file" | grep -q __stack_chk_fail || fail "$file has no stack protector"
-    nm -D "$file" | grep -qE ' U __[a-z]+_chk(@|$)' && checked=$((${checked:-0} + 1))
+    symbols=$(nm -D "$file")
+    grep -q __stack_chk_fail <<<"$symbols" || fail "$file has no stack protector"
+    ! grep -qE ' U __[a-z]+_chk(@|$)' <<<"$symbols" || checked=$((${checked:-0} + 1))
     hardened=$((${hardened:-0} + 1))
 done < <(find "$prefix" -type f \( -perm -u+x -o -name '*.so*' \))
 [ "${hardened:-0}" -ge 8 ] && [ "${checked:-0}" -ge 3 ] || fail "only ${hardened:-0} files are hardened, ${checked:-0} with checked functions"

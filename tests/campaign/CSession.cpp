@@ -66,6 +66,8 @@ void CSession::Camera() {
     zel_region region{};
     region.struct_size = sizeof region;
     Ok("zel_camera_get_region", [&] { return zel_camera_get_region(camera, &region); });
+    // A wrong answer may have been written back by the session before, and a camera keeps its settings.
+    region.bin_x = region.bin_y = 1;
     Ok("zel_camera_set_region", [&] { return zel_camera_set_region(camera, &region); });
     Ok("zel_camera_set_averaging", [&] { return zel_camera_set_averaging(camera, 3); });
     char text[256];

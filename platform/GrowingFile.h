@@ -26,8 +26,8 @@ class GrowingFile {
     GrowingFile(const GrowingFile&) = delete;
     GrowingFile& operator=(const GrowingFile&) = delete;
 
-    // Makes the file with these first bytes. Of several programs that try at once one makes it. On Linux the file is not
-    // there before its first bytes are, where the file system can do that.
+    // Makes the file with these first bytes. Of several programs that try at once one makes it. On Linux the file is
+    // not there before its first bytes are, where the file system can do that.
     bool Create(const std::filesystem::path& path, std::span<const std::byte> head);
     // Takes space on the disk up to this size; the file does not become longer by it. False: the system has not that
     // much, or does not do it here; nothing is lost by that.

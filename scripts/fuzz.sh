@@ -48,7 +48,9 @@ fuzz() {
         (cd $kept/bin && exec "./$target" -max_total_time=$left -timeout=25 -rss_limit_mb=3000 -entropic=0 -print_final_stats=1 \
             -artifact_prefix="$PWD/../found/$target/" "$PWD/../corpus/$target" \
             $(ls -d "../../../fuzz/corpus/$target" 2>/dev/null)) >"$log" 2>&1 || true
-        executions=$((executions + $(figure "$log" number_of_executed_units || echo 0)))
+        # What ended before it began has no figures.
+        local units=$(figure "$log" number_of_executed_units)
+        executions=$((executions + ${units:-0}))
     done
     local took=$((SECONDS - start)) findings=$(($(ls "$found" | wc -l) - before))
     local line=$(date -u +%FT%TZ),$target,$took,$executions,$((executions / (took > 0 ? took : 1)))

@@ -38,6 +38,9 @@ bool ClaimFile(const fs::path& path) {
 
 void WriteWhole(const fs::path& path, std::initializer_list<std::span<const std::uint8_t>> pieces) {
     const fs::path part = PartOf(path);
+    std::error_code ignored;
+    // Nothing is written through a link that somebody has put there.
+    if (fs::is_symlink(part, ignored)) fs::remove(part, ignored);
     std::FILE* const file = zel::platform::OpenFile(Utf8Text(part), "wb");
     if (!file) FailToWrite(path, false);
     // The bytes go straight from where they are to the system.
@@ -50,7 +53,6 @@ void WriteWhole(const fs::path& path, std::initializer_list<std::span<const std:
     std::error_code error;
     if (whole) fs::rename(part, path, error);
     if (whole && !error) return;
-    std::error_code ignored;
     fs::remove(part, ignored);
     FailToWrite(path, !error);
 }

@@ -19,7 +19,8 @@ namespace {
 void Formats(fuzz::Input& input) {
     constexpr const char* kBeginnings[] = {"Mono", "BayerRG", "BayerGB", ""};
     std::vector<std::string> names;
-    while (!input.Ended()) names.push_back(kBeginnings[input.Below(4)] + std::string(input.Text()));
+    while (!input.Ended() && names.size() < 12)
+        names.push_back(kBeginnings[input.Below(4)] + std::string(input.Text()));
     for (const PixelFormat& format : RankFormats(names)) {
         FuzzCheck(format.bits >= 8 && format.bits <= 16 && format.phase >= 0 && format.phase <= 4);
         FuzzCheck(std::ranges::find(names, format.name) != names.end());
@@ -40,7 +41,7 @@ void Samples(fuzz::Input& input) {
 
 void Numbers(fuzz::Input& input) {
     BlockIds ids;
-    while (!input.Ended()) {
+    for (int frame = 0; frame < 32 && !input.Ended(); ++frame) {
         const bool whole = input.Below(2);
         const std::uint64_t high = static_cast<std::uint32_t>(input.Number());
         const std::uint64_t low = static_cast<std::uint32_t>(input.Number());

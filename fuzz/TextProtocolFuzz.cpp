@@ -28,7 +28,7 @@ void CheckReply(const std::vector<char>& out, std::size_t length) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) return 0;
-    fuzz::SetLogging(data[0] >= 0xE0);
+    fuzz::SetLogging(data[0] >= 0xFC);
     FakeClock clock;
     ScriptedTransport camera(&clock);
     camera.SetDelivery(data[0] & 1 ? ScriptedTransport::Delivery::kOneByte : ScriptedTransport::Delivery::kWhole);

@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
 """Plants faults into the library, one at a time, and counts how many of them the tests catch.
 
-    scripts/mutation.py [COUNT] [SEED] [--folder FOLDER]... [--all]
+    scripts/mutation.py [COUNT] [SEED] [--folder FOLDER]... [--all] [--jobs N]
 
 COUNT faults (default 200) are chosen by SEED (default 1), as many in each folder and as evenly over the kinds of fault
 as the folder allows. Each is planted in a copy of the tree below build/mutation, compiled, and tried by the test programs
-of the folder, its own first, until one of them fails, dies or does not end; with --all by every one of them. A fault that
-does not compile is replaced by another.
+of the folder, its own first, until one of them fails, dies or does not end; with --all by every one of them, which also
+tells the tests that failed. A fault that does not compile is replaced by another. N folders are worked on at a time (2),
+each in a copy of its own.
 
 It goes on where it was stopped. build/mutation/survivors.txt has what no test caught, build/mutation/results-SEED.jsonl
 everything; faults whose file has changed since are planted anew.
@@ -15,6 +16,7 @@ import argparse
 import collections
 import difflib
 import json
+import multiprocessing
 import os
 import pathlib
 import random
@@ -28,7 +30,7 @@ import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 HOME = ROOT / "build" / "mutation"
-TREE, BUILD = HOME / "tree", HOME / "build"
+COPY = TREE = BUILD = None  # of this process: work_in()
 MEMORY = 6 << 30  # of address space
 LARGEST_FILE = 1 << 30
 
@@ -135,11 +137,19 @@ def build(targets, jobs=1):
     return made.returncode == 0, made.stdout
 
 
+def work_in(number):
+    """This process plants its faults in the copy of that number."""
+    global COPY, TREE, BUILD
+    COPY = HOME / str(number)
+    TREE, BUILD = COPY / "tree", COPY / "build"
+
+
 def configure():
     options = ["-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O1", "-DCMAKE_C_COMPILER=clang",
                "-DCMAKE_CXX_COMPILER=clang++", "-DCMAKE_CXX_FLAGS=-w"]
     if shutil.which("ccache"):  # for files that are whole again; of its own, since faults are of no use to anybody else
-        os.environ |= {"CCACHE_DIR": str(HOME / "ccache"), "CCACHE_MAXSIZE": "2G"}
+        os.environ |= {"CCACHE_DIR": str(HOME / "ccache"), "CCACHE_MAXSIZE": "2G", "CCACHE_BASEDIR": str(COPY),
+                       "CCACHE_NOHASHDIR": "1"}
         options.append("-DCMAKE_CXX_COMPILER_LAUNCHER=ccache")
     if shutil.which("ld.lld"):
         options += [f"-DCMAKE_{kind}_LINKER_FLAGS=-fuse-ld=lld" for kind in ("EXE", "SHARED")]
@@ -156,30 +166,35 @@ def limit():
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
 
-def run(name, seconds):
-    """None when the program passes, else what became of it."""
-    scratch = HOME / "scratch"
+def run(name, seconds, all_tests=False):
+    """What became of the program, None when it passes, and the tests that failed; of one that died or hung, unknown ones."""
+    scratch, printed = COPY / "scratch", COPY / "output.txt"
     shutil.rmtree(scratch, ignore_errors=True)
     (scratch / "tmp").mkdir(parents=True)
     path = program_path(name)
     environment = {key: value for key, value in os.environ.items() if not key.startswith("ZEL_")}
     environment |= {"XDG_DATA_HOME": str(scratch), "HOME": str(scratch), "TMPDIR": str(scratch / "tmp")}
-    with open(HOME / "output.txt", "w") as output:
-        arguments = ["--random", "2000" if name == "fuzz_frame" else "60000"] if name.startswith("fuzz_") else ["--gtest_fail_fast", "--gtest_brief=1"]
+    if name.startswith("fuzz_"):
+        arguments = ["--random", "2000" if name == "fuzz_frame" else "60000"]
+    else:
+        arguments = ["--gtest_brief=1", *([] if all_tests else ["--gtest_fail_fast"])]
+    with open(printed, "w") as output:
         process = subprocess.Popen([path, *arguments], cwd=path.parent, env=environment,
                                    stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT,
                                    start_new_session=True, preexec_fn=limit)
         try:
             code = process.wait(seconds)
-            return None if code == 0 else "failed" if code > 0 else "died"
+            became = None if code == 0 else "failed" if code > 0 else "died"
         except subprocess.TimeoutExpired:
-            return "hung"
+            became = "hung"
         finally:
             try:
                 os.killpg(process.pid, signal.SIGKILL)
             except ProcessLookupError:
                 pass
             process.wait()
+    failed = re.findall(r"^\[  FAILED  \] ([\w./]+).* ms\)$", printed.read_text(errors="replace"), re.M)
+    return became, failed + [f"{name}: {became}"] * (became in ("hung", "died") or became == "failed" and not failed)
 
 
 def times(folders):
@@ -187,26 +202,27 @@ def times(folders):
     taken = {}
     for name in dict.fromkeys(name for folder in folders for name in PROGRAMS[folder]):
         start = time.monotonic()
-        became = run(name, 300)
+        became, _ = run(name, 300)
         taken[name] = time.monotonic() - start
         if became:
-            sys.exit(f"{name} {became} without a fault:\n" + (HOME / "output.txt").read_text()[-2000:])
+            sys.exit(f"{name} {became} without a fault:\n" + (COPY / "output.txt").read_text()[-2000:])
         print(f"  {name}: {taken[name]:.1f} s", flush=True)
     return taken
 
 
 def try_fault(fault, folder, taken, all_programs):
     """What became of the fault: none when it does not compile."""
-    result = {"caught": {}, "start": time.time()}
+    result = {"caught": {}, "tests": [], "start": time.time()}
     copy_if_changed(fault.file, planted(fault).encode())
     try:
         for name in PROGRAMS[folder]:
             made, output = build([name])
             if not made:
                 return None
-            became = run(name, 10 + 6 * taken[name])
+            became, failed = run(name, 10 + 6 * taken[name], all_programs)
             if became:
                 result["caught"][name] = became
+                result["tests"] += failed
                 if not all_programs:
                     break
     finally:
@@ -246,20 +262,53 @@ def chosen(folder, seed):
                 del by_kind[kind]
 
 
-def table(results, folders, seconds):
-    print(f"\n{'folder':<12} {'planted':>8} {'caught':>7} {'by its own tests':>17} {'hung':>5} {'by tests':>9}")
+def table(results, folders):
+    """Programs and tests that caught a fault: means of those caught, of use with --all."""
+    print(f"\n{'folder':<12} {'planted':>8} {'caught':>7} {'by its own':>11} {'hung':>5} {'programs':>9} {'tests':>6} {'by one':>7}")
     for folder in [*folders, "all"]:
         rows = [row for row in results if folder in (row["folder"], "all")]
         caught = [row for row in rows if row["caught"]]
         own = sum(any(PROGRAMS[row["folder"]].index(name) < own_programs(row["folder"]) for name in row["caught"]) for row in rows)
         hung = sum("hung" in row["caught"].values() for row in rows)
-        by = sum(len(row["caught"]) for row in caught) / max(len(caught), 1)
-        print(f"{folder:<12} {len(rows):>8} {len(caught):>7} {own:>17} {hung:>5} {by:>9.1f}")
-    print(f"{seconds:.0f} s, {seconds / max(len(results), 1):.1f} s per fault")
+        programs, tests = (sum(counts) / max(len(caught), 1) for counts in
+                           ((len(row["caught"]) for row in caught), (len(row["tests"]) for row in caught)))
+        by_one = sum(len(row["tests"]) == 1 for row in caught)
+        print(f"{folder:<12} {len(rows):>8} {len(caught):>7} {own:>11} {hung:>5} {programs:>9.1f} {tests:>6.1f} {by_one:>7}")
+    print(f"{sum(row['seconds'] for row in results) / max(len(results), 1):.1f} s per fault")
 
 
 def own_programs(folder):
     return {"image": 3, "tapbalance": 2, "util": 2, "kernels": 2}.get(folder, 1)
+
+
+def try_folder(folder, wanted, taken, options, known, kept):
+    """The results of so many faults in the folder, in this process's copy."""
+    results = []
+    for fault in chosen(folder, options.seed):
+        if len(results) == wanted:
+            break
+        diff = diff_of(fault)
+        row = known.get(diff)
+        if not row:
+            became = try_fault(fault, folder, taken, options.all)
+            row = {"folder": folder, "kind": fault.kind, "diff": diff, "planted": bool(became), **(became or {})}
+            with open(kept, "a") as file:
+                file.write(json.dumps(row) + "\n")
+        if row["planted"]:
+            results.append(row)
+            line = (ROOT / fault.file).read_text().count("\n", 0, fault.start) + 1
+            print(f"{folder} {len(results)}/{wanted} {fault.file}:{line} {fault.kind}: {row['caught'] or 'SURVIVED'}, "
+                  f"{len(row['tests'])} tests, {row['seconds']} s", flush=True)
+    return results
+
+
+def prepare(number, folders):
+    work_in(number)
+    copy_tree()
+    configure()
+    made, output = build(dict.fromkeys(name for folder in folders for name in PROGRAMS[folder]), os.cpu_count())
+    if not made:
+        sys.exit(output[-3000:])
 
 
 def main():
@@ -268,42 +317,27 @@ def main():
     parser.add_argument("seed", nargs="?", type=int, default=1)
     parser.add_argument("--folder", action="append", choices=PROGRAMS)
     parser.add_argument("--all", action="store_true", help="every program tries every fault")
+    parser.add_argument("--jobs", type=int, default=2, help="folders that are worked on at a time")
     options = parser.parse_args()
     folders = options.folder or list(PROGRAMS)
 
-    HOME.mkdir(parents=True, exist_ok=True)
-    copy_tree()
-    configure()
-    made, output = build(dict.fromkeys(name for folder in folders for name in PROGRAMS[folder]), os.cpu_count())
-    if not made:
-        sys.exit(output[-3000:])
+    for number in range(options.jobs):
+        prepare(number, folders)
     taken = times(folders)
 
     kept = HOME / f"results-{options.seed}{'-all' if options.all else ''}.jsonl"
     known = {row["diff"]: row for row in map(json.loads, kept.read_text().splitlines())} if kept.exists() else {}
-    results = []
-    for index, folder in enumerate(folders):
-        wanted = options.count * (index + 1) // len(folders) - options.count * index // len(folders)
-        planted_here = 0
-        for fault in chosen(folder, options.seed):
-            if planted_here == wanted:
-                break
-            diff = diff_of(fault)
-            row = known.get(diff)
-            if not row:
-                became = try_fault(fault, folder, taken, options.all)
-                row = {"folder": folder, "kind": fault.kind, "diff": diff, "planted": bool(became), **(became or {})}
-                with open(kept, "a") as file:
-                    file.write(json.dumps(row) + "\n")
-            if row["planted"]:
-                planted_here += 1
-                results.append(row)
-                line = (ROOT / fault.file).read_text().count("\n", 0, fault.start) + 1
-                print(f"{folder} {planted_here}/{wanted} {fault.file}:{line} {fault.kind}: "
-                      f"{row['caught'] or 'SURVIVED'} {row['seconds']} s", flush=True)
+    shares = [options.count * (index + 1) // len(folders) - options.count * index // len(folders) for index in range(len(folders))]
+    numbers = multiprocessing.Queue()
+    for number in range(options.jobs):
+        numbers.put(number)
+    with multiprocessing.Pool(options.jobs, lambda: work_in(numbers.get())) as workers:
+        begun = [workers.apply_async(try_folder, (folder, wanted, taken, options, known, kept))
+                 for folder, wanted in zip(folders, shares)]
+        results = [row for job in begun for row in job.get()]
     survivors = [row for row in results if not row["caught"]]
     (HOME / "survivors.txt").write_text("\n".join(f"{row['kind']}\n{row['diff']}" for row in survivors))
-    table(results, folders, sum(row["seconds"] for row in results))
+    table(results, folders)
     print(f"{len(survivors)} survived: build/mutation/survivors.txt")
 
 

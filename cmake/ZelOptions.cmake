@@ -43,8 +43,7 @@ if(ZEL_SANITIZE)
 endif()
 option(ZEL_LIBFUZZER "Link libFuzzer into the fuzz targets instead of their plain main (needs Clang)" OFF)
 if(ZEL_LIBFUZZER)
-    # The engine steers by what the product's code does, not the targets' own.
-    target_compile_options(zel_options INTERFACE $<$<NOT:$<BOOL:$<TARGET_PROPERTY:ZEL_FUZZ_TARGET>>>:-fsanitize=fuzzer-no-link>)
+    target_compile_options(zel_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
 find_package(Threads REQUIRED)

@@ -6,6 +6,7 @@
 // Without arguments each moment of a session is hit once with each fault, on each kind of link. --every takes each K-th
 // of all these. One line per link and fault; a moment that is not survived has a line of its own, which is what repeats
 // it.
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <csignal>
@@ -196,7 +197,8 @@ class Campaign {
             }
         }
         const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
-        if (injected == 0) return 0;
+        if (injected == 0 && m_Options.at > 0) std::printf("no such moment\n");
+        if (injected == 0) return m_Options.at > 0 ? 1 : 0;
         std::printf("%-12s %-18s injected %5d  survived %5d  longest call %7.1f s (%s)  took %.1f s\n", m_Link.name,
                     kind.name, injected, survived, slowest.milliseconds / 1000.0, slowest.call, took.count());
         std::fflush(stdout);
@@ -287,16 +289,20 @@ class Campaign {
 int main(int count, char** arguments) {
     using namespace zel::campaign;
     Options options;
-    for (int i = 1; i + 1 < count; i += 2) {
+    const bool list = count == 2 && std::strcmp(arguments[1], "--list") == 0;
+    for (int i = 1; i < count && !list; i += 2) {
         const std::string name = arguments[i];
+        const bool occasion =
+            std::ranges::any_of(kOccasionNames, [&](const char* one) { return name == std::string("--") + one; });
+        if (i + 1 == count || !(occasion || name == "--link" || name == "--fault" || name == "--every")) {
+            std::printf("zel_campaign [--link NAME] [--fault NAME] [--OCCASION N] [--every K] | --list\n");
+            return 2;
+        }
         if (name == "--link") options.link = arguments[i + 1];
         if (name == "--fault") options.fault = arguments[i + 1];
         if (name == "--every") options.every = std::max(1, std::atoi(arguments[i + 1]));
-        for (const char* occasion : kOccasionNames) {
-            if (name == std::string("--") + occasion) options.at = std::atoi(arguments[i + 1]);
-        }
+        if (occasion) options.at = std::atoi(arguments[i + 1]);
     }
-    const bool list = count == 2 && std::strcmp(arguments[1], "--list") == 0;
     zel::platform::SetEnvironment("ZEL_SIM_PACE", "none");
     zel::platform::SetEnvironment("ZEL_SIM_SIZE", "64x48");
     zel::platform::SetEnvironment("ZEL_SIM_FILL", "none");

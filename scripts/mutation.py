@@ -36,14 +36,14 @@ LARGEST_FILE = 1 << 30
 
 # The programs that link a folder's code: its own first, then what uses it from further away.
 PROGRAMS = {
-    "sdk": ["sdk_tests", "system_tests", "leak_tests", "lifetime_tests"],
+    "sdk": ["sdk_tests", "logger_tests", "system_tests", "leak_tests", "lifetime_tests", "layer_plugins_tests"],
     "link": ["link_tests", "camera_tests", "system_tests", "session_tests"],
     "camera": ["camera_tests", "session_tests", "system_tests", "lifetime_tests"],
     "image": ["image_pool_tests", "post_processing_tests", "fuzz_frame", "camera_tests", "session_tests", "system_tests"],
     "tapbalance": ["tapbalance_tests", "tapbalance_log_tests", "camera_tests"],
     "util": ["util_file_tests", "progress_tests", "system_tests"],
     "kernels": ["kernel_test", "fuzz_kernels", "post_processing_tests", "tapbalance_tests"],
-    "devices/kit": ["kit_tests", "sim_tests", "system_tests"],
+    "devices/kit": ["kit_tests", "sim_tests", "system_tests", "layer_camera_tests"],
 }
 
 Fault = collections.namedtuple("Fault", "kind file start end text")
@@ -278,7 +278,7 @@ def table(results, folders):
 
 
 def own_programs(folder):
-    return {"image": 3, "tapbalance": 2, "util": 2, "kernels": 2}.get(folder, 1)
+    return {"sdk": 2, "image": 3, "tapbalance": 2, "util": 2, "kernels": 2}.get(folder, 1)
 
 
 def try_folder(folder, wanted, taken, options, known, kept):

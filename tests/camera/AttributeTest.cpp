@@ -42,6 +42,7 @@ TEST_F(AttributeTest, NameIsThirtyTwoBytesWithoutTraffic) {
 TEST_F(AttributeTest, HostParametersHaveTheirOwnWithoutTraffic) {
     EXPECT_THAT(Words(ZEL_PARAM_EXPOSURE_TIME_US), ElementsAre(3, 1, 0, 0, -1, 0));
     EXPECT_THAT(Words(ZEL_PARAM_NUM_IMAGE_BUFFERS), ElementsAre(7, 1, 0, 0, -1, 8));
+    EXPECT_THAT(Words(ZEL_PARAM_HW_TRIGGER_ACTIVE), ElementsAre(3, 1, 0, 0, 1, 0));
     EXPECT_THAT(Words(ZEL_PARAM_UPDATE_PARAMETERS), ElementsAre(0, 0, 0, 0, 0, 0));
     EXPECT_THAT(Words(ZEL_PARAM_COLOR_FILTER_TYPE), ElementsAre(5, 32, 0, 0, 127, 0));
     EXPECT_EQ(m_Transport.Exchanges(), 0);

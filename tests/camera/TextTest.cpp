@@ -13,6 +13,8 @@ TEST_F(TextTest, NamesTravelAsText) {
     EXPECT_EQ(m_Camera->GetCameraName(), std::string(63, 'n'));
     EXPECT_TRUE(m_Camera->SetCameraName("left arm"));
     EXPECT_EQ(Sent(), "name; name left arm; ");
+    EXPECT_TRUE(m_Camera->SetCameraName(std::string(5000, 'n').c_str()));
+    EXPECT_TRUE(Sent().ends_with("nnn; ")) << "cut, but ended as a command";
     m_Transport.SetHandler(nullptr);
     EXPECT_STREQ(m_Camera->GetCameraName(), "") << "no reply, no name";
     EXPECT_FALSE(m_Camera->SetCameraName(nullptr));

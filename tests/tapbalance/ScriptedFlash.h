@@ -93,8 +93,8 @@ class ScriptedFlash {
 
     std::string Reply(const std::string& command) {
         if (command == "tb f s") return "OK";
-        if (command == "tb p s") return Hex(m_PageSize);
-        if (command == "tb p n") return Hex(m_Content.size() / m_PageSize);
+        if (command == "tb p s") return "0x" + Hex(m_PageSize);
+        if (command == "tb p n") return "0X" + Hex(m_Content.size() / m_PageSize);
         if (command == "tb p c") return m_Buffer.assign(m_PageSize, 0xFF), "OK";
         const char verb = command.at(3);
         std::vector<std::size_t> numbers;

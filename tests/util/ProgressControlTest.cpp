@@ -95,6 +95,14 @@ class ProgressThreadTest : public testing::Test, public test::FakeClock {
     ProgressControl m_Control;
 };
 
+TEST(ProgressControlTest, NeedsNoThreadWhereThereIsNoWindow) {
+    ProgressControl control;
+    control.make_window = nullptr;
+    EXPECT_TRUE(StartProgress(&control));
+    EXPECT_FALSE(control.thread.Started());
+    EXPECT_EQ(1, SetProgressText(&control, 0, "nobody is told"));
+}
+
 TEST_F(ProgressThreadTest, EndsAfterItsFirstSleepWhenRunningIsClearedBeforeAMessageComes) {
     m_Control.running = true;
     m_OnDispatch = [&] { m_Control.running = false; };

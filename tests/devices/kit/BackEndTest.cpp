@@ -38,10 +38,13 @@ class Device final : public BackEnd {
         if (index == EXPOSURE_TIME) value = std::get<int>(value) / 10 * 10;
         return 0;
     }
-    void Start(FrameSink& sink, const Run&) override { m_Start(sink); }
+    void Start(FrameSink& sink, const Run& run) override {
+        m_Triggered = run.triggered;
+        m_Start(sink);
+    }
 
     std::function<void(FrameSink&)> m_Start = [](FrameSink&) {};
-    std::atomic<bool> m_Throw{false};
+    std::atomic<bool> m_Throw{false}, m_Triggered{false};
 };
 
 bool Black(std::span<std::uint8_t> memory) {
@@ -125,6 +128,7 @@ TEST_F(KitBackEnd, LostFramesAreHolesAndNumbersNeverGoBack) {
     ASSERT_TRUE(m_Host->WaitForFrames(4, kPatience));
     EXPECT_EQ(m_Host->Snapshot().image_numbers, (std::vector<unsigned>{0, 3, 4, 9}));
     EXPECT_EQ(m_Transport->GetDroppedFrames(), 2);
+    EXPECT_EQ(m_Host->Snapshot().returned, m_Host->Snapshot().taken) << "the record of the frame that failed, too";
     EXPECT_EQ(m_Transport->Stop(), 0);
 }
 
@@ -137,6 +141,40 @@ TEST_F(KitBackEnd, ASequenceEndsWithItsLastFrameWhateverItsMakerDoes) {
     RunOnce();
     EXPECT_EQ(given, 3);
     EXPECT_EQ(m_Host->Snapshot().image_numbers.size(), 3u);
+}
+
+TEST_F(KitBackEnd, TheHostSaysHowLongARunIsAndWhatStartsItsFrames) {
+    m_Device->m_Start = [&](FrameSink& sink) {
+        EXPECT_TRUE(m_Transport->SetStatusValue(0)) << "without an end, as before";
+        EXPECT_NE(sink.Give({}, Black), HandOver::kEnded);
+        EXPECT_TRUE(m_Transport->SetStatusValue(1)) << "the frame that was";
+        EXPECT_EQ(sink.Give({}, Black), HandOver::kEnded);
+    };
+    RunOnce();
+    EXPECT_FALSE(m_Device->m_Triggered);
+    EXPECT_TRUE(m_Transport->SetStatusValue(7) && !m_Transport->SetStatusValue(-1));
+    EXPECT_EQ(m_Transport->GetStatusValue(), 7);
+    std::promise<void> begun;
+    m_Device->m_Start = [&](FrameSink&) { begun.set_value(); };
+    for (const auto& [command, answer] : {std::pair("cam.arm", "OK"), {"cam.stop", "OK"}, {"cam.run", "ERR"}}) {
+        std::string reply;
+        EXPECT_TRUE(m_Host->Text(command, reply));
+        EXPECT_TRUE(reply.starts_with(answer)) << command << ": " << reply;
+        if (command == std::string("cam.arm")) begun.get_future().wait();
+    }
+    EXPECT_TRUE(m_Device->m_Triggered);
+}
+
+TEST_F(KitBackEnd, ARegionEndsAtTheEdgeOfTheSensor) {
+    ASSERT_EQ(m_Transport->Connect(), 0);
+    for (const auto& [pixels, origin, size] :
+         {std::tuple(H_ROI_PIXELS, H_ROI_ORIGIN, kSensor.width), {V_ROI_PIXELS, V_ROI_ORIGIN, kSensor.height}}) {
+        EXPECT_EQ(m_Host->Set(pixels, 2), 0);
+        EXPECT_EQ(m_Host->Set(pixels, size), 0);
+        EXPECT_EQ(m_Host->Set(origin, 1), 0);
+        EXPECT_EQ(m_Host->Set(pixels, size), kExceptionChange);
+        EXPECT_EQ(m_Host->Set(pixels, size - 1), 0);
+    }
 }
 
 TEST_F(KitBackEnd, ACameraThatVanishesIsReportedOnceAndComesBack) {

@@ -50,7 +50,7 @@ TEST(LayerSelectCamera, TakesNumbersAndSerialNumbers) {
         {" 0", "no camera"}};
     const auto others = Cameras({"A100", "B200", "C100", "c100"});
     for (const auto& [wanted, part] : bad) {
-        ExpectError([&] { select_camera(others, wanted); }, ErrorKind::no_camera, part);
+        ExpectError([&, name = wanted] { select_camera(others, name); }, ErrorKind::no_camera, part);
     }
     ExpectError([] { select_camera({}, "0"); }, ErrorKind::no_camera, "no camera found");
 }

@@ -121,6 +121,7 @@ TEST_F(KitBackEnd, LostFramesAreHolesAndNumbersNeverGoBack) {
         late.number = 1;
         sink.Give(late, Black);
         sink.Give({}, [](std::span<std::uint8_t>) { return false; });
+        sink.Give({}, [](std::span<std::uint8_t>) -> bool { throw std::runtime_error("no light"); });
         FrameFacts jump;
         jump.number = 9;
         sink.Give(jump, Black);

@@ -15,6 +15,7 @@ everything; faults whose file has changed since are planted anew.
 import argparse
 import collections
 import difflib
+import functools
 import json
 import multiprocessing
 import os
@@ -231,14 +232,26 @@ def try_fault(fault, folder, taken, all_programs):
     return result
 
 
+@functools.cache
+def included(file):
+    """The project's files that this one includes, directly or not, and itself."""
+    found = {file}
+    for name in re.findall(r'^#include "([^"]+)"', (ROOT / file).read_text(), re.M):
+        if name not in found and (ROOT / name).is_file():
+            found |= included(name)
+    return frozenset(found)
+
+
+@functools.cache
+def users():
+    """How many source files include each file: the same for everybody, whatever was built."""
+    listed = subprocess.run(["git", "ls-files", "*.cpp"], cwd=ROOT, capture_output=True, text=True, check=True).stdout
+    return collections.Counter(header for file in listed.split() for header in included(file))
+
+
 def few_users(folder):
     """Headers with code of their own that few files include: compiling those is as good as compiling one."""
-    users = collections.Counter()
-    listed = subprocess.run(["ninja", "-C", BUILD, "-t", "deps"], capture_output=True, text=True).stdout
-    for line in listed.splitlines():
-        if line.startswith(f"    {TREE}/{folder}/") and line.endswith(".h"):
-            users[os.path.relpath(line.strip(), TREE)] += 1
-    return [file for file, count in users.items() if count <= 3]
+    return [file for file, count in users().items() if file.endswith(".h") and os.path.dirname(file) == folder and count <= 3]
 
 
 def sources(folder):

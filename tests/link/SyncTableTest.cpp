@@ -209,6 +209,17 @@ TEST_F(SyncTableTest, AReadIsRepeatedThreeTimesUnlessTheIndexIsBad) {
     EXPECT_EQ(7, m_Value);
 }
 
+TEST_F(SyncTableTest, AReadThatIsCalledOffAnswersFalse) {
+    struct : ExchangeLock {
+        bool Cancelled() override { return m_Cancelled; }
+        bool m_Cancelled = false;
+    } lock;
+    SyncTable table(&m_Camera, "test", lock);
+    m_Camera.SetHandler([&](const Bytes&) { return lock.m_Cancelled = true, Bytes(); });
+    EXPECT_FALSE(table.Get(H_SIZE, &m_Value));
+    EXPECT_EQ(1, m_Camera.CountSent(GetRequest(H_SIZE)));
+}
+
 TEST_F(SyncTableTest, AWriteIsNotRepeatedAndItsTargetStays) {
     m_Camera.QueueReplies(2, ExceptionReply(0x11));
     for (const auto operation : {kSet, kSetBlock}) {
@@ -231,7 +242,7 @@ TEST_F(SyncTableTest, SlowBytesAreCollected) {
 // On purpose: the argument length goes out as its low byte alone. A first word that equals the target keeps a block
 // back.
 TEST_F(SyncTableTest, BlocksTakeTheirDataFromOffsetTenOrAreNotSent) {
-    for (const std::size_t size : {0u, 3u, 246u, 251u, 252u, 300u, 5000u}) {
+    for (const std::size_t size : {0u, 3u, 246u, 251u, 252u, 300u, 5000u, 0xFFFFu - 7}) {
         const auto byte = [](std::size_t value) { return static_cast<unsigned char>(value); };
         m_Camera.ForgetSent();
         m_Camera.QueueReply(SetReply());

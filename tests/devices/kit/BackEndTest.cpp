@@ -101,6 +101,9 @@ TEST_F(KitBackEnd, WhatItThrowsIsARefusalAndTheCameraGoesOn) {
     EXPECT_EQ(m_Host->Set(EXPOSURE_TIME, 5007), 0);
     EXPECT_TRUE(m_Host->Get(EXPOSURE_TIME, exposure));
     EXPECT_EQ(exposure, 5000) << "what the camera made of it";
+    EXPECT_EQ(m_Host->Set(CAMERA_RESET, 1), 0);
+    EXPECT_TRUE(m_Host->Get(EXPOSURE_TIME, exposure));
+    EXPECT_NE(exposure, 5000) << "as it was switched on";
     m_Device->m_Start = [](FrameSink&) { throw std::runtime_error("no frames"); };
     RunOnce();
 }

@@ -208,6 +208,7 @@ TEST_F(KitBackEnd, ACameraThatVanishesIsReportedOnceAndComesBack) {
     m_Transport->Disconnect();
     const int second = m_Bus.Add(std::make_unique<Device>());
     EXPECT_TRUE(m_Bus.ChangePlug(second, false)) << "its reports are waited for";
+    for (const int camera : {second, 77, -1}) EXPECT_FALSE(m_Bus.CreateTransport(camera)) << camera;
     EXPECT_EQ(reports, (std::deque<std::pair<int, int>>{{ICAMERA_INTERFACE_EVENT_ID_DISCONNECT, 0},
                                                         {ICAMERA_INTERFACE_EVENT_ID_CONNECT, second},
                                                         {ICAMERA_INTERFACE_EVENT_ID_DISCONNECT, second}}));

@@ -79,6 +79,6 @@ for target in "${targets[@]}"; do
     llvm-profdata-14 merge -sparse -o "$profile" "$profile.raw"
     echo "$target"
     llvm-cov-14 export -summary-only -instr-profile="$profile" "$program" |
-        python3 scripts/fuzz-coverage.py $(cat "$kept/fuzz/about/$target")
+        /usr/bin/python3 scripts/fuzz-coverage.py $(cat "$kept/fuzz/about/$target")
 done
 [ "$seconds" -eq 0 ] || [ "$findings_before" -eq "$(awk -F, '{ n += $8 } END { print n + 0 }' $runs)" ]

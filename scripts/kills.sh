@@ -7,4 +7,4 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 scripts/setup.sh build
 build_preset linux zelcam slow_disk edt_camera_link pleora_ebus zel_usb
-python3 tests/tools/zelcam/disk/check_disk.py build/linux/bin "${1:-1000}" "${2:-1}"
+/usr/bin/python3 tests/tools/zelcam/disk/check_disk.py build/linux/bin "${1:-1000}" "${2:-1}"

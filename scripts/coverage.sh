@@ -20,7 +20,7 @@ scripts/setup.sh build long
 
 programs=(link_tests camera_tests image_pool_tests post_processing_tests kernel_test util_file_tests progress_tests
           tapbalance_tests tapbalance_log_tests sdk_tests kit_tests sim_tests session_tests system_tests leak_tests
-          lifetime_tests layer_camera_tests layer_plugins_tests)
+          lifetime_tests layer_camera_tests layer_plugins_tests fuzz_kernels fuzz_frame)
 folders=(sdk link camera image tapbalance util kernels devices/kit)
 bin=$PWD/build/linux-coverage/bin
 out=$PWD/build/coverage
@@ -35,7 +35,14 @@ if [ -n "$run" ]; then
         path=$(path_of "$program")
         (
             cd "$(dirname "$path")"
-            XDG_DATA_HOME=$out/home LLVM_PROFILE_FILE=$out/raw/$program-%p-%m.profraw run_quietly "$out/$program.log" "$path"
+            # As many random inputs as ctest has.
+            case $program in
+            fuzz_kernels) arguments=(--random 60000) ;;
+            fuzz_*) arguments=(--random 1000) ;;
+            *) arguments=() ;;
+            esac
+            XDG_DATA_HOME=$out/home LLVM_PROFILE_FILE=$out/raw/$program-%p-%m.profraw \
+                run_quietly "$out/$program.log" "$path" "${arguments[@]}"
         )
     done
     tool profdata merge -sparse "$out"/raw/*.profraw -o "$out/all.profdata"

@@ -10,7 +10,7 @@ tells the tests that failed. A fault that does not compile is replaced by anothe
 each in a copy of its own.
 
 It goes on where it was stopped. build/mutation/survivors.txt has what no test caught, build/mutation/results-SEED.jsonl
-everything; faults whose file has changed since are planted anew.
+everything; faults that survived, or whose file has changed since, are planted anew.
 """
 import argparse
 import collections
@@ -339,7 +339,8 @@ def main():
     taken = times(folders)
 
     kept = HOME / f"results-{options.seed}{'-all' if options.all else ''}.jsonl"
-    known = {row["diff"]: row for row in map(json.loads, kept.read_text().splitlines())} if kept.exists() else {}
+    rows = map(json.loads, kept.read_text().splitlines()) if kept.exists() else []
+    known = {row["diff"]: row for row in rows if row.get("caught") or not row["planted"]}
     shares = [options.count * (index + 1) // len(folders) - options.count * index // len(folders) for index in range(len(folders))]
     numbers = multiprocessing.Queue()
     for number in range(options.jobs):

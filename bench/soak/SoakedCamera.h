@@ -251,7 +251,7 @@ class SoakedCamera : public Watched {
         }
         // One of the network is switched off by somebody else, at any moment.
         const bool gone = !simulated.Tells() && !frame && frame.no_frame().reason() == Reason::link_lost;
-        if (!gone && (different.size() != records || held.size() != records)) {
+        if (different.size() != held.size() || (!gone && held.size() != records)) {
             m_Counts.Add(kMissingRecords);
             const SentFrames sent = simulated.Sent().Since(before);
             std::printf("RECORDS: %s has %zu of %zu, %zu different ones, delivered %llu no-buffer %llu: %s\n",

@@ -197,8 +197,11 @@ class Campaign {
             }
         }
         const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
-        if (injected == 0 && m_Options.at > 0) std::printf("no such moment\n");
-        if (injected == 0) return m_Options.at > 0 ? 1 : 0;
+        if (injected == 0 && m_Options.at > 0) {
+            std::printf("no such moment\n");
+            return 1;
+        }
+        if (injected == 0) return unsound;
         std::printf("%-12s %-18s injected %5d  survived %5d  longest call %7.1f s (%s)  took %.1f s\n", m_Link.name,
                     kind.name, injected, survived, slowest.milliseconds / 1000.0, slowest.call, took.count());
         std::fflush(stdout);

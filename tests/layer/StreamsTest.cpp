@@ -1,6 +1,7 @@
 // Frames of running cameras, and the reasons why there are none.
 #include <gmock/gmock.h>
 
+#include <ranges>
 #include <sstream>
 
 #include "tests/layer/LayerFixture.h"
@@ -89,6 +90,8 @@ TEST_F(LayerStreams, ASequenceHasTheFramesThatWereAskedFor) {
     while (FrameResult result = camera->wait_frame(kLong)) EXPECT_EQ(result->number(), number++);
     EXPECT_THAT(number, testing::AnyOf(7u, 6u));
 }
+
+static_assert(std::ranges::input_range<FrameStream> && std::ranges::viewable_range<FrameStream>);
 
 TEST_F(LayerStreams, ARangeStartsAndStopsAndMayLoseItsFrames) {
     Opened();

@@ -96,8 +96,14 @@ void ChildProcess::State::Start(const std::wstring& program, std::wstring line) 
     start.hStdOutput = write_end.Get();
     start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
     PROCESS_INFORMATION made{};
-    if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr, nullptr,
-                        &start, &made)) {
+    // Wine on a busy machine now and then gives up a process that it could have started, and says so with this error.
+    constexpr int kTries = 4;
+    BOOL started = FALSE;
+    for (int i = 0; i < kTries && !started && (i == 0 || GetLastError() == ERROR_INTERNAL_ERROR); ++i) {
+        started = CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr,
+                                 nullptr, &start, &made);
+    }
+    if (!started) {
         output.Close();
         return;
     }

@@ -10,6 +10,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 
 #include "platform/ChildProcess.h"
@@ -100,7 +101,8 @@ inline int System(const std::string& line) {
     zel::platform::ProcessEnd end;
     for (int i = 0; i < kTries && (i == 0 || end.code == kNotFound); ++i) {
         zel::platform::ChildProcess shell(zel::platform::ShellLine{line});
-        if (!shell.Started() || !shell.Wait(kHangMs, end)) return kHungCode;
+        if (!shell.Started()) throw std::runtime_error("the system's shell can't be started");
+        if (!shell.Wait(kHangMs, end)) return kHungCode;
     }
     return end.code;
 }

@@ -115,6 +115,9 @@ TEST_F(CalibrationTest, TheGainIsReadWithTablesThatAreLoadedLater) {
         EXPECT_TRUE(readings == 0 ? m_Camera->Open() : m_Camera->TapBalanceLoadDataFromCamera());
         EXPECT_EQ(m_Transport.CountSent(GetRequest(VGA_GAIN)), readings);
     }
+    int rows = 0;
+    EXPECT_TRUE(m_Camera->TapBalanceGetTableConfig(&rows, nullptr));
+    EXPECT_EQ(rows, 24) << "the table that came last stays selected";
 }
 
 // As they are made: laid out, filled row by row, and in the camera once they are written.

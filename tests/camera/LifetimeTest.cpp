@@ -151,6 +151,7 @@ TEST_F(LifetimeTest, CloseEndsAConnectionToASilentCamera) {
         std::thread closing([&] { EXPECT_TRUE(camera.Close()); });
         while (camera.FreeScratchBuffers()) std::this_thread::yield();  // refused once the close has begun
         EXPECT_EQ(camera.GetLastError(), ZEL_ERROR_CAMERA_COMM_FAILURE);
+        EXPECT_FALSE(camera.TapBalanceGetTableConfig(nullptr, nullptr));
         transport.m_Halt.GoOn();
         opening.join();
         closing.join();

@@ -26,6 +26,7 @@ TEST(RegionTest, OfAFourByThreeFrame) {
         Words content;
     } rows[] = {{kFullSize, {2, 1, 2, 1, 1, 1}, true, 2, 1, 12, {6, 7}},
                 {kFullSize, {3, 0, 2, 3, 1, 1}, false, 4, 3, 12, Counting(12)},  // beyond the right
+                {kFullSize, {0, 1, 4, 0, 1, 1}, true, 4, 0, 12, {}},             // no rows
                 {kFullSize, {3, 2, 0u - 1, 0u - 1, 1, 1}, true, 4, 3, 12, Counting(12)},
                 {kBySize, {1, 1, 2, 2, 1, 1}, true, 2, 2, 4, {5, 6, 9, 10}},
                 {kBySize, {0, 1, 4, 1, 1, 1}, false, 4, 3, 12, Counting(12)},  // the frame's width

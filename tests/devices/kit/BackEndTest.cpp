@@ -115,6 +115,17 @@ TEST_F(KitBackEnd, AValueOfAnotherTypeTravelsAsNothing) {
     EXPECT_EQ(m_Host->Request(SYNC_TABLE_CMD_GET, SENSOR_TEMP).exception, kExceptionBadIndex);
 }
 
+TEST_F(KitBackEnd, DatagramsAreReadWholeHoweverLongTheyAre) {
+    ASSERT_EQ(m_Transport->Connect(), 0);
+    std::vector<std::uint8_t> data(300);
+    data[0] = 0x88;
+    data[1] = 0x13;
+    EXPECT_EQ(m_Host->Request(SYNC_TABLE_CMD_SET, EXPOSURE_TIME, data).exception, 0);
+    int exposure = 0;
+    EXPECT_TRUE(m_Host->Get(EXPOSURE_TIME, exposure));
+    EXPECT_EQ(exposure, 0x1388);
+}
+
 TEST_F(KitBackEnd, LostFramesAreHolesAndNumbersNeverGoBack) {
     m_Device->m_Start = [](FrameSink& sink) {
         sink.Give({}, Black);
@@ -145,6 +156,53 @@ TEST_F(KitBackEnd, ASequenceEndsWithItsLastFrameWhateverItsMakerDoes) {
     RunOnce();
     EXPECT_EQ(given, 3);
     EXPECT_EQ(m_Host->Snapshot().image_numbers.size(), 3u);
+}
+
+// A camera whose host does something at the moment in which a start has begun.
+class StartMeeting final : public Camera {
+  public:
+    using Camera::Camera;
+    void Passing(Operation operation) override {
+        if (operation == Operation::kStart) m_Meanwhile();
+    }
+    std::function<void()> m_Meanwhile;
+};
+
+TEST_F(KitBackEnd, AStartThatAStopMeetsHasFailed) {
+    auto camera = std::make_unique<StartMeeting>(std::make_unique<Device>());
+    std::function<void()>& meanwhile = camera->m_Meanwhile;
+    ICameraInterface* const transport = m_Bus.CreateTransport(m_Bus.AddCamera(std::move(camera)));
+    zelcam::check::HostCamera host(*transport);
+    transport->SetCameraCommon(&host);
+    ASSERT_EQ(transport->Connect(), 0);
+    meanwhile = [&] { EXPECT_EQ(transport->Stop(), 0); };
+    EXPECT_EQ(transport->Start(), ZEL_ERROR_CAMERA_COMM_FAILURE);
+    meanwhile = [] {};
+    EXPECT_EQ(transport->Start(), 0);
+    m_Bus.DestroyTransport(transport);
+}
+
+// A report that is on its way may be about to use it.
+TEST_F(KitBackEnd, DestroyingATransportWaitsForReports) {
+    static std::function<void()> s_Reported;
+    std::thread destroying;
+    std::atomic<bool> destroyed{false};
+    s_Reported = [&] {
+        destroying = std::thread([&] {
+            m_Bus.DestroyTransport(m_Transport);
+            destroyed = true;
+        });
+        const ICameraInterface* next = m_Transport;
+        while (next == m_Transport) next = m_Bus.CreateTransport(0);  // the old one has left its place
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));   // in which nothing may happen
+        EXPECT_FALSE(destroyed);
+    };
+    const int second = m_Bus.Add(std::make_unique<Device>());
+    m_Bus.SetConnectionCallback([](int, int, int) { s_Reported(); }, 0);
+    EXPECT_TRUE(m_Bus.ChangePlug(second, false));
+    destroying.join();
+    m_Bus.SetConnectionCallback(nullptr, 0);
+    m_Transport = m_Bus.CreateTransport(0);
 }
 
 TEST_F(KitBackEnd, TheHostSaysHowLongARunIsAndWhatStartsItsFrames) {

@@ -9,7 +9,11 @@
 set -uo pipefail
 output=$(mktemp) || exit 1
 trap 'rm -f "$output"' EXIT
-wine "$@" <&0 >"$output" 2>&1 &
+# The 64-bit loader itself: `wine` is the 32-bit one, which leaves a 64-bit program to a process of its own, and that one
+# now and then can't be started on a busy machine.
+loader=wine
+[ "${WINEARCH:-}" != win64 ] || [ ! -x /usr/lib/wine/wine64 ] || loader=/usr/lib/wine/wine64
+$loader "$@" <&0 >"$output" 2>&1 &
 program=$!
 tail -n +1 -f -s 0.1 --pid="$program" "$output"
 wait "$program"

@@ -2,11 +2,8 @@
 // of it replaced. What is taken is a table of a legal shape that comes back the same from its own text, and lookup
 // tables can be made of it.
 #include <cmath>
-#include <cstdint>
-#include <string>
 
 #include "calibration/TableText.h"
-#include "fuzz/FuzzCheck.h"
 #include "fuzz/Input.h"
 #include "tapbalance/LookupTables.h"
 #include "tests/tapbalance/ScriptedFlash.h"

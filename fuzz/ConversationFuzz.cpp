@@ -1,12 +1,9 @@
 // What a host may send to a camera that is made with the kit: datagrams that are whole but for what the input says, and
 // such that are not. Every answer must be one that a host can take apart, and the region stays on the sensor.
-#include <cstdint>
 #include <memory>
-#include <vector>
 
 #include "devices/kit/Camera.h"
 #include "devices/kit/Wire.h"
-#include "fuzz/FuzzCheck.h"
 #include "fuzz/Input.h"
 #include "tests/support/Datagrams.h"
 
@@ -30,24 +27,14 @@ class Device final : public kit::BackEnd {
 
 Bytes NextDatagram(fuzz::Input& input) {
     constexpr const char* kBeginnings[] = {"info", "name ", "trig sw ", "trig cl ", "trig a ", "cam.", "arm", ""};
-    switch (input.Below(6)) {
-        case 0: {
-            const auto bytes = input.Bytes();
-            return Bytes(bytes.begin(), bytes.end());
-        }
-        case 1:
-            return GetRequest(input.Number());
-        case 2:
-            return TableRequest(SYNC_TABLE_CMD_SET, static_cast<int>(input.Below(90)), LittleEndian(input.Number()));
-        case 3:
-            return TextRequest(kBeginnings[input.Below(8)] + std::string(input.Text()) + "\r\n");
-        case 4:
-            return TableRequest(77 + static_cast<int>(input.Below(7)), input.Number());
-        default: {
-            const auto data = input.Bytes();
-            return TableRequest(SYNC_TABLE_CMD_SET, static_cast<int>(input.Below(90)), Bytes(data.begin(), data.end()));
-        }
-    }
+    const unsigned kind = input.Below(6);
+    if (kind == 0) return AsBytes(input.Bytes());
+    if (kind == 1) return GetRequest(input.Number());
+    if (kind == 3) return TextRequest(kBeginnings[input.Below(8)] + std::string(input.Text()) + "\r\n");
+    if (kind == 4) return TableRequest(77 + static_cast<int>(input.Below(7)), input.Number());
+    // Written, whatever an entry holds: a number, or any bytes.
+    const Bytes data = kind == 2 ? LittleEndian(input.Number()) : AsBytes(input.Bytes());
+    return TableRequest(SYNC_TABLE_CMD_SET, static_cast<int>(input.Below(90)), data);
 }
 
 // One datagram of the answer; how long it is.

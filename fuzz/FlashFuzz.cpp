@@ -1,11 +1,7 @@
 // A camera's calibration flash whose content and answers are those of a good one but for what the input changes, and
 // everything that TapBalance does with it: directory, rows, files, writing.
-#include <cstdint>
-#include <string>
-#include <vector>
 
 #include "calibration/TableText.h"
-#include "fuzz/FuzzCheck.h"
 #include "fuzz/Input.h"
 #include "fuzz/StandIns.h"
 #include "tapbalance/TapBalance.h"
@@ -42,62 +38,25 @@ void Correct(TapBalance& tables, unsigned choice) {
 
 void Do(TapBalance& tables, fuzz::Input& input) {
     constexpr float kGains[] = {1.0f, 0.9f, 2.5f, 1.1f};
-    switch (input.Below(18)) {
-        case 0:
-            tables.LoadDataFromCamera();
-            return;
-        case 1:
-            tables.SelectTable(static_cast<int>(input.Below(4)) - 1);
-            return;
-        case 2:
-            Rows(tables, input.Number());
-            return;
-        case 3:
-            tables.LoadDataTableFromCamera(static_cast<int>(input.Below(4)) - 1);
-            return;
-        case 4:
-            tables.CheckDownload();
-            return;
-        case 5:
-            Correct(tables, input.Byte());
-            return;
-        case 6:
-            tables.SetTableConfig(static_cast<int>(input.Below(3)), input.Number(), 2 + input.Number() % 3);
-            return;
-        case 7:
-            tables.SetTableData(input.Number(), static_cast<float>(input.Number()), kGains);
-            return;
-        case 8:
-            tables.WriteTableConfigToCamera();
-            return;
-        case 9:
-            tables.WriteDataToCamera();
-            return;
-        case 10:
-            tables.FlashTest();
-            return;
-        case 11:
-            tables.ForgetFlash();
-            return;
-        case 12:
-            tables.SetBitsPerPixel(static_cast<int>(input.Below(12)));
-            return;
-        case 13:
-            tables.SetGain(static_cast<float>(input.Number()));
-            return;
-        case 14:
-            tables.LoadDataFromFile(kFile, input.Below(2));
-            return;
-        case 15:
-            tables.LoadCacheFiles();
-            return;
-        case 16:
-            tables.WriteDataToFile();
-            return;
-        case 17:
-            tables.LoadDataFromMasterFile(kFile);
-            return;
-    }
+    const unsigned kind = input.Below(18);
+    if (kind == 0) tables.LoadDataFromCamera();
+    if (kind == 1) tables.SelectTable(static_cast<int>(input.Below(4)) - 1);
+    if (kind == 2) Rows(tables, input.Number());
+    if (kind == 3) tables.LoadDataTableFromCamera(static_cast<int>(input.Below(4)) - 1);
+    if (kind == 4) tables.CheckDownload();
+    if (kind == 5) Correct(tables, input.Byte());
+    if (kind == 6) tables.SetTableConfig(static_cast<int>(input.Below(3)), input.Number(), 2 + input.Number() % 3);
+    if (kind == 7) tables.SetTableData(input.Number(), static_cast<float>(input.Number()), kGains);
+    if (kind == 8) tables.WriteTableConfigToCamera();
+    if (kind == 9) tables.WriteDataToCamera();
+    if (kind == 10) tables.FlashTest();
+    if (kind == 11) tables.ForgetFlash();
+    if (kind == 12) tables.SetBitsPerPixel(static_cast<int>(input.Below(12)));
+    if (kind == 13) tables.SetGain(static_cast<float>(input.Number()));
+    if (kind == 14) tables.LoadDataFromFile(kFile, input.Below(2));
+    if (kind == 15) tables.LoadCacheFiles();
+    if (kind == 16) tables.WriteDataToFile();
+    if (kind == 17) tables.LoadDataFromMasterFile(kFile);
 }
 
 }  // namespace

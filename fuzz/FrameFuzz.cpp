@@ -1,11 +1,8 @@
 // Frames of every geometry, honest and lying, through the whole post-processing with every setting: with the fastest
 // kernels and with the plain ones, which must come to the same. No buffer has a byte too many, see ExactPages.cpp.
-#include <algorithm>
 #include <cstring>
-#include <vector>
 
 #include "fuzz/Choices.h"
-#include "fuzz/FuzzCheck.h"
 #include "image/FrameSamples.h"
 #include "image/ZelCameraControlImpl.h"
 #include "kernels/Kernels.h"

@@ -1,14 +1,9 @@
 // What comes from a camera of the network before anybody has looked at it: names of pixel formats, packed samples,
 // numbers of frames, and the figures that a link's rate is shared out by.
-#include <algorithm>
-#include <cstdint>
-#include <string>
-#include <vector>
 
 #include "devices/gige/BlockIds.h"
 #include "devices/gige/LinkShares.h"
 #include "devices/gige/PixelFormats.h"
-#include "fuzz/FuzzCheck.h"
 #include "fuzz/Input.h"
 
 using namespace zel;
@@ -61,19 +56,7 @@ void Shares(fuzz::Input& input) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Input input(data, size);
-    switch (input.Below(4)) {
-        case 0:
-            Formats(input);
-            break;
-        case 1:
-            Samples(input);
-            break;
-        case 2:
-            Numbers(input);
-            break;
-        case 3:
-            Shares(input);
-            break;
-    }
+    constexpr decltype(&Formats) kGroups[] = {Formats, Samples, Numbers, Shares};
+    kGroups[input.Below(4)](input);
     return 0;
 }

@@ -1,4 +1,5 @@
-// What a target reads out of its input, piece by piece; behind the end everything is 0 or empty.
+// What a target reads out of its input, piece by piece; behind the end everything is 0 or empty. And what every target
+// checks with.
 #ifndef FUZZ_INPUT_H
 #define FUZZ_INPUT_H
 
@@ -6,7 +7,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
+
+#include "fuzz/FuzzCheck.h"
 
 namespace zel::fuzz {
 

@@ -1,12 +1,9 @@
 // Every kernel of every variant against the scalar ones one after the other, on rows that end or begin at a page that
 // nobody may touch. The first bytes choose kernel, variant, sizes and settings; the samples follow from the rest.
-#include <algorithm>
 #include <cstring>
 #include <memory>
-#include <vector>
 
 #include "fuzz/Choices.h"
-#include "fuzz/FuzzCheck.h"
 #include "kernels/Kernels.h"
 #include "tests/support/GuardPages.h"
 

@@ -3,11 +3,7 @@
 #include <lodepng.h>
 #include <tiffio.h>
 
-#include <algorithm>
-#include <vector>
-
 #include "fuzz/Choices.h"
-#include "fuzz/FuzzCheck.h"
 #include "fuzz/FuzzFile.h"
 #include "include/ZelImage.h"
 #include "util/PngWriter.h"

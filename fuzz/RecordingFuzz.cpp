@@ -3,11 +3,7 @@
 // written.
 #include <tiffio.h>
 
-#include <algorithm>
-#include <vector>
-
 #include "fuzz/Choices.h"
-#include "fuzz/FuzzCheck.h"
 #include "fuzz/FuzzFile.h"
 #include "record/RecordingReader.h"
 #include "record/RecordingWriter.h"

@@ -2,14 +2,10 @@
 // are null or shared, exports left out, events for cameras that are none. The SDK searches, is asked, and closes; every
 // transport that was made is destroyed once.
 #include <array>
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <set>
-#include <string>
-#include <vector>
 
-#include "fuzz/FuzzCheck.h"
 #include "fuzz/Input.h"
 #include "fuzz/StandIns.h"
 #include "include/ZelCamera.h"
@@ -101,29 +97,16 @@ void Ask(ZelSDK& sdk, int number) {
 
 void Do(ZelSDK& sdk, fuzz::Input& input) {
     Library& library = s_Libraries[input.Below(kLibraries)];
-    switch (input.Below(6)) {
-        case 0:
-            FuzzCheck(sdk.GetNumberOfCameras() <= 8);
-            return;
-        case 1:
-            library.count = input.Number();
-            return;
-        case 2:
-            library.null_transports = input.Byte();
-            return;
-        case 3:
-            Ask(sdk, input.Number());
-            return;
-        case 4: {
-            const int context = input.Below(4) ? library.context : input.Number();
-            if (library.callback) library.callback(static_cast<int>(input.Below(4)), input.Number(), context);
-            return;
-        }
-        case 5:
-            sdk.Close();
-            FuzzCheck(sdk.Open());
-            return;
+    const unsigned kind = input.Below(6);
+    if (kind == 0) FuzzCheck(sdk.GetNumberOfCameras() <= 8);
+    if (kind == 1) library.count = input.Number();
+    if (kind == 2) library.null_transports = input.Byte();
+    if (kind == 3) Ask(sdk, input.Number());
+    if (kind == 4) {
+        const int context = input.Below(4) ? library.context : input.Number();
+        if (library.callback) library.callback(static_cast<int>(input.Below(4)), input.Number(), context);
     }
+    if (kind == 5) FuzzCheck(sdk.Close() && sdk.Open());
 }
 
 }  // namespace

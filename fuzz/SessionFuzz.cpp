@@ -1,12 +1,7 @@
 // A whole session with a camera whose every answer the input may change: connect, all parameters, start, frames,
 // triggers, stop, close, in any order. Nothing waits, no operation takes longer than its budget.
-#include <algorithm>
-#include <cstdint>
-#include <string>
-#include <vector>
 
 #include "camera/ZelCameraControl.h"
-#include "fuzz/FuzzCheck.h"
 #include "fuzz/Input.h"
 #include "fuzz/StandIns.h"
 #include "tests/support/TableCamera.h"
@@ -37,8 +32,7 @@ struct Camera {
         for (unsigned i = input.Below(16); i > 0; --i) {
             const int index = static_cast<int>(input.Below(SYNC_TABLE_SELECT_MAX));
             if (!SyncTableIsBlock(index)) table.m_Values[index] = Sensible(index, input.Number());
-            if (const auto block = input.Bytes(); SyncTableIsBlock(index))
-                table.m_Blocks[index].assign(block.begin(), block.end());
+            if (const Bytes block = AsBytes(input.Bytes()); SyncTableIsBlock(index)) table.m_Blocks[index] = block;
         }
         faults = fuzz::Input(input.Bytes());
         transport.SetHandler([this](const Bytes& datagram) { return Answer(datagram); });
@@ -52,24 +46,15 @@ struct Camera {
         if (table.m_Values[CALC_STATE] == 1) table.m_Values[CALC_STATE] = 2;
         const unsigned fault = faults.Byte();
         if (fault < 0x80) return answer;
-        switch (fault % 8) {
-            case 0:
-                return {};
-            case 1:
-                answer.resize(std::min<std::size_t>(answer.size(), faults.Byte()));
-                return answer;
-            case 2:
-                return ExceptionReply(static_cast<int>(faults.Byte()));
-            case 3: {
-                const auto bytes = faults.Bytes();
-                return Bytes(bytes.begin(), bytes.end());
-            }
-            case 4:
-                return answer + answer;
-            default:
-                if (!answer.empty()) answer[faults.Byte() % answer.size()] = static_cast<unsigned char>(faults.Byte());
-                return answer;
-        }
+        const unsigned kind = fault % 8;
+        if (kind == 0) answer.clear();
+        if (kind == 1) answer.resize(std::min<std::size_t>(answer.size(), faults.Byte()));
+        if (kind == 2) return ExceptionReply(static_cast<int>(faults.Byte()));
+        if (kind == 3) return AsBytes(faults.Bytes());
+        if (kind == 4) return answer + answer;
+        if (kind > 4 && !answer.empty())
+            answer[faults.Byte() % answer.size()] = static_cast<unsigned char>(faults.Byte());
+        return answer;
     }
 
     FakeClock clock;
@@ -133,38 +118,21 @@ void Service(ZelCameraControl& camera, fuzz::Input& input) {
     std::vector<unsigned char> bytes(input.Below(16));
     float gains[kMostTaps] = {1.0f, 1.0f, 1.0f, 1.0f};
     float level = 0;
-    const int number = static_cast<int>(input.Below(8));
-    switch (number) {
-        case 0:
-            camera.TapBalanceEnable(input.Below(2));
-            return;
-        case 1:
-            camera.TapBalanceGetTableConfig(nullptr, nullptr);
-            camera.TapBalanceGetTableData(1, &level, gains);
-            return;
-        case 2:
-            camera.TapBalanceSelectTable(number);
-            camera.TapBalanceLoadDataFromCamera();
-            return;
-        case 3:
-            camera.TapBalanceSetTableConfig(0, 4, 4);
-            camera.TapBalanceSetTableData(0, 12.0f, gains);
-            return;
-        case 4:
-            camera.SendData(bytes.data(), static_cast<int>(bytes.size()));
-            return;
-        case 5:
-            camera.RecvData(bytes.data(), static_cast<int>(bytes.size()), 100);
-            return;
-        case 6:
-            camera.SetImageAveraging(static_cast<int>(input.Below(4)), 0);
-            camera.IsMonochrome();
-            return;
-        case 7:
-            camera.SetScratchpadCallback(&Scratchpad, nullptr);
-            camera.ConcatenateScratchpadTransform(input.Number(), 0);
-            return;
-    }
+    const auto count = static_cast<int>(bytes.size());
+    const unsigned kind = input.Below(8);
+    if (kind == 0) camera.TapBalanceEnable(input.Below(2));
+    if (kind == 1) camera.TapBalanceGetTableConfig(nullptr, nullptr);
+    if (kind == 1) camera.TapBalanceGetTableData(1, &level, gains);
+    if (kind == 2) camera.TapBalanceSelectTable(2);
+    if (kind == 2) camera.TapBalanceLoadDataFromCamera();
+    if (kind == 3) camera.TapBalanceSetTableConfig(0, 4, 4);
+    if (kind == 3) camera.TapBalanceSetTableData(0, 12.0f, gains);
+    if (kind == 4) camera.SendData(bytes.data(), count);
+    if (kind == 5) camera.RecvData(bytes.data(), count, 100);
+    if (kind == 6) camera.SetImageAveraging(static_cast<int>(input.Below(4)), 0);
+    if (kind == 6) camera.IsMonochrome();
+    if (kind == 7) camera.SetScratchpadCallback(&Scratchpad, nullptr);
+    if (kind == 7) camera.ConcatenateScratchpadTransform(input.Number(), 0);
 }
 
 // What a transport may ask beside its frames.
@@ -178,62 +146,27 @@ void Common(IZelCameraCommon& common, fuzz::Input& input) {
 }
 
 void Do(ZelCameraControl& control, ZelColorCamera& camera, Camera& device, fuzz::Input& input, unsigned number) {
-    switch (input.Below(18)) {
-        case 0:
-            camera.Open();
-            return;
-        case 1:
-            camera.Close();
-            return;
-        case 2:
-            camera.Start(static_cast<int>(input.Below(4)));
-            return;
-        case 3:
-            camera.Stop();
-            return;
-        case 4:
-        case 5:
-            Parameters(camera, input);
-            return;
-        case 6:
-        case 7:
-            Deliver(device.transport, number);
-            return;
-        case 8:
-            Take(camera, input.Byte());
-            return;
-        case 9:
-            camera.StartTriggerAcquisition();
-            return;
-        case 10:
-            camera.SoftwareTrigger();
-            camera.StopTriggerAcquisition(static_cast<int>(input.Below(2)));
-            return;
-        case 11:
-            camera.SetTextCommand(std::string(input.Text()).c_str());
-            return;
-        case 12:
-            Color(camera, input);
-            return;
-        case 13:
-            camera.SetCameraName(std::string(input.Text()).c_str());
-            FuzzCheck(camera.GetCameraName() != nullptr);
-            return;
-        case 14:
-            device.transport.EmitEvent(input.Below(12), input.Number());
-            return;
-        case 16:
-            Service(control, input);
-            return;
-        case 17:
-            Common(control, input);
-            return;
-        case 15:
-            camera.ResetCamera();
-            camera.SetExposureToDefault();
-            camera.FreeAllPendingImages();
-            return;
-    }
+    const unsigned kind = input.Below(18);
+    if (kind == 0) camera.Open();
+    if (kind == 1) camera.Close();
+    if (kind == 2) camera.Start(static_cast<int>(input.Below(4)));
+    if (kind == 3) camera.Stop();
+    if (kind == 4 || kind == 5) Parameters(camera, input);
+    if (kind == 6 || kind == 7) Deliver(device.transport, number);
+    if (kind == 8) Take(camera, input.Byte());
+    if (kind == 9) camera.StartTriggerAcquisition();
+    if (kind == 10) camera.SoftwareTrigger();
+    if (kind == 10) camera.StopTriggerAcquisition(static_cast<int>(input.Below(2)));
+    if (kind == 11) camera.SetTextCommand(std::string(input.Text()).c_str());
+    if (kind == 12) Color(camera, input);
+    if (kind == 13) camera.SetCameraName(std::string(input.Text()).c_str());
+    if (kind == 13) FuzzCheck(camera.GetCameraName() != nullptr);
+    if (kind == 14) device.transport.EmitEvent(input.Below(12), input.Number());
+    if (kind == 15) camera.ResetCamera();
+    if (kind == 15) camera.SetExposureToDefault();
+    if (kind == 15) camera.FreeAllPendingImages();
+    if (kind == 16) Service(control, input);
+    if (kind == 17) Common(control, input);
 }
 
 }  // namespace

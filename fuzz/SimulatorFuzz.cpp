@@ -1,12 +1,9 @@
 // What the user tells the simulated cameras: values of ZEL_SIM_... variables, the script of faults, commands of the
 // control interface; and what a host may send to one of them while its link fails.
-#include <cstdint>
 #include <map>
-#include <string>
 
 #include "devices/sim/link/SimCommands.h"
 #include "devices/sim/link/SimPlugin.h"
-#include "fuzz/FuzzCheck.h"
 #include "fuzz/Input.h"
 #include "tests/support/Datagrams.h"
 

@@ -1,11 +1,7 @@
 // Replies of any kind to the operations of SyncTable. The first byte chooses delivery and log, the second how many
 // operations there are; two bytes for each of them, operation and entry, follow; the rest is the reply stream.
-#include <algorithm>
-#include <cstdint>
 #include <cstring>
-#include <vector>
 
-#include "fuzz/FuzzCheck.h"
 #include "fuzz/Input.h"
 #include "fuzz/StandIns.h"
 #include "link/SyncTable.h"
@@ -44,30 +40,15 @@ void CheckAttributes(SyncTable& table, const ScriptedTransport& camera, int inde
 void Do(SyncTable& table, const ScriptedTransport& camera, unsigned operation, int index) {
     const SyncTableAttributes own = MakeAttributes(index, "own", 0, static_cast<int>(operation), 0);
     const Bytes block(20, 0x42);
-    switch (operation % 8) {
-        case 0:
-            return CheckGet(table, index);
-        case 1:
-            return CheckAttributes(table, camera, index);
-        case 2:
-            table.Set(index, static_cast<int>(operation));
-            return;
-        case 3:
-            table.Set(index, block.data(), 10);
-            return;
-        case 4:
-            table.SetFlags(index, kFlags[operation / 8 % std::size(kFlags)]);
-            return;
-        case 5:
-            table.SetCachedReads(operation / 8 % 2);
-            return;
-        case 6:
-            table.OverloadAttr(index, operation & 8 ? &own : nullptr);
-            return;
-        case 7:
-            table.Set(index, block.data(), static_cast<int>(operation / 8 % 27) - 16);
-            return;
-    }
+    const unsigned kind = operation % 8, variant = operation / 8;
+    if (kind == 0) CheckGet(table, index);
+    if (kind == 1) CheckAttributes(table, camera, index);
+    if (kind == 2) table.Set(index, static_cast<int>(operation));
+    if (kind == 3) table.Set(index, block.data(), 10);
+    if (kind == 4) table.SetFlags(index, kFlags[variant % std::size(kFlags)]);
+    if (kind == 5) table.SetCachedReads(variant % 2);
+    if (kind == 6) table.OverloadAttr(index, variant % 2 ? &own : nullptr);
+    if (kind == 7) table.Set(index, block.data(), static_cast<int>(variant % 27) - 16);
 }
 
 }  // namespace

@@ -7,10 +7,8 @@
 #include <boost/asio/read.hpp>
 #include <boost/asio/write.hpp>
 #include <optional>
-#include <string>
 
 #include "fuzz/Choices.h"
-#include "fuzz/FuzzCheck.h"
 #include "tools/zelcam/view/ViewMessages.h"
 #include "tools/zelcam/view/ViewServer.h"
 

@@ -2,6 +2,7 @@
 #ifndef TESTS_SUPPORT_DATAGRAMS_H
 #define TESTS_SUPPORT_DATAGRAMS_H
 
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -16,6 +17,7 @@ inline Bytes operator+(Bytes left, const Bytes& right) {
     return left;
 }
 
+inline Bytes AsBytes(std::span<const unsigned char> bytes) { return Bytes(bytes.begin(), bytes.end()); }
 inline Bytes TextBytes(std::string_view text) { return Bytes(text.begin(), text.end()); }
 
 // Header and payload.

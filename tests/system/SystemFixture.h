@@ -1,4 +1,4 @@
-// An opened SDK over the simulated cameras: unpaced, 64 x 48 samples, contents left alone.
+// The simulated cameras: unpaced, 64 x 48 samples, contents left alone.
 #ifndef TESTS_SYSTEM_SYSTEMFIXTURE_H
 #define TESTS_SYSTEM_SYSTEMFIXTURE_H
 
@@ -24,18 +24,6 @@ inline void UseFastCameras() {
     platform::SetEnvironment("ZEL_SIM_SIZE", "64x48");
     platform::SetEnvironment("ZEL_SIM_FILL", "none");
 }
-
-// Calls of a callback with one number, which a test waits for.
-struct CallCounter {
-    std::atomic<int> calls{0};
-
-    static void ZEL_CALL Count(int, void* counter) { ++static_cast<CallCounter*>(counter)->calls; }
-    bool WaitFor(int count) const {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
-        while (calls < count && std::chrono::steady_clock::now() < end) std::this_thread::yield();
-        return calls >= count;
-    }
-};
 
 // One plug-in, kept loaded, and its control interface.
 class SimulatedLibrary {
@@ -68,26 +56,6 @@ class SimulatedLibrary {
     platform::LibraryHandle m_Library;
     ZelSimControlFunction m_Control;
     GetNumCamerasFunction m_Count;
-};
-
-class SystemTest : public testing::Test {
-  protected:
-    static constexpr int kCameraLink = 0, kMono = 3, kCameras = 4;
-
-    SystemTest() { EXPECT_TRUE(m_Sdk->Open() && m_Sdk->GetNumberOfCameras() == kCameras); }
-    ~SystemTest() override { zel_destroy_sdk(m_Sdk); }
-
-    // An opened camera that counts its frames.
-    ZelCamera* Opened(int number) {
-        ZelCamera* camera = m_Sdk->GetCamera(number);
-        EXPECT_TRUE(camera && camera->Open());
-        EXPECT_TRUE(camera && camera->SetImageNotificationCallback(CallCounter::Count, &m_Frames));
-        return camera;
-    }
-
-    SimulatedLibrary m_Usb{"zel_usb.dll"};
-    CallCounter m_Frames;  // which may flow until the SDK is destroyed
-    ZelSDK* const m_Sdk = zel_create_sdk();
 };
 
 }  // namespace zel::test

@@ -9,30 +9,24 @@ namespace {
 
 constexpr int kUntouched = 0x7B7B7B7B;
 
-struct Row {
-    int id;
-    int entry;  // of the camera's table
-};
-class EntryTest : public CameraTest, public testing::WithParamInterface<Row> {};
+using ParameterTest = CameraTest;
 
-TEST_P(EntryTest, ReadsAndWritesItsEntryAloneAndReportsSuccessEvenWhenRefused) {
-    const auto& [id, entry] = GetParam();
-    m_Table.m_Values[entry] = 4711;
-    if (SyncTableIsBlock(entry)) m_Table.m_Blocks[entry] = LittleEndian(4711);
-    EXPECT_EQ(Value(id), 4711);
-    Refuse(entry);
-    EXPECT_TRUE(Write(id, 37));
-    EXPECT_THAT(m_Transport.Sent(), testing::ElementsAre(GetRequest(entry), SetRequest(entry, 37)));
+TEST_F(ParameterTest, EachReadsAndWritesItsEntryAloneAndReportsSuccessEvenWhenRefused) {
+    const std::pair<int, int> rows[] = {
+        {2, HOST_PORT_PROTOCOL}, {5, HW_MODEL},      {12, EXPOSURE_ACTUAL}, {20, VGA_GAIN},    {21, VGA_GAIN},
+        {24, CLOCK_SPEED_IDX},   {36, V_ROI_PIXELS}, {41, SENSOR_TAPS_IDX}, {47, CAMERA_NAME}, {64, FEATURESVALID}};
+    for (const auto& [id, entry] : rows) {
+        SCOPED_TRACE(ParameterName(id));
+        m_Table.m_Exceptions.clear();
+        m_Transport.ForgetSent();
+        m_Table.m_Values[entry] = 4711;
+        if (SyncTableIsBlock(entry)) m_Table.m_Blocks[entry] = LittleEndian(4711);
+        EXPECT_EQ(Value(id), 4711);
+        Refuse(entry);
+        EXPECT_TRUE(Write(id, 37));
+        EXPECT_THAT(m_Transport.Sent(), testing::ElementsAre(GetRequest(entry), SetRequest(entry, 37)));
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(, EntryTest,
-                         testing::Values(Row{2, HOST_PORT_PROTOCOL}, Row{5, HW_MODEL}, Row{12, EXPOSURE_ACTUAL},
-                                         Row{20, VGA_GAIN}, Row{21, VGA_GAIN}, Row{24, CLOCK_SPEED_IDX},
-                                         Row{36, V_ROI_PIXELS}, Row{41, SENSOR_TAPS_IDX}, Row{47, CAMERA_NAME},
-                                         Row{64, FEATURESVALID}),
-                         [](const auto& row) { return std::string(ParameterName(row.param.id)); });
-
-class ParameterTest : public CameraTest {};
 
 TEST_F(ParameterTest, NullDataIsRefusedWithoutTraffic) {
     for (int id = 0; id < ZEL_MAX_PARAMS; ++id) {

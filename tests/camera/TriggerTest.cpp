@@ -4,52 +4,47 @@
 namespace zel::test {
 namespace {
 
-struct Case {
-    const char* name;
-    int type;
-    bool hardware;
-    int polarity;
-    int revision;  // its first character in the lowest byte
-    const char* model;
-    const char* expected;  // after the geometry has been read
-};
-
 using TriggerTest = CameraTest;
-class TriggerTable : public TriggerTest, public testing::WithParamInterface<Case> {};
-
-TEST_P(TriggerTable, SendsItsCommandsInOrder) {
-    const Case& c = GetParam();
-    m_Transport.m_Answers.interface_type = c.type;
-    m_Table.m_Values[SVN_REVISION] = c.revision;
-    m_Table.m_Blocks[HW_MODEL] = TextBytes(c.model);
-    m_Table.m_Values[HW_TRIG_POLARITY] = c.polarity;
-    ASSERT_EQ(m_Camera->ConnectCommon(), 0);
-    Write(ZEL_PARAM_HW_TRIGGER_ACTIVE, c.hardware);
-    m_Transport.ForgetSent();
-    ASSERT_EQ(m_Camera->StartTriggerCommon(), 0);
-    const std::string sent = Sent(), last_of_geometry = "get 12 ";
-    EXPECT_EQ(sent.substr(sent.find(last_of_geometry) + last_of_geometry.size()), c.expected);
-}
 
 constexpr int kCl = CAMERA_TYPE_EDT_CAMERA_LINK, kBus = CAMERA_TYPE_PLEORA_EBUS, kUsb = CAMERA_TYPE_USB;
 
-constexpr const char* kEBusOld = "trig sw off; trig a on; get 48 trig cl lo; arm; ";
-constexpr const char* kEBusNew = "trig sw off; trig cl on; trig a on; get 48 trig cl hi; arm; ";
-INSTANTIATE_TEST_SUITE_P(
-    , TriggerTable,
-    testing::Values(Case{"EBusHardwareNewHigh", kBus, true, 0, '2', "X", kEBusNew},
-                    Case{"EBusHardwareOldFirmware", kBus, true, 1, '1', "X", kEBusOld},
-                    Case{"EBusHardwareE150", kBus, true, 1, '2', "E150-2M", kEBusOld},
-                    Case{"EBusHardwareRevisionAboveAscii", kBus, true, 0, 0xB2, "X", kEBusNew},
-                    Case{"EBusSoftwareNew", kBus, false, 0, '2', "E150", "set 47 0 trig cl off; trig sw on; "},
-                    Case{"EBusSoftwareOldFirmware", kBus, false, 0, '1', "X", "trig a off; trig sw on; "},
-                    Case{"UsbHardware", kUsb, true, 1, '1', "X",
-                         "set 37 1 get 37 get 23 trig sw off; trig cl on; trig a on; get 48 trig cl low; trig a lo; "},
-                    Case{"UsbSoftware", kUsb, false, 1, '2', "X", "set 47 0 trig sw on; trig cl off; "},
-                    Case{"CameraLinkHardware", kCl, true, 1, '2', "X",
-                         "set 37 1 get 37 get 23 trig cl on; get 48 trig cl low; "},
-                    Case{"AnotherLink", 9, true, 1, '2', "X", ""}),
-    [](const auto& row) { return std::string(row.param.name); });
+TEST_F(TriggerTest, EachLinkHasItsCommandsInOrder) {
+    const std::string e_bus_old = "trig sw off; trig a on; get 48 trig cl lo; arm; ";
+    const std::string e_bus_new = "trig sw off; trig cl on; trig a on; get 48 trig cl hi; arm; ";
+    const std::string usb =
+        "set 37 1 get 37 get 23 trig sw off; trig cl on; trig a on; get 48 trig cl low; trig a lo; ";
+    const std::string camera_link = "set 37 1 get 37 get 23 trig cl on; get 48 trig cl low; ";
+    const struct {
+        int type;
+        bool hardware;
+        int polarity;
+        int revision;  // its first character in the lowest byte
+        const char* model;
+        std::string expected;  // after the geometry has been read
+    } rows[] = {{kBus, true, 0, '2', "X", e_bus_new},
+                {kBus, true, 1, '1', "X", e_bus_old},
+                {kBus, true, 1, '2', "E150-2M", e_bus_old},
+                {kBus, true, 0, 0xB2, "X", e_bus_new},  // above ASCII
+                {kBus, false, 0, '2', "E150", "set 47 0 trig cl off; trig sw on; "},
+                {kBus, false, 0, '1', "X", "trig a off; trig sw on; "},
+                {kUsb, true, 1, '1', "X", usb},
+                {kUsb, false, 1, '2', "X", "set 47 0 trig sw on; trig cl off; "},
+                {kCl, true, 1, '2', "X", camera_link},
+                {9, true, 1, '2', "X", ""}};  // another link
+    for (const auto& row : rows) {
+        SCOPED_TRACE(&row - rows);
+        m_Transport.m_Answers.interface_type = row.type;
+        m_Table.m_Values[SVN_REVISION] = row.revision;
+        m_Table.m_Blocks[HW_MODEL] = TextBytes(row.model);
+        m_Table.m_Values[HW_TRIG_POLARITY] = row.polarity;
+        ASSERT_EQ(m_Camera->ConnectCommon(), 0);
+        Write(ZEL_PARAM_HW_TRIGGER_ACTIVE, row.hardware);
+        m_Transport.ForgetSent();
+        ASSERT_EQ(m_Camera->StartTriggerCommon(), 0);
+        const std::string sent = Sent(), last_of_geometry = "get 12 ";
+        EXPECT_EQ(sent.substr(sent.find(last_of_geometry) + last_of_geometry.size()), row.expected);
+    }
+}
 
 TEST_F(TriggerTest, ThePollWithoutLimitWaitsAsLongAsItTakes) {
     // The first calculation has ended when it is first asked for, the one of the hardware trigger after 100 readings.

@@ -3,7 +3,6 @@
 #include "sdk/Logger.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <cstdio>
 #include <string>

@@ -1,6 +1,5 @@
 // The logging library as loggers meet it: found by name, asked through the environment. It stays loaded for good.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <cstdlib>

@@ -4,7 +4,6 @@
 #define TESTS_SDK_SDKFIXTURE_H
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <string>
 

@@ -15,8 +15,7 @@ namespace {
 constexpr kit::SensorSize kSensor{64, 48, 12};
 
 // As little as a camera can do.
-class Device final : public kit::BackEnd {
-  public:
+struct Device final : kit::BackEnd {
     kit::Description Describe() const override { return {}; }
     void PowerOn(kit::ParameterTable& table) override { m_Table = &table; }
     std::optional<kit::Attributes> AttributesOf(int index) override { return kit::SensorAttributes(index, kSensor); }

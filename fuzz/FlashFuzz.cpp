@@ -18,8 +18,7 @@ const TapTable s_Tables[] = {MakeTable(5, 2), MakeTable(6, 4), MakeTable(4, 4, 1
 constexpr const char* kFile = "20MHz.txt";  // in memory: the first table's cache file
 
 void Rows(TapBalance& tables, int row) {
-    int rows = -1;
-    int taps = -1;
+    int rows = -1, taps = -1;
     tables.GetTableConfig(&rows, &taps);
     float values[1 + kMostTaps];
     if (taps == 2) tables.GetTableData(row, values, values + 1, values + 2);
@@ -74,8 +73,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const std::string start = "tb " + std::string(input.Text().substr(0, 3));
     const std::string reply(input.Text());
-    unsigned after = input.Byte();
-    unsigned times = input.Byte();
+    unsigned after = input.Byte(), times = input.Byte();
     flash.m_Fault = [&](const std::string& command) -> std::optional<std::string> {
         flash.m_Commands.clear();
         if (!command.starts_with(start) || (after > 0 && after--) || times == 0 || !times--) return std::nullopt;

@@ -2,7 +2,7 @@
 // kernels and with the plain ones, which must come to the same. No buffer has a byte too many, see ExactPages.cpp.
 #include <cstring>
 
-#include "fuzz/Choices.h"
+#include "fuzz/Input.h"
 #include "image/FrameSamples.h"
 #include "image/ZelCameraControlImpl.h"
 #include "kernels/Kernels.h"

@@ -27,8 +27,7 @@ bool RunFile(const std::filesystem::path& path) {
         std::printf("cannot read %s\n", path.string().c_str());
         return false;
     }
-    const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
-    const std::vector<std::uint8_t> input(bytes.begin(), bytes.end());
+    const std::vector<std::uint8_t> input(std::istreambuf_iterator<char>(file), {});
     LLVMFuzzerTestOneInput(input.data(), input.size());
     return true;
 }
@@ -37,9 +36,8 @@ bool RunFile(const std::filesystem::path& path) {
 std::vector<std::uint8_t> RandomInput(std::mt19937& random) {
     std::vector<std::uint8_t> input(random() % kLongestInput);
     const unsigned modulus = 1u << (1 + random() % 8);
-    for (std::uint8_t& byte : input) {
+    for (std::uint8_t& byte : input)
         byte = static_cast<std::uint8_t>(random() % 4 == 0 ? random() : random() % modulus);
-    }
     return input;
 }
 

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <memory>
 
-#include "fuzz/Choices.h"
+#include "fuzz/Input.h"
 #include "kernels/Kernels.h"
 #include "tests/support/GuardPages.h"
 

@@ -3,8 +3,8 @@
 // written.
 #include <tiffio.h>
 
-#include "fuzz/Choices.h"
 #include "fuzz/FuzzFile.h"
+#include "fuzz/Input.h"
 #include "record/RecordingReader.h"
 #include "record/RecordingWriter.h"
 

@@ -1,13 +1,9 @@
 // Files of any kind as what a simulated camera shows: pictures as a scene, recordings as what it plays. The first byte
 // chooses a file that is whole, which the others change, or takes them as the file.
-#include <algorithm>
-#include <optional>
-#include <vector>
-
 #include "devices/sim/scene/SceneFile.h"
 #include "devices/sim/sensor/RecordedFrames.h"
-#include "fuzz/FuzzCheck.h"
 #include "fuzz/FuzzFile.h"
+#include "fuzz/Input.h"
 #include "record/RecordError.h"
 #include "record/RecordingWriter.h"
 #include "util/PngWriter.h"

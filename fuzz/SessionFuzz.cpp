@@ -20,10 +20,6 @@ int Sensible(int index, int value) {
 
 struct Camera {
     explicit Camera(fuzz::Input& input) {
-        table.m_Values = {{H_SIZE, 16},         {V_SIZE, 8},           {BITS_PER_PIXEL, 12}, {BYTES_PER_PIXEL, 2},
-                          {H_ROI_PIXELS, 16},   {V_ROI_PIXELS, 8},     {H_BIN, 1},           {V_BIN, 1},
-                          {SENSOR_TAPS_VAL, 1}, {CLOCK_SPEED_VAL, 20}, {EXPOSURE_TIME, 700}, {CALC_STATE, 2}};
-        table.m_Blocks[HW_MODEL] = TextBytes("A30-M");
         flash.Install(MakeTable(4, 2), MakeTable(4, 4));
         const unsigned kind = input.Byte();
         if (kind & 1) table.m_Blocks[CFA_TYPE] = TextBytes("Bayer");

@@ -1,12 +1,8 @@
 // Reply bytes of any kind into TextProtocol::Recv. The first byte chooses how the transport delivers them and whether
 // there is a log; the rest is the reply stream.
-#include <algorithm>
-#include <cstdint>
 #include <cstring>
-#include <string>
-#include <vector>
 
-#include "fuzz/FuzzCheck.h"
+#include "fuzz/Input.h"
 #include "fuzz/StandIns.h"
 #include "link/TextProtocol.h"
 #include "tests/support/ScriptedTransport.h"
@@ -27,16 +23,18 @@ void CheckReply(const std::vector<char>& out, std::size_t length) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size == 0) return 0;
-    fuzz::SetLogging(data[0] >= 0xFC);
+    fuzz::Input input(data, size);
+    const unsigned flags = input.Byte();
+    const Bytes replies = AsBytes(input.Rest());
+    fuzz::SetLogging(flags >= 0xFC);
     FakeClock clock;
     ScriptedTransport camera(&clock);
-    camera.SetDelivery(data[0] & 1 ? ScriptedTransport::Delivery::kOneByte : ScriptedTransport::Delivery::kWhole);
-    camera.SetReceiveCost(data[0] & 2 ? 100 : 0);
-    camera.Feed(Bytes(data + 1, data + size));
+    camera.SetDelivery(flags & 1 ? ScriptedTransport::Delivery::kOneByte : ScriptedTransport::Delivery::kWhole);
+    camera.SetReceiveCost(flags & 2 ? 100 : 0);
+    camera.Feed(replies);
     ExchangeLock lock;
     TextProtocol protocol(&camera, "fuzz", lock);
-    if (data[0] & 8) protocol.Send(std::string(data + 1, data + size).c_str());
+    if (flags & 8) protocol.Send(std::string(replies.begin(), replies.end()).c_str());
 
     // Exactly what the contract asks for, so that a sanitizer sees a byte too much.
     std::vector<char> out(s_Marks.begin(), s_Marks.end());

@@ -1,12 +1,6 @@
 // What anybody can send to the viewer: targets, hosts and origins of requests, and messages of pages. The first byte
 // chooses which.
-#include <algorithm>
-#include <cstdint>
-#include <exception>
-#include <string>
-#include <vector>
-
-#include "fuzz/FuzzCheck.h"
+#include "fuzz/Input.h"
 #include "tools/zelcam/view/Access.h"
 #include "tools/zelcam/view/FrameReducer.h"
 #include "tools/zelcam/view/ViewMessages.h"
@@ -47,9 +41,10 @@ void Answer(std::string_view text) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size == 0) return 0;
-    const std::string_view text(reinterpret_cast<const char*>(data) + 1, size - 1);
-    if (data[0] & 1) {
+    zel::fuzz::Input input(data, size);
+    const bool request = input.Byte() & 1;
+    const std::string_view text = input.RestText();
+    if (request) {
         JudgeRequest(text);
         return 0;
     }

@@ -8,7 +8,7 @@
 #include <boost/asio/write.hpp>
 #include <optional>
 
-#include "fuzz/Choices.h"
+#include "fuzz/Input.h"
 #include "tools/zelcam/view/ViewMessages.h"
 #include "tools/zelcam/view/ViewServer.h"
 
@@ -20,8 +20,7 @@ namespace {
 
 constexpr int kInputsOfAServer = 400;  // fewer than the requests that it takes at once
 
-class Pages : public PageListener {
-  public:
+struct Pages : PageListener {
     void Joined(int client) override {
         ++m_Open;
         m_Outlet->SendText(client, R"({"type":"hello"})");

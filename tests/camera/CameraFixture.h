@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 
 #include <memory>
-#include <string>
 
 #include "camera/ZelCameraControl.h"
 #include "tests/support/FakeClock.h"
@@ -14,13 +13,8 @@
 
 namespace zel::test {
 
-class CameraTest : public testing::Test {
-  protected:
+struct CameraTest : testing::Test {
     CameraTest() {
-        m_Table.m_Values = {{H_SIZE, 16},         {V_SIZE, 8},           {BITS_PER_PIXEL, 12}, {BYTES_PER_PIXEL, 2},
-                            {H_ROI_PIXELS, 16},   {V_ROI_PIXELS, 8},     {H_BIN, 1},           {V_BIN, 1},
-                            {SENSOR_TAPS_VAL, 1}, {CLOCK_SPEED_VAL, 20}, {EXPOSURE_TIME, 700}, {CALC_STATE, 2}};
-        m_Table.m_Blocks[HW_MODEL] = TextBytes("A30-M");
         m_Table.m_Exceptions[CFA_TYPE] = kExceptionBadIndex;
         m_Transport.SetHandler([this](const Bytes& datagram) {
             Bytes answer = m_Table.Answer(datagram);

@@ -5,9 +5,10 @@
 //     model.m_Texts["info"] = "MODEL 1";
 //     transport.SetHandler(model.Handler());   // the model must outlive the transport's use
 //
-// A GET answers the block or the value (0 when none was set), a SET stores the value or the block, GET_ATTRIBUTES
-// answers the record that was set or one with wide limits. An entry in m_Exceptions answers with that exception code
-// instead. Not locked: drive it from one thread at a time (the SDK's exchange lock does).
+// It begins as a camera of 16 x 8 samples. A GET answers the block or the value (0 when there is none), a SET stores
+// the value or the block, GET_ATTRIBUTES answers the record that was set or one with wide limits. An entry in
+// m_Exceptions answers with that exception code instead. Not locked: drive it from one thread at a time (the SDK's
+// exchange lock does).
 #ifndef TESTS_SUPPORT_TABLECAMERA_H
 #define TESTS_SUPPORT_TABLECAMERA_H
 
@@ -18,10 +19,11 @@
 
 namespace zel::test {
 
-class TableCamera {
-  public:
-    std::map<int, int> m_Values;
-    std::map<int, Bytes> m_Blocks;
+struct TableCamera {
+    std::map<int, int> m_Values = {
+        {H_SIZE, 16}, {V_SIZE, 8}, {BITS_PER_PIXEL, 12}, {BYTES_PER_PIXEL, 2},  {H_ROI_PIXELS, 16},   {V_ROI_PIXELS, 8},
+        {H_BIN, 1},   {V_BIN, 1},  {SENSOR_TAPS_VAL, 1}, {CLOCK_SPEED_VAL, 20}, {EXPOSURE_TIME, 700}, {CALC_STATE, 2}};
+    std::map<int, Bytes> m_Blocks = {{HW_MODEL, TextBytes("A30-M")}};
     std::map<int, SyncTableAttributes> m_Attributes;
     std::map<int, int> m_Exceptions;
     std::map<std::string, std::string> m_Texts;  // command without its line end, to its reply; others answer "OK"

@@ -1,6 +1,5 @@
 // TIFF and PNG files to the byte, and what both writers refuse.
 #include <gtest/gtest.h>
-#include <lodepng.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -10,6 +9,7 @@
 
 #include "include/ZelImage.h"
 #include "tests/support/PageReservations.h"
+#include "tests/support/ReadPng.h"
 #include "util/ZelUtilImpl.h"
 
 namespace zel {
@@ -17,8 +17,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-class ImageFileTest : public testing::Test {
-  protected:
+struct ImageFileTest : testing::Test {
     ~ImageFileTest() override {
         platform::SetPageReservationLimit(-1);
         std::remove(m_Name.c_str());
@@ -45,6 +44,10 @@ class ImageFileTest : public testing::Test {
     Bytes Contents() const {
         std::ifstream file(m_Name, std::ios::binary);
         return Bytes(std::istreambuf_iterator<char>(file), {});
+    }
+    Bytes SampleBytes() const {
+        const auto* const bytes = reinterpret_cast<const std::uint8_t*>(m_Samples.data());
+        return Bytes(bytes, bytes + 2 * m_Samples.size());
     }
     bool Exists() const { return std::ifstream(m_Name).good(); }
 
@@ -73,25 +76,12 @@ Bytes TiffHead(unsigned width, unsigned height, unsigned pixel_bytes) {
     return head;
 }
 
-// The file is a signature and three chunks around one stream; its samples as another library reads them, which checks
-// every chunk.
-std::vector<std::uint16_t> PngSamples(const Bytes& file, unsigned width, unsigned height) {
+// The file is a signature and three chunks around one stream.
+Bytes PngSamples(const Bytes& file, unsigned width, unsigned height) {
     if (file.size() <= 57) return {};
     EXPECT_EQ(lodepng_chunk_length(file.data() + 33), file.size() - 57);
     EXPECT_EQ(file[41], 0x78) << "deflate with a 32 KB window";
-    lodepng::State state;
-    state.decoder.color_convert = 0;
-    Bytes bytes;
-    unsigned w = 0, h = 0;
-    EXPECT_EQ(lodepng::decode(bytes, w, h, state, file), 0u);
-    const LodePNGInfo& info = state.info_png;
-    EXPECT_EQ(std::tuple(w, h, 16u, LCT_GREY, 0u),
-              std::tuple(width, height, info.color.bitdepth, info.color.colortype, info.interlace_method));
-    std::vector<std::uint16_t> samples(bytes.size() / 2);
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        samples[i] = static_cast<std::uint16_t>(bytes[2 * i] << 8 | bytes[2 * i + 1]);
-    }
-    return samples;
+    return test::ReadPng(file, {PngFormat::kGrey16, width, height});
 }
 
 // One file after the other under the same name: what was there is replaced.
@@ -102,12 +92,11 @@ TEST_F(ImageFileTest, EveryFrameIsInItsFileToTheBit) {
             Fill(w, h, kind);
             ASSERT_TRUE(Save(&ZelUtil::SavePNG));
             const Bytes png = Contents();
-            EXPECT_TRUE(PngSamples(png, w, h) == m_Samples);
+            EXPECT_TRUE(PngSamples(png, w, h) == SampleBytes());
             EXPECT_TRUE(kind != kEven || png.size() < w * h / 10 + 100) << png.size();
             ASSERT_TRUE(Save(&ZelUtil::SaveTIFF));
             Bytes tiff = TiffHead(w, h, w * h * 2);
-            const auto* const bytes = reinterpret_cast<const std::uint8_t*>(m_Samples.data());
-            tiff.insert(tiff.end(), bytes, bytes + w * h * 2);
+            std::ranges::copy(SampleBytes(), std::back_inserter(tiff));
             EXPECT_TRUE(Contents() == tiff);
         }
     }
@@ -133,7 +122,7 @@ TEST_F(ImageFileTest, BytesPerPixelDecidesTheLengthOfTiffAlone) {
         std::remove(m_Name.c_str());
         m_Image.bytes_per_pixel = bytes_per_pixel;
         EXPECT_EQ(Save(&ZelUtil::SavePNG), bytes_per_pixel != 1);
-        EXPECT_TRUE(bytes_per_pixel == 1 ? !Exists() : PngSamples(Contents(), 5, 3) == m_Samples);
+        EXPECT_TRUE(bytes_per_pixel == 1 ? !Exists() : PngSamples(Contents(), 5, 3) == SampleBytes());
     }
 }
 

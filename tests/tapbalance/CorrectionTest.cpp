@@ -1,54 +1,24 @@
-// Frames through the lookup tables; gain and bit depth.
-#include <atomic>
+// Frames, gains and depths that are refused, and a gain that changes. Which table each sample goes through is seen at
+// the tap readout.
 #include <thread>
 
 #include "tests/tapbalance/TapBalanceFixture.h"
 
 namespace zel::test {
-namespace {
 
 using Frame = std::vector<unsigned short>;
 
-// Beyond 12 bits, too.
-Frame Ramp(int w, int h) {
-    Frame frame(static_cast<std::size_t>(w * h));
-    for (std::size_t i = 0; i < frame.size(); ++i) frame[i] = static_cast<unsigned short>(i * 251 + i / 11);
-    return frame;
-}
-
 using CorrectionTest = TapBalanceTest;
-
-// Each sample goes through its own tap's table; with odd sizes the middle belongs to the right and the bottom.
-TEST_F(CorrectionTest, EverySampleGoesThroughItsTap) {
-    for (const int taps : {2, 4}) {
-        LoadAndEnable(MakeTable(25, taps), MakeTable(31, taps, 1));
-        for (const int select : {0, 1}) {
-            const TapTables tables = m_TapBalance.TablesFor(select);
-            for (const auto& [w, h] : {std::pair{64, 6}, std::pair{9, 5}, std::pair{1, 1}, std::pair{37, 1}}) {
-                const Frame before = Ramp(w, h);
-                Frame frame = before;
-                ASSERT_TRUE(m_TapBalance.TranslatePixels(w, h, taps, select, frame.data()));
-                for (std::size_t at = 0; at < frame.size(); ++at) {
-                    const int x = static_cast<int>(at) % w, y = static_cast<int>(at) / w;
-                    const bool right = x >= w / 2;
-                    const std::size_t tap = taps == 2 || y < h / 2 ? (right ? 1u : 0u) : (right ? 2u : 3u);
-                    ASSERT_EQ(frame[at], tables.lut[tap][before[at] & 4095u]) << taps << " " << x << "," << y;
-                }
-            }
-        }
-    }
-}
 
 TEST_F(CorrectionTest, WhatDoesNotFitIsRefusedAndUnchanged) {
     LoadAndEnable(MakeTable(25, 2), MakeTable(25, 2));
-    const Frame before = Ramp(8, 4);
+    const Frame before{0, 1, 251, 4095, 4096, 5000, 30000, 65535};
     Frame frame = before;
-    const int cases[][4] = {{8, 4, 4, 0}, {8, 4, 3, 0}, {-8, 4, 2, 0}, {8, -4, 2, 0}, {8, 4, 2, 2}, {8, 4, 2, -1}};
-    for (const auto& [w, h, taps, select] : cases) {
+    const int cases[][4] = {{4, 2, 4, 0}, {4, 2, 3, 0}, {-4, 2, 2, 0}, {4, -2, 2, 0}, {4, 2, 2, 2}, {4, 2, 2, -1}};
+    for (const auto& [w, h, taps, select] : cases)
         EXPECT_FALSE(m_TapBalance.TranslatePixels(w, h, taps, select, frame.data())) << w << " " << taps;
-    }
-    EXPECT_FALSE(m_TapBalance.TranslatePixels(8, 4, 2, 0, nullptr));
-    EXPECT_TRUE(m_TapBalance.TranslatePixels(0, 4, 2, 0, nullptr)) << "no samples";
+    EXPECT_FALSE(m_TapBalance.TranslatePixels(4, 2, 2, 0, nullptr));
+    EXPECT_TRUE(m_TapBalance.TranslatePixels(0, 2, 2, 0, nullptr)) << "no samples";
     EXPECT_EQ(frame, before);
     const auto owner = m_TapBalance.TablesFor(1).owner;
     for (const float gain : {NAN, INFINITY}) EXPECT_FALSE(m_TapBalance.SetGain(gain));
@@ -57,7 +27,7 @@ TEST_F(CorrectionTest, WhatDoesNotFitIsRefusedAndUnchanged) {
     EXPECT_EQ(m_TapBalance.TablesFor(1).owner, owner);
     for (const int bits : {16, 1, 0}) {
         EXPECT_TRUE(m_TapBalance.SetBitsPerPixel(bits));
-        EXPECT_TRUE(m_TapBalance.TranslatePixels(8, 4, 2, 1, frame.data()));
+        EXPECT_TRUE(m_TapBalance.TranslatePixels(4, 2, 2, 1, frame.data()));
         for (const unsigned short sample : frame) EXPECT_LT(sample, 1u << bits);
     }
 }
@@ -83,5 +53,4 @@ TEST_F(CorrectionTest, AFrameKeepsTheSetThatItBegan) {
     EXPECT_EQ(sets[0].lut[0][3000], low);
 }
 
-}  // namespace
 }  // namespace zel::test

@@ -23,14 +23,13 @@ TEST(PixelFormats, TheDeepestMosaicAndTheFewestBytesWin) {
 
 // Bit i of the bytes is told by the format: each is made sample by sample here and read back.
 TEST(PixelFormats, EverySampleComesOutOfItsBits) {
-    struct Case {
-        Packing packing;
-        int bits;
-    };
-    for (const auto& [packing, bits] :
-         {Case{Packing::kBytes, 8}, Case{Packing::kWords, 16}, Case{Packing::k12p, 12}, Case{Packing::k12Packed, 12},
-          Case{Packing::k10p, 10}, Case{Packing::k10Packed, 10}}) {
-        for (const std::size_t count : {std::size_t{1}, std::size_t{7}, std::size_t{64}, std::size_t{1021}}) {
+    for (const auto& [packing, bits] : {std::pair(Packing::kBytes, 8),
+                                        {Packing::kWords, 16},
+                                        {Packing::k12p, 12},
+                                        {Packing::k12Packed, 12},
+                                        {Packing::k10p, 10},
+                                        {Packing::k10Packed, 10}}) {
+        for (const std::size_t count : {1u, 7u, 64u, 1021u}) {
             std::vector<std::uint16_t> samples(count);
             std::vector<std::uint8_t> bytes(PackedBytes(packing, count));
             for (std::size_t i = 0; i < count; ++i) {
@@ -53,18 +52,11 @@ TEST(PixelFormats, EverySampleComesOutOfItsBits) {
 }
 
 TEST(BlockIds, GapsAreCountedAndNothingElse) {
-    struct Case {
-        std::uint64_t id;
-        bool whole;
-        unsigned gap;
-    };
+    const std::tuple<std::uint64_t, bool, unsigned> cases[] = {
+        {65532, true, 0},  {0, false, 0}, {65534, true, 0}, {1, true, 1},     {5, true, 3}, {4, true, 0}, {5, true, 0},
+        {65510, false, 0}, {7, true, 0},  {65536, true, 0}, {65540, true, 3}, {1, true, 0}, {2, true, 0}};
     BlockIds ids;
-    for (const auto& [id, whole, gap] :
-         {Case{65532, true, 0}, Case{0, false, 0}, Case{65534, true, 0}, Case{1, true, 1}, Case{5, true, 3},
-          Case{4, true, 0}, Case{5, true, 0}, Case{65510, false, 0}, Case{7, true, 0}, Case{65536, true, 0},
-          Case{65540, true, 3}, Case{1, true, 0}, Case{2, true, 0}}) {
-        EXPECT_EQ(ids.Next(id, whole), gap) << id;
-    }
+    for (const auto& [id, whole, gap] : cases) EXPECT_EQ(ids.Next(id, whole), gap) << id;
 }
 
 TEST(LinkShares, PacketsOfTheOthersFitBetweenTwo) {
@@ -73,13 +65,10 @@ TEST(LinkShares, PacketsOfTheOthersFitBetweenTwo) {
     EXPECT_EQ(PacketDelayNs(1462, 1e9, 4), 36000);
     EXPECT_DOUBLE_EQ(ShareBytesPerSecond(1462, 1e9, 2), 125e6 * 1462 / 1500 / 2);
     LinkShares& shares = LinkShares::Get();
-    shares.Join("10.0.0.1");
-    shares.Join("10.0.0.1");
-    shares.Join("10.0.0.2");
+    for (const char* address : {"10.0.0.1", "10.0.0.1", "10.0.0.2"}) shares.Join(address);
     shares.Leave("10.0.0.1");
     EXPECT_EQ(shares.Cameras("10.0.0.1"), 1);
-    shares.Leave("10.0.0.1");
-    shares.Leave("10.0.0.2");
+    for (const char* address : {"10.0.0.1", "10.0.0.2"}) shares.Leave(address);
     EXPECT_EQ(shares.Cameras("10.0.0.1"), 0);
 }
 

@@ -13,6 +13,7 @@ import time
 import numpy as np
 import pytest
 import zel
+from conftest import PROGRAMS, child
 
 
 def test_cameras_are_found_and_opened_by_number_serial_and_description():
@@ -201,7 +202,7 @@ def test_waits_end_by_ctrl_c_interrupt_and_close(camera):
         timer.join()
 
 
-def test_handlers_get_every_frame_and_what_they_raise_is_reported(camera, monkeypatch, build):
+def test_handlers_get_every_frame_and_what_they_raise_is_reported(camera, monkeypatch):
     reported, numbers, events, plugs = [], [], [], []
     monkeypatch.setattr(sys, "unraisablehook", lambda hook: reported.append(hook.exc_type))
     done, back = threading.Event(), threading.Event()
@@ -221,7 +222,7 @@ def test_handlers_get_every_frame_and_what_they_raise_is_reported(camera, monkey
 
     def control(library, command):
         reply = ctypes.create_string_buffer(200)
-        assert ctypes.CDLL(str(build / library)).zel_sim_control(command, reply, len(reply)) >= 0, reply.value
+        assert ctypes.CDLL(str(PROGRAMS / library)).zel_sim_control(command, reply, len(reply)) >= 0, reply.value
 
     camera.on_event(events.append)
     with zel.Sdk() as sdk:
@@ -251,11 +252,11 @@ def test_handlers_get_every_frame_and_what_they_raise_is_reported(camera, monkey
                                  "threading.Thread(target=lambda: list(camera.stream()), daemon=True).start()",
                                  "camera.trigger = 'hardware'; camera.start()\n"
                                  "threading.Thread(target=camera.wait, daemon=True).start()"])
-def test_the_interpreter_may_end_while_frames_come(child, use):
+def test_the_interpreter_may_end_while_frames_come(use):
     assert child(f"import threading\nkept = []\ncamera = zel.open()\n{use}\nprint('end')").endswith("end\n")
 
 
-def test_a_forked_process_keeps_its_samples_and_is_told_what_to_do(child):
+def test_a_forked_process_keeps_its_samples_and_is_told_what_to_do():
     assert child("""
 camera = zel.open()
 frame = camera.snap()
@@ -279,7 +280,7 @@ print(os.waitstatus_to_exitcode(os.waitpid(process, 0)[1]), camera.wait().width)
 """) == "5 64\n"
 
 
-def test_a_thousand_rounds_leave_nothing_behind(child):
+def test_a_thousand_rounds_leave_nothing_behind():
     assert child("""
 def use():
     return (int(open("/proc/self/statm").read().split()[1]), len(os.listdir("/proc/self/fd")),

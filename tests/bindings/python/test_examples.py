@@ -10,30 +10,24 @@ import sys
 import warnings
 from pathlib import Path
 
+import conftest
 import numpy as np
 import pytest
 import tifffile  # type: ignore[import]
+from conftest import PROGRAMS, ROOT
 
-import zel
-
-ROOT = Path(__file__).resolve().parents[3]
 EXAMPLES = ROOT / "examples" / "python"
 FAST = "ZEL_SIM_PACE=none ZEL_SIM_SIZE=640x512"
 
 
 def environment(settings: str, faults: str = "") -> dict[str, str]:
-    bare = {name: value for name, value in os.environ.items() if not name.startswith("ZEL_")}
     given = dict(setting.split("=") for setting in settings.split())
-    return {**bare, "PYTHONPATH": str(Path(zel.__file__).parents[1]), "PYTHONDONTWRITEBYTECODE": "1", **given,
-            **({"ZEL_SIM_FAULTS": faults} if faults else {})}
+    return {"PYTHONPATH": str(PROGRAMS / "python"), "PYTHONDONTWRITEBYTECODE": "1", "ZEL_SIM_FAULTS": faults, **given}
 
 
-def run(*command: str | Path, cwd: Path, exit_code: int = 0, settings: str = FAST, faults: str = "") -> str:
-    """Runs a Python program; answers both of its streams."""
-    done = subprocess.run([sys.executable, *map(str, command)], cwd=cwd, env=environment(settings, faults),
-                          text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=120)
-    assert done.returncode == exit_code, done.stdout
-    return done.stdout
+def run(*command: object, settings: str = FAST, faults: str = "", **more):
+    """Runs a Python program that sees nothing of these tests' cameras."""
+    return conftest.run(sys.executable, *command, without=["ZEL_"], **environment(settings, faults), **more)
 
 
 def number(text: str, output: str) -> float:
@@ -65,8 +59,8 @@ def test_live_statistics_prints_lines_and_ends_with_ctrl_c(tmp_path: Path) -> No
     assert len(means) == 3 and max(means) - min(means) < 0.01 * means[0]
 
     command = [sys.executable, str(EXAMPLES / "live_statistics.py"), "--interval", "0.01"]
-    with subprocess.Popen(command, cwd=tmp_path, text=True, env=environment(FAST), stdout=subprocess.PIPE,
-                          stderr=subprocess.STDOUT) as endless:
+    with subprocess.Popen(command, cwd=tmp_path, text=True, env={**os.environ, **environment(FAST)},
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT) as endless:
         assert endless.stdout
         assert "mean" in endless.stdout.readline()
         endless.send_signal(signal.SIGINT)
@@ -125,17 +119,14 @@ def test_the_sessions_of_the_guide_run_as_shown(tmp_path: Path) -> None:
 
 
 def test_the_notebook_runs_as_shown(tmp_path: Path) -> None:
-    output = run(ROOT / "scripts" / "run-notebook.py", ROOT / "docs" / "python-tour.ipynb", cwd=tmp_path,
-                 settings="")
+    output = run(ROOT / "scripts" / "run-notebook.py", ROOT / "docs" / "python-tour.ipynb", cwd=tmp_path, settings="")
     assert " 0 of them say something else" in output
     for line in re.findall("a cell is not run: .*", output):
         warnings.warn(line)  # pytest prints it
 
 
 def test_the_benchmark_runs(tmp_path: Path) -> None:
-    programs = Path(zel.__file__).parents[2]
-    if not (programs / "bench" / "frame_loop").exists():
+    if not (PROGRAMS / "bench" / "frame_loop").exists():
         pytest.skip("bench/frame_loop is not built")
-    output = run(ROOT / "bench" / "python" / "python_bench.py", programs, "--dry-run", cwd=tmp_path,
-                 settings="")
+    output = run(ROOT / "bench" / "python" / "python_bench.py", PROGRAMS, "--dry-run", cwd=tmp_path, settings="")
     assert re.search(r"^\| parameter read, on the clock \| [\d.]+ \| [\d.]+ \|", output, re.MULTILINE), output

@@ -1,31 +1,23 @@
 """The package as pip builds, installs and removes it."""
 from __future__ import annotations
 
-import os
-import subprocess
 import sys
 import venv
 import zipfile
 from pathlib import Path
 
+import conftest
 import pytest
-
 import zel
+from conftest import PROGRAMS, SOURCES
 
-ROOT = Path(__file__).resolve().parents[3]
-SOURCES = ROOT / "bindings" / "python"
-BUILD = Path(zel.__file__).parents[3]
+BUILD = PROGRAMS.parent
 PLATFORM = f"cp{sys.version_info.major}{sys.version_info.minor}"
 
 
-def run(*command: str | Path, cwd: Path = SOURCES, exit_code: int = 0, **settings: str) -> str:
-    """Runs a program that sees nothing of the build; answers what it printed."""
-    bare = {name: value for name, value in os.environ.items()
-            if not name.startswith(("PYTHON", "LD_", "ZEL_"))}
-    done = subprocess.run(list(map(str, command)), cwd=cwd, env={**bare, **settings}, text=True,
-                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
-    assert done.returncode == exit_code, done.stdout
-    return done.stdout
+def run(*command: object, **more):
+    """Runs a program that sees nothing of the build."""
+    return conftest.run(*command, without=("PYTHON", "LD_", "ZEL_"), **{"cwd": SOURCES, **more})
 
 
 @pytest.fixture(scope="module")

@@ -1,17 +1,22 @@
 """Recordings: read as arrays, and made of a camera's frames."""
 import concurrent.futures
+import json
 import multiprocessing
 import os
 import pickle
 import signal
 import subprocess
 import sys
+import xml.etree.ElementTree as ElementTree
 
 import numpy as np
 import pytest
 import zel
+from conftest import PROGRAMS, child, run
 
 FRAMES = 12
+FRAME_TAG, RECORDING_TAG = 65201, 65200
+OME = "{http://www.openmicroscopy.org/Schemas/OME/2016-06}"
 REAL = {"ZEL_SIM_PACE": "real"}
 
 
@@ -26,25 +31,45 @@ def recording(tmp_path_factory):
 
 
 @pytest.mark.parametrize("compression", ["none", "deflate"])
-def test_samples_are_those_of_the_tool_and_of_other_programs(camera, build, tmp_path, compression):
+@pytest.mark.parametrize("serial, bits, color", [("300101", 14, False), ("400101", 12, False), ("500101", 14, True)])
+def test_samples_and_facts_are_those_of_the_tool_and_of_other_programs(tmp_path, serial, bits, color, compression):
+    def zelcam(command, *options):
+        return json.loads(run(PROGRAMS / "zelcam", command, "-c", serial, "--gain", "3", "--json", *options))
+
     tifffile = pytest.importorskip("tifffile", reason="python3-tifffile is not installed")
+    pictures = zelcam("capture", "-n", "12", "--buffers", "16", "--out", tmp_path)["pictures"]
+    known = {picture["frame_number"]: tifffile.imread(picture["path"]) for picture in pictures}
     name = str(tmp_path / "tool.ome.tif")
-    subprocess.run([build / "zelcam", "record", "-c", "300101", "-n", "8", "--compress", compression,
-                    "--gain", "3", "--pixel-size", "0.5", name], check=True, capture_output=True)
-    with zel.open_recording(name) as told:
-        samples = tifffile.imread(name)
-        assert told.shape == samples.shape == (8, 48, 64) and told.dtype == samples.dtype
-        assert np.array_equal(told, samples)
-        assert (told.info.serial, told.info.bits, told.info.pixel_size) == ("300101", 14, 0.5)
+    zelcam("record", "-n", "8", "--compress", compression, "--pixel-size", "0.5", name)
+    with zel.open_recording(name) as told, tifffile.TiffFile(name) as tiff:
+        assert tiff.is_ome and tiff.is_bigtiff and tiff.series[0].axes == "TYX"
+        samples = tiff.series[0].asarray()
+        assert np.array_equal(told, samples) and told.shape == samples.shape and told.dtype == samples.dtype
+        assert (told.info.serial, told.info.bits, told.info.pixel_size) == (serial, bits, 0.5)
         assert told.info.roi == (0, 0, 64, 48) and told.gain.tolist() == [3] * 8
-        camera.gain = 3
-        summary = camera.record(tmp_path / "own", 8, compression=compression, allow_loss=True)
-        assert summary.files == (tmp_path / "own.ome.tif",)
-        assert summary.bytes == os.path.getsize(summary.files[0])
-        own = dict(zip(summary.open().numbers, summary.open()))
-        shared = [(own[number], frame) for number, frame in zip(told.numbers, told) if number in own]
-        assert shared and all(np.array_equal(*pair) for pair in shared)
-    assert np.array_equal(tifffile.imread(str(summary.files[0])), summary.open())
+        for number, frame in zip(told.numbers, samples):
+            assert np.array_equal(frame, known[number]), number
+        recording = json.loads(tiff.pages[0].tags[RECORDING_TAG].value)
+        frames = [json.loads(page.aspage().tags[FRAME_TAG].value) for page in tiff.pages]
+        ome = ElementTree.fromstring(tiff.ome_metadata)
+        pixels = ome.find(f"{OME}Image/{OME}Pixels").attrib
+        assert [int(pixels[key]) for key in ("SizeX", "SizeY", "SizeT", "SignificantBits")] == [64, 48, 8, bits]
+        assert (recording["bits"], recording["cfa_phase"] > 0, float(pixels["PhysicalSizeX"])) == (bits, color, 0.5)
+        detector = ome.find(f"{OME}Instrument/{OME}Detector").attrib
+        assert (detector["SerialNumber"], detector["Model"]) == (serial, recording["model"])
+        assert [(round(float(plane.get("DeltaT")) * 1e9), round(float(plane.get("ExposureTime")) * 1e6))
+                for plane in ome.findall(f"{OME}Image/{OME}Pixels/{OME}Plane")] == [
+                    (frame["host_ns"], frame["exposure_us"]) for frame in frames]
+        aligned = all(page.aspage().dataoffsets[0] % 4096 == 0 for page in tiff.pages)
+        assert aligned or compression != "none"
+    spare = os.stat(name).st_blocks * 512 - os.path.getsize(name)
+    assert spare < 65536, f"{spare} bytes were not given back"
+
+
+def test_a_summary_tells_of_the_files(camera, tmp_path):
+    summary = camera.record(tmp_path / "own", 8, compression="deflate", allow_loss=True)
+    assert summary.files == (tmp_path / "own.ome.tif",) and summary.frames == len(summary.open())
+    assert summary.bytes == os.path.getsize(summary.files[0])
 
 
 @pytest.mark.parametrize("key", [
@@ -85,23 +110,21 @@ def test_files_of_a_session_are_one_recording(recording, tmp_path):
         zel.open_recording(opened.files + other)
 
 
-def read_again(recording, samples, answers=None):
+SHARED = []  # forked processes have it without a copy
+
+
+def read_again():
     """Whether every frame is what it was."""
-    same = all(np.array_equal(recording[index], samples[index]) for index in list(range(FRAMES)) * 20)
-    return same if answers is None else answers.put(same)
+    recording, samples = SHARED
+    return all(np.array_equal(recording[index], samples[index]) for index in list(range(FRAMES)) * 20)
 
 
 def test_threads_and_forked_processes_read_at_once(recording):
-    with concurrent.futures.ThreadPoolExecutor(4) as pool:
-        assert all(pool.map(lambda _: read_again(*recording), range(4)))
-    context = multiprocessing.get_context("fork")
-    answers = context.Queue()
-    children = [context.Process(target=read_again, args=(*recording, answers)) for _ in range(2)]
-    for process in children:
-        process.start()
-    assert read_again(*recording) and [answers.get(timeout=60) for _ in children] == [True, True]
-    for process in children:
-        process.join()
+    SHARED[:] = recording
+    with concurrent.futures.ProcessPoolExecutor(2, multiprocessing.get_context("fork")) as processes, \
+            concurrent.futures.ThreadPoolExecutor(4) as threads:
+        jobs = [pool.submit(read_again) for pool in (processes, processes, *[threads] * 4)]
+        assert all(job.result(60) for job in jobs)
 
 
 def test_files_that_are_damaged_or_none(camera, tmp_path):
@@ -177,7 +200,7 @@ def test_options_of_a_recording(camera, tmp_path):
     ("", "import resource; resource.setrlimit(resource.RLIMIT_FSIZE, (200_000,) * 2)", "", "OutputError",
      "disk full"),
 ])
-def test_however_it_ends_the_file_is_complete(child, tmp_path, faults, before, options, error, ended):
+def test_however_it_ends_the_file_is_complete(tmp_path, faults, before, options, error, ended):
     out = child(f"""
 camera = zel.open("300101")
 {before}

@@ -3,20 +3,16 @@ from __future__ import annotations
 
 import ast
 import importlib
-import os
 import re
-import subprocess
 import sys
 from collections.abc import Iterator
 from pathlib import Path
 
 import pytest
-
 import zel
+from conftest import PROGRAMS, ROOT, SOURCES, run
 
-ROOT = Path(__file__).resolve().parents[3]
-SOURCES = ROOT / "bindings" / "python"
-BUILT = Path(zel.__file__).parents[1]
+BUILT = PROGRAMS / "python"
 CONFIGURATION = str(SOURCES / "pyproject.toml")
 
 # A quantity says what it is measured in, where it is given as well as where it is answered.
@@ -28,10 +24,7 @@ UNITS = {"timeout": "second", "exposure": "second", "frame_time": "second", "arr
 def checked(*module: str) -> str:
     """What a checker finds in the sources, among which the stub lies; it keeps notes in the build folder."""
     pytest.importorskip("mypy", reason="mypy is not installed (Debian: mypy)")
-    environment = {**os.environ, "MYPYPATH": str(SOURCES), "PYTHONPATH": str(BUILT)}
-    done = subprocess.run([sys.executable, "-m", *module], env=environment, cwd=BUILT, text=True,
-                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
-    return done.stdout
+    return run(sys.executable, "-m", *module, exit_code=None, cwd=BUILT, MYPYPATH=str(SOURCES), PYTHONPATH=str(BUILT))
 
 
 def test_mypy_has_nothing_against_package_and_examples() -> None:

@@ -1,6 +1,7 @@
 """A viewer to talk to, and what its page does, by hand: HTTP and WebSocket with the standard library alone."""
 
 import base64
+import contextlib
 import json
 import os
 import pathlib
@@ -28,7 +29,6 @@ class Viewer:
             [*command, "view", "--no-browser", "--json", *arguments], cwd=self.folder, text=True, stdout=subprocess.PIPE,
             env={**known, **{f"ZEL_SIM_{name}": value for name, value in cameras.items()}})
         Viewer.running.append(self)
-        self.port = None
         line = self.process.stdout.readline()
         assert line.strip(), "the viewer printed no address"
         self.address = json.loads(line)["address"]
@@ -36,20 +36,15 @@ class Viewer:
         self.path = "/" + path
         self.port = int(self.host.rsplit(":", 1)[1])
 
-    def connect(self):
-        return socket.create_connection(("127.0.0.1", self.port), timeout=PATIENCE)
-
     def answer(self, request):
         """What the server says to these bytes, until it closes the connection or has said all."""
-        with self.connect() as plain:
-            try:
+        received = b""
+        with socket.create_connection(("127.0.0.1", self.port), timeout=PATIENCE) as plain:
+            with contextlib.suppress(ConnectionError):
                 plain.sendall(request)
                 plain.shutdown(socket.SHUT_WR)
-                received = b""
                 while data := plain.recv(1 << 16):
                     received += data
-            except ConnectionError:
-                pass
         return received
 
     def get(self, path="", **headers):
@@ -66,14 +61,11 @@ class Viewer:
 
     def end(self):
         Viewer.running.remove(self)
-        # A program that runs under another one does not get its signals.
-        if self.process.poll() is None and self.port:
-            try:
+        if self.process.poll() is None:
+            try:  # a program that runs under another one does not get its signals
                 Page(self).do("quit")
-            except (AssertionError, OSError, EOFError):
+            except Exception:  # it may have told no address
                 self.process.terminate()
-        elif self.process.poll() is None:
-            self.process.terminate()
         self.process.communicate()
         shutil.rmtree(self.folder, ignore_errors=True)
         return self.process.returncode
@@ -197,8 +189,7 @@ class Page:
 
     def is_ended(self):
         """Whether the server ends this connection."""
-        try:
+        with contextlib.suppress(EOFError, ConnectionError):
             while True:
                 self.next()
-        except (EOFError, ConnectionError):
-            return True
+        return True

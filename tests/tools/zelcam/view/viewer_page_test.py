@@ -22,8 +22,8 @@ if not MISSING:
 COMMAND = []
 
 
-def files(viewer, pattern):
-    return sorted(viewer.folder.glob(pattern))
+def files(viewer):
+    return set(viewer.folder.glob("*.tif"))
 
 
 class ViewerPage(unittest.TestCase):
@@ -42,33 +42,31 @@ class ViewerPage(unittest.TestCase):
         self.addCleanup(self.quit, viewer)
         self.page.size(1280, 800)
         self.page.open(viewer.address)
-        return viewer
+        return viewer, self.page
+
+    def enter(self, id, text):
+        field = self.page.get(id)
+        field.clear()
+        field.send_keys(text, Keys.ENTER)
 
     def quit(self, viewer):
-        self.assertEqual(self.page.quit(viewer), 0)
+        on_the_console = self.page.errors()
+        self.assertEqual((self.page.quit(viewer), on_the_console), (0, []))
         self.page.wait_text("lost", "connection to zelcam is lost")
         # What is left open goes on asking for a viewer that is gone; the browser reports each attempt.
         self.page.driver.get("about:blank")
         self.page.errors()
 
-    def expect_quiet_console(self):
-        self.assertEqual(self.page.errors(), [])
-
     def wait_new_frame(self):
         before = self.page.frame()
         return wait(lambda: self.page.frame() != before and self.page.frame(), "another frame")
 
-    def stop(self):
-        self.page.get("run").click()
-        self.page.wait_text("run-state", "stopped")
-
     def snapshot(self, viewer):
         """The file that the page names, its pixels and what stands beside them."""
-        before = len(files(viewer, "*.tif"))
+        before = files(viewer)
         self.page.get("snapshot").click()
         # What stands beside it may be there before.
-        wait(lambda: len(files(viewer, "*.tif")) > before, "a snapshot")
-        file = max(files(viewer, "*.tif"), key=lambda path: path.stat().st_mtime_ns)
+        file, = wait(lambda: files(viewer) - before, "a snapshot")
         self.page.wait_text("log", file.name)
         return tifffile.imread(file), json.loads(file.with_suffix(".json").read_text())
 
@@ -83,15 +81,16 @@ class ViewerPage(unittest.TestCase):
          .move_to_element_with_offset(canvas, *places[1]).release().perform())
 
     def test_pixels_are_the_frames(self):
-        viewer = self.view(SIZE="320x240")
+        viewer, page = self.view(SIZE="320x240")
         self.wait_new_frame()
-        self.stop()
+        page.get("run").click()
+        page.wait_text("run-state", "stopped")
         samples, beside = self.snapshot(viewer)
-        wait(lambda: self.page.frame() == beside["frame_number"], "the frame of the snapshot")
+        wait(lambda: page.frame() == beside["frame_number"], "the frame of the snapshot")
         # A window of 255 counts: each count is a grey of its own.
         black = int(numpy.median(samples)) - 128
         for zoom in (1, 2):
-            drawn = self.page.module(f"""
+            drawn = page.module(f"""
                 const {{ part }} = stage.picture.last;
                 stage.view.zoomTo({zoom});
                 const contrast = {{ black: {black}, white: {black + 255}, gamma: 1, map: "grey", marks: false }};
@@ -105,18 +104,13 @@ class ViewerPage(unittest.TestCase):
                 return greys;""")
             expected = numpy.clip(samples.astype(int) - black, 0, 255).repeat(zoom, 0).repeat(zoom, 1)
             numpy.testing.assert_array_equal(numpy.reshape(drawn, expected.shape), expected)
-        self.expect_quiet_console()
 
     def test_controls_change_the_camera(self):
-        viewer = self.view(SIZE="640x480")
-        page = self.page
-        exposure = page.get("exposure")
-        exposure.clear()
-        exposure.send_keys("25000", Keys.ENTER)
+        viewer, page = self.view(SIZE="640x480")
+        self.enter("exposure", "25000")
         page.wait_text("log", "EXPOSURE_TIME_US", "25000")
         page.wait_text("exposure-says", "25 ms")
-        page.get("gain").clear()
-        page.get("gain").send_keys("5000", Keys.ENTER)
+        self.enter("gain", "5000")
         page.wait_text("log", "GAIN", "0..1023")
         page.wait_text("gain-says", "not taken")
         page.get("tab-camera").click()
@@ -138,11 +132,9 @@ class ViewerPage(unittest.TestCase):
         before = page.frame()
         page.get("trigger").click()
         wait(lambda: page.frame() != before, "the triggered frame")
-        self.expect_quiet_console()
 
     def test_by_keys_alone(self):
-        viewer = self.view(SIZE="640x480")
-        page = self.page
+        viewer, page = self.view(SIZE="640x480")
         page.keys(" ")
         page.wait_text("run-state", "stopped")
         page.keys("1")
@@ -158,7 +150,7 @@ class ViewerPage(unittest.TestCase):
         page.keys("a")
         page.wait_text("messages", "Auto-contrast: black")
         page.keys("s")
-        wait(lambda: files(viewer, "*.tif"), "a snapshot")
+        wait(lambda: files(viewer), "a snapshot")
         page.keys("]")
         page.wait_text("log", "EXPOSURE_TIME_US", "13000")
         page.keys("/", "cooling_mode", Keys.TAB, Keys.TAB)
@@ -176,17 +168,14 @@ class ViewerPage(unittest.TestCase):
                 const name = one.getAttribute('aria-label') ?? (one.labels?.length ? one.labels[0].textContent : one.textContent);
                 return !name.trim() || (one.tabIndex < 0 && one.role !== 'tab');
             }).map((one) => one.outerHTML)"""), [])
-        self.expect_quiet_console()
 
     def test_two_tabs(self):
-        viewer = self.view(SIZE="320x240")
-        page = self.page
+        viewer, page = self.view(SIZE="320x240")
         first = page.driver.current_window_handle
         page.driver.switch_to.new_window("window")
         second = page.driver.current_window_handle
         page.open(viewer.address)
-        page.get("exposure").clear()
-        page.get("exposure").send_keys("7000", Keys.ENTER)
+        self.enter("exposure", "7000")
         page.wait_text("exposure-says", "7 ms")
         page.driver.switch_to.window(first)
         page.wait_text("exposure-says", "7 ms")
@@ -194,7 +183,7 @@ class ViewerPage(unittest.TestCase):
         for window in (first, second):
             page.driver.switch_to.window(window)
             self.wait_new_frame()
-        self.expect_quiet_console()
+        self.assertEqual(page.errors(), [])
         page.driver.close()
         page.driver.switch_to.window(first)
         page.wait_text("count-facts", "Pages that look1")
@@ -213,11 +202,9 @@ class ViewerPage(unittest.TestCase):
             for (let at = 0; at < data.length; at += 4) colored += Math.abs(data[at] - data[at + 2]) > 40 ? 1 : 0;
             return colored""")
         self.assertGreater(colored, 1000)
-        self.expect_quiet_console()
 
     def test_narrow_page(self):
-        self.view(SIZE="320x240")
-        page = self.page
+        _, page = self.view(SIZE="320x240")
         for width, height in ((360, 740), (800, 600), (3840, 2160)):
             page.size(width, height)
             if page.get("panel-switch").get_attribute("aria-expanded") == "false":
@@ -230,7 +217,6 @@ class ViewerPage(unittest.TestCase):
                         return box.width > 1 && (box.right > innerWidth + 1 || box.left < -1);
                     }).map((one) => one.outerHTML.slice(0, 200))""")
                 self.assertEqual(beyond, [], f"{tab} at {width} pixels")
-        self.expect_quiet_console()
 
 
 if __name__ == "__main__":

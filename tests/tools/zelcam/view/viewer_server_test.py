@@ -6,12 +6,11 @@ import sys
 
 from viewer_client import CLOSE, PATIENCE, TEXT, Page, Viewer
 
-SMALL = {"SIZE": "64x48"}
 COMMAND = []
 
 
 def view(*arguments, **simulated):
-    return Viewer(COMMAND, *arguments, **{**SMALL, **simulated})
+    return Viewer(COMMAND, *arguments, **{"SIZE": "64x48", **simulated})
 
 
 def test_files_are_protected():
@@ -31,7 +30,6 @@ def test_files_are_protected():
         assert viewer.get(name)[0] == 404, name
     viewer.path = "/" + "A" * 22 + "/"
     assert viewer.get()[0] == 404
-    viewer.end()
 
 
 def test_bad_requests_end_their_connection_alone():
@@ -62,7 +60,6 @@ def test_bad_requests_end_their_connection_alone():
         # A server that closes with something unread may take its answer along.
         assert not answer or status and answer.startswith(f"HTTP/1.1 {status} ".encode()), (request[:80], answer[:80])
         assert page.wait_picture()
-    viewer.end()
 
 
 def test_bad_frames_end_their_page_alone():
@@ -90,7 +87,6 @@ def test_bad_frames_end_their_page_alone():
     for number in range(4000000000, 4000000020):
         page.send(type="shown", frame=number, at="x")
     assert page.wait_state()["frames"]["shown"] <= page.pictures
-    viewer.end()
 
 
 def test_only_so_many_pages():
@@ -102,7 +98,6 @@ def test_only_so_many_pages():
     pages.pop().socket.close()
     pages[0].wait_state(lambda state: state["clients"] == 15)
     assert Page(viewer).status == 101
-    viewer.end()
 
 
 def test_slow_pages_are_nobodys_loss():
@@ -125,7 +120,6 @@ def test_slow_pages_are_nobodys_loss():
     never.send(type="shown", frame=number, at=0)
     counts = never.wait_state(lambda state: state["frames"]["shown"] > 1)["frames"]
     assert counts["skipped"] > 30, counts
-    viewer.end()
 
 
 def test_controls_change_the_camera():
@@ -173,7 +167,6 @@ def test_controls_change_the_camera():
     page.wait(lambda: "channels" in page.seen.get("statistics", {}), "statistics of the channels")
     page.do("quit")
     assert viewer.process.wait(PATIENCE) == 0
-    viewer.end()
 
 
 def test_every_frame_is_recorded():
@@ -192,7 +185,6 @@ def test_every_frame_is_recorded():
     page.wait_event("recording ended (the camera was stopped)")
     sizes = [(viewer.folder / name).stat().st_size for name in (file, second)]
     assert sizes[0] > 20 * 64 * 48 * 2, sizes
-    viewer.end()
 
 
 def test_unplugged_cameras_come_back():
@@ -208,7 +200,6 @@ def test_unplugged_cameras_come_back():
     page.wait_state(lambda state: state["running"] and state["link"] == "up")
     assert page.wait_picture().exposure == 3000
     assert all(camera["present"] for camera in page.seen["cameras"]["cameras"])
-    viewer.end()
 
 
 def test_runs_without_a_camera_and_ends_with_a_signal():
@@ -221,21 +212,20 @@ def test_runs_without_a_camera_and_ends_with_a_signal():
     viewer.process.send_signal(signal.SIGTERM)
     assert page.is_ended()
     assert viewer.process.wait(PATIENCE) == 0
-    viewer.end()
 
 
 def main():
-    words = sys.argv[1:]
+    COMMAND.extend(sys.argv[1:])
     only = []
-    while words[:1] == ["--only"]:
-        only.append(words[1])
-        words = words[2:]
-    COMMAND.extend(words)
+    while COMMAND[0] == "--only":
+        only.append(COMMAND[1])
+        del COMMAND[:2]
     signal.signal(signal.SIGTERM, lambda *_: sys.exit("interrupted"))
     try:
         for name, test in list(globals().items()):
             if name.startswith("test_") and (not only or name in only):
                 test()
+                Viewer.end_all()
                 print(f"{name}: good", flush=True)
     finally:
         Viewer.end_all()

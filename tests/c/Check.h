@@ -54,9 +54,8 @@ static int Reaches(Counter* counter, int wanted) {
     struct timespec end = {time(NULL) + 60, 0};
     int timed_out = 0;
     pthread_mutex_lock(&counter->mutex);
-    while (counter->count < wanted && !timed_out) {
+    while (counter->count < wanted && !timed_out)
         timed_out = pthread_cond_timedwait(&counter->raised, &counter->mutex, &end) != 0;
-    }
     timed_out = counter->count < wanted;
     pthread_mutex_unlock(&counter->mutex);
     return !timed_out;

@@ -1,10 +1,6 @@
 // The examples: what each prints, saves and ends with, also when cameras fail.
-#include <gtest/gtest.h>
 
-#include <filesystem>
-#include <ostream>
 #include <regex>
-#include <string>
 
 #include "tests/tools/zelcam/commands/ToolProcess.h"
 
@@ -21,8 +17,6 @@ struct Case {
     const char* file = "";       // that is written
     const char* beginning = "";  // of that file
 };
-
-void PrintTo(const Case& c, std::ostream* out) { *out << c.line; }
 
 constexpr const char* kTriggers = "@0+0.05 hwtrigger L2048-4M";
 constexpr const char* kTriggersTwoLost = "@0+0.05 hwtrigger L2048-4M; fault L2048-4M lose after=2 times=2";
@@ -88,9 +82,7 @@ TEST_P(Example, SaysAndSavesWhatItShould) {
     const std::string line = InFolder(c.line);
     const std::size_t name = line.find(' ');
     const std::string file = InFolder(c.file);
-    std::error_code ignored;
-    std::filesystem::remove(file, ignored);
-
+    std::filesystem::remove(file);
     const ToolResult result = RunProgram(line.substr(0, name), name == std::string::npos ? "" : line.substr(name + 1));
 
     EXPECT_EQ(result.exit_code, c.exit_code) << result.out << result.err;
@@ -108,16 +100,15 @@ TEST_F(Example, TimeLapseEndsWhenTheDiskIsFullAndLeavesNoHalfPicture) {
     const ToolResult result =
         RunCommand("sh -c \"trap '' XFSZ; ulimit -f 4; ./time_lapse --folder " + m_Folder / "lapse" + "\"");
     EXPECT_EQ(result.exit_code, 1);
-    EXPECT_NE(result.err.find("00001.tif' can't be written: the disk may be full"), std::string::npos) << result.err;
+    EXPECT_THAT(result.err, testing::HasSubstr("00001.tif' can't be written: the disk may be full"));
     EXPECT_TRUE(std::filesystem::is_empty(m_Folder / "lapse_001"));
 }
 
 TEST_F(Example, TimeLapseDoesNotOverwriteTheRunBefore) {
-    const std::string arguments = "--frames 1 --folder " + m_Folder / "lapse";
-    EXPECT_EQ(RunProgram("time_lapse", arguments).exit_code, 0);
-    EXPECT_EQ(RunProgram("time_lapse", arguments).exit_code, 0);
-    EXPECT_TRUE(std::filesystem::exists(m_Folder / "lapse_001/00001.tif"));
-    EXPECT_TRUE(std::filesystem::exists(m_Folder / "lapse_002/00001.tif"));
+    for (const char* picture : {"lapse_001/00001.tif", "lapse_002/00001.tif"}) {
+        EXPECT_EQ(RunProgram("time_lapse", "--frames 1 --folder " + m_Folder / "lapse").exit_code, 0);
+        EXPECT_TRUE(std::filesystem::exists(m_Folder / picture)) << picture;
+    }
 }
 
 }  // namespace zelcam

@@ -1,20 +1,18 @@
-// Files with pictures for the tests of reading and playing, which end with the object.
+// Files with pictures for the tests of reading and playing.
 #ifndef TESTS_RECORD_RECORDINGFILE_H
 #define TESTS_RECORD_RECORDINGFILE_H
 
-#include <atomic>
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
 #include <random>
-#include <string>
 #include <vector>
 
-#include "platform/UserTexts.h"
+#include "record/RecordingReader.h"
 #include "record/RecordingWriter.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace zel::record::test {
 
+using zel::test::TemporaryFile;
 using Picture = std::vector<std::uint16_t>;
 
 // Any samples of so many bits, with the smallest and the largest among them.
@@ -30,35 +28,15 @@ inline std::vector<Picture> AnyPictures(std::size_t count, unsigned width, unsig
     return pictures;
 }
 
-class TemporaryFile {
-  public:
-    explicit TemporaryFile(const std::string& bytes = "") {
-        static std::atomic<int> s_Count = 0;
-        const auto now = std::filesystem::file_time_type::clock::now().time_since_epoch().count();
-        // Names are UTF-8 on every system.
-        m_Path = std::filesystem::temp_directory_path() /
-                 platform::Utf8Path("zel-gr\xC3\xBC\xC3\x9F-" + std::to_string(now) + "-" + std::to_string(++s_Count) +
-                                    ".tif");
-        if (!bytes.empty()) Write(bytes);
+// All frames, read in another order than they lie in.
+inline std::vector<Picture> ReadAll(RecordingReader& reader) {
+    std::vector<Picture> pictures(reader.Frames());
+    for (std::size_t i = pictures.size(); i-- > 0;) {
+        pictures[i].resize(std::size_t{reader.Facts().width} * reader.Facts().height);
+        reader.Read(i, pictures[i]);
     }
-    ~TemporaryFile() {
-        std::error_code ignored;
-        std::filesystem::remove(m_Path, ignored);
-    }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    const std::filesystem::path& Path() const { return m_Path; }
-    std::string Name() const { return platform::Utf8Text(m_Path); }
-    void Write(const std::string& bytes) const { std::ofstream(m_Path, std::ios::binary) << bytes; }
-    std::string Bytes() const {
-        std::ifstream file(m_Path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
-  private:
-    std::filesystem::path m_Path;
-};
+    return pictures;
+}
 
 // Writes a recording whose frames come 1, 2, 3, ... ms after each other, and completes it when it is to have an end.
 inline void Record(const TemporaryFile& file, RecordingFacts facts, const std::vector<Picture>& pictures,

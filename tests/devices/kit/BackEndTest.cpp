@@ -20,21 +20,20 @@ class Device final : public BackEnd {
   public:
     Description Describe() const override { return {std::string(200, 'n'), "1", "none", {}}; }
     void PowerOn(ParameterTable& table) override {
-        if (m_Throw) throw std::runtime_error("the camera is on fire");
+        MayThrow();
         table.Store(SERIAL_NUMBER, "1");
     }
     std::optional<Attributes> AttributesOf(int index) override {
-        return IsBasicEntry(index) || index == EXPOSURE_TIME || index == CCM_1_1
-                   ? std::optional(SensorAttributes(index, kSensor))
-                   : std::nullopt;
+        if (!IsBasicEntry(index) && index != EXPOSURE_TIME && index != CCM_1_1) return std::nullopt;
+        return SensorAttributes(index, kSensor);
     }
     int Read(int index, Value& value) override {
         if (index == CCM_1_1) value = std::string("no number");
-        if (m_Throw) throw std::runtime_error("the camera is on fire");
+        MayThrow();
         return 0;
     }
     int Write(int index, Value& value) override {
-        if (m_Throw) throw std::runtime_error("the camera is on fire");
+        MayThrow();
         if (index == EXPOSURE_TIME) value = std::get<int>(value) / 10 * 10;
         return 0;
     }
@@ -42,6 +41,8 @@ class Device final : public BackEnd {
         m_Triggered = run.triggered;
         m_Start(sink);
     }
+
+    void MayThrow() const { m_Throw ? throw std::runtime_error("the camera is on fire") : void(); }
 
     std::function<void(FrameSink&)> m_Start = [](FrameSink&) {};
     std::atomic<bool> m_Throw{false}, m_Triggered{false};
@@ -131,14 +132,10 @@ TEST_F(KitBackEnd, LostFramesAreHolesAndNumbersNeverGoBack) {
         sink.Give({}, Black);
         sink.Lose(2);
         sink.Give({}, Black);
-        FrameFacts late;
-        late.number = 1;
-        sink.Give(late, Black);
+        sink.Give({.number = 1}, Black);
         sink.Give({}, [](std::span<std::uint8_t>) { return false; });
         sink.Give({}, [](std::span<std::uint8_t>) -> bool { throw std::runtime_error("no light"); });
-        FrameFacts jump;
-        jump.number = 9;
-        sink.Give(jump, Black);
+        sink.Give({.number = 9}, Black);
     };
     RunOnce();
     ASSERT_TRUE(m_Host->WaitForFrames(4, kPatience));
@@ -232,19 +229,18 @@ TEST_F(KitBackEnd, ARegionEndsAtTheEdgeOfTheSensor) {
     ASSERT_EQ(m_Transport->Connect(), 0);
     for (const auto& [pixels, origin, size] :
          {std::tuple(H_ROI_PIXELS, H_ROI_ORIGIN, kSensor.width), {V_ROI_PIXELS, V_ROI_ORIGIN, kSensor.height}}) {
-        EXPECT_EQ(m_Host->Set(pixels, 2), 0);
-        EXPECT_EQ(m_Host->Set(pixels, size), 0);
-        EXPECT_EQ(m_Host->Set(origin, 1), 0);
-        EXPECT_EQ(m_Host->Set(pixels, size), kExceptionChange);
-        EXPECT_EQ(m_Host->Set(pixels, size - 1), 0);
+        for (const auto& [entry, value, exception] : {std::tuple(pixels, 2, 0),
+                                                      {pixels, size, 0},
+                                                      {origin, 1, 0},
+                                                      {pixels, size, kExceptionChange},
+                                                      {pixels, size - 1, 0}})
+            EXPECT_EQ(m_Host->Set(entry, value), exception) << entry << " " << value;
     }
 }
 
 TEST_F(KitBackEnd, ACameraThatVanishesIsReportedOnceAndComesBack) {
-    std::deque<std::pair<int, int>> reports;
-    static std::deque<std::pair<int, int>>* s_Reports = nullptr;
-    s_Reports = &reports;
-    m_Bus.SetConnectionCallback([](int event, int camera, int) { s_Reports->emplace_back(event, camera); }, 0);
+    static std::deque<std::pair<int, int>> s_Reports;
+    m_Bus.SetConnectionCallback([](int event, int camera, int) { s_Reports.emplace_back(event, camera); }, 0);
     std::promise<void> back, told_again;
     m_Device->m_Start = [&](FrameSink& sink) {
         sink.Vanish();
@@ -267,9 +263,9 @@ TEST_F(KitBackEnd, ACameraThatVanishesIsReportedOnceAndComesBack) {
     const int second = m_Bus.Add(std::make_unique<Device>());
     EXPECT_TRUE(m_Bus.ChangePlug(second, false)) << "its reports are waited for";
     for (const int camera : {second, 77, -1}) EXPECT_FALSE(m_Bus.CreateTransport(camera)) << camera;
-    EXPECT_EQ(reports, (std::deque<std::pair<int, int>>{{ICAMERA_INTERFACE_EVENT_ID_DISCONNECT, 0},
-                                                        {ICAMERA_INTERFACE_EVENT_ID_CONNECT, second},
-                                                        {ICAMERA_INTERFACE_EVENT_ID_DISCONNECT, second}}));
+    EXPECT_EQ(s_Reports, (std::deque<std::pair<int, int>>{{ICAMERA_INTERFACE_EVENT_ID_DISCONNECT, 0},
+                                                          {ICAMERA_INTERFACE_EVENT_ID_CONNECT, second},
+                                                          {ICAMERA_INTERFACE_EVENT_ID_DISCONNECT, second}}));
     EXPECT_EQ(std::string(m_Bus.Text(0, [](const Description& found) { return found.name; })).size(), 63u);
 }
 

@@ -1,9 +1,6 @@
 // Frames of a simulated camera on their way into files.
 #include "record/camera/CameraRecorder.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <future>
 
 #include "record/RecordingReader.h"
@@ -63,15 +60,12 @@ TEST_F(CameraRecorderTest, WhatTheDiskIsTooSlowForIsCountedAtOnce) {
     const auto answers = Offer(8);
     EXPECT_EQ(std::count(answers.begin(), answers.end(), Offered::kTaken), 3);
     EXPECT_EQ(answers.back(), Offered::kLost);
-    EXPECT_EQ(m_Recorder->Status().lost_disk, 5u);
-    EXPECT_EQ(m_Recorder->Status().waiting, 3u);
+    EXPECT_EQ(std::tuple(m_Recorder->Status().lost_disk, m_Recorder->Status().waiting), std::tuple(5u, 3u));
     disk.set_value();
     const auto files = m_Recorder->Finish("frames");
     ASSERT_EQ(files.size(), 1u);
-    const RecordingReader reader(files[0].path);
-    EXPECT_EQ(reader.End()->frames, 3u);
-    EXPECT_EQ(reader.End()->lost_disk, 5u);
-    EXPECT_EQ(reader.End()->lost_buffer, 0u);
+    const RecordingEnd end = RecordingReader(files[0].path).End().value();
+    EXPECT_EQ(std::tuple(end.frames, end.lost_disk, end.lost_buffer), std::tuple(3u, 5u, 0u));
     EXPECT_EQ(m_Recorder->Offer(nullptr), Offered::kEnded);
 }
 
@@ -90,8 +84,7 @@ TEST_F(CameraRecorderTest, ARingHasTheLastFramesAndWritesThemWhenItIsAsked) {
     ASSERT_EQ(files.size(), 2u);
     EXPECT_THAT(Numbers("run_0002.ome.tif"), ElementsAre(3, 4, 5, 6));
     EXPECT_THAT(Numbers("run_0003.ome.tif"), ElementsAre(7, 8));
-    EXPECT_EQ(files[0].end.reason, "key");
-    EXPECT_EQ(files[1].end.reason, "event");
+    EXPECT_EQ(std::tuple(files[0].end.reason, files[1].end.reason), std::tuple("key", "event"));
 }
 
 // Several frames are compressed at a time, and yet written in their order.

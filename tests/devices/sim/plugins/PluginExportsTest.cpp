@@ -25,14 +25,17 @@ std::atomic<int> s_Events;
 
 void ZEL_CALL OnConnection(int id, int, int) { s_Events += id == ICAMERA_INTERFACE_EVENT_ID_DISCONNECT ? 1 : 100; }
 
+void Simulate(const std::string& name, const char* value) {
+    platform::SetEnvironment(("ZEL_SIM_" + name).c_str(), value);
+}
+
 class Plugin : public testing::Test {
   protected:
     void SetUp() override {
         s_Events = 0;
         for (const std::string& name : SettingNames()) platform::SetEnvironment(name.c_str(), nullptr);
-        platform::SetEnvironment("ZEL_SIM_PACE", "none");
-        platform::SetEnvironment("ZEL_SIM_SIZE", "64x48");
-        platform::SetEnvironment("ZEL_SIM_FILL", "none");
+        for (const auto& [name, value] : {std::pair("PACE", "none"), {"SIZE", "64x48"}, {"FILL", "none"}})
+            Simulate(name, value);
     }
     void TearDown() override {
         if (transport) {
@@ -75,34 +78,32 @@ class Plugin : public testing::Test {
 };
 
 TEST_F(Plugin, AWrongSettingIsReportedAndTheDefaultTaken) {
-    const std::pair<std::string, std::string> kWrong[] = {{"SIZE", "63x48"},
-                                                          {"PACE", "-1"},
-                                                          {"SEED", "x"},
-                                                          {"FILL", "red"},
-                                                          {"SCENE", "/no/such/picture.png"},
-                                                          {"MOTION", "drift:0"},
-                                                          {"CFA_PHASE", "5"},
-                                                          {"TAPS", "flat"},
-                                                          {"COLOR_SPACE", "a text that is longer than a table entry"}};
-    for (const auto& [name, value] : kWrong) {
+    const std::pair<std::string, std::string> wrong[] = {{"SIZE", "63x48"},
+                                                         {"PACE", "-1"},
+                                                         {"SEED", "x"},
+                                                         {"FILL", "red"},
+                                                         {"SCENE", "/no/such/picture.png"},
+                                                         {"MOTION", "drift:0"},
+                                                         {"CFA_PHASE", "5"},
+                                                         {"TAPS", "flat"},
+                                                         {"COLOR_SPACE", "a text that is longer than a table entry"}};
+    for (const auto& [name, value] : wrong) {
         SetUp();
-        const std::string variable = "ZEL_SIM_" + name;
-        platform::SetEnvironment(variable.c_str(), value.c_str());
+        Simulate(name, value.c_str());
         testing::internal::CaptureStderr();
         const Settings settings = ReadSettings();
         ReadSettings();
         const std::string line = testing::internal::GetCapturedStderr();
-        EXPECT_EQ(line.find(variable + '=' + value + ": expected "), 0u) << line;
+        EXPECT_EQ(line.find("ZEL_SIM_" + name + '=' + value + ": expected "), 0u) << line;
         EXPECT_EQ(line.find('\n'), line.size() - 1) << "once in a process";
-        EXPECT_EQ(settings.width, name == "SIZE" ? 0u : 64u);
-        EXPECT_EQ(settings.speed, name == "PACE" ? 1.0 : 0.0);
-        EXPECT_EQ(settings.scene, "builtin");
+        EXPECT_EQ(std::tuple(settings.width, settings.speed, settings.scene),
+                  std::tuple(name == "SIZE" ? 0u : 64u, name == "PACE" ? 1.0 : 0.0, "builtin"));
     }
-    platform::SetEnvironment("ZEL_SIM_SCEEN", "x");
+    Simulate("SCEEN", "x");
     testing::internal::CaptureStderr();
     ReadSettings();
     EXPECT_NE(testing::internal::GetCapturedStderr().find("did you mean ZEL_SIM_SCENE?"), std::string::npos);
-    platform::SetEnvironment("ZEL_SIM_SCEEN", nullptr);
+    Simulate("SCEEN", nullptr);
 }
 
 // One script for all libraries: each does the lines that are about its cameras, at their times.

@@ -2,19 +2,17 @@
 #include <gtest/gtest.h>
 
 #include "devices/sim/scene/Scene.h"
-#include "platform/UserTexts.h"
 #include "tests/devices/sim/scene/PictureFile.h"
 #include "tests/devices/sim/sensor/FrameStatistics.h"
 
 namespace zel::sim::test {
 namespace {
 
-// A fine checker averages to half the light, not to half the sample value. File names are UTF-8 on every system.
+// A fine checker averages to half the light, not to half the sample value.
 TEST(SceneFileTest, ALargePictureIsAveragedInLinearLight) {
-    const TemporaryFile file("gr\xC3\xBC\xC3\x9F.png", EncodePicture(FileKind::kPng, 128, 128, [](int x, int y) {
-                                 return (x + y) % 2 ? Color8{255, 255, 255} : Color8{0, 0, 0};
-                             }));
-    const auto scene = MakeScene(file.Path(), 32, 32);
+    const auto checker = [](int x, int y) { return (x + y) % 2 ? Color8{255, 255, 255} : Color8{0, 0, 0}; };
+    const TemporaryFile file(EncodePicture(FileKind::kPng, 128, 128, checker), ".png");
+    const auto scene = MakeScene(file.Name(), 32, 32);
     std::vector<Rgb> row(32);
     for (unsigned y = 0; y < 32; ++y) {
         scene->Row(y, row);
@@ -26,21 +24,19 @@ TEST(SceneFileTest, AnUnreadableOneCostsALineAndGivesTheBuiltInScene) {
     SensorModel model = ModelOf(40, 30);
     Sensor builtin(model);
     const Frame expected = RenderFrame(builtin, {}, 1);
-    const auto png = EncodePicture(FileKind::kPng, 40, 40, [](int x, int y) {
-        return Color8{static_cast<std::uint8_t>(x * y), 5, 9};
-    });
-    const std::vector<char> cut_short(png.begin(), png.begin() + static_cast<std::ptrdiff_t>(png.size() / 2));
+    const auto color = [](int x, int y) { return Color8{static_cast<std::uint8_t>(x * y), 5, 9}; };
+    const std::string png = EncodePicture(FileKind::kPng, 40, 40, color);
     // Bytes 16 to 23 are width and height, high byte first: 16384 x 16384 samples take gigabytes.
-    std::vector<char> huge = png;
+    std::string huge = png;
     huge[18] = huge[22] = 16384 >> 8;
     huge[19] = huge[23] = 0;
-    const TemporaryFile files[] = {{"text.png", {'h', 'e', 'l', 'l', 'o'}}, {"cut.png", cut_short}, {"huge.png", huge}};
+    const TemporaryFile missing, text("hello"), cut(png.substr(0, png.size() / 2)), large(huge);
     const std::pair<std::string, std::string> cases[] = {
-        {files[0].Path() + ".missing", "no such file"},
-        {platform::Utf8Text(std::filesystem::temp_directory_path()), "no such file"},
-        {files[0].Path(), "unknown image type"},
-        {files[1].Path(), ""},
-        {files[2].Path(), "16384 x 16384 pixels are too many, at most 67108864"}};
+        {missing.Name(), "no such file"},
+        {platform::Utf8Text(missing.Path().parent_path()), "no such file"},
+        {text.Name(), "unknown image type"},
+        {cut.Name(), ""},
+        {large.Name(), "16384 x 16384 pixels are too many, at most 67108864"}};
     for (const auto& [path, reason] : cases) {
         model.scene = path;
         Sensor broken(model);

@@ -1,9 +1,10 @@
-// Frames and what is measured on them.
+// Sensors, their frames, and what is measured on them.
 #ifndef TESTS_SENSOR_FRAMESTATISTICS_H
 #define TESTS_SENSOR_FRAMESTATISTICS_H
 
 #include <functional>
 #include <numeric>
+#include <string>
 #include <vector>
 
 #include "devices/sim/sensor/Sensor.h"
@@ -11,6 +12,15 @@
 namespace zel::sim::test {
 
 using Frame = std::vector<std::uint16_t>;
+
+inline SensorModel ModelOf(unsigned width, unsigned height, int phase = 0, const std::string& scene = "builtin") {
+    SensorModel model;
+    model.width = width;
+    model.height = height;
+    model.cfa_phase = phase;
+    model.scene = scene;
+    return model;
+}
 
 inline Frame RenderFrame(Sensor& sensor, const SensorSettings& settings, std::uint64_t number,
                          SensorFill fill = SensorFill::kNoise) {

@@ -5,7 +5,6 @@
 
 #include "devices/sim/sensor/FrameReadout.h"
 #include "devices/sim/sensor/RawReadout.h"
-#include "tests/devices/sim/scene/PictureFile.h"
 #include "tests/devices/sim/sensor/FrameStatistics.h"
 
 namespace zel::sim::test {
@@ -49,9 +48,8 @@ TEST(RawReadout, PackingDropsHighBitsAndWhatDoesNotFit) {
     for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = static_cast<std::uint16_t>(i * 0x1ABC + 0xF0DE);
     for (std::size_t i = 0; i < samples.size(); i += 2) {
         const unsigned a = samples[i] & 0xFFFu, b = samples[i + 1] & 0xFFFu;
-        for (const unsigned byte : {a >> 4, (b & 15) << 4 | (a & 15), b >> 4}) {
+        for (const unsigned byte : {a >> 4, (b & 15) << 4 | (a & 15), b >> 4})
             whole.push_back(static_cast<std::uint8_t>(byte));
-        }
     }
     for (std::size_t room = 0; room <= whole.size() + 20; ++room) {
         std::vector<std::uint8_t> packed(room, 0x77), expected = packed;

@@ -15,14 +15,14 @@ TEST(SensorDeterminism, FramesAreTheSameEverywhere) {
         return Color8{static_cast<std::uint8_t>(x * 5), static_cast<std::uint8_t>(x * y),
                       static_cast<std::uint8_t>(255 - y * 4)};
     };
-    const TemporaryFile file("colors.jpg", EncodePicture(FileKind::kJpeg, 50, 60, color));
+    const TemporaryFile file(EncodePicture(FileKind::kJpeg, 50, 60, color), ".jpg");
     SensorModel mono = ModelOf(333, 517);
     mono.bits = 12;
     SensorModel moving = ModelOf(320, 240);
     moving.motion = {true, true, 3.0};
     SensorModel moving_color = ModelOf(96, 200, 4);
     moving_color.motion = {true, true, 1.0};
-    const SensorModel picture = ModelOf(33, 20, 2, file.Path());
+    const SensorModel picture = ModelOf(33, 20, 2, file.Name());
     const struct {
         SensorModel model;
         SensorSettings settings;

@@ -1,5 +1,4 @@
 // Calibration tables of the tool: files, plot; and the measurement of seams.
-#include <gmock/gmock.h>
 
 #include <limits>
 
@@ -66,9 +65,8 @@ TEST(CalibrationPlotTest, HasACurveForEachTapInsideThePicture) {
             std::istringstream points(svg.substr(at += 9));
             std::size_t inside = 0;
             char letter = 0, comma = 0;
-            for (double x = 0, y = 0; points >> letter >> x >> comma >> y;) {
+            for (double x = 0, y = 0; points >> letter >> x >> comma >> y;)
                 inside += x >= 0.0 && x <= 720.0 && y >= 0.0 && y <= 440.0;
-            }
             curves += inside == table.rows.size();
         }
         EXPECT_EQ(curves, table.taps);

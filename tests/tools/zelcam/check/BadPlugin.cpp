@@ -3,7 +3,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <deque>
 #include <map>
 #include <memory>
@@ -27,22 +26,13 @@ using namespace std::chrono_literals;
 
 // Asked for at the very end, too, when nothing that has a destructor is left.
 bool Fault(const char* name) {
-    static char s_Fault[40] = "";
-    static const bool s_Known = [] {
-        std::snprintf(s_Fault, sizeof s_Fault, "%s", zel::platform::EnvironmentVariable("ZEL_TEST_FAULT").c_str());
-        return true;
-    }();
-    return s_Known && std::strcmp(s_Fault, name) == 0;
+    static const auto* const s_Fault = new std::string(zel::platform::EnvironmentVariable("ZEL_TEST_FAULT"));
+    return *s_Fault == name;
 }
 
 const PluginLibrary& Good() {
     static const PluginLibrary s_Good("zel_usb.dll");
     return s_Good;
-}
-
-void Crash() {
-    volatile int* const nowhere = nullptr;
-    *nowhere = 1;
 }
 
 class BadTransport final : public ForwardingTransport, private IZelCameraCommon {
@@ -66,7 +56,7 @@ class BadTransport final : public ForwardingTransport, private IZelCameraCommon 
         return code;
     }
     int Start() override {
-        if (Fault("start-crashes")) Crash();
+        if (Fault("start-crashes")) *m_Nowhere = 1;
         if (Fault("handle-lost")) m_Lost = std::fopen(zel::platform::ProgramFile().c_str(), "rb");
         const int code = Next().Start();
         return Fault("start-code-lost") ? 0 : code;
@@ -110,10 +100,8 @@ class BadTransport final : public ForwardingTransport, private IZelCameraCommon 
         if (set && data[6] == zel::SW_TRIG && Fault("trigger-twice")) Exchange(datagram);
         m_Reply.clear();
         const int sent = Exchange(datagram);
-        if (len == 10 && data[3] == zel::SYNC_TABLE_CMD_GET && data[6] == zel::EXPOSURE_TIME &&
-            Fault("write-ignored")) {
-            m_Reply[7] = 0x55;
-        }
+        const bool get = len == 10 && data[3] == zel::SYNC_TABLE_CMD_GET;
+        if (get && data[6] == zel::EXPOSURE_TIME && Fault("write-ignored")) m_Reply[7] = 0x55;
         return Fault("short-send") ? sent - 1 : sent;
     }
     int RecvData(int len, unsigned char* buffer, int timeout_ms) override {
@@ -122,10 +110,7 @@ class BadTransport final : public ForwardingTransport, private IZelCameraCommon 
             return Fault("receive-negative") ? -1 : 0;
         }
         int count = 0;
-        for (; count < len && !m_Reply.empty(); ++count) {
-            buffer[count] = m_Reply.front();
-            m_Reply.pop_front();
-        }
+        for (; count < len && !m_Reply.empty(); m_Reply.pop_front()) buffer[count++] = m_Reply.front();
         if (Fault("receive-too-many")) buffer[count++] = 0;
         if (Fault("receive-drops")) m_Reply.clear();
         return count;
@@ -181,9 +166,8 @@ class BadTransport final : public ForwardingTransport, private IZelCameraCommon 
         auto exception = ReceiveDatagram();
         const int code = exception.size() > 5 ? exception[5] : 0;
         const bool kept = code == zel::kExceptionWriteToConst || code == zel::kExceptionWriteToReadOnly;
-        if ((Fault("const-accepted") && kept) || (Fault("range-accepted") && code == zel::kExceptionChange)) {
+        if ((Fault("const-accepted") && kept) || (Fault("range-accepted") && code == zel::kExceptionChange))
             exception = {0, 0, 0};
-        }
         if (code == 0 || !Fault("exception-unsent")) Answer(exception);
         if (Fault("byte-behind")) m_Reply.push_back(0);
         return sent;
@@ -191,10 +175,9 @@ class BadTransport final : public ForwardingTransport, private IZelCameraCommon 
 
     static void ZEL_CALL OnImage(ZelImage* image, ZelCamera* camera) {
         BadTransport& self = Self(camera);
-        {
-            const std::unique_lock lock = self.Locked();
-            self.m_ImageHandler(image, self.m_ImageCamera);
-        }
+        std::unique_lock lock = self.Locked();
+        self.m_ImageHandler(image, self.m_ImageCamera);
+        if (lock) lock.unlock();
         if (Fault("event-late")) self.m_EventHandler(&self.m_LateEvent, self.m_EventCamera);
     }
     static void ZEL_CALL OnEvent(const ZelCameraEvent* event, ZelCamera* camera) {
@@ -233,6 +216,7 @@ class BadTransport final : public ForwardingTransport, private IZelCameraCommon 
     void FreeAllInUseImages() override { m_Host->FreeAllInUseImages(); }
 
     IZelCameraCommon* m_Host = nullptr;
+    int* volatile m_Nowhere = nullptr;
     std::FILE* m_Lost = nullptr;
     ZelImageHandler m_ImageHandler = nullptr;
     ZelCamera* m_ImageCamera = nullptr;
@@ -254,12 +238,9 @@ void ZEL_CALL WithoutContext(int id, int camera, int) { s_Callback(id, camera, 0
 
 // Loaded once in a process, and a second time in vain.
 bool LoadedBefore() {
-    static const bool s_Before = [] {
-        const bool before = !zel::platform::EnvironmentVariable("ZEL_TEST_LOADED").empty();
-        zel::platform::SetEnvironment("ZEL_TEST_LOADED", "1");
-        return before;
-    }();
-    return s_Before;
+    static const std::string s_Before = zel::platform::EnvironmentVariable("ZEL_TEST_LOADED");
+    zel::platform::SetEnvironment("ZEL_TEST_LOADED", "1");
+    return !s_Before.empty();
 }
 
 struct AtTheEnd {
@@ -318,11 +299,7 @@ ZEL_PLUGIN_EXPORT void ZEL_CALL set_camera_connection_event_callback(ConnectionE
 }
 
 ZEL_PLUGIN_EXPORT int ZEL_CALL zel_sim_control(const char* command, char* reply, int size) {
-    using Control = int(ZEL_CALL*)(const char*, char*, int);
-    static const auto s_Control = [] {
-        Control control = nullptr;
-        PluginLibrary("zel_usb.dll").Bind(control, "zel_sim_control");
-        return control;
-    }();
-    return s_Control(command, reply, size);
+    int(ZEL_CALL * control)(const char*, char*, int);
+    PluginLibrary("zel_usb.dll").Bind(control, "zel_sim_control");
+    return control(command, reply, size);
 }

@@ -1,5 +1,4 @@
 // The check of plug-ins against one that is good and the same with one thing wrong at a time.
-#include <gmock/gmock.h>
 
 #include "platform/LibraryFiles.h"
 #include "tests/tools/zelcam/commands/ToolProcess.h"
@@ -7,6 +6,7 @@
 namespace zelcam {
 
 using testing::HasSubstr;
+using namespace std::string_literals;
 
 namespace {
 
@@ -91,8 +91,8 @@ class PlantedFault : public testing::TestWithParam<Planted> {};
 
 TEST_P(PlantedFault, IsFoundByItsClause) {
     const Planted& planted = GetParam();
-    const std::string limit = planted.seen == kHung ? " --time-limit 1" : "";
-    const ToolResult result = Check(planted.fault, kPlugin + limit + " --json --only " + planted.clause);
+    const std::string options = planted.seen == kHung ? " --time-limit 1 --json --only " : " --json --only ";
+    const ToolResult result = Check(planted.fault, kPlugin + options + planted.clause);
     EXPECT_EQ(result.exit_code, kProblemsFound.exit_code) << result.out << result.err;
     const auto clauses = result.Json()["clauses"];
     ASSERT_EQ(clauses.size(), 1u) << result.out;
@@ -113,9 +113,8 @@ TEST(CheckPlugin, WithoutAFaultEveryClauseIsKept) {
     EXPECT_EQ(json["failed"], 0) << result.out;
     EXPECT_EQ(json["skipped"], 0) << "the cameras can be unplugged by command";
     for (const Planted& planted : kFaults) {
-        const bool listed =
-            std::ranges::any_of(json["clauses"], [&](const auto& one) { return one["id"] == planted.clause; });
-        EXPECT_TRUE(listed) << planted.clause;
+        const auto is_it = [&](const auto& one) { return one["id"] == planted.clause; };
+        EXPECT_TRUE(std::ranges::any_of(json["clauses"], is_it)) << planted.clause;
     }
 }
 
@@ -123,12 +122,9 @@ TEST(CheckPlugin, WithoutAFaultEveryClauseIsKept) {
 TEST(CheckPlugin, ACrashIsALineAndNotTheEnd) {
     const ToolResult result =
         Check("start-crashes", std::string(kPlugin) + " --only connect,start,stop,table-get,process-end");
-    EXPECT_THAT(result.out, HasSubstr("ok   connect: "));
-    EXPECT_THAT(result.out, HasSubstr("FAIL start: "));
-    EXPECT_THAT(result.out, HasSubstr("FAIL stop: "));
-    EXPECT_THAT(result.out, HasSubstr("ok   table-get: "));
-    EXPECT_THAT(result.out, HasSubstr("ok   process-end: "));
-    EXPECT_THAT(result.out, HasSubstr("3 ok, 2 failed, 0 skipped"));
+    for (const char* line : {"ok   connect: ", "FAIL start: ", "FAIL stop: ", "ok   table-get: ", "ok   process-end: ",
+                             "3 ok, 2 failed, 0 skipped"})
+        EXPECT_THAT(result.out, HasSubstr(line));
     EXPECT_THAT(result.err, HasSubstr("2 of 5 clauses"));
 }
 
@@ -146,8 +142,7 @@ TEST(CheckPlugin, WhatCanNotBeCheckedIsToldWithItsReason) {
         {"no_such.dll --only load,start", kProblemsFound, "1 of 1 clause"},
     };
     UseFastCameras("0", "0", "1");
-    for (const auto& [arguments, kind, line] : cases)
-        FailureOfTool(std::string("check-plugin ") + arguments, kind, line);
+    for (const auto& [arguments, kind, line] : cases) FailureOfTool("check-plugin "s + arguments, kind, line);
     const auto bare = Check("", "zel_bare_plugin.dll --only library --json").Json();
     EXPECT_THAT(bare["clauses"][1]["seen"].get<std::string>(), HasSubstr("missing: create_camera_interface, destroy_"));
     EXPECT_EQ(bare["skipped"], 5) << bare;

@@ -1,5 +1,4 @@
 // The program: pictures on disk.
-#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <future>
@@ -46,21 +45,24 @@ nlohmann::json DescriptionOf(fs::path picture) {
 
 TEST_F(ProgramCapture, TwelvePicturesWithoutHolesEachHaveADescription) {
     const auto json = JsonOf("capture -n 12 --exposure 5000 --gain 7" + Out("new folder"));
-    EXPECT_EQ(json["dropped"], (nlohmann::json{{"link", 0}, {"no_free_buffer", 0}}));
+    ExpectMembers(json, {{"dropped", {{"link", 0}, {"no_free_buffer", 0}}}});
     ASSERT_EQ(json["pictures"].size(), 12u) << json;
     const int first = json["pictures"][0]["frame_number"];
     int number = 0;
     for (auto picture : json["pictures"]) {
-        EXPECT_EQ(picture["frame_number"], first + number++);
         const fs::path path = picture["path"].get<std::string>();
         EXPECT_EQ(fs::file_size(path), 198 + kSampleBytes) << path;
         picture.erase("path");
         EXPECT_EQ(DescriptionOf(path), picture);
-        EXPECT_EQ(picture["file"], path.filename().string());
-        const nlohmann::json expected{
-            {"width", 64}, {"height", 48}, {"exposure_us", 5000}, {"gain", 7}, {"scaled_by_bits", 0}};
-        for (const auto& [key, value] : expected.items()) EXPECT_EQ(picture[key], value) << key;
-        for (const char* key : {"serial", "model"}) EXPECT_EQ(picture[key], json["camera"][key]);
+        ExpectMembers(picture, {{"width", 64},
+                                {"height", 48},
+                                {"exposure_us", 5000},
+                                {"gain", 7},
+                                {"scaled_by_bits", 0},
+                                {"file", path.filename().string()},
+                                {"frame_number", first + number++},
+                                {"serial", json["camera"]["serial"]},
+                                {"model", json["camera"]["model"]}});
         const auto& time = picture["time"];
         EXPECT_THAT(time["clock"].get<std::string>(), HasSubstr("millisecond clock"));
         EXPECT_EQ(time["queue_delay_ms"].get<std::uint32_t>(),
@@ -76,9 +78,8 @@ TEST_F(ProgramCapture, RegionIsCutOutOfTheSameFrame) {
         const Samples region = Capture(std::string(camera) + " --roi 5,7,33,20", 33, 20);
         const Samples binned = Capture(std::string(camera) + " --roi 5,7,33,20 --bin 3,2", 11, 10);
         for (std::size_t y = 0; y < 20; ++y) {
-            for (std::size_t x = 0; x < 33; ++x) {
+            for (std::size_t x = 0; x < 33; ++x)
                 ASSERT_EQ(region[y * 33 + x], whole[(y + 7) * 64 + x + 5]) << camera << " " << x << "," << y;
-            }
         }
         // The first row of a binned frame is another matter.
         unsigned sum = 0;
@@ -104,10 +105,9 @@ TEST_F(ProgramCapture, WhatTheLinkDeliversBecomesThePicture) {
         const std::string bytes = FileText(m_Folder / "raw.pgm");
         ASSERT_GT(bytes.size(), kSampleBytes);
         Samples delivered;
-        for (std::size_t i = bytes.size() - kSampleBytes; i < bytes.size(); i += 2) {
-            const auto high = static_cast<unsigned char>(bytes[i]);
-            delivered.push_back(static_cast<std::uint16_t>(high << 8 | static_cast<unsigned char>(bytes[i + 1])));
-        }
+        const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(bytes[at]); };
+        for (std::size_t i = bytes.size() - kSampleBytes; i < bytes.size(); i += 2)
+            delivered.push_back(static_cast<std::uint16_t>(byte(i) << 8 | byte(i + 1)));
         Samples handed_over = Capture(settings);
         handed_over[0] = delivered[0];  // the frame's number
         EXPECT_EQ(handed_over == delivered, *taps == '1') << settings;
@@ -119,8 +119,7 @@ TEST_F(ProgramCapture, WhatTheLinkDeliversBecomesThePicture) {
 
 TEST_F(ProgramCapture, AnAverageIsSaidToBeOne) {
     const auto json = JsonOf("capture --average 8 -n 2" + Out("q"));
-    ASSERT_EQ(json["pictures"].size(), 2u);
-    EXPECT_EQ(json["pictures"][0]["average_of_frames"], 8);
+    EXPECT_EQ(json["pictures"].at(1)["average_of_frames"], 8);
     EXPECT_GE(json["pictures"][0]["frame_number"].get<int>(), 7) << "frames count from 0";
 }
 
@@ -138,9 +137,8 @@ TEST_F(ProgramCapture, WhatCanNotWorkFailsBeforeTheStart) {
 TEST_F(ProgramCapture, FoldersAndFilesHaveAnyName) {
     const std::string name = "\u00DCml\u00E4ut \u65E5\u672C";
     const fs::path folder = zel::platform::Utf8Path(m_Folder / name);
-    const std::pair<const char*, const char*> formats[] = {
-        {"-f tiff", ".tif"}, {"-f png", ".png"}, {"-c 2 --color", ".png"}};
-    for (const auto& [options, extension] : formats) {
+    for (const auto& [options, extension] :
+         {std::pair{"-f tiff", ".tif"}, {"-f png", ".png"}, {"-c 2 --color", ".png"}}) {
         const std::string prefix = name + options[3];
         const auto json = JsonOf("capture -p \"" + prefix + "\" " + options + Out(name));
         const fs::path picture = folder / zel::platform::Utf8Path(prefix + "_0001" + extension);
@@ -149,16 +147,14 @@ TEST_F(ProgramCapture, FoldersAndFilesHaveAnyName) {
     }
     JsonOf("calibrate export" + Out(name));
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 8);
-    for (const std::string command : {"calibrate show --no-plot", "calibrate import"}) {
+    for (const std::string command : {"calibrate show --no-plot", "calibrate import"})
         JsonOf(command + m_Folder.Quoted(name + "/300101_20MHz.txt"));
-    }
 }
 
 TEST_F(ProgramCapture, PicturesAreNotOverwritten) {
     const std::string out = Out("");
-    for (const char* name : {"camera0_0041.json", "camera0_9.png", "camera0_77x.tif", "camera1_0099.tif"}) {
+    for (const char* name : {"camera0_0041.json", "camera0_9.png", "camera0_77x.tif", "camera1_0099.tif"})
         std::ofstream(m_Folder / name) << "a user's";
-    }
     EXPECT_THAT(RunTool("capture -n 2" + out).out, HasSubstr("camera0_0042.tif on\n"));
     EXPECT_THAT(RunTool("capture --format png" + out).out, HasSubstr("camera0_0044.png\n1 frame saved; "));
     EXPECT_THAT(RunTool("capture --overwrite" + out).out, HasSubstr("camera0_0001.tif on\n"));

@@ -1,5 +1,4 @@
 // The program with a simulated color camera: what the sensor saw against what the picture shows.
-#include <gmock/gmock.h>
 #include <lodepng.h>
 
 #include <algorithm>
@@ -52,9 +51,8 @@ Picture ReadPicture(const std::string& name, const nlohmann::json& json) {
     EXPECT_NE(state.info_png.gama_defined, state.info_png.srgb_defined);
     EXPECT_EQ(json["bits"], json["format"] != "16" ? 8 : json["space"] == "srgb" ? 16 : 14);
     EXPECT_EQ(json["black_level_taken_off"], json["space"] == "sensor" ? 0 : 64);
-    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2)
         picture.samples.push_back((bytes[i] * 256 + bytes[i + 1]) / 65535.0);
-    }
     return picture;
 }
 
@@ -144,9 +142,8 @@ TEST_F(ProgramColor, ThePatchesComeBackInEveryPhaseFormatAndSpace) {
         Simulate("CFA_PHASE", c.phase);
         Simulate("COLOR_SPACE", c.camera_space);
         const Picture picture = Capture(c.arguments);
-        for (const double error : ErrorsOfPatches(picture, c.to_light, c.xyz)) {
+        for (const double error : ErrorsOfPatches(picture, c.to_light, c.xyz))
             EXPECT_NEAR(error, 0.0, c.limit) << "row " << &c - cases;
-        }
     }
 }
 
@@ -189,9 +186,8 @@ TEST_F(ProgramColor, AColorSpaceThatNobodyKnowsIsNamedAndTheSensorsOwnChannelsSt
     const zel::sim::ScenePatch white = zel::sim::ColorChartPatches(kWidth, kHeight)[18];
     const Light mean = picture.Mean(white.left + 3, white.top + 3, white.left + 15, white.top + 15);
     const Light expected{0.62, 1.0, 0.72};
-    for (std::size_t c = 0; c < 3; ++c) {
+    for (std::size_t c = 0; c < 3; ++c)
         EXPECT_NEAR((mean[c] * 65535.0 - 64.0) / CountsOfWhite(), 0.88 * expected[c], 0.01) << c;
-    }
 }
 
 }  // namespace zelcam

@@ -28,16 +28,12 @@ TEST(Doctor, TellsWhatIsThereWithoutOpeningACamera) {
     const fs::path sdk = Finding(json, "sdk")["facts"]["path"].get<std::string>();
     EXPECT_TRUE(fs::equivalent(sdk, here / LibraryFileName("zel_sdk.dll"))) << sdk;
     EXPECT_EQ(Finding(json, "sdk")["state"], "ok");
-    for (const auto& [name, cameras] : {std::pair{"edt_camera_link", 1}, {"pleora_ebus", 1}, {"zel_usb", 0}}) {
-        const auto plugin = Finding(json, "plugin", name);
-        EXPECT_EQ(plugin["state"], "ok") << plugin;
-        EXPECT_EQ(plugin["facts"]["cameras"], cameras) << plugin;
-    }
-    EXPECT_EQ(Finding(json, "camera", "camera 1")["facts"]["serial"], "400101");
+    for (const auto& [name, cameras] : {std::pair{"edt_camera_link", 1}, {"pleora_ebus", 1}, {"zel_usb", 0}})
+        ExpectMembers(Finding(json, "plugin", name), {{"state", "ok"}, {"facts", {{"cameras", cameras}}}});
+    ExpectMembers(Finding(json, "camera", "camera 1"), {{"facts", {{"serial", "400101"}}}});
     EXPECT_EQ(Finding(json, "frame")["state"], "absent");
-    for (const char* check : {"processor", "memory", "real_time", "receive_buffers", "calibration_folder"}) {
+    for (const char* check : {"processor", "memory", "real_time", "receive_buffers", "calibration_folder"})
         EXPECT_NE(Finding(json, check)["state"], "absent") << check;
-    }
     std::size_t all = 0;
     for (const auto& count : json["summary"]) all += count.get<std::size_t>();
     EXPECT_EQ(all, json["findings"].size());
@@ -46,9 +42,9 @@ TEST(Doctor, TellsWhatIsThereWithoutOpeningACamera) {
 
 TEST(Doctor, OpensEachCameraWhenAsked) {
     UseFastCameras("1", "1", "0");
-    SetEnvironment("ZEL_SIM_FAULTS", "fault 400101 unplug-connect");
+    Simulate("FAULTS", "fault 400101 unplug-connect");
     const auto json = FailureOfTool("doctor --open", kProblemsFound, "the examination found 1 problem");
-    SetEnvironment("ZEL_SIM_FAULTS", "");
+    Simulate("FAULTS", "");
     EXPECT_EQ(Finding(json, "frame", "camera 0")["facts"]["width"], 64);
     EXPECT_EQ(Finding(json, "frame", "camera 1")["state"], "problem");
 }
@@ -65,11 +61,14 @@ TEST(Doctor, KnowsEverySettingOfTheSimulatedCameras) {
     }
 }
 
+constexpr const char* kPlugins[] = {"edt_camera_link.dll", "pleora_ebus.dll", "zel_usb.dll"};
+
 // The program, the SDK and its libraries in a folder of their own.
 class Installation : public TemporaryFolder {
   public:
     Installation() {
-        for (const char* name : {"edt_camera_link.dll", "pleora_ebus.dll", "zel_usb.dll", kLogger}) Put(name, name);
+        for (const char* name : kPlugins) Put(name, name);
+        Put(kLogger, kLogger);
         // The SDK's file has its version in its name on some systems.
         for (const auto& entry : fs::directory_iterator(".")) {
             const std::string name = entry.path().filename().string();
@@ -124,10 +123,7 @@ TEST(Doctor, SaysWhatIsWrongWithAnInstallation) {
          "it lacks get_num_cameras, create_camera_interface, destroy_camera_interface"},
         {[](auto&) { SetEnvironment("ZEL_SIM_USB_CAMERAS", "-1"); }, "plugin", "zel_usb", "problem",
          "says that it failed"},
-        {[](auto& tree) {
-             for (const char* name : {"edt_camera_link.dll", "pleora_ebus.dll", "zel_usb.dll"})
-                 fs::remove(tree.File(name));
-         },
+        {[](auto& tree) { std::ranges::for_each(kPlugins, [&](auto name) { fs::remove(tree.File(name)); }); },
          "plugins", "", "problem", "no camera will ever be found"},
         {[](auto&) { UseFastCameras("0", "0", "0"); }, "cameras", "", "warning", "no cameras"},
         {[](auto&) { UseFastCameras("9", "1", "0"); }, "cameras", "", "note", "10 cameras are attached"},

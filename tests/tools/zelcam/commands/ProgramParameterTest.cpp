@@ -1,5 +1,4 @@
 // The program: reading and writing parameters.
-#include <gmock/gmock.h>
 
 #include "tests/tools/zelcam/commands/ToolProcess.h"
 
@@ -22,30 +21,28 @@ TEST_F(ProgramParameter, ParamsShowsEveryOne) {
         {21, {{"minimum", 0}, {"maximum", 1023}, {"default", 0}}},
         {6, {{"type", "text"}}},
         {23, {{"available", false}}}};
-    for (const auto& [row, members] : cases) {
-        for (const auto& [name, value] : members.items()) EXPECT_EQ(json[row][name], value) << row << name;
-    }
+    for (const auto& [row, members] : cases) ExpectMembers(json[row], members);
     EXPECT_THAT(RunTool("params").out, HasSubstr("0..1023"));
 }
 
 TEST_F(ProgramParameter, GetPrintsValuesWithUnits) {
-    const ToolResult text = RunTool("get exposure-time-us HSIZE 14");
-    EXPECT_THAT(text.out, HasSubstr("EXPOSURE_TIME_US = 10000 us\nHSIZE = 64 px\n"));
+    EXPECT_THAT(RunTool("get exposure-time-us HSIZE 14").out,
+                HasSubstr("EXPOSURE_TIME_US = 10000 us\nHSIZE = 64 px\n"));
     EXPECT_EQ(JsonOf("get HSIZE VSIZE"), (nlohmann::json{{"HSIZE", 64}, {"VSIZE", 48}}));
     EXPECT_EQ(JsonOf("get HW_SER_NUM")["HW_SER_NUM"], JsonOf("list")[0]["serial"]);
 }
 
 TEST_F(ProgramParameter, SetPrintsRequestedAndActual) {
-    const ToolResult one = RunTool("set EXPOSURE_TIME_US 2500");
-    EXPECT_EQ(one.exit_code, 0) << one.err;
-    EXPECT_THAT(one.out, HasSubstr("EXPOSURE_TIME_US: requested 2500 -> actual 2500 us"));
-    EXPECT_THAT(RunTool("set GAIN=3 GAIN=5000").out, HasSubstr("GAIN: requested 5000 -> actual 3 (range 0..1023)\n"));
-
-    for (const std::string order : {"EXPOSURE_UNIT=1 EXPOSURE_TIME=5", "EXPOSURE_TIME=5 EXPOSURE_UNIT=1"}) {
-        const ToolResult several = RunTool("set UPDATE_PARAMETERS=1 " + order);
-        EXPECT_EQ(several.exit_code, 0) << several.err;
-        EXPECT_THAT(several.out, HasSubstr("EXPOSURE_TIME: requested 5 -> actual 5 ms (range 1..2000000)")) << order;
+    const char* const in_ms = "EXPOSURE_TIME: requested 5 -> actual 5 ms (range 1..2000000)";
+    for (const auto& [arguments, line] :
+         {std::pair{"set EXPOSURE_TIME_US 2500", "EXPOSURE_TIME_US: requested 2500 -> actual 2500 us"},
+          {"set UPDATE_PARAMETERS=1 EXPOSURE_UNIT=1 EXPOSURE_TIME=5", in_ms},
+          {"set UPDATE_PARAMETERS=1 EXPOSURE_TIME=5 EXPOSURE_UNIT=1", in_ms}}) {
+        const ToolResult result = RunTool(arguments);
+        EXPECT_EQ(result.exit_code, 0) << result.err;
+        EXPECT_THAT(result.out, HasSubstr(line));
     }
+    EXPECT_THAT(RunTool("set GAIN=3 GAIN=5000").out, HasSubstr("GAIN: requested 5000 -> actual 3 (range 0..1023)\n"));
 }
 
 TEST_F(ProgramParameter, WritesAreReadBack) {
@@ -55,8 +52,7 @@ TEST_F(ProgramParameter, WritesAreReadBack) {
         {"EXPOSURE_TIME_US=0", 12345, "out of range"},
         {"VGA_GAIN=5", 5, ""},
         {"NUM_IMAGE_BUFFERS=3", 3, ""},
-        {"ROI_BIN=2,4,32,16,2,2", nlohmann::json::parse(R"({"x":2,"y":4,"width":32,"height":16,"xbin":2,"ybin":2})"),
-         ""},
+        {"ROI_BIN=2,4,32,16,2,2", {{"x", 2}, {"y", 4}, {"width", 32}, {"height", 16}, {"xbin", 2}, {"ybin", 2}}, ""},
         {"\"GLOBAL_CAMERA_NAME=left eye\"", "left eye", ""},
         {"HSIZE=10", 64, "it is read-only"},
         {"EXPOSURE_UNIT=2", 0, "refused or changed"},

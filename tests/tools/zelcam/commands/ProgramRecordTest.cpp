@@ -1,6 +1,4 @@
 // zelcam record, as its user sees it.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "record/RecordingReader.h"
 #include "tests/tools/zelcam/commands/ToolProcess.h"
@@ -13,7 +11,7 @@ using zel::record::RecordingReader;
 
 class ProgramRecordTest : public testing::Test {
   protected:
-    void SetUp() override { UseFastCameras(); }
+    ProgramRecordTest() { UseFastCameras(); }
 
     // A command line that records into this file of the folder.
     std::string Record(const std::string& options, const std::string& name = "run") const {
@@ -32,14 +30,11 @@ TEST_F(ProgramRecordTest, CamerasThatAreRecordedTogetherShareAClock) {
     for (const nlohmann::json& camera : told["cameras"]) {
         const std::string serial = camera["camera"]["serial"];
         const RecordingReader reader = Read("run_" + serial + ".ome.tif");
+        const auto& facts = reader.Facts();
+        ExpectMembers(told, {{"session", facts.session}, {"started", facts.started}});
+        ExpectMembers(camera["camera"], {{"serial", facts.serial}, {"model", facts.model}});
+        EXPECT_EQ(std::tuple(facts.pixel_um, reader.Frame(0).gain, reader.End()->reason), std::tuple(0.5, 7, "frames"));
         EXPECT_EQ(reader.Frames(), 4u);
-        EXPECT_EQ(reader.Facts().session, told["session"]);
-        EXPECT_EQ(reader.Facts().started, told["started"]);
-        EXPECT_EQ(reader.Facts().serial, serial);
-        EXPECT_EQ(reader.Facts().model, camera["camera"]["model"]);
-        EXPECT_EQ(reader.Facts().pixel_um, 0.5);
-        EXPECT_EQ(reader.Frame(0).gain, 7);
-        EXPECT_EQ(reader.End()->reason, "frames");
         for (std::size_t i = 1; i < 4; ++i) EXPECT_GT(reader.Frame(i).host_ns, reader.Frame(i - 1).host_ns);
     }
     FailureOfTool(Record("-n 1", "run_300101.ome.tif"), kOutput, "already");
@@ -58,29 +53,25 @@ TEST_F(ProgramRecordTest, ARegionOfAColorCameraHasThePhaseOfItsFirstSample) {
 }
 
 TEST_F(ProgramRecordTest, EndsThatAreNotItsOwnLeaveACompleteFile) {
-    struct Case {
-        const char* name;
-        const char* faults;
-        const char* options;
+    const struct {
+        const char *name, *faults, *options;
         const FailureKind& kind;
-        const char* line;
-        const char* reason;
-    };
-    const Case cases[] = {
+        const char *line, *reason;
+    } cases[] = {
         {"unplugged", "fault 0 unplug-frame after=3", "--seconds 600", kLinkLost, "link", "link lost"},
         {"stalled", "fault 0 stall 0 after=3", "--frames 10 --timeout 0.3", kTimeout, "no frame", "no frame came"},
         {"lost", "fault 0 lose after=3 times=2", "--frames 10", kFramesLost, "2 frames went missing", "frames"},
     };
     Simulate("PACE", "real");
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         Simulate("FAULTS", c.faults);
         const nlohmann::json told = FailureOfTool(Record(c.options, c.name), c.kind, c.line);
         const RecordingReader reader = Read(std::string(c.name) + ".ome.tif");
         ASSERT_TRUE(reader.End()) << c.name;
-        EXPECT_EQ(reader.End()->reason, c.reason) << c.name;
-        EXPECT_EQ(reader.End()->frames, reader.Frames()) << c.name;
-        EXPECT_EQ(told["cameras"][0]["frames"], reader.Frames()) << c.name;
-        EXPECT_EQ(reader.End()->lost_link, told["cameras"][0]["dropped"]["link"]) << c.name;
+        EXPECT_EQ(std::tuple(reader.End()->reason, reader.End()->frames), std::tuple(c.reason, reader.Frames()))
+            << c.name;
+        ExpectMembers(told["cameras"][0],
+                      {{"frames", reader.Frames()}, {"dropped", {{"link", reader.End()->lost_link}}}});
     }
     EXPECT_EQ(Read("lost.ome.tif").End()->lost_link, 2u);
 }

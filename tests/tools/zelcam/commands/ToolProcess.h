@@ -4,19 +4,13 @@
 
 #include <gmock/gmock.h>
 
-#include <atomic>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 
 #include "platform/ChildProcess.h"
 #include "platform/User.h"
-#include "platform/UserTexts.h"
-#include "tests/tools/zelcam/commands/SimControl.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tools/zelcam/text/Failure.h"
 
 namespace zelcam {
@@ -30,40 +24,23 @@ struct ToolResult {
     nlohmann::json Json() const { return nlohmann::json::parse(out, nullptr, false); }
 };
 
-inline std::string FileText(const std::filesystem::path& path, std::ios::openmode mode = std::ios::binary) {
-    std::ifstream file(path, mode);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
+using zel::test::FileText;
+using zel::test::TemporaryFolder;
+
+// A setting of the cameras that are simulated from now on.
+inline void Simulate(const std::string& name, const std::string& value) {
+    zel::platform::SetEnvironment(("ZEL_SIM_" + name).c_str(), value.c_str());
 }
 
-// A folder that is removed with its files.
-class TemporaryFolder {
-  public:
-    TemporaryFolder() {
-        static std::atomic<int> s_Count = 0;
-        const auto now = std::filesystem::file_time_type::clock::now().time_since_epoch().count();
-        do {
-            m_Path = std::filesystem::temp_directory_path() /
-                     ("zelcam-test-" + std::to_string(now) + "-" + std::to_string(++s_Count));
-        } while (!std::filesystem::create_directories(m_Path));  // another program's
-    }
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_Path, ignored);
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    const std::filesystem::path& Path() const { return m_Path; }
-    std::string operator/(const std::string& name) const {
-        return zel::platform::Utf8Text((m_Path / zel::platform::Utf8Path(name)).generic_u8string());
-    }
-    std::string Quoted(const std::string& name) const { return " \"" + *this / name + "\" "; }
-
-  private:
-    std::filesystem::path m_Path;
-};
+// Small, unpaced cameras, every other setting at its default. Must run before the SDK looks for cameras.
+inline void UseFastCameras(const char* camera_link = "1", const char* ebus = "0", const char* usb = "0") {
+    for (const char* name : {"CFA_PHASE", "COLOR_SPACE", "FAULTS", "FILL", "SCENE", "SEED", "TAPS"}) Simulate(name, "");
+    Simulate("CL_CAMERAS", camera_link);
+    Simulate("EBUS_CAMERAS", ebus);
+    Simulate("USB_CAMERAS", usb);
+    Simulate("SIZE", "64x48");
+    Simulate("PACE", "none");
+}
 
 // A folder that has the cache files of the cameras' calibration where the system lets them. On Windows they lie in the
 // user's own, and those of the simulated cameras are removed.
@@ -115,9 +92,8 @@ inline ToolResult RunCommand(const std::string& line, std::string out = "") {
     if (out.empty()) out = "\"" + file + "\"";
     const int code = System(line + " >" + out + " 2>\"" + err + "\"");
     ToolResult result{code, FileText(file, std::ios::in), FileText(err, std::ios::in)};
-    if (code == kHungCode) {
+    if (code == kHungCode)
         ADD_FAILURE() << "hung and was ended: " << line << "\nit had printed: " << result.out << "\n" << result.err;
-    }
     return result;
 }
 
@@ -139,6 +115,13 @@ void ExpectFailure(Action action, const FailureKind& kind, const std::string& li
         EXPECT_THAT(failure.what(), testing::HasSubstr(line));
         EXPECT_EQ(failure.ExitCode(), kind.exit_code) << line;
     }
+}
+
+// Expects an object to have these members, among others, and nested objects likewise.
+inline void ExpectMembers(const nlohmann::json& object, const nlohmann::json& members) {
+    nlohmann::json expected = object;
+    expected.merge_patch(members);
+    EXPECT_EQ(object, expected);
 }
 
 // Runs the tool with --json, for a call that succeeds. Result: the JSON.

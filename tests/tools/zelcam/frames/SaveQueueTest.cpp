@@ -1,5 +1,4 @@
 // Saving beside the thread that takes the frames, with frames that no camera made.
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <deque>
@@ -32,9 +31,8 @@ class SaveQueueTest : public testing::Test, public zel::detail::FrameOwner {
 
     std::size_t Files(const std::string& extension) const {
         std::size_t count = 0;
-        for (const auto& file : std::filesystem::directory_iterator(m_Folder.Path())) {
+        for (const auto& file : std::filesystem::directory_iterator(m_Folder.Path()))
             count += file.path().extension() == extension;
-        }
         return count;
     }
 

@@ -6,26 +6,19 @@
 
 namespace zelcam {
 
-namespace {
-
-const std::string kToken = "abcdefghijklmnopqrstuv";
-
-struct Case {
-    const char* address;
-    std::string target;
-    const char* host;
-    const char* origin;  // null: none
-    bool upgrade;
-    Verdict verdict;
-};
-
-}  // namespace
+static const std::string kToken = "abcdefghijklmnopqrstuv";
 
 TEST(Access, JudgesByHostTokenAndOrigin) {
     const std::string page = "/" + kToken + "/";
     const std::string socket = page + "socket";
     const char* const local = "127.0.0.1";
-    const Case cases[] = {
+    const struct {
+        const char* address;
+        std::string target;
+        const char *host, *origin;  // origin null: none
+        bool upgrade;
+        Verdict verdict;
+    } cases[] = {
         {local, page, "127.0.0.1:8080", nullptr, false, Verdict::kGood},
         {local, page, "localhost:8080", "http://localhost:8080", false, Verdict::kGood},
         {local, page + "a.js?x=/y", "127.0.0.1:8080", nullptr, false, Verdict::kGood},
@@ -58,12 +51,11 @@ TEST(Access, JudgesByHostTokenAndOrigin) {
         {"0.0.0.0", page, "1.2.3.evil:8080", nullptr, false, Verdict::kWrongHost},
         {"::", page, "[evil]:8080", nullptr, false, Verdict::kWrongHost},
     };
-    for (const Case& row : cases) {
+    for (const auto& row : cases) {
         const Access access(kToken, row.address, 8080);
         RequestFacts facts{row.target, row.host, std::nullopt, row.upgrade};
         if (row.origin) facts.origin = row.origin;
-        EXPECT_EQ(access.Judge(facts), row.verdict)
-            << row.target << ' ' << row.host << ' ' << facts.origin.value_or("-");
+        EXPECT_EQ(access.Judge(facts), row.verdict) << row.target << " " << row.host << " row " << &row - cases;
     }
     const Access access(kToken, local, 8080);
     EXPECT_EQ(access.PathOf(page + "a/b.js?c"), "a/b.js");
@@ -81,12 +73,9 @@ TEST(Access, TokensAreLongAndNew) {
 TEST(RateLimit, AllowsABurstAndThenSoManyASecond) {
     RateLimit limit(10.0, 3.0);
     const RateLimit::Clock::time_point start = RateLimit::Clock::now();
-    int allowed = 0;
-    for (int i = 0; i < 5; ++i) allowed += limit.Allows(start);
-    EXPECT_EQ(allowed, 3);
-    EXPECT_FALSE(limit.Allows(start + std::chrono::milliseconds(50)));
-    EXPECT_TRUE(limit.Allows(start + std::chrono::milliseconds(150)));
-    EXPECT_FALSE(limit.Allows(start + std::chrono::milliseconds(151)));
+    for (const auto& [ms, allowed] :
+         {std::pair(0, true), {0, true}, {0, true}, {0, false}, {50, false}, {150, true}, {151, false}})
+        EXPECT_EQ(limit.Allows(start + std::chrono::milliseconds(ms)), allowed) << ms;
 }
 
 }  // namespace zelcam

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <random>
 
 #include "tools/zelcam/view/AutoExposure.h"
@@ -42,9 +43,8 @@ std::uint16_t PlainMean(const Frame& frame, const ReducedPicture& picture, unsig
     std::uint64_t sum = 0;
     for (unsigned y = 0; y < area.height; ++y) {
         const std::uint64_t high = Overlap(y, row, area.height, picture.rows);
-        for (unsigned x = 0; high > 0 && x < area.width; ++x) {
+        for (unsigned x = 0; high > 0 && x < area.width; ++x)
             sum += high * Overlap(x, column, area.width, picture.columns) * frame.At(area.x + x, area.y + y, channel);
-        }
     }
     const std::uint64_t weight = std::uint64_t{area.width} * area.height;
     return static_cast<std::uint16_t>((sum + weight / 2) / weight);
@@ -53,14 +53,13 @@ std::uint16_t PlainMean(const Frame& frame, const ReducedPicture& picture, unsig
 }  // namespace
 
 TEST(FrameReducer, SendsTheExactMeanOverEachArea) {
-    struct Case {
+    const struct {
         unsigned width, height, channels, bits;
         Area asked;
         unsigned columns, rows;
         Area sent;
         unsigned sent_columns, sent_rows;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {64, 48, 1, 14, {0, 0, 64, 48}, 16, 12, {0, 0, 64, 48}, 16, 12},    // whole factors
         {61, 47, 1, 16, {0, 0, 61, 47}, 17, 13, {0, 0, 61, 47}, 17, 13},    // none of them
         {61, 47, 1, 16, {3, 5, 40, 30}, 39, 29, {3, 5, 40, 30}, 39, 29},    // hardly smaller
@@ -73,7 +72,7 @@ TEST(FrameReducer, SendsTheExactMeanOverEachArea) {
         {61, 47, 1, 12, {0, 0, 0, 0}, 0, 0, {0, 0, 61, 47}, 1, 1},
         {1, 1, 1, 12, {0, 0, 1, 1}, 9, 9, {0, 0, 1, 1}, 1, 1},
     };
-    for (const Case& row : cases) {
+    for (const auto& row : cases) {
         const Frame frame(row.width, row.height, row.channels, row.bits);
         const ReducedPicture picture = Reduce(frame.samples, {1, row.asked, row.columns, row.rows});
         ASSERT_EQ(picture.area, row.sent);
@@ -106,48 +105,38 @@ TEST(FrameStatistics, AreThoseOfAllSamples) {
         frame.values[6] = 0;
         std::vector<std::uint16_t> sorted = frame.values;
         std::sort(sorted.begin(), sorted.end());
-        double sum = 0.0, squares = 0.0, steps = 0.0;
-        for (const double value : sorted) sum += value;
-        const double mean = sum / static_cast<double>(sorted.size());
+        const auto count = static_cast<double>(sorted.size());
+        const double mean = std::accumulate(sorted.begin(), sorted.end(), 0.0) / count;
+        double squares = 0.0, steps = 0.0;
         for (const double value : sorted) squares += (value - mean) * (value - mean);
-        for (unsigned y = 0; y < 47; ++y) {
-            for (unsigned x = 0; x + 1 < 61; ++x) {
-                for (unsigned c = 0; c < channels; ++c) {
-                    steps += std::pow(double{frame.At(x + 1, y, c) * 1.0} - frame.At(x, y, c), 2);
-                }
-            }
+        for (unsigned i = 0; i < 60 * 47 * channels; ++i) {
+            const unsigned x = i % 60, y = i / 60 % 47, c = i / (60 * 47);
+            steps += std::pow(1.0 * frame.At(x + 1, y, c) - frame.At(x, y, c), 2);
         }
         const FrameStatistics found = StatisticsMaker().Measure(frame.samples);
-        EXPECT_NEAR(found.mean, mean, 1e-6);
-        EXPECT_NEAR(found.sigma, std::sqrt(squares / static_cast<double>(sorted.size())), 1e-6);
-        EXPECT_NEAR(found.focus, steps / (60.0 * 47.0 * channels) / (mean * mean), 1e-9);
-        EXPECT_EQ(found.minimum, sorted.front());
-        EXPECT_EQ(found.maximum, sorted.back());
-        const auto ranked = [&](double part) {
-            return sorted[static_cast<std::size_t>(std::ceil(part * static_cast<double>(sorted.size()))) - 1];
+        const auto expect_moments = [&](const auto& moments) {
+            EXPECT_NEAR(moments.mean, mean, 1e-6);
+            EXPECT_NEAR(moments.sigma, std::sqrt(squares / count), 1e-6);
+            EXPECT_NEAR(moments.focus, steps / (60.0 * 47.0 * channels) / (mean * mean), 1e-9);
+            EXPECT_EQ(std::tuple(moments.minimum, moments.maximum), std::tuple(sorted.front(), sorted.back()));
         };
+        expect_moments(found);
+        expect_moments(MeasureArea(frame.samples, {0, 0, 61, 47}));
+        const auto ranked = [&](double part) { return sorted[static_cast<std::size_t>(std::ceil(part * count)) - 1]; };
         EXPECT_EQ(found.p0_1, ranked(0.001));
         EXPECT_EQ(found.p50, ranked(0.5));
         EXPECT_EQ(found.p99_9, ranked(0.999));
-        const auto counted = [&](auto is) {
-            return static_cast<std::uint64_t>(std::count_if(sorted.begin(), sorted.end(), is));
-        };
+        const auto counted = [&](auto is) { return static_cast<std::uint64_t>(std::ranges::count_if(sorted, is)); };
         EXPECT_EQ(found.saturated, counted([](unsigned value) { return value == 4095; }));
         EXPECT_EQ(found.black, counted([](unsigned value) { return value == 0; }));
         EXPECT_EQ(found.bin, 16u);
         ASSERT_EQ(found.channels.size(), channels == 3 ? 3u : 0u);
         for (unsigned bin = 0; bin < kHistogramBins; ++bin) {
             EXPECT_EQ(found.histogram[bin], counted([&](unsigned value) { return value / 16 == bin; }));
-            if (channels == 3) {
-                EXPECT_EQ(found.histogram[bin],
-                          found.channels[0][bin] + found.channels[1][bin] + found.channels[2][bin]);
-            }
+            std::uint64_t sum = channels == 3 ? 0 : found.histogram[bin];
+            for (const auto& channel : found.channels) sum += channel[bin];
+            EXPECT_EQ(found.histogram[bin], sum);
         }
-        const Moments whole = MeasureArea(frame.samples, {0, 0, 61, 47});
-        EXPECT_NEAR(whole.mean, found.mean, 1e-6);
-        EXPECT_NEAR(whole.sigma, found.sigma, 1e-6);
-        EXPECT_NEAR(whole.focus, found.focus, 1e-9);
-        EXPECT_EQ(whole.maximum, found.maximum);
         EXPECT_EQ(MeasureArea(frame.samples, {3, 4, 1, 1}).minimum, std::ranges::min(PixelAt(frame.samples, 3, 4)));
     }
 }

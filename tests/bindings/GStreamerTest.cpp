@@ -34,7 +34,10 @@ GstBuffer* BufferOf(const Sample& sample) { return gst_sample_get_buffer(sample.
 // A pipeline from its description; its source is called src, its appsink sink.
 class Pipeline {
   public:
-    explicit Pipeline(const std::string& description) : m_Pipeline(gst_parse_launch(description.c_str(), nullptr)) {}
+    explicit Pipeline(const std::string& description, GstState state = GST_STATE_NULL)
+        : m_Pipeline(gst_parse_launch(description.c_str(), nullptr)) {
+        Set(state);
+    }
     ~Pipeline() {
         Set(GST_STATE_NULL);
         gst_object_unref(m_Pipeline);
@@ -156,8 +159,8 @@ TEST_F(GStreamer, FramesAreThoseOfTheCameraInEveryFormat) {
         const std::string camera = " camera=" + std::to_string(c.camera) + " " + c.properties;
         SCOPED_TRACE(c.format + camera);
         const Bytes expected = Expected(Snap(c.camera, c.color, c.region), c.format, c.scale);
-        Pipeline pipeline("zelsrc exposure=1000" + camera + " ! video/x-raw,format=" + c.format + kSink);
-        pipeline.Set(GST_STATE_PLAYING);
+        Pipeline pipeline("zelsrc exposure=1000" + camera + " ! video/x-raw,format=" + c.format + kSink,
+                          GST_STATE_PLAYING);
         const Sample first = pipeline.Pull(), second = pipeline.Pull();
         ASSERT_TRUE(first && second);
         EXPECT_TRUE(BytesOf(first) == expected);
@@ -183,16 +186,14 @@ TEST_F(GStreamer, ChangesItsStatesAnyNumberOfTimes) {
 }
 
 TEST_F(GStreamer, GoesOnWhileEveryFrameIsHeld) {
-    Pipeline pipeline(kMonoPipeline + "zero-copy=true buffers=4" + kToSink);
-    pipeline.Set(GST_STATE_PLAYING);
+    Pipeline pipeline(kMonoPipeline + "zero-copy=true buffers=4" + kToSink, GST_STATE_PLAYING);
     std::vector<Sample> held;
     for (int i = 0; i < 20; ++i) ASSERT_TRUE(held.emplace_back(pipeline.Pull())) << i;
 }
 
 TEST_F(GStreamer, NeverDestroysTheSdkOfTheProgram) {
     for (int round = 0; round < 2; ++round, sdk.emplace()) {
-        Pipeline pipeline(kMonoPipeline + kToSink);
-        pipeline.Set(GST_STATE_PLAYING);
+        Pipeline pipeline(kMonoPipeline + kToSink, GST_STATE_PLAYING);
         EXPECT_TRUE(pipeline.Pull());
         pipeline.Set(GST_STATE_NULL);
         EXPECT_EQ(sdk->cameras().size(), 4u);
@@ -200,27 +201,24 @@ TEST_F(GStreamer, NeverDestroysTheSdkOfTheProgram) {
 }
 
 TEST_F(GStreamer, SaysWhyItDoesNotStart) {
-    const struct {
-        const char *properties, *text;
-    } cases[] = {{"camera=9", "no camera '9'"},
-                 {"plugins=gige", "the plug-ins can't be chosen"},
-                 {"gain=5000", "GAIN: requested 5000 -> actual 0 (range 0..1023)"},
-                 {"roi=1,2,3", "roi '1,2,3': not 4 numbers"},
-                 {"roi=0,0,65,48", "not within the frame of 64x48"},
-                 {"settings=GIAN=3", "did you mean GAIN?"},
-                 {"camera=2 binning=2,2", "color frames are not binned"},
-                 {"camera=3 ! fakesink zelsrc camera=500102", "camera 3 is open already"}};
-    for (const auto& c : cases) {
-        Pipeline pipeline(std::string("zelsrc ") + c.properties + " ! fakesink");
-        pipeline.Set(GST_STATE_PLAYING);
-        EXPECT_THAT(pipeline.Text(), HasSubstr(c.text)) << c.properties;
+    const std::pair<std::string, const char*> cases[] = {
+        {"camera=9", "no camera '9'"},
+        {"plugins=gige", "the plug-ins can't be chosen"},
+        {"gain=5000", "GAIN: requested 5000 -> actual 0 (range 0..1023)"},
+        {"roi=1,2,3", "roi '1,2,3': not 4 numbers"},
+        {"roi=0,0,65,48", "not within the frame of 64x48"},
+        {"settings=GIAN=3", "did you mean GAIN?"},
+        {"camera=2 binning=2,2", "color frames are not binned"},
+        {"camera=3 ! fakesink zelsrc camera=500102", "camera 3 is open already"}};
+    for (const auto& [properties, text] : cases) {
+        Pipeline pipeline("zelsrc " + properties + " ! fakesink", GST_STATE_PLAYING);
+        EXPECT_THAT(pipeline.Text(), HasSubstr(text)) << properties;
     }
 }
 
 TEST_F(GStreamer, LostLinkIsAnErrorOrWaitedFor) {
     for (const bool waits : {false, true}) {
-        Pipeline pipeline(kMonoPipeline + (waits ? "reconnect=true" : "") + kToSink);
-        pipeline.Set(GST_STATE_PLAYING);
+        Pipeline pipeline(kMonoPipeline + (waits ? "reconnect=true" : "") + kToSink, GST_STATE_PLAYING);
         EXPECT_TRUE(pipeline.Pull());
         usb("unplug 1");
         EXPECT_THAT(pipeline.Text(waits ? GST_MESSAGE_WARNING : GST_MESSAGE_ERROR),
@@ -234,8 +232,7 @@ TEST_F(GStreamer, LostLinkIsAnErrorOrWaitedFor) {
 
 TEST_F(GStreamer, CountsWhatIsMissingByCause) {
     usb("fault 1 lose after=2 times=3");
-    Pipeline pipeline(kMonoPipeline + "num-buffers=4" + kToSink);
-    pipeline.Set(GST_STATE_PLAYING);
+    Pipeline pipeline(kMonoPipeline + "num-buffers=4" + kToSink, GST_STATE_PLAYING);
     for (const unsigned number : {0u, 1u, 5u, 6u}) {
         const Sample sample = pipeline.Pull();
         ASSERT_TRUE(sample);

@@ -3,9 +3,9 @@ the members of the schema, no more and no less.
 
     check_picture_json.py FOLDER-OF-PROGRAMS
 """
-import glob
 import json
 import os
+import pathlib
 import re
 import subprocess
 import sys
@@ -13,7 +13,7 @@ import tempfile
 
 import jsonschema
 
-DOCS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "docs")
+DOCS = pathlib.Path(__file__).resolve().parents[2] / "docs"
 RUNS = [
     "capture --camera 0",
     "capture --camera 1 --frames 2 --format png --scale --roi 8,8,32,16 --bin 2,2 --gain 3",
@@ -33,11 +33,8 @@ def names_of(schema, prefix=""):
 
 
 def main(programs):
-    zelcam = os.path.abspath(os.path.join(programs, "zelcam"))
-    with open(os.path.join(DOCS, "picture.schema.json"), encoding="utf-8") as file:
-        schema = json.load(file)
-    with open(os.path.join(DOCS, "picture-json.md"), encoding="utf-8") as file:
-        described = re.findall(r"^\| `([\w.]+)` \|", file.read(), re.MULTILINE)
+    schema = json.loads((DOCS / "picture.schema.json").read_text("utf-8"))
+    described = re.findall(r"^\| `([\w.]+)` \|", (DOCS / "picture-json.md").read_text("utf-8"), re.MULTILINE)
     if described != list(names_of(schema)):
         differ = set(described) ^ set(names_of(schema))
         sys.exit(f"picture-json.md and picture.schema.json differ: {', '.join(sorted(differ)) or 'the order'}")
@@ -48,16 +45,14 @@ def main(programs):
     faults = []
     with tempfile.TemporaryDirectory(prefix="zel-json.") as folder:
         for run in RUNS:
-            subprocess.run([zelcam] + run.split() + ["--exposure", "500"], cwd=folder,
+            subprocess.run([os.path.abspath(programs + "/zelcam")] + run.split() + ["--exposure", "500"], cwd=folder,
                            env=environment, check=True, stdout=subprocess.DEVNULL, timeout=60)
-        files = sorted(glob.glob(os.path.join(folder, "*.json")))
-        for name in files:
-            with open(name, encoding="utf-8") as file:
-                described = json.load(file)
-            faults += [f"{os.path.basename(name)}: {error.json_path}: {error.message}"
-                       for error in validator.iter_errors(described)]
-            if not os.path.exists(os.path.join(folder, described["file"])):
-                faults.append(f"{os.path.basename(name)}: there is no {described['file']}")
+        files = sorted(pathlib.Path(folder).glob("*.json"))
+        for path in files:
+            described = json.loads(path.read_text())
+            faults += [f"{path.name}: {error.json_path}: {error.message}" for error in validator.iter_errors(described)]
+            if not (path.parent / described["file"]).exists():
+                faults.append(f"{path.name}: there is no {described['file']}")
     print("\n".join(faults + [f"{len(files)} files, {len(faults)} faults"]))
     return not faults and len(files) == PICTURES
 

@@ -8,7 +8,6 @@
 #include "zel/Sdk.h"
 
 namespace zel::record::test {
-namespace {
 
 using namespace std::chrono_literals;
 constexpr auto kWait = 60s;
@@ -100,5 +99,4 @@ TEST_F(Playback, AStackOfAnotherProgramIsPlayedByAllCameras) {
     }
 }
 
-}  // namespace
 }  // namespace zel::record::test

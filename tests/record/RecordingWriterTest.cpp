@@ -7,7 +7,6 @@
 #include "tests/record/RecordingFile.h"
 
 namespace zel::record::test {
-namespace {
 
 // Whenever the program is killed, it is between two frames.
 TEST(RecordingWriterTest, TheFileIsWholeAfterEveryFrameAndReadsBackAsItWasWritten) {
@@ -52,5 +51,4 @@ TEST(RecordingWriterTest, NothingIsOverwrittenAndWhatMakesNoSenseIsRefused) {
     EXPECT_EQ(RecordingReader(file.Path()).Frames(), 2u);
 }
 
-}  // namespace
 }  // namespace zel::record::test

@@ -8,10 +8,9 @@
 #include "devices/gige/LinkShares.h"
 #include "devices/gige/PixelFormats.h"
 #include "devices/gige/Roster.h"
+#include "devices/kit/Bus.h"
 
 namespace zel::gige {
-
-namespace {
 
 TEST(PixelFormats, TheDeepestMosaicAndTheFewestBytesWin) {
     const std::vector<std::string> mono{"Mono8", "RGB8", "Mono10", "Mono12", "Mono12Packed", "Mono12p", "YUV422_8"};
@@ -23,12 +22,9 @@ TEST(PixelFormats, TheDeepestMosaicAndTheFewestBytesWin) {
 
 // Bit i of the bytes is told by the format: each is made sample by sample here and read back.
 TEST(PixelFormats, EverySampleComesOutOfItsBits) {
-    for (const auto& [packing, bits] : {std::pair(Packing::kBytes, 8),
-                                        {Packing::kWords, 16},
-                                        {Packing::k12p, 12},
-                                        {Packing::k12Packed, 12},
-                                        {Packing::k10p, 10},
-                                        {Packing::k10Packed, 10}}) {
+    const std::pair<Packing, int> kinds[] = {{Packing::kBytes, 8},     {Packing::kWords, 16}, {Packing::k12p, 12},
+                                             {Packing::k12Packed, 12}, {Packing::k10p, 10},   {Packing::k10Packed, 10}};
+    for (const auto& [packing, bits] : kinds) {
         for (const std::size_t count : {1u, 7u, 64u, 1021u}) {
             std::vector<std::uint16_t> samples(count);
             std::vector<std::uint8_t> bytes(PackedBytes(packing, count));
@@ -72,43 +68,26 @@ TEST(LinkShares, PacketsOfTheOthersFitBetweenTwo) {
     EXPECT_EQ(shares.Cameras("10.0.0.1"), 0);
 }
 
-struct ListedCameras : kit::Cameras {
-    int Add(std::unique_ptr<kit::BackEnd> camera) override {
-        cameras.push_back(std::move(camera));
-        plugged.push_back(true);
-        return Count() - 1;
-    }
-    void SetPlugged(int camera, bool on) override { plugged[static_cast<std::size_t>(camera)] = on; }
-    bool Plugged(int camera) const override { return plugged[static_cast<std::size_t>(camera)]; }
-    int Count() const override { return static_cast<int>(cameras.size()); }
-    std::string Address(std::size_t camera) const { return cameras[camera]->Describe().addresses[0]; }
-
-    std::vector<std::unique_ptr<kit::BackEnd>> cameras;
-    std::vector<bool> plugged;
-};
-
 TEST(Roster, CamerasAreKnownBySerialNumberAndTwinsByAddress) {
-    const FoundCamera one{"V", "M", "1", "10.0.0.1", ""};
+    const FoundCamera one{"V", "M", "1", "10.0.0.1", ""}, moved{"V", "M", "1", "10.0.0.9", ""};
     const FoundCamera twin{"V", "M", "1", "10.0.0.2", ""};
-    FoundCamera moved = one;
-    moved.address = "10.0.0.9";
-    ListedCameras listed;
+    kit::Bus listed(CAMERA_TYPE_PLEORA_EBUS);
     Roster roster(listed, {});
-    roster.Update({one, twin});
-    ASSERT_EQ(listed.Count(), 2);
-    roster.Update({twin, moved});  // the order of answers says nothing
-    EXPECT_EQ(listed.Count(), 2);
-    EXPECT_EQ(listed.Address(0), "10.0.0.9");
-    EXPECT_EQ(listed.Address(1), "10.0.0.2");
-    roster.Update({twin});
-    EXPECT_EQ(listed.plugged, (std::vector<bool>{true, true})) << "one answer may be lost";
-    roster.Update({twin});
-    EXPECT_EQ(listed.plugged, (std::vector<bool>{false, true}));
-    roster.Update({twin, one});
-    EXPECT_EQ(listed.plugged, (std::vector<bool>{true, true}));
-    EXPECT_EQ(listed.Address(0), "10.0.0.1");
+    const std::tuple<std::vector<FoundCamera>, bool, const char*> steps[] = {
+        {{one, twin}, true, "10.0.0.1"},
+        {{twin, moved}, true, "10.0.0.9"},  // the order of answers says nothing
+        {{twin}, true, "10.0.0.9"},         // one answer may be lost
+        {{twin}, false, "10.0.0.9"},
+        {{twin, one}, true, "10.0.0.1"}};
+    const auto address = [&](int camera) {
+        return std::string(listed.Text(camera, [](const kit::Description& found) { return found.addresses[0]; }));
+    };
+    for (const auto& step : steps) {
+        roster.Update(std::get<0>(step));
+        EXPECT_EQ(std::tuple(listed.Plugged(0), address(0)), std::tuple(std::get<1>(step), std::get<2>(step)))
+            << &step - steps;
+        EXPECT_EQ(std::tuple(listed.Count(), listed.Plugged(1), address(1)), std::tuple(2, true, "10.0.0.2"));
+    }
 }
-
-}  // namespace
 
 }  // namespace zel::gige

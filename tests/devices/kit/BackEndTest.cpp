@@ -42,7 +42,9 @@ class Device final : public BackEnd {
         m_Start(sink);
     }
 
-    void MayThrow() const { m_Throw ? throw std::runtime_error("the camera is on fire") : void(); }
+    void MayThrow() const {
+        if (m_Throw) throw std::runtime_error("the camera is on fire");
+    }
 
     std::function<void(FrameSink&)> m_Start = [](FrameSink&) {};
     std::atomic<bool> m_Throw{false}, m_Triggered{false};

@@ -8,7 +8,6 @@
 #include "zel/Sdk.h"
 
 namespace zel::record {
-namespace {
 
 using testing::ElementsAre;
 using zelcam::TemporaryFolder;
@@ -111,5 +110,4 @@ TEST_F(CameraRecorderTest, WithoutAFrameThereIsNoFile) {
     EXPECT_FALSE(std::filesystem::exists(m_Options.files.file));
 }
 
-}  // namespace
 }  // namespace zel::record

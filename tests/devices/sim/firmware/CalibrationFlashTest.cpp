@@ -5,7 +5,6 @@
 #include "tests/devices/sim/firmware/FirmwareHost.h"
 
 namespace zel::sim {
-namespace {
 
 TEST(CalibrationFlash, CommandsAnswerInTheAgreedForm) {
     FirmwareHost host(ModelOfLink(CAMERA_TYPE_EDT_CAMERA_LINK, 0));
@@ -32,5 +31,4 @@ TEST(CalibrationFlash, CommandsAnswerInTheAgreedForm) {
     EXPECT_EQ(host.Text("tb r 2 4"), "10 ff 0 3c") << "what is stored outlives power";
 }
 
-}  // namespace
 }  // namespace zel::sim

@@ -37,24 +37,19 @@ class FirmwareHost {
         m_Conversation.Handle(datagram, answer);
         return answer;
     }
-    // The exception code of a table request; -1 when it is not answered.
-    int Request(int command, int index, const Bytes& data, Bytes& reply) {
+    // The exception code of a table request, -1 when it is not answered; and the reply.
+    std::pair<int, Bytes> Request(int command, int index, const Bytes& data) {
         const Bytes answer = Raw(TableRequest(command, index, data));
-        if (answer.size() < 9) return -1;
-        const std::size_t exception = 3 + answer[1] * 256u + answer[2];
-        reply.assign(answer.begin() + 6, answer.begin() + static_cast<std::ptrdiff_t>(exception));
-        return answer.size() == exception + 3 ? 0 : answer.back();
+        if (answer.size() < 9) return {-1, {}};
+        const std::ptrdiff_t exception = 3 + answer[1] * 256 + answer[2];
+        const auto end = answer.begin() + exception;
+        return {answer.end() == end + 3 ? 0 : answer.back(), Bytes(answer.begin() + 6, end)};
     }
     int Get(int index) {
-        Bytes reply;
-        return Request(SYNC_TABLE_CMD_GET, index, {}, reply) == 0 && reply.size() == 4
-                   ? static_cast<int>(kit::Little32(reply))
-                   : -12345;
+        const auto [code, reply] = Request(SYNC_TABLE_CMD_GET, index, {});
+        return code == 0 && reply.size() == 4 ? static_cast<int>(kit::Little32(reply)) : -12345;
     }
-    int Set(int index, int value) {
-        Bytes reply;
-        return Request(SYNC_TABLE_CMD_SET, index, zel::test::LittleEndian(value), reply);
-    }
+    int Set(int index, int value) { return Request(SYNC_TABLE_CMD_SET, index, zel::test::LittleEndian(value)).first; }
     // The reply without its last three bytes.
     std::string Text(const std::string& command) {
         const Bytes answer = Raw(Bytes(command.begin(), command.end()));

@@ -6,7 +6,6 @@
 #include "tests/devices/sim/firmware/FirmwareHost.h"
 
 namespace zel::sim {
-namespace {
 
 using zel::test::TextBytes, zel::test::TextReply, zel::test::TextRequest;
 
@@ -54,5 +53,4 @@ TEST(FirmwareTrigger, TheInputIsSwitchedAndHasAPolarity) {
     }
 }
 
-}  // namespace
 }  // namespace zel::sim

@@ -78,15 +78,11 @@ class Plugin : public testing::Test {
 };
 
 TEST_F(Plugin, AWrongSettingIsReportedAndTheDefaultTaken) {
-    const std::pair<std::string, std::string> wrong[] = {{"SIZE", "63x48"},
-                                                         {"PACE", "-1"},
-                                                         {"SEED", "x"},
-                                                         {"FILL", "red"},
-                                                         {"SCENE", "/no/such/picture.png"},
-                                                         {"MOTION", "drift:0"},
-                                                         {"CFA_PHASE", "5"},
-                                                         {"TAPS", "flat"},
-                                                         {"COLOR_SPACE", "a text that is longer than a table entry"}};
+    const std::string long_text = "a text that is longer than a table entry";
+    const std::pair<std::string, std::string> wrong[] = {
+        {"SIZE", "63x48"},         {"PACE", "-1"},        {"SEED", "x"},      {"FILL", "red"},
+        {"SCENE", "/no/such.png"}, {"MOTION", "drift:0"}, {"CFA_PHASE", "5"}, {"TAPS", "flat"},
+        {"COLOR_SPACE", long_text}};
     for (const auto& [name, value] : wrong) {
         SetUp();
         Simulate(name, value.c_str());

@@ -6,7 +6,6 @@
 #include "tests/devices/sim/sensor/FrameStatistics.h"
 
 namespace zel::sim::test {
-namespace {
 
 // A fine checker averages to half the light, not to half the sample value.
 TEST(SceneFileTest, ALargePictureIsAveragedInLinearLight) {
@@ -50,5 +49,4 @@ TEST(SceneFileTest, AnUnreadableOneCostsALineAndGivesTheBuiltInScene) {
     }
 }
 
-}  // namespace
 }  // namespace zel::sim::test

@@ -2,8 +2,6 @@
 #ifndef TESTS_SENSOR_FRAMESTATISTICS_H
 #define TESTS_SENSOR_FRAMESTATISTICS_H
 
-#include <functional>
-#include <numeric>
 #include <string>
 #include <vector>
 
@@ -27,14 +25,6 @@ inline Frame RenderFrame(Sensor& sensor, const SensorSettings& settings, std::ui
     Frame frame(static_cast<std::size_t>(sensor.Model().width) * sensor.Model().height);
     sensor.Render(settings, fill, number, frame);
     return frame;
-}
-
-inline double Variance(const Frame& frame) {
-    const auto n = static_cast<double>(frame.size());
-    const double mean = std::accumulate(frame.begin(), frame.end(), 0.0) / n;
-    const double squares =
-        std::inner_product(frame.begin(), frame.end(), frame.begin(), 0.0, std::plus<>(), std::multiplies<double>());
-    return squares / n - mean * mean;
 }
 
 // FNV-1a over the samples, low byte first.

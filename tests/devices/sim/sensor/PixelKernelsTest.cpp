@@ -6,7 +6,6 @@
 #include "tests/devices/sim/sensor/FrameStatistics.h"
 
 namespace zel::sim::test {
-namespace {
 
 // Steps of light, from flat ones to levels without any order, dark and beyond the converter's end; every tap and none.
 TEST(PixelKernelsTest, EveryFormIsEqualToThePlainOne) {
@@ -44,5 +43,4 @@ TEST(PixelKernelsTest, EveryFormIsEqualToThePlainOne) {
     }
 }
 
-}  // namespace
 }  // namespace zel::sim::test

@@ -8,7 +8,6 @@
 #include "tests/devices/sim/sensor/FrameStatistics.h"
 
 namespace zel::sim::test {
-namespace {
 
 // Rows are wide enough for vectors and a rest. What does not fit into the record is cut off.
 TEST(RawReadout, APlainDecoderGetsThePictureBack) {
@@ -59,5 +58,4 @@ TEST(RawReadout, PackingDropsHighBitsAndWhatDoesNotFit) {
     }
 }
 
-}  // namespace
 }  // namespace zel::sim::test

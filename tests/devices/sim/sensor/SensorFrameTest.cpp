@@ -2,12 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <set>
 
 #include "tests/devices/sim/scene/PictureFile.h"
 #include "tests/devices/sim/sensor/FrameStatistics.h"
 
 namespace zel::sim::test {
-namespace {
 
 // The hashes hold in all products. One that changes means that simulated cameras deliver other frames than before.
 TEST(SensorDeterminism, FramesAreTheSameEverywhere) {
@@ -48,7 +48,7 @@ TEST(SensorFillTest, StaticRepeatsOneFrameUnderItsNumber) {
     const Frame second = RenderFrame(sensor, {}, 2, SensorFill::kStatic);
     EXPECT_TRUE(first[0] == 0x5678 && first[1] == 0x1234 && second[0] == 2 && second[1] == 0);
     EXPECT_TRUE(std::equal(first.begin() + 2, first.end(), second.begin() + 2));
-    EXPECT_GT(Variance(first), 100.0);
+    EXPECT_GT(std::set(first.begin(), first.end()).size(), 100u) << "a scene with noise";
 }
 
 // Samples beyond the picture stay as they are, and a buffer that is too short is left alone.
@@ -68,5 +68,4 @@ TEST(SensorSizes, EverySizeStaysInsideItsBuffer) {
     }
 }
 
-}  // namespace
 }  // namespace zel::sim::test

@@ -24,6 +24,11 @@ class ProgramCalibrate : public testing::Test {
         return m_Folder / camera;
     }
 
+    static void Replace(const std::string& path, const std::string& from, const std::string& to) {
+        std::string text = FileText(path);
+        std::ofstream(path, std::ios::binary) << text.replace(text.find(from), from.size(), to);
+    }
+
     CacheFolder m_Folder;
 };
 
@@ -60,9 +65,7 @@ TEST_F(ProgramCalibrate, CheckComparesCameraAndCacheFile) {
     EXPECT_EQ(JsonOf("info")["calibration"]["source"], "cache");
 
     const std::string cache = first["cache_files"][0];
-    std::string text = FileText(cache);
-    text[text.find("0.9")] = '1';
-    std::ofstream(cache, std::ios::binary) << text;
+    Replace(cache, "0.9", "1.9");
     FailureOfTool("calibrate check", kFailed, "not as its digests say: 20MHz; ");
     EXPECT_THAT(RunTool("calibrate check").out, HasSubstr("DIFFERENT"));
     // A cache file that does not agree with the camera is replaced.
@@ -78,23 +81,18 @@ TEST_F(ProgramCalibrate, CheckComparesCameraAndCacheFile) {
 TEST_F(ProgramCalibrate, ExportedFilesImportAsTheSame) {
     for (const std::string camera : {"0", "1"}) {
         Export(camera);
-        const auto json =
-            JsonOf("calibrate import -c " + camera + File(camera + "/m_20MHz.txt") + File(camera + "/m_40MHz.txt"));
-        ASSERT_EQ(json.size(), 2u);
-        for (const auto& table : json) EXPECT_EQ(table["same_as_camera"], true);
+        const std::string files = File(camera + "/m_20MHz.txt") + File(camera + "/m_40MHz.txt");
+        const auto json = JsonOf("calibrate import -c " + camera + files);
+        for (std::size_t i = 0; i < 2; ++i) EXPECT_EQ(json.at(i)["same_as_camera"], true);
     }
-    const ToolResult other = RunTool("calibrate import -c 1 " + File("0/m_20MHz.txt"));
-    EXPECT_EQ(other.exit_code, 0) << other.err;
-    EXPECT_THAT(other.out, HasSubstr("the camera has 24 rows, 2 taps"));
+    EXPECT_THAT(OutputOf("calibrate import -c 1 " + File("0/m_20MHz.txt")),
+                HasSubstr("the camera has 24 rows, 2 taps"));
 }
 
 // The write reaches another process' camera: what it reads back is compared there.
 TEST_F(ProgramCalibrate, WriteStoresBothTablesAfterAYes) {
     const std::string path = Export("0") + "/m_20MHz.txt", file = File("0/m_20MHz.txt");
-    std::string text = FileText(path);
-    text.replace(text.find("0.97"), 4, "0.95");
-    std::ofstream(path, std::ios::binary) << text;
-
+    Replace(path, "0.97", "0.95");
     std::ofstream(m_Folder / "answer") << "no\n";
     const ToolResult no = RunTool("calibrate write" + file + "--backup" + File("no") + "<" + File("answer"));
     EXPECT_EQ(no.exit_code, 1);

@@ -99,9 +99,7 @@ TEST_F(ProgramCapture, WhatTheLinkDeliversBecomesThePicture) {
         {"edt_camera_link.dll", "4", "-c 0 --set TAPS_INDEX=2"},
         {"pleora_ebus.dll", "2", "-c 1 --set TAPS_INDEX=1"}};
     for (const auto& [plugin, taps, settings] : cases) {
-        const ToolResult raw =
-            RunTool("check-plugin " + plugin + " --samples" + m_Folder.Quoted("raw.pgm") + "--taps " + taps);
-        ASSERT_EQ(raw.exit_code, 0) << raw.err;
+        OutputOf("check-plugin " + plugin + " --samples" + m_Folder.Quoted("raw.pgm") + "--taps " + taps);
         const std::string bytes = FileText(m_Folder / "raw.pgm");
         ASSERT_GT(bytes.size(), kSampleBytes);
         Samples delivered;

@@ -24,14 +24,12 @@ struct Picture {
     std::vector<double> samples;  // three per pixel
 
     Light Mean(unsigned left, unsigned top, unsigned right, unsigned bottom) const {
-        Light sum{};
-        for (unsigned y = top; y < bottom; ++y) {
-            for (unsigned x = left; x < right; ++x) {
-                for (std::size_t c = 0; c < 3; ++c) sum[c] += samples.at((std::size_t{y} * width + x) * 3 + c);
-            }
+        Light mean{};
+        for (unsigned i = 0; i < (right - left) * (bottom - top) * 3; ++i) {
+            const unsigned x = left + i / 3 % (right - left), y = top + i / 3 / (right - left);
+            mean[i % 3] += samples.at((std::size_t{y} * width + x) * 3 + i % 3) / ((right - left) * (bottom - top));
         }
-        for (double& value : sum) value /= static_cast<double>(right - left) * (bottom - top);
-        return sum;
+        return mean;
     }
 };
 
@@ -44,13 +42,13 @@ Picture ReadPicture(const std::string& name, const nlohmann::json& json) {
     state.info_raw.bitdepth = 16;
     EXPECT_EQ(lodepng::load_file(file, name), 0u) << name;
     EXPECT_EQ(lodepng::decode(bytes, picture.width, picture.height, state, file), 0u) << name;
-    EXPECT_EQ(state.info_png.color.bitdepth, json["format"] == "16" ? 16u : 8u);
-    EXPECT_EQ(state.info_png.color.colortype, json["format"] == "rgba8" ? LCT_RGBA : LCT_RGB);
-    EXPECT_EQ(state.info_png.srgb_defined, json["space"] == "srgb" ? 1u : 0u);
+    const bool deep = json["format"] == "16", srgb = json["space"] == "srgb";
+    EXPECT_EQ(std::tuple(state.info_png.color.bitdepth, state.info_png.color.colortype, state.info_png.srgb_defined),
+              std::tuple(deep ? 16u : 8u, json["format"] == "rgba8" ? LCT_RGBA : LCT_RGB, srgb));
     EXPECT_TRUE(!state.info_png.srgb_defined || state.info_png.srgb_intent == 0) << "perceptual";
     EXPECT_NE(state.info_png.gama_defined, state.info_png.srgb_defined);
-    EXPECT_EQ(json["bits"], json["format"] != "16" ? 8 : json["space"] == "srgb" ? 16 : 14);
-    EXPECT_EQ(json["black_level_taken_off"], json["space"] == "sensor" ? 0 : 64);
+    const int depth = srgb ? 16 : 14, black = json["space"] == "sensor" ? 0 : 64;
+    ExpectMembers(json, {{"bits", deep ? depth : 8}, {"black_level_taken_off", black}});
     for (std::size_t i = 0; i + 1 < bytes.size(); i += 2)
         picture.samples.push_back((bytes[i] * 256 + bytes[i + 1]) / 65535.0);
     return picture;
@@ -62,9 +60,7 @@ Light ToXyz(const Light& rgb) {
     constexpr double kMatrix[3][3] = {
         {0.41214, 0.3576, 0.18036}, {0.21251, 0.71535, 0.07214}, {0.01932, 0.11923, 0.94988}};
     Light xyz{};
-    for (std::size_t i = 0; i < 3; ++i) {
-        for (std::size_t j = 0; j < 3; ++j) xyz[i] += kMatrix[i][j] * rgb[j];
-    }
+    for (std::size_t i = 0; i < 9; ++i) xyz[i / 3] += kMatrix[i / 3][i % 3] * rgb[i % 3];
     return xyz;
 }
 
@@ -85,8 +81,7 @@ class ProgramColor : public testing::Test {
         const auto json = JsonOf("capture --color --exposure " + std::to_string(kExposureUs) + " " + arguments +
                                  " --out" + m_Folder.Quoted(""))["pictures"][0];
         Picture picture = ReadPicture(json["path"], json["color"]);
-        EXPECT_EQ(picture.width, kWidth);
-        EXPECT_EQ(picture.height, kHeight);
+        EXPECT_EQ(std::pair(picture.width, picture.height), std::pair(kWidth, kHeight));
         return picture;
     }
 

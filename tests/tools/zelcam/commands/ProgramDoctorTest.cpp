@@ -24,9 +24,8 @@ nlohmann::json Finding(const nlohmann::json& json, const std::string& check, con
 TEST(Doctor, TellsWhatIsThereWithoutOpeningACamera) {
     UseFastCameras("1", "1", "0");
     const auto json = JsonOf("doctor");
-    const fs::path here = fs::current_path();
     const fs::path sdk = Finding(json, "sdk")["facts"]["path"].get<std::string>();
-    EXPECT_TRUE(fs::equivalent(sdk, here / LibraryFileName("zel_sdk.dll"))) << sdk;
+    EXPECT_TRUE(fs::equivalent(sdk, LibraryFileName("zel_sdk.dll"))) << sdk;
     EXPECT_EQ(Finding(json, "sdk")["state"], "ok");
     for (const auto& [name, cameras] : {std::pair{"edt_camera_link", 1}, {"pleora_ebus", 1}, {"zel_usb", 0}})
         ExpectMembers(Finding(json, "plugin", name), {{"state", "ok"}, {"facts", {{"cameras", cameras}}}});

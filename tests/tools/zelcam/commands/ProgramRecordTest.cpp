@@ -4,7 +4,6 @@
 #include "tests/tools/zelcam/commands/ToolProcess.h"
 
 namespace zelcam {
-namespace {
 
 using testing::HasSubstr;
 using zel::record::RecordingReader;
@@ -95,5 +94,4 @@ TEST_F(ProgramRecordTest, EnterWritesTheRing) {
 }
 #endif
 
-}  // namespace
 }  // namespace zelcam

@@ -23,8 +23,7 @@ class ProgramRecording : public testing::Test {
     }
 
     std::string Record(const std::string& name, const std::string& options, const std::string& before = "") {
-        const ToolResult result = RunTool(before + " record" + m_Folder.Quoted(name) + options);
-        EXPECT_EQ(result.exit_code, 0) << options << result.err;
+        OutputOf(before + " record" + m_Folder.Quoted(name) + options);
         return m_Folder / name;
     }
 

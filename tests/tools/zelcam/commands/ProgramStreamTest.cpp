@@ -45,12 +45,8 @@ TEST_F(ProgramStream, SignalsEndARunWithItsSummary) {
 }
 
 TEST_F(ProgramStream, WatchEndsAfterItsSeconds) {
-    const ToolResult text = RunTool("watch --seconds 0.1");
-    EXPECT_EQ(text.exit_code, 0) << text.err;
-    EXPECT_THAT(text.out, HasSubstr("watching 4 cameras"));
-    const ToolResult json = RunTool("watch --seconds 0.1 --json --no-open");
-    EXPECT_EQ(json.exit_code, 0);
-    EXPECT_EQ(json.out, "") << "no event, no line";
+    EXPECT_THAT(OutputOf("watch --seconds 0.1"), HasSubstr("watching 4 cameras"));
+    EXPECT_EQ(OutputOf("watch --seconds 0.1 --json --no-open"), "") << "no event, no line";
 }
 
 }  // namespace zelcam

@@ -59,10 +59,9 @@ class CacheFolder : public TemporaryFolder {
     static void RemoveFiles() {
         const auto folder = zel::platform::Utf8Path(zel::platform::CalibrationFolder());
         std::error_code ignored;
-        for (const std::string name : {"zel_L2048-4M_300101_", "zel_E150-2M_400101_"}) {
-            for (const char* speed : {"20MHz.txt", "40MHz.txt"})
-                std::filesystem::remove(folder / (name + speed), ignored);
-        }
+        for (const std::string camera : {"L2048-4M_300101", "E150-2M_400101"})
+            for (const char* speed : {"_20MHz.txt", "_40MHz.txt"})
+                std::filesystem::remove(folder / ("zel_" + camera + speed), ignored);
     }
 };
 
@@ -124,11 +123,14 @@ inline void ExpectMembers(const nlohmann::json& object, const nlohmann::json& me
     EXPECT_EQ(object, expected);
 }
 
-// Runs the tool with --json, for a call that succeeds. Result: the JSON.
-inline nlohmann::json JsonOf(const std::string& arguments) {
-    const ToolResult result = RunTool(arguments + " --json");
+// What the tool prints in a call that succeeds.
+inline std::string OutputOf(const std::string& arguments) {
+    const ToolResult result = RunTool(arguments);
     EXPECT_EQ(result.exit_code, 0) << arguments << result.err;
-    return result.Json();
+    return result.out;
+}
+inline nlohmann::json JsonOf(const std::string& arguments) {
+    return nlohmann::json::parse(OutputOf(arguments + " --json"), nullptr, false);
 }
 
 // The same for a call that fails: one line, exit code and code are of one kind.

@@ -1,8 +1,6 @@
 // Saving beside the thread that takes the frames, with frames that no camera made.
 
-#include <atomic>
 #include <deque>
-#include <filesystem>
 
 #include "include/ZelImage.h"
 #include "tests/tools/zelcam/commands/ToolProcess.h"
@@ -72,8 +70,7 @@ TEST_F(SaveQueueTest, AFailureEndsTheRunAndLeavesWholePictures) {
     EXPECT_EQ(m_Ends, 1);
     EXPECT_EQ(m_OnLoan, 0u);
     EXPECT_GE(reported, 4u);
-    EXPECT_EQ(Files(".png"), reported);
-    EXPECT_EQ(Files(".json"), reported);
+    for (const char* extension : {".png", ".json"}) EXPECT_EQ(Files(extension), reported);
 }
 
 }  // namespace zelcam

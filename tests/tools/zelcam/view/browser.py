@@ -20,13 +20,10 @@ def find_program(*names):
 
 def wait(condition, what):
     end = time.monotonic() + PATIENCE
-    while True:
-        result = condition()
-        if result:
-            return result
-        if time.monotonic() > end:
-            raise AssertionError(f"waited {PATIENCE} s for {what}")
+    while not (result := condition()):
+        assert time.monotonic() < end, f"waited {PATIENCE} s for {what() if callable(what) else what}"
         time.sleep(0.02)
+    return result
 
 
 class Browser:
@@ -77,10 +74,8 @@ class Browser:
         return self.run("return document.getElementById(arguments[0])?.textContent", id)
 
     def wait_text(self, id, *parts):
-        try:
-            wait(lambda: all(part in (self.text(id) or "") for part in parts), f"{parts} in #{id}")
-        except AssertionError as error:
-            raise AssertionError(f"{error}; it says '{self.text(id)}'") from None
+        wait(lambda: all(part in (self.text(id) or "") for part in parts),
+             lambda: f"{parts} in #{id}; it says '{self.text(id)}'")
 
     def keys(self, *keys):
         """Types where the focus is."""

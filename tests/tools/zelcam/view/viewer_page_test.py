@@ -57,8 +57,9 @@ class ViewerPage(unittest.TestCase):
         self.page.driver.get("about:blank")
         self.page.errors()
 
-    def wait_new_frame(self):
+    def wait_new_frame(self, cause=lambda: None):
         before = self.page.frame()
+        cause()
         return wait(lambda: self.page.frame() != before and self.page.frame(), "another frame")
 
     def snapshot(self, viewer):
@@ -129,9 +130,7 @@ class ViewerPage(unittest.TestCase):
         page.run("document.querySelector('[value=software]').click()")
         page.wait_text("run-state", "waiting for triggers")
         wait(lambda: page.get("trigger").is_enabled(), "the trigger button")
-        before = page.frame()
-        page.get("trigger").click()
-        wait(lambda: page.frame() != before, "the triggered frame")
+        self.wait_new_frame(page.get("trigger").click)
 
     def test_by_keys_alone(self):
         viewer, page = self.view(SIZE="640x480")

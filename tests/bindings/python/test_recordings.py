@@ -66,8 +66,11 @@ def test_samples_and_facts_are_those_of_the_tool_and_of_other_programs(tmp_path,
     assert spare < 65536, f"{spare} bytes were not given back"
 
 
-def test_a_summary_tells_of_the_files(camera, tmp_path):
+def test_a_camera_records_the_frames_that_it_gives(camera, tmp_path):
+    given = {frame.number: np.array(frame) for frame in camera.stream(8)}
     summary = camera.record(tmp_path / "own", 8, compression="deflate", allow_loss=True)
+    shared = [(given[own.number], own) for own in summary.open().frames if own.number in given]
+    assert shared and all(np.array_equal(*pair) for pair in shared)
     assert summary.files == (tmp_path / "own.ome.tif",) and summary.frames == len(summary.open())
     assert summary.bytes == os.path.getsize(summary.files[0])
 

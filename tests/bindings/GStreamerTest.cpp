@@ -100,8 +100,7 @@ Bytes Expected(const Frame& frame, const std::string& format, bool scale = true)
     return bytes;
 }
 
-class GStreamer : public testing::Test {
-  protected:
+struct GStreamer : testing::Test {
     enum { kCameraLink, kEbus, kColor, kMono };
 
     static void SetUpTestSuite() {

@@ -4,8 +4,7 @@
 namespace zel::test {
 namespace {
 
-class AcquisitionTest : public CameraTest, public testing::WithParamInterface<int> {
-  protected:
+struct AcquisitionTest : CameraTest, testing::WithParamInterface<int> {
     void SetUp() override { m_Transport.m_Answers.interface_type = GetParam(); }
     ~AcquisitionTest() override { EXPECT_EQ(platform::TimerResolution::LiveCount(), 0); }
     bool EBus() const { return GetParam() == CAMERA_TYPE_PLEORA_EBUS; }

@@ -6,8 +6,7 @@
 namespace zel::test {
 namespace {
 
-class AttributeTest : public CameraTest {
-  protected:
+struct AttributeTest : CameraTest {
     bool Read(int id, int attribute, void* data) {
         const ZelParamAttrId selection{id, attribute};
         EXPECT_TRUE(m_Camera->SetParameter(ZEL_PARAM_CMD_ID_ATTR_ID, &selection));

@@ -10,8 +10,7 @@
 namespace zel::test {
 namespace {
 
-class CalibrationTest : public CameraTest {
-  protected:
+struct CalibrationTest : CameraTest {
     CalibrationTest() {
         platform::SetEnvironment("XDG_DATA_HOME", testing::TempDir().c_str());
         m_Table.m_Blocks[SERIAL_NUMBER] = TextBytes("calibration test");

@@ -29,8 +29,7 @@ struct Heard {
     }
 };
 
-class CallbackTest : public CameraTest {
-  protected:
+struct CallbackTest : CameraTest {
     Heard m_First, m_Second;
 };
 

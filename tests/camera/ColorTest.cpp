@@ -15,8 +15,7 @@ using Matrix = std::array<float, 9>;
 using Scratchpad = std::function<int(ZelColorImage*)>;
 
 // 6 x 4 pixels of 14 bits, phase 1: the top-left pixel belongs to channel 2.
-class ColorTest : public CameraTest {
-  protected:
+struct ColorTest : CameraTest {
     ColorTest() {
         m_Table.m_Exceptions.erase(CFA_TYPE);
         m_Table.m_Blocks[CFA_TYPE] = TextBytes("Bayer");

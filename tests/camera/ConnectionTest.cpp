@@ -5,8 +5,7 @@
 namespace zel::test {
 namespace {
 
-class ConnectionTest : public CameraTest {
-  protected:
+struct ConnectionTest : CameraTest {
     bool Opened() {
         int open = 7;
         EXPECT_TRUE(m_Camera->IsOpen(&open));

@@ -6,8 +6,7 @@ namespace {
 
 using testing::ElementsAre;
 
-class FrameTest : public CameraTest {
-  protected:
+struct FrameTest : CameraTest {
     void SetUp() override {
         m_Table.m_Values[H_BIN] = 2;
         Write(ZEL_PARAM_NUM_IMAGE_BUFFERS, 3);

@@ -25,8 +25,7 @@ class Halt {
     std::atomic<bool> m_Reached{false}, m_GoOn{false};
 };
 
-class LifetimeTest : public CameraTest {
-  protected:
+struct LifetimeTest : CameraTest {
     LifetimeTest() {
         m_Camera->Open();
         m_Camera->SetImageNotificationCallback([](int, void* count) { ++*static_cast<int*>(count); }, &m_Notified);
@@ -52,8 +51,7 @@ struct Ending {
 };
 
 // A hardware-triggered start whose second calculation never ends: it is under way until somebody ends it.
-class EndingTest : public LifetimeTest, public testing::WithParamInterface<Ending> {
-  protected:
+struct EndingTest : LifetimeTest, testing::WithParamInterface<Ending> {
     EndingTest() {
         Write(ZEL_PARAM_HW_TRIGGER_ACTIVE, 1);
         m_Transport.SetHandler([this](const Bytes& datagram) {

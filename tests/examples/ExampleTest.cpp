@@ -61,8 +61,7 @@ const Case kCases[] = {
      "the link to the camera is lost"},
 };
 
-class Example : public testing::TestWithParam<Case> {
-  protected:
+struct Example : testing::TestWithParam<Case> {
     Example() { UseFastCameras("1", "1", "2"); }
     ~Example() override { Simulate("FAULTS", ""); }
 

@@ -14,8 +14,7 @@ namespace {
 using Matrix = std::array<float, 9>;
 using Kind = ColorPipeline::Kind;
 
-class ColorRendererTest : public testing::Test {
-  protected:
+struct ColorRendererTest : testing::Test {
     Matrix Transform() {
         Matrix matrix{};
         EXPECT_TRUE(m_Pipeline.CopyTransform(matrix.data()));

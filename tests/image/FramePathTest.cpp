@@ -12,8 +12,7 @@ namespace {
 using Path = ZelCameraControlImpl::Path;
 
 // 6 x 4 pixels of 14 bits, phase 1: the top-left pixel belongs to channel 2.
-class FramePathTest : public testing::Test {
-  protected:
+struct FramePathTest : testing::Test {
     FramePathTest() { Begin(); }
     void Begin() {
         m_Path.SetGeometry(m_Geometry);

@@ -8,8 +8,7 @@
 namespace zel {
 namespace {
 
-class ImageListTest : public testing::Test {
-  protected:
+struct ImageListTest : testing::Test {
     Logger m_Logger{"ImageManager", "ImageListTest"};
     ImageList m_List{"m_ImageListFree", m_Logger};
     ZelImageInternal m_Records[4];

@@ -11,8 +11,7 @@
 namespace zel {
 namespace {
 
-class ImageManagerTest : public testing::Test {
-  protected:
+struct ImageManagerTest : testing::Test {
     ImageManagerTest() { m_Pool.SetFrameGeometry(8, 4, 12, 2); }
     void TearDown() override { platform::SetPageReservationLimit(-1); }
 

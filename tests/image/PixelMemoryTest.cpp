@@ -11,8 +11,7 @@
 namespace zel {
 namespace {
 
-class PixelMemoryTest : public testing::Test {
-  protected:
+struct PixelMemoryTest : testing::Test {
     void TearDown() override {
         platform::SetPageReservationLimit(-1);
         EXPECT_EQ(0, Reservations()) << "pages were not given back";

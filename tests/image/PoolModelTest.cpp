@@ -43,8 +43,7 @@ class ModelList {
     ZelImageInternal* m_Tail = nullptr;
 };
 
-class PoolModelTest : public testing::TestWithParam<int> {
-  protected:
+struct PoolModelTest : testing::TestWithParam<int> {
     void SetUp() override {
         m_Pool.SetFrameGeometry(16, 16, 12, 2);
         ASSERT_EQ(kPoolOk, m_Pool.PixelBufferAllocate(GetParam()));

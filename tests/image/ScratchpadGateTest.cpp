@@ -9,8 +9,7 @@
 namespace zel::test {
 namespace {
 
-class ScratchpadGateTest : public testing::Test {
-  protected:
+struct ScratchpadGateTest : testing::Test {
     bool Await(const ZelImageInternal& image) {
         ScratchpadGate::Lock processing(m_Processing);
         m_Asking = &image == &m_Image;

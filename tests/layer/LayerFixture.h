@@ -12,8 +12,7 @@ namespace zel::test {
 
 using namespace std::chrono_literals;
 
-class LayerTest : public testing::Test {
-  protected:
+struct LayerTest : testing::Test {
     enum { kCameraLink, kEbus, kColor, kMono };  // numbers in the SDK; the last two are 0 and 1 of their library
     static constexpr auto kLong = 60s;
 

@@ -11,8 +11,7 @@ namespace {
 
 using testing::HasSubstr;
 
-class LayerStreams : public LayerTest {
-  protected:
+struct LayerStreams : LayerTest {
     // As long as the camera takes for so many frames, whether there is a buffer for them or not.
     void BeBusyFor(unsigned frames) {
         const auto sent = [this] {

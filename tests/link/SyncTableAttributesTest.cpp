@@ -8,8 +8,7 @@ namespace {
 
 using testing::ElementsAre;
 
-class SyncTableAttributesTest : public SyncTableFixture {
-  protected:
+struct SyncTableAttributesTest : SyncTableFixture {
     const SyncTableAttributes m_Exposure = MakeAttributes(EXPOSURE_TIME, "exposure", -5, 1000000, 10000);
     SyncTableAttributes m_Record = MakeAttributes(-1, "untouched", -1, -1, -1);
 

@@ -13,8 +13,7 @@
 
 namespace zel::test {
 
-class SyncTableFixture : public testing::Test {
-  protected:
+struct SyncTableFixture : testing::Test {
     FakeClock m_Clock;
     ScriptedTransport m_Camera{&m_Clock};
     ExchangeLock m_Lock;

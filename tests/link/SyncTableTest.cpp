@@ -14,8 +14,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class SyncTableTest : public SyncTableFixture {
-  protected:
+struct SyncTableTest : SyncTableFixture {
     // A buffer for the block form: the first word, six bytes that are not read, and the data.
     static bool SetBlock(SyncTable& table, int index, int first_word, const Bytes& data) {
         const Bytes buffer = LittleEndian(first_word) + Bytes(6, 0xEE) + data;

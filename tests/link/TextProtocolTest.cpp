@@ -9,8 +9,7 @@ namespace {
 
 using testing::ElementsAre;
 
-class TextProtocolTest : public SyncTableFixture {
-  protected:
+struct TextProtocolTest : SyncTableFixture {
     static inline const std::string kUntouched = std::string(TextProtocol::kReplyCapacity, '#');
 
     TextProtocol m_Protocol{&m_Camera, "test", m_Lock};

@@ -21,8 +21,7 @@ using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-class LoggingLibrary : public testing::Test {
-  protected:
+struct LoggingLibrary : testing::Test {
     // The last run's file: Windows removes none that is open.
     LoggingLibrary() { std::filesystem::remove(m_File); }
     ~LoggingLibrary() override { Ask(""); }

@@ -13,8 +13,7 @@ namespace {
 
 using testing::ElementsAre;
 
-class ProcessLoggers : public testing::Test {
-  protected:
+struct ProcessLoggers : testing::Test {
     void TearDown() override {
         for (ProcessLogger* logger : {&SdkLogger(), &CameraManagerLogger(), &CameraControlLogger()}) logger->Destroy();
         EXPECT_EQ(0, m_Log.LiveLogs());

@@ -13,8 +13,7 @@ using namespace std::chrono_literals;
 constexpr auto kWait = 60s;
 
 // The SDK and its plug-ins are loaded anew by each test, and read the environment then.
-class Playback : public testing::Test {
-  protected:
+struct Playback : testing::Test {
     Playback() { platform::SetEnvironment("ZEL_SIM_PACE", "none"); }
     ~Playback() override {
         for (const char* name : {"ZEL_SIM_SCENE", "ZEL_SIM_PLAY", "ZEL_SIM_PACE"}) platform::SetEnvironment(name, "");

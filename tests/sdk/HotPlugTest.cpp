@@ -8,8 +8,7 @@
 namespace zel::test {
 namespace {
 
-class HotPlug : public SdkFixture {
-  protected:
+struct HotPlug : SdkFixture {
     HotPlug() { Restart(); }
     // One camera, of the Camera Link library: the first one of the USB library has number 1.
     void Restart() {

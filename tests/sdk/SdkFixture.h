@@ -33,8 +33,7 @@ struct Plugin {
     TestPluginControl* m_Control;
 };
 
-class SdkFixture : public testing::Test {
-  protected:
+struct SdkFixture : testing::Test {
     SdkFixture() {
         m_Edt->lacks = m_Pleora->lacks = "get_camera_port_type";  // which is the USB library's alone
         FakeCamera::s_Journal.clear();

@@ -18,8 +18,7 @@
 namespace zel::test {
 namespace {
 
-class Session : public CameraTest {
-  protected:
+struct Session : CameraTest {
     // Does something and writes down what that logs: of the sources shown every line, of others what went wrong.
     void Step(const std::string& heading, const std::function<void()>& act) {
         m_Log.Clear();

@@ -15,8 +15,7 @@
 
 namespace zel::test {
 
-class TapBalanceTest : public testing::Test {
-  protected:
+struct TapBalanceTest : testing::Test {
     TapBalanceTest() {
         // Where cache files go on Linux; on Windows the folder is the user's.
         platform::SetEnvironment("XDG_DATA_HOME", testing::TempDir().c_str());

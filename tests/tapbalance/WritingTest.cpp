@@ -4,8 +4,7 @@
 namespace zel::test {
 namespace {
 
-class WritingTest : public TapBalanceTest {
-  protected:
+struct WritingTest : TapBalanceTest {
     bool Enter(int select, const TapTable& table) {
         bool taken = m_TapBalance.SetTableConfig(select, table.Rows(), table.Taps());
         m_TapBalance.SelectTable(select);

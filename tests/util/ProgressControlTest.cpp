@@ -22,8 +22,7 @@ TEST(ProgressPercentTest, IsTruncatedAndNeverFaults) {
 }
 
 // The application's callback.
-class ProgressReporterTest : public testing::Test {
-  protected:
+struct ProgressReporterTest : testing::Test {
     ProgressReporterTest() { ProgressReporter::SetCallback(&Note, this); }
     ~ProgressReporterTest() override { ProgressReporter::SetCallback(nullptr, nullptr); }
 
@@ -61,8 +60,7 @@ TEST_F(ProgressReporterTest, IsToldEveryChangeAndTheEndUntilItRemovesItself) {
 }
 
 // Windows on a thread of their own; time passes when somebody sleeps.
-class ProgressThreadTest : public testing::Test, public test::FakeClock {
-  protected:
+struct ProgressThreadTest : testing::Test, test::FakeClock {
     struct Window : ProgressWindow {
         ~Window() override { s_Test->m_Live = false; }
         void DispatchMessages(const std::atomic<bool>&) override {

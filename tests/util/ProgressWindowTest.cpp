@@ -78,8 +78,7 @@ Picture ExpectedBar(int width, int height, int background, int edge, const std::
     });
 }
 
-class ProgressWindowTest : public testing::Test {
-  protected:
+struct ProgressWindowTest : testing::Test {
     // The first window of a session may take seconds: the desktop is started for it.
     static void SetUpTestSuite() {
         DestroyWindow(CreateWindowA("STATIC", "first", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr));

@@ -73,8 +73,7 @@ class FakeCamera {
     ObjectPtr<GSubprocess> m_Process;
 };
 
-class GigeCameras : public testing::Test {
-  protected:
+struct GigeCameras : testing::Test {
     // Searches take seconds: all cameras are on before the one that all tests share.
     static void SetUpTestSuite() {
         const auto add = [](const std::string& end, const std::string& serial, const std::vector<std::string>& more) {

@@ -56,8 +56,7 @@ bool Black(std::span<std::uint8_t> memory) {
 }
 
 // One camera on a bus, and a host that has opened it.
-class KitBackEnd : public testing::Test {
-  protected:
+struct KitBackEnd : testing::Test {
     KitBackEnd() {
         auto device = std::make_unique<Device>();
         m_Device = device.get();

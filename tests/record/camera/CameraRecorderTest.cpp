@@ -12,8 +12,7 @@ namespace zel::record {
 using testing::ElementsAre;
 using zelcam::TemporaryFolder;
 
-class CameraRecorderTest : public testing::Test {
-  protected:
+struct CameraRecorderTest : testing::Test {
     void SetUp() override {
         zelcam::UseFastCameras();
         m_Sdk.emplace();

@@ -29,8 +29,7 @@ void Simulate(const std::string& name, const char* value) {
     platform::SetEnvironment(("ZEL_SIM_" + name).c_str(), value);
 }
 
-class Plugin : public testing::Test {
-  protected:
+struct Plugin : testing::Test {
     void SetUp() override {
         s_Events = 0;
         for (const std::string& name : SettingNames()) platform::SetEnvironment(name.c_str(), nullptr);

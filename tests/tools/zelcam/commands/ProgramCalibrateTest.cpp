@@ -11,8 +11,7 @@ using testing::HasSubstr;
 using testing::Not;
 namespace fs = std::filesystem;
 
-class ProgramCalibrate : public testing::Test {
-  protected:
+struct ProgramCalibrate : testing::Test {
     ProgramCalibrate() {
         UseFastCameras("1", "1", "1");
         Simulate("SIZE", "192x160");

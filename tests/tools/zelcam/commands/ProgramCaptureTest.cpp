@@ -17,8 +17,7 @@ constexpr std::size_t kSampleBytes = 64 * 48 * 2;
 
 using Samples = std::vector<std::uint16_t>;
 
-class ProgramCapture : public testing::Test {
-  protected:
+struct ProgramCapture : testing::Test {
     ProgramCapture() { UseFastCameras("1", "1", "2"); }
 
     // The samples of the one picture that `capture` takes with these arguments, which stand at the end of the file.

@@ -70,8 +70,7 @@ double CountsOfWhite() {
     return model.photon_flux * kExposureUs * 1e-6 * model.quantum_efficiency * zel::sim::CountsPerElectron(model, 0.0);
 }
 
-class ProgramColor : public testing::Test {
-  protected:
+struct ProgramColor : testing::Test {
     ProgramColor() {
         UseFastCameras("0", "0", "1");
         Simulate("SIZE", "640x480");

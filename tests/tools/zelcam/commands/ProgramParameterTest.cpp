@@ -6,8 +6,7 @@ namespace zelcam {
 
 using testing::HasSubstr;
 
-class ProgramParameter : public testing::Test {
-  protected:
+struct ProgramParameter : testing::Test {
     ProgramParameter() { UseFastCameras(); }
 };
 

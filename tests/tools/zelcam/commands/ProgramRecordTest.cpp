@@ -8,8 +8,7 @@ namespace zelcam {
 using testing::HasSubstr;
 using zel::record::RecordingReader;
 
-class ProgramRecordTest : public testing::Test {
-  protected:
+struct ProgramRecordTest : testing::Test {
     ProgramRecordTest() { UseFastCameras(); }
 
     // A command line that records into this file of the folder.

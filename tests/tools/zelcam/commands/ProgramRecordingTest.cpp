@@ -15,8 +15,7 @@ std::vector<zel::record::test::Picture> FramesOf(const std::string& file) {
     return zel::record::test::ReadAll(reader);
 }
 
-class ProgramRecording : public testing::Test {
-  protected:
+struct ProgramRecording : testing::Test {
     ProgramRecording() {
         UseFastCameras("1", "1", "2");
         Simulate("FILL", "noise");

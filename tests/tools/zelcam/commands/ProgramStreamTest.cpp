@@ -7,8 +7,7 @@ namespace zelcam {
 using testing::HasSubstr;
 using testing::MatchesRegex;
 
-class ProgramStream : public testing::Test {
-  protected:
+struct ProgramStream : testing::Test {
     ProgramStream() { UseFastCameras("1", "1", "2"); }
 };
 

@@ -11,8 +11,7 @@ namespace zelcam {
 
 constexpr std::size_t kBuffers = 3;
 
-class SaveQueueTest : public testing::Test, public zel::detail::FrameOwner {
-  protected:
+struct SaveQueueTest : testing::Test, zel::detail::FrameOwner {
     void give_back(ZelColorImage*, bool) noexcept override { --m_OnLoan; }
 
     // Every third is much larger than the others, so that those behind it are ready before it is.

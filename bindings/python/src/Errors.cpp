@@ -38,8 +38,14 @@ py::str text_of(const std::string& text) {
 }
 
 // Made by the package's code. At the end of the interpreter, when none of that may run any more, class and text are
-// all: Python makes the object when a program looks at it.
+// all: Python makes the object when a program looks at it. A thread that is still waiting then ends without a word:
+// Python would print an error, and aborts the process when a thread is about to while the interpreter closes its
+// streams.
 py::object make_error(const char* name, const std::string& problem, const std::string& why, const std::string& hint) {
+    if (is_left_behind()) {
+        PyErr_SetNone(PyExc_SystemExit);
+        throw py::error_already_set();
+    }
     if (is_over() && !is_forked()) {
         PyErr_SetString(class_named(name).ptr(), Error(ErrorKind::failed, problem, why, hint).what());
         throw py::error_already_set();

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <thread>
 
 #include "bindings/python/src/Errors.h"
 
@@ -20,6 +21,7 @@ struct State {
     std::atomic<bool> over = false;
     std::atomic<bool> closed = false;  // over, and all cameras are closed
     std::atomic<bool> forked = false;
+    std::thread::id leaving;  // where the interpreter ends; under its lock, like what asks for it
 };
 
 State& state() {
@@ -59,6 +61,7 @@ SharedObject share(pybind11::object object) {
 
 bool is_over() { return state().over || state().forked; }
 bool is_forked() { return state().forked; }
+bool is_left_behind() { return state().over && !state().forked && state().leaving != std::this_thread::get_id(); }
 
 void require_sdk() {
     if (state().forked) {
@@ -76,7 +79,9 @@ void after_fork() {
 
 void leave_interpreter(const std::function<void()>& close_all) {
     State& all = state();
-    if (all.forked || all.over.exchange(true)) return;
+    if (all.forked || all.over) return;
+    all.leaving = std::this_thread::get_id();
+    all.over = true;
     unlocked(close_all);
     // No handler of a camera waits for the lock any more: who comes now may keep it.
     all.closed = true;

@@ -58,6 +58,8 @@ SharedObject share(pybind11::object object);
 bool is_forked();
 // The same, or the interpreter is about to end: no function of Python is called from other threads any more.
 bool is_over();
+// Whether the interpreter is about to end, on another thread. Asked with the lock.
+bool is_left_behind();
 // Throws Closed or Forked then.
 void require_sdk();
 // The SDK is used from now on.

@@ -27,9 +27,9 @@ def run(*command, exit_code=0, without=(), cwd=None, stderr=subprocess.STDOUT, *
     return done.stdout
 
 
-def child(code, **environment):
+def child(code, stderr=None, **environment):
     """What a Python program prints that sees the same cameras."""
-    return run(sys.executable, "-c", "import os, zel, numpy as np\n" + code, stderr=None, **environment)
+    return run(sys.executable, "-c", "import os, zel, numpy as np\n" + code, stderr=stderr, **environment)
 
 
 @pytest.fixture

@@ -13,7 +13,8 @@ trap 'rm -f "$output"' EXIT
 # now and then can't be started on a busy machine.
 loader=wine
 [ "${WINEARCH:-}" != win64 ] || [ ! -x /usr/lib/wine/wine64 ] || loader=/usr/lib/wine/wine64
-$loader "$@" <&0 >"$output" 2>&1 &
+# Wine takes what names of files may be from the locale, and a new machine's has ASCII alone.
+LC_ALL=C.UTF-8 $loader "$@" <&0 >"$output" 2>&1 &
 program=$!
 tail -n +1 -f -s 0.1 --pid="$program" "$output"
 wait "$program"

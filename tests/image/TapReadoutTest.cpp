@@ -110,11 +110,17 @@ TEST_P(TapReadoutVariantTest, EverySampleFindsItsPlaceAndItsTapsTable) {
     }
 }
 
+TEST_F(TapReadoutTest, BuffersAreMadeForWhatFramesNeed) {
+    for (const auto& [taps, packed, buffers] :
+         {std::tuple(1, false, 0), {2, false, 1}, {2, true, 2}, {4, false, 1}, {4, true, 2}}) {
+        m_Readout.Prepare(Taps(taps, packed));
+        EXPECT_EQ(m_Readout.BufferCount(), buffers) << taps << " taps, packed " << packed;
+        m_Readout.ReleaseBuffers();
+        EXPECT_EQ(m_Readout.BufferCount(), 0);
+    }
+}
+
 TEST_F(TapReadoutTest, WithoutScratchFourTapsAreUnpackedAndStayInTheirOrder) {
-    m_Readout.Prepare(Taps(4));
-    EXPECT_EQ(m_Readout.BufferCount(), 1);
-    m_Readout.ReleaseBuffers();
-    EXPECT_EQ(m_Readout.BufferCount(), 0);
     for (const bool packed : {false, true}) {
         Record record(4, 2, Counting(8));
         if (packed) Pack(Counting(8), record.pixels);

@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include "platform/Mutex.h"
+
 namespace zel::platform {
 
 void* ReservePages(std::size_t bytes) { return VirtualAlloc(nullptr, bytes, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE); }
@@ -18,7 +20,10 @@ void ReleasePages(void* pages) {
     if (pages) VirtualFree(pages, 0, MEM_RELEASE);
 }
 
+// Under Wine a first call answers zeros while another thread's is under way.
 std::uint64_t AvailablePhysicalMemory() {
+    static Mutex s_OneAtATime;
+    const ScopedLock lock(s_OneAtATime);
     MEMORYSTATUSEX status{};
     status.dwLength = sizeof status;
     return GlobalMemoryStatusEx(&status) ? status.ullAvailPhys : 0;

@@ -2,10 +2,29 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <limits>
+#include <thread>
+#include <vector>
 
 namespace zel::platform {
 namespace {
+
+// As cameras do that start together. The first in the program.
+TEST(Memory, WhatIsFreeIsToldToThreadsThatAskAtOnce) {
+    std::atomic<bool> all_there{false};
+    std::atomic<int> told{0};
+    std::vector<std::thread> threads(4);
+    for (std::thread& thread : threads) {
+        thread = std::thread([&] {
+            while (!all_there) std::this_thread::yield();
+            told += AvailablePhysicalMemory() > 0 ? 1 : 0;
+        });
+    }
+    all_there = true;
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(told, 4);
+}
 
 TEST(Memory, RefusesWhatTheSystemDoesNotHave) {
     constexpr std::size_t kMost = std::numeric_limits<std::size_t>::max();

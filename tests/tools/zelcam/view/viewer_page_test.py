@@ -60,7 +60,7 @@ class ViewerPage(unittest.TestCase):
     def wait_new_frame(self, cause=lambda: None):
         before = self.page.frame()
         cause()
-        return wait(lambda: self.page.frame() != before and self.page.frame(), "another frame")
+        wait(lambda: self.page.frame() != before, "another frame")
 
     def snapshot(self, viewer):
         """The file that the page names, its pixels and what stands beside them."""

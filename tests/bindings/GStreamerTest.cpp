@@ -5,9 +5,11 @@
 #include <gst/video/video.h>
 #include <lodepng.h>
 
+#include <atomic>
 #include <cstdio>
 #include <memory>
 #include <optional>
+#include <thread>
 
 #include "tests/system/SystemFixture.h"
 #include "zel/Zel.h"
@@ -38,9 +40,16 @@ class Pipeline {
         : m_Pipeline(gst_parse_launch(description.c_str(), nullptr)) {
         Set(state);
     }
+    // The sink keeps the last sample that was pulled, and with it its camera, to its own end, which comes when a thread
+    // of GStreamer's has let go of the pipeline, too.
     ~Pipeline() {
+        std::atomic<bool> gone = false;
+        g_object_weak_ref(
+            G_OBJECT(m_Pipeline), [](gpointer told, GObject*) { *static_cast<std::atomic<bool>*>(told) = true; },
+            &gone);
         Set(GST_STATE_NULL);
         gst_object_unref(m_Pipeline);
+        while (!gone) std::this_thread::yield();
     }
     GstStateChangeReturn Set(GstState state) { return gst_element_set_state(m_Pipeline, state); }
     std::shared_ptr<GstElement> Element(const char* name) {

@@ -1,6 +1,7 @@
 #include "devices/sim/scene/PictureDecoder.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -19,6 +20,11 @@
 #define STBI_NO_SIMD
 #define STBI_NO_LINEAR
 #define STBI_MAX_DIMENSIONS 32768
+// In memory of zeros, tables of codes that a JPEG file uses and does not have are empty. The library looks beyond
+// others.
+#define STBI_MALLOC(size) std::calloc(1, size)
+#define STBI_REALLOC(memory, size) std::realloc(memory, size)
+#define STBI_FREE(memory) std::free(memory)
 #include <stb/stb_image.h>
 
 namespace zel::sim {
